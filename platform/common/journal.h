@@ -1,0 +1,45 @@
+#pragma once
+
+#include "common/export.h"
+
+#include <QDateTime>
+#include <QObject>
+#include <QString>
+#include <QVector>
+
+namespace cm {
+
+/// The one place where the reference platform reports what it was asked to do; the inspector shows it live
+/// and the shell's
+/// --trace prints it. Thread: GUI.
+class COMMON_EXPORT Journal : public QObject
+{
+    Q_OBJECT
+public:
+    struct Entry
+    {
+        QDateTime time;
+        QString subsystem; ///< class that was called, e.g. "AudioService"
+        QString operation; ///< e.g. "setEQType(6, true)"
+    };
+
+    static Journal* instance();
+
+    /// Adds an entry. The latest 2000 are kept.
+    void record(const QString& subsystem, const QString& operation);
+    QVector<Entry> entries() const;
+    /// Prints each entry from now on to standard output, one a line: "subsystem.operation".
+    void setPrinting(bool on);
+
+signals:
+    void recorded(const cm::Journal::Entry& entry);
+
+private:
+    Journal();
+    ~Journal() override;
+    QVector<Entry> m_entries;
+    bool m_printing = false;
+    Q_DISABLE_COPY(Journal)
+};
+
+} // namespace cm

@@ -1,0 +1,39 @@
+#pragma once
+
+#include "common/export.h"
+
+#include <QProxyStyle>
+
+class QApplication;
+
+namespace cm {
+
+/// The unit's look: dark palette, the font family of every script, and keys that show their pressed picture.
+/// Thread: GUI.
+///
+/// Forms keep the pressed picture of a key in QIcon::Selected, which Qt's own button never paints; this style
+/// does, while the key is down. A checked key shows its On picture, a disabled one is dimmed and stays
+/// legible; keys have no frame, and a focus rectangle only when the keyboard moved the focus.
+class COMMON_EXPORT UnitStyle : public QProxyStyle
+{
+    Q_OBJECT
+public:
+    UnitStyle();
+    ~UnitStyle() override;
+
+    /// Gives the application style, palette and font. Call once, before the first widget.
+    static void install(QApplication& application);
+
+    void drawControl(ControlElement element, const QStyleOption* option, QPainter* painter,
+                     const QWidget* widget = nullptr) const override;
+    void drawPrimitive(PrimitiveElement element, const QStyleOption* option, QPainter* painter,
+                       const QWidget* widget = nullptr) const override;
+    int pixelMetric(PixelMetric metric, const QStyleOption* option = nullptr,
+                    const QWidget* widget = nullptr) const override;
+    int styleHint(StyleHint hint, const QStyleOption* option = nullptr, const QWidget* widget = nullptr,
+                  QStyleHintReturn* returnData = nullptr) const override;
+    void polish(QWidget* widget) override;
+    using QProxyStyle::polish;
+};
+
+} // namespace cm

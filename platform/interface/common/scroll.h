@@ -1,0 +1,55 @@
+#pragma once
+
+#include "common/export.h"
+
+#include <QObject>
+#include <QPoint>
+#include <QRect>
+#include <QScrollBar>
+
+class QScrollArea;
+
+namespace cm {
+
+class ScrollManagePrivate;
+
+/// A vertical scroll bar of the unit's look, at a fixed place. Thread: GUI.
+class COMMON_EXPORT ScrollBar : public QScrollBar
+{
+    Q_OBJECT
+public:
+    /// style: 0 = thin bar with a touchable handle (the only one that the unit uses); any other number is
+    /// taken as 0. The geometry holds against a scroll area that would lay the bar out.
+    ScrollBar(QWidget* parent, const QRect& geometry, int style);
+    ~ScrollBar() override;
+
+protected:
+    bool event(QEvent* event) override;
+    void paintEvent(QPaintEvent* event) override;
+
+private:
+    QRect m_place;
+    Q_DISABLE_COPY(ScrollBar)
+};
+
+/// Kinetic scrolling of an area by finger. The manager is a child of the area that it manages: it goes with
+/// it at the latest, and deleting it earlier leaves the area as it was found. A newer manager of the same
+/// area takes over. Thread: GUI.
+class COMMON_EXPORT ScrollManage : public QObject
+{
+    Q_OBJECT
+public:
+    /// vertical, horizontal: which way a finger drags. With both false it only offers scrollToPos().
+    ScrollManage(QScrollArea* area, bool vertical, bool horizontal);
+    ~ScrollManage() override;
+
+    /// Brings pos (contents coordinates) to the upper left corner of the view, clamped to what can be
+    /// scrolled; animated: glides there, else at once.
+    void scrollToPos(const QPoint& pos, bool animated);
+
+private:
+    ScrollManagePrivate* d;
+    Q_DISABLE_COPY(ScrollManage)
+};
+
+} // namespace cm

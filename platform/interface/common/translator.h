@@ -1,0 +1,20 @@
+#pragma once
+
+#include "common/export.h"
+
+#include <QString>
+
+/// Texts of the unit by number, in the current language. Thread: GUI.
+class COMMON_EXPORT Translator
+{
+public:
+    /// The text of that id; an unknown id yields its decimal number and is logged once.
+    static QString translate(int id);
+};
+
+namespace cm {
+
+/// Text ids of the EQ type names, indexed by EQ type 0..8.
+COMMON_EXPORT extern const int eqNameStrId[9];
+
+} // namespace cm
