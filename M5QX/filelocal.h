@@ -1,0 +1,55 @@
+#pragma once
+
+// Three helpers that every source file of the plug-in carries for itself, so that a field engineer's debugger
+// finds them in whichever file he has stopped. Written once here; internal linkage gives each file its own.
+
+#include <cstdio>
+#include <cstdlib>
+#include <ctime>
+#include <execinfo.h>
+
+namespace {
+
+/// Names of the seven equalizer settings for a debugger's watch window; no behaviour reads them (what the
+/// driver sees comes from the translator).
+// clang-format off
+[[maybe_unused]] const char* const eqNames[] = {
+    "Off",
+    "R&B",
+    "Rock",
+    "Pop",
+    "HipHop",
+    "Jazz",
+    "Custom",
+};
+// clang-format on
+static_assert(sizeof(eqNames) / sizeof(eqNames[0]) == 7, "seven equalizer names");
+
+/// The monotonic clock in milliseconds.
+[[maybe_unused]] long long monotonicMs()
+{
+    timespec now{};
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    return static_cast<long long>(now.tv_sec) * 1000 + now.tv_nsec / 1000000;
+}
+
+/// Prints the calling thread's stack, 100 frames at most, to standard output. Exits with status 1 when the
+/// symbols can't be obtained: whoever asks for a trace is already past saving the process.
+[[maybe_unused]] void printTrace()
+{
+    constexpr int maxFrames = 100;
+    void* frames[maxFrames];
+    const int count = backtrace(frames, maxFrames);
+    std::printf("\n ********* print_trace *********\n");
+    char** symbols = backtrace_symbols(frames, count);
+    if (!symbols) {
+        std::perror("backtrace_symbols");
+        std::exit(EXIT_FAILURE);
+    }
+    for (int i = 0; i < count; ++i)
+        std::printf("%s\n", symbols[i]);
+    std::free(symbols);
+    std::printf(" ********* print_trace end *********\n\n");
+}
+
+} // namespace

@@ -1,0 +1,67 @@
+#pragma once
+
+#include <QWidget>
+
+class QButtonGroup;
+class QLabel;
+class QPushButton;
+
+namespace Ui {
+class m5qx_audiosetting_tab_widget;
+}
+
+namespace audiosetting {
+
+/// The strip along the foot of the screen: one key for each page, and the EQ type selector, which has no room
+/// in this layout but works all the same. Thread: GUI.
+///
+///     page key -> beep -> triShow...() -> hub
+///     type key -> beep -> AudioService::setEQType() -> SettingsUtil::EQType(int) -> type name
+class m5qx_eq_tab_widget : public QWidget
+{
+    Q_OBJECT
+public:
+    explicit m5qx_eq_tab_widget(QWidget* parent);
+    ~m5qx_eq_tab_widget() override;
+
+    void init();
+    void retranslateUi();
+    /// Marks the key of page 0..5; any other id is logged as an error and changes nothing.
+    void setCheckedPage(int id);
+
+    void nextEQType();
+    void prevEQType();
+    /// The service's current type.
+    int currEQType();
+    void showEQTypeText();
+    void soundClickedBeep();
+
+signals:
+    void triShowEQSettingPage();
+    void triShowAudioLevelsPage();
+    void triShowCrossoverSettingPage();
+    void triShowTimeAlignmentpage();
+    void triShowEQPreset();
+    void triVolumeLevel();
+    void EQTypeChanged();
+
+public slots:
+    void onPageButGroupClicked(int id);
+    void onNextEQType();
+    void onPrevEQType();
+    void onEQTypeChanged(int type);
+
+protected:
+    void showEvent(QShowEvent* event) override;
+
+private:
+    struct PageKey;
+    static const PageKey pageKeys[];
+
+    void stepEQType(int type);
+
+    Ui::m5qx_audiosetting_tab_widget* ui;
+    QButtonGroup* m_pages = nullptr;
+};
+
+} // namespace audiosetting

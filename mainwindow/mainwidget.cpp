@@ -1,0 +1,29 @@
+#include "mainwindow/mainwidget.h"
+
+#include "M5QX/filelocal.h"
+#include "M5QX/m5qx_mainwidget.h"
+
+namespace audiosetting {
+
+MainWidget::MainWidget(QWidget* parent)
+    : QWidget(parent)
+{
+    // The constructor's own signature: the framework's widget dumps find the root widget of an application by
+    // it.
+    if (objectName().isEmpty())
+        setObjectName(QStringLiteral("audiosetting::MainWidget::MainWidget(QWidget*)"));
+    m_hub = new m5qx_mainwidget(this);
+}
+
+void MainWidget::resume()
+{
+    if (m_hub)
+        m_hub->resume();
+}
+
+int MainWidget::backEvent()
+{
+    return m_hub ? m_hub->backEvent() : 0;
+}
+
+} // namespace audiosetting

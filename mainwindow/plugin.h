@@ -1,0 +1,32 @@
+#pragma once
+
+#include "common/appplugin.h"
+
+#include <QObject>
+
+namespace audiosetting {
+
+class MainWindow;
+
+/// What the head unit loads from the library: hands out the one window, "EQ". Thread: GUI.
+class Plugin : public QObject, public AppPlugin
+{
+    Q_OBJECT
+    Q_PLUGIN_METADATA(IID AppPlugin_metadata_prefix "audiosetting" AppPlugin_metadata_suffix FILE
+                                                    "plugin.json")
+    Q_INTERFACES(AppPlugin)
+public:
+    /// The plug-in's only window, and the window id of its root widget.
+    static constexpr int windowId = 33;
+
+    void create() override;
+    QList<int> windowInterfaceID() override;
+    QList<int> sourceInterfaceID() override;
+    WindowInterface* requestWindowInterface(int id) override;
+    SourceInterface* requestSourceInterface(int id) override;
+
+private:
+    MainWindow* m_window = nullptr;
+};
+
+} // namespace audiosetting
