@@ -1,0 +1,6 @@
+#include "audiosettingicon.h"
+
+const char* audiosettingicon_version()
+{
+    return AUDIOSETTINGICON_VERSION;
+}
