@@ -1,6 +1,6 @@
-#include "pasetuptogglekey.h"
+#include "M5QX/pasetuptogglekey.h"
 
-#include "filelocal.h"
+#include "M5QX/filelocal.h"
 
 #include <QIcon>
 #include <QLabel>

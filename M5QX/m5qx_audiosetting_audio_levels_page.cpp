@@ -1,0 +1,418 @@
+#include "M5QX/m5qx_audiosetting_audio_levels_page.h"
+
+#include "M5QX/backrequest.h"
+#include "M5QX/diagnostic.h"
+#include "M5QX/filelocal.h"
+#include "M5QX/k41_audio_root_bf.h"
+#include "M5QX/pa_balancefadercontrol.h"
+#include "common/customslider.h"
+#include "common/mcumanager.h"
+#include "common/pushbutton.h"
+#include "common/settings.h"
+#include "common/translator.h"
+#include "hvaudio/audioservice.h"
+#include "ui_m5qx_audiosetting_audio_levels_page.h"
+
+namespace audiosetting {
+
+namespace {
+
+constexpr int MaxBalanceFader = 15; // to either side
+constexpr int MaxLevel = 12;        // attenuation steps of the subwoofer, 0 the loudest
+constexpr int LevelMask = 127;      // the level within "subwooferLevel"
+constexpr int WrittenWhileOn = 128; // the flag within "subwooferLevel"
+constexpr int KeyMask = 15;         // what the two level keys take from level and frequency
+constexpr int FrequencyOff = 0;     // subwoofer filter index that silences it
+
+// Keys of the store with what their absence means.
+const QString loudnessKey = QStringLiteral("customloudnes");
+constexpr bool loudnessDefault = false;
+const QString subwooferKey = QStringLiteral("subwooferOnOff");
+constexpr bool subwooferDefault = true;
+const QString levelKey = QStringLiteral("subwooferLevel");
+constexpr int levelDefault = 11;
+const QString frequencyKey = QStringLiteral("subwooferFreq");
+constexpr int frequencyDefault = 7;
+
+mem::SettingsFunc* store()
+{
+    return mem::SettingsFunc::instance();
+}
+
+// The slider runs the other way round: to the right is louder.
+int sliderOfLevel(int level)
+{
+    return MaxLevel - level;
+}
+
+QString upper(int id)
+{
+    return Translator::translate(id).toUpper();
+}
+
+// The two keys of one axis: at an end the key towards it is disabled.
+void enableArrows(int value, QWidget* minus, QWidget* plus)
+{
+    plus->setEnabled(value != MaxBalanceFader);
+    minus->setEnabled(value != -MaxBalanceFader);
+}
+
+} // namespace
+
+m5qx_eq_audio_levels_page::m5qx_eq_audio_levels_page(QWidget* parent)
+    : QWidget(parent)
+    , ui(new Ui::m5qx_audiosetting_audio_levels_page)
+{
+    ui->setupUi(this);
+
+    m_touchArea = new k41_audio_root_bf(this);
+    m_touchArea->setGeometry(0, 0, 253, 253);
+    m_touchArea->setParent(ui->widget);
+    m_touchArea->raise();
+
+    ui->icon_selector->raise();
+    ui->icon_selector->setParent(m_touchArea);
+    ui->icon_selector->hide();
+
+    m_pad = new balanceFaderControl(ui->widget, m_touchArea->geometry());
+    connect(m_pad, SIGNAL(balanceFaderChanged(int, int)), this, SLOT(onUpdateBF(int, int)));
+
+    m_flag1 = true;
+    m_flag2 = false;
+    init();
+}
+
+m5qx_eq_audio_levels_page::~m5qx_eq_audio_levels_page()
+{
+    delete ui;
+}
+
+void m5qx_eq_audio_levels_page::init()
+{
+    ui->key_back->hide();
+
+    m_slider = new settings::CustomSlider_2(this, ui->horizontalSlider->geometry(), 4);
+    ui->horizontalSlider->hide();
+    m_slider->setMaximum(MaxLevel);
+    m_slider->setMinimum(0);
+    connect(m_slider, SIGNAL(valSave(int)), this, SLOT(onSliderOnSave(int)));
+    // The slider is made after the form: put it between its keys for whoever steps through by keyboard.
+    setTabOrder(ui->key_sub_level_down, m_slider);
+    setTabOrder(m_slider, ui->key_sub_level_up);
+
+    showSwitches();
+
+    QLabel* const labelsOverKeys[] = {ui->text_reset,      ui->text_up_level,    ui->text_down_label,
+                                      ui->text_left_level, ui->text_right_level, ui->bkg_balance_fader};
+    for (QLabel* label : labelsOverKeys)
+        label->setAttribute(Qt::WA_TransparentForMouseEvents);
+
+    // clang-format off
+    const struct
+    {
+        QPushButton* key;
+        const char* shortClicked;
+        const char* longPressed;
+        const char* longPressedRepeat;
+    } arrows[] = {
+        {ui->key_up_level,   SLOT(onUpClicked()),    SLOT(onUpLongPressed()),    SLOT(onUpLongRepeat())},
+        {ui->key_down_level, SLOT(onDownClicked()),  SLOT(onDownLongPressed()),  SLOT(onDownLongRepeat())},
+        {ui->key_left_level, SLOT(onLeftClicked()),  SLOT(onLeftLongPressed()),  SLOT(onLeftLongRepeat())},
+        {ui->key_right_btn,  SLOT(onRightClicked()), SLOT(onRightLongPressed()), SLOT(onRightLongRepeat())},
+    };
+    // clang-format on
+    for (const auto& arrow : arrows) {
+        auto* wrapper = new cm::PushButton(arrow.key, this);
+        connect(wrapper, SIGNAL(shortClicked()), this, arrow.shortClicked);
+        connect(wrapper, SIGNAL(longPressed()), this, arrow.longPressed);
+        connect(wrapper, SIGNAL(longPressedRepeat()), this, arrow.longPressedRepeat);
+    }
+
+    onUpdateBF(balance(), fader());
+}
+
+void m5qx_eq_audio_levels_page::resume()
+{
+    onUpdateBF(balance(), fader());
+    showSwitches();
+    // Bit 7 tells how the level was last written; the switch itself has a key of its own.
+    const int level = store()->getValue(levelKey, levelDefault) & LevelMask;
+    m_slider->setValue(qBound(0, sliderOfLevel(level), MaxLevel));
+    setSubwooferSliderEnable(store()->getValue(subwooferKey, subwooferDefault));
+}
+
+void m5qx_eq_audio_levels_page::showEvent(QShowEvent*)
+{
+    onUpdateBF(balance(), fader());
+    retranslateUi();
+}
+
+void m5qx_eq_audio_levels_page::retranslateUi()
+{
+    ui->text_titel->setText(
+        (Translator::translate(421) + QLatin1Char(' ') + Translator::translate(141)).toUpper());
+
+    // Each row's caption also names the row's keys.
+    ui->label_loudness->setText(upper(444));
+    ui->key_loudness->setAccessibleName(ui->label_loudness->text());
+
+    ui->label_subwoofer->setText(upper(236));
+    ui->key_subwoofer->setAccessibleName(ui->label_subwoofer->text());
+
+    const QString level = upper(384);
+    ui->label_sub_level->setText(level);
+    ui->key_sub_level_down->setAccessibleName(level + QStringLiteral(" -"));
+    ui->key_sub_level_up->setAccessibleName(level + QStringLiteral(" +"));
+    m_slider->setAccessibleName(level);
+
+    ui->key_reset_level->setAccessibleName(ui->text_reset->text());
+}
+
+// Balance and fader
+
+int m5qx_eq_audio_levels_page::balance()
+{
+    int balance = 0;
+    int fader = 0;
+    hvaudio::AudioService::instance()->getBalanceFader(balance, fader);
+    return balance;
+}
+
+int m5qx_eq_audio_levels_page::fader()
+{
+    int balance = 0;
+    int fader = 0;
+    hvaudio::AudioService::instance()->getBalanceFader(balance, fader);
+    return fader;
+}
+
+void m5qx_eq_audio_levels_page::setBalance(int fader, int balance)
+{
+    hvaudio::AudioService::instance()->setBalanceFader(balance, fader, true);
+}
+
+// At the end of the range a step is sent all the same: it repeats what the service has.
+void m5qx_eq_audio_levels_page::faderPlus()
+{
+    const int b = balance();
+    const int f = fader();
+    setBalance(f < MaxBalanceFader ? f + 1 : f, b);
+}
+
+void m5qx_eq_audio_levels_page::faderMinus()
+{
+    const int b = balance();
+    const int f = fader();
+    setBalance(f > -MaxBalanceFader ? f - 1 : f, b);
+}
+
+void m5qx_eq_audio_levels_page::balancePlus()
+{
+    const int b = balance();
+    const int f = fader();
+    setBalance(f, b < MaxBalanceFader ? b + 1 : b);
+}
+
+void m5qx_eq_audio_levels_page::balanceMinus()
+{
+    const int b = balance();
+    const int f = fader();
+    setBalance(f, b > -MaxBalanceFader ? b - 1 : b);
+}
+
+void m5qx_eq_audio_levels_page::onUpClicked()
+{
+    AS_DEBUG();
+    soundClickedBeep();
+    faderPlus();
+    onUpdateBF(balance(), fader());
+}
+
+void m5qx_eq_audio_levels_page::onDownClicked()
+{
+    AS_DEBUG();
+    soundClickedBeep();
+    faderMinus();
+    onUpdateBF(balance(), fader());
+}
+
+void m5qx_eq_audio_levels_page::onLeftClicked()
+{
+    AS_DEBUG();
+    soundClickedBeep();
+    balanceMinus();
+    onUpdateBF(balance(), fader());
+}
+
+void m5qx_eq_audio_levels_page::onRightClicked()
+{
+    AS_DEBUG();
+    soundClickedBeep();
+    balancePlus();
+    AS_DEBUG() << "balance:" << balance() << "fader:" << fader();
+    onUpdateBF(balance(), fader());
+}
+
+// A held key is one step, by its short click: nobody should be thrown across the car by a resting finger.
+void m5qx_eq_audio_levels_page::onUpLongPressed()
+{
+    AS_DEBUG();
+}
+
+void m5qx_eq_audio_levels_page::onUpLongRepeat()
+{
+    AS_DEBUG();
+}
+
+void m5qx_eq_audio_levels_page::onDownLongPressed()
+{
+    AS_DEBUG();
+}
+
+void m5qx_eq_audio_levels_page::onDownLongRepeat()
+{
+    AS_DEBUG();
+}
+
+void m5qx_eq_audio_levels_page::onLeftLongPressed()
+{
+    AS_DEBUG();
+}
+
+void m5qx_eq_audio_levels_page::onLeftLongRepeat()
+{
+    AS_DEBUG();
+}
+
+void m5qx_eq_audio_levels_page::onRightLongPressed()
+{
+    AS_DEBUG();
+}
+
+void m5qx_eq_audio_levels_page::onRightLongRepeat()
+{
+    AS_DEBUG();
+}
+
+void m5qx_eq_audio_levels_page::onUpdateBF(int balance, int fader)
+{
+    AS_DEBUG() << "balance:" << balance << "fader:" << fader;
+    enableArrows(balance, ui->key_left_level, ui->key_right_btn);
+    enableArrows(fader, ui->key_down_level, ui->key_up_level);
+    ui->txt_balance->setText(QString::asprintf("BAL:%d", balance));
+    ui->txt_fader->setText(QString::asprintf("FAD:%d", fader));
+    m_pad->setValueX(balance);
+    m_pad->setValueY(fader);
+    m_pad->updatePos();
+}
+
+void m5qx_eq_audio_levels_page::on_key_reset_level_clicked()
+{
+    AS_DEBUG();
+    soundClickedBeep();
+    setBalance(0, 0);
+    onUpdateBF(0, 0);
+}
+
+void m5qx_eq_audio_levels_page::on_key_back_clicked()
+{
+    AS_DEBUG();
+    soundClickedBeep();
+    postBackRequest();
+}
+
+void m5qx_eq_audio_levels_page::soundClickedBeep()
+{
+    hvaudio::AudioService::instance()->doBeep(0);
+}
+
+// Loudness and subwoofer
+
+void m5qx_eq_audio_levels_page::showSwitches()
+{
+    ui->key_loudness->setChecked(store()->getValue(loudnessKey, loudnessDefault));
+    ui->key_subwoofer->setChecked(store()->getValue(subwooferKey, subwooferDefault));
+}
+
+void m5qx_eq_audio_levels_page::on_key_loudness_clicked()
+{
+    AS_DEBUG() << ui->key_loudness->isChecked();
+    McuManager::instance()->triggerBeep(0);
+    // The service keeps the state under the key that this page reads; the page doesn't write it.
+    hvaudio::AudioService::instance()->setCustomLoudness(ui->key_loudness->isChecked(), false);
+}
+
+void m5qx_eq_audio_levels_page::on_key_subwoofer_clicked()
+{
+    const bool on = ui->key_subwoofer->isChecked();
+    AS_DEBUG() << on;
+    McuManager::instance()->triggerBeep(0);
+    store()->setValue(subwooferKey, subwooferDefault, on, true);
+    const int level = store()->getValue(levelKey, levelDefault);
+    const int frequency = store()->getValue(frequencyKey, frequencyDefault);
+    if (on) {
+        sendSubwooferLevel(level, frequency);
+    } else {
+        // No hurry with this one: the switch itself is already durable, and the level is what it was.
+        store()->setValue(levelKey, levelDefault, level & LevelMask, false);
+        hvaudio::AudioService::instance()->setSubFilter(FrequencyOff, level & LevelMask, 0);
+    }
+    setSubwooferSliderEnable(on);
+}
+
+void m5qx_eq_audio_levels_page::onSliderOnSave(int value)
+{
+    AS_DEBUG() << value;
+    switchSubwooferOn();
+    const int level = sliderOfLevel(qBound(0, value, MaxLevel));
+    sendSubwooferLevel(level, store()->getValue(frequencyKey, frequencyDefault));
+}
+
+void m5qx_eq_audio_levels_page::on_key_sub_level_up_clicked()
+{
+    AS_DEBUG();
+    stepSubwooferLevel(-1);
+}
+
+void m5qx_eq_audio_levels_page::on_key_sub_level_down_clicked()
+{
+    AS_DEBUG();
+    stepSubwooferLevel(1);
+}
+
+// A level of 13..15, which only a foreign hand can have stored, passes as it is; the slider clamps for
+// itself.
+void m5qx_eq_audio_levels_page::stepSubwooferLevel(int step)
+{
+    soundClickedBeep();
+    switchSubwooferOn();
+    int level = store()->getValue(levelKey, levelDefault) & KeyMask;
+    const int frequency = store()->getValue(frequencyKey, frequencyDefault) & KeyMask;
+    if (step < 0 ? level > 0 : level < MaxLevel)
+        level += step;
+    m_slider->setValue(sliderOfLevel(level));
+    sendSubwooferLevel(level, frequency);
+}
+
+// Choosing a level switches the subwoofer on. Slider and keys stay as they are: they come back with resume()
+// or the switch.
+void m5qx_eq_audio_levels_page::switchSubwooferOn()
+{
+    store()->setValue(subwooferKey, subwooferDefault, true, true);
+    ui->key_subwoofer->setChecked(true);
+}
+
+void m5qx_eq_audio_levels_page::sendSubwooferLevel(int level, int frequency)
+{
+    store()->setValue(levelKey, levelDefault, level | WrittenWhileOn, true);
+    hvaudio::AudioService::instance()->setSubFilter(frequency, level & LevelMask, 0);
+}
+
+void m5qx_eq_audio_levels_page::setSubwooferSliderEnable(bool on)
+{
+    m_slider->setEnabled(on);
+    ui->key_sub_level_down->setEnabled(on);
+    ui->key_sub_level_up->setEnabled(on);
+}
+
+} // namespace audiosetting
