@@ -8,6 +8,7 @@ set(well            "#090B10")
 set(panel           "#262933")   # rgb(38,41,51), the fill of the value fields between two keys
 set(line            "#1F2531")   # grid lines, tracks: seen, not read
 set(line_strong     "#39414F")   # axes, zero lines, separators
+set(scale           "#566176")   # main ticks of a scale
 set(ink             "#EEEEEC")
 set(ink_dim         "#A7AFBF")   # numbers on scales; 4.5:1 and more on well, page and panel
 set(accent          "#0094DD")
