@@ -115,6 +115,9 @@ private slots:
     void titleBarCarriesBothTitleColours();
     void presetTilesLeaveTheirNamesFree_data();
     void presetTilesLeaveTheirNamesFree();
+    void captionReadsOnItsKey_data();
+    void captionReadsOnItsKey();
+    void drawingsTakeTheirColoursFromThePalette();
 };
 
 void TestIcons::libraryStaysLinkedAndNamesItsVersion()
@@ -537,6 +540,49 @@ void TestIcons::presetTilesLeaveTheirNamesFree()
             QVERIFY2(contrast(Qt::white, QColor(tile.pixel(x, y))) >= 7.0,
                      qPrintable(QString("%1,%2").arg(x).arg(y)));
         }
+    }
+}
+
+void TestIcons::captionReadsOnItsKey_data()
+{
+    QTest::addColumn<QString>("path");
+    for (const char* name :
+         {"vexa_m5qx_audiosettingicon/eq_btn_n", "vexa_m5qx_audiosettingicon/eq_btn_p",
+          "vexa_m5qx_settingicon_ext/bal_btn_reset_n", "vexa_m5qx_settingicon_ext/bal_btn_reset_p",
+          "vexa_m5qx_settingicon_ext/time_alignment_reset_n",
+          "vexa_m5qx_settingicon_ext/time_alignment_preset_n",
+          "vexa_m5qx_settingicon_ext/time_alignment_preset_p", "vexa_m5qx_settingicon_ext/setup_key_btn2_n",
+          "vexa_m5qx_settingicon_ext/setup_key_btn2_p", "vexa_m5qx_audiosettingicon/eq_icon_bg"}) {
+        QTest::newRow(name) << QString(":/%1.png").arg(name);
+    }
+}
+
+void TestIcons::captionReadsOnItsKey()
+{
+    QFETCH(QString, path);
+    const QImage key = QImageReader(path).read();
+    // The dimmest colour that the pages give a caption, where a caption can lie.
+    const QColor caption(238, 238, 236);
+    for (int y = 6; y < key.height() - 9; ++y) {
+        for (int x = 12; x < key.width() - 12; ++x) {
+            QCOMPARE(qAlpha(key.pixel(x, y)), 255);
+            QVERIFY2(contrast(caption, QColor(key.pixel(x, y))) >= 7.0,
+                     qPrintable(QString("%1,%2").arg(x).arg(y)));
+        }
+    }
+}
+
+void TestIcons::drawingsTakeTheirColoursFromThePalette()
+{
+    const QDir folder(QStringLiteral(SOURCE_ROOT "/platform/icons/svg"));
+    const QStringList names = folder.entryList({"*.svg"}, QDir::Files);
+    QVERIFY(names.size() > 15);
+    static const QRegularExpression colour(QStringLiteral("[\":]#[0-9A-Fa-f]{3,8}[\";]|[\":]rgba?\\("));
+    for (const QString& name : names) {
+        QFile file(folder.filePath(name));
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        const auto match = colour.match(QString::fromUtf8(file.readAll()));
+        QVERIFY2(!match.hasMatch(), qPrintable(name + ": " + match.captured()));
     }
 }
 
