@@ -477,8 +477,8 @@ void TestIcons::padFrameIsTheLocatorsTravel()
 {
     const QImage pad = picture(":/vexa_m5qx_settingicon_ext/bal_bg.png");
     const int centre = 126;
-    for (int away : {-112, 112}) {
-        const int at = centre + away;
+    for (int value : {-15, -10, -5, 5, 10, 15}) {
+        const int at = centre + 112 * value / 15;
         QVERIFY(light(pad, at, 40) > light(pad, at - 3, 40) + 5);
         QVERIFY(light(pad, at, 40) > light(pad, at + 3, 40) + 5);
         QVERIFY(light(pad, 40, at) > light(pad, 40, at - 3) + 5);
@@ -499,7 +499,11 @@ void TestIcons::speakerLinesEndAtTheirBoxes()
             QCOMPARE(line, y == 167 - 126 || y == 167 - 127 || y == 309 - 126 || y == 309 - 127);
         }
     }
-    QVERIFY(qAlpha(car.pixel(122, car.height() - 1)) > 128);
+    // The subwoofer's title begins at y = 368 of the page.
+    QVERIFY(qAlpha(car.pixel(122, 368 - 126 - 2)) > 128);
+    for (int x = 0; x < car.width(); ++x) {
+        QCOMPARE(qAlpha(car.pixel(x, 368 - 126)), 0);
+    }
 }
 
 void TestIcons::switchOnIsBrightAndItsKnobRight()
