@@ -479,10 +479,10 @@ void TestIcons::padFrameIsTheLocatorsTravel()
     const int centre = 126;
     for (int value : {-15, -10, -5, 5, 10, 15}) {
         const int at = centre + 112 * value / 15;
-        QVERIFY(light(pad, at, 40) > light(pad, at - 3, 40) + 5);
-        QVERIFY(light(pad, at, 40) > light(pad, at + 3, 40) + 5);
-        QVERIFY(light(pad, 40, at) > light(pad, 40, at - 3) + 5);
-        QVERIFY(light(pad, 40, at) > light(pad, 40, at + 3) + 5);
+        QVERIFY(light(pad, at, 18) > light(pad, at - 3, 18) + 5);
+        QVERIFY(light(pad, at, 18) > light(pad, at + 3, 18) + 5);
+        QVERIFY(light(pad, 18, at) > light(pad, 18, at - 3) + 5);
+        QVERIFY(light(pad, 18, at) > light(pad, 18, at + 3) + 5);
     }
     QVERIFY(light(pad, centre, 30) > light(pad, centre - 3, 30) + 5);
     QVERIFY(light(pad, 30, centre) > light(pad, 30, centre - 3) + 5);

@@ -290,5 +290,5 @@ void TestReferences::formsShowPicturesAtTheirOwnSize()
     QVERIFY(checked > 100);
 }
 
-QTEST_MAIN(TestReferences)
+QTEST_GUILESS_MAIN(TestReferences)
 #include "tst_references.moc"
