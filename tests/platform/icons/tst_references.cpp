@@ -4,11 +4,11 @@
 // A source names a picture in one of three ways, and in no other: by its whole path; by a path with %1 in it;
 // or by its file name beside a literal that is one of the folders, in the same file.
 
+#include "pictures.h"
+
 #include <QDirIterator>
 #include <QDomDocument>
-#include <QFile>
 #include <QImageReader>
-#include <QMap>
 #include <QObject>
 #include <QRegularExpression>
 #include <QSet>
@@ -27,15 +27,11 @@ const QStringList& pictureFolders()
     return list;
 }
 
-QStringList pictures()
+QStringList picturePaths()
 {
-    QFile file(QStringLiteral(ICON_LIST));
     QStringList list;
-    if (file.open(QIODevice::ReadOnly | QIODevice::Text)) {
-        const QStringList lines = QString::fromUtf8(file.readAll()).split('\n', Qt::SkipEmptyParts);
-        for (const QString& line : lines) {
-            list << ":" + line.section(' ', 0, 0);
-        }
+    for (const pictures::Row& row : pictures::rows()) {
+        list << row.path;
     }
     return list;
 }
@@ -195,7 +191,7 @@ void TestReferences::everyFolderHasFilesToRead()
 
 void TestReferences::everyPictureAskedForExists()
 {
-    const QStringList all = pictures();
+    const QStringList all = picturePaths();
     QStringList missing;
     const auto check = [&all, &missing](const QString& file, const QStringList& paths) {
         for (const QString& path : paths) {
@@ -216,7 +212,7 @@ void TestReferences::everyPictureAskedForExists()
 
 void TestReferences::everyPictureIsAskedFor()
 {
-    const QStringList all = pictures();
+    const QStringList all = picturePaths();
     QVERIFY(all.size() > 80);
     QSet<QString> unused(all.cbegin(), all.cend());
     const auto use = [&all, &unused](const QStringList& paths) {
