@@ -5,12 +5,12 @@
 #include <array>
 #include <complex>
 
-/// Coefficient design: pure functions in double. What is applied to samples in single precision is rounded from
-/// these at the very end (`coefficientsOf`).
+/// Coefficient design: pure functions in double. What is applied to samples in single precision is rounded
+/// from these at the very end (`coefficientsOf`).
 namespace hvaudio::dsp {
 
-/// One second-order section as its analogue prototype: (hp s^2 + bp s + lp) / (s^2 + k s + 1), with s counted in
-/// units of g = tan(pi f / rate), the prewarped frequency.
+/// One second-order section as its analogue prototype: (hp s^2 + bp s + lp) / (s^2 + k s + 1), with s counted
+/// in units of g = tan(pi f / rate), the prewarped frequency.
 struct Section
 {
     double g = 0.01;
@@ -41,11 +41,12 @@ Section highShelf(double hz, double q, double gainDb, double rate);
 using TwoSections = std::array<Section, 2>;
 TwoSections butterworthHighPass(double hz, int order, double rate);
 TwoSections butterworthLowPass(double hz, int order, double rate);
-/// Sections that pass everything but keep the memory of a filter at 80 Hz running, so that switching a filter on
-/// or off is a glide of the output mix.
+/// Sections that pass everything but keep the memory of a filter at 80 Hz running, so that switching a filter
+/// on or off is a glide of the output mix.
 TwoSections passThrough(double rate);
 
-/// Frequency of a table entry in Hz; 0 = off. Indexes beyond the table mean its last entry, negative ones off.
+/// Frequency of a table entry in Hz; 0 = off. Indexes beyond the table mean its last entry, negative ones
+/// off.
 double highPassHz(CrossoverTables tables, int index);
 double lowPassHz(CrossoverTables tables, int index);
 /// Subwoofer: `filter` 0 is silent (returns -1), 1 is no filter (returns 0), n is entry n - 1.
@@ -65,10 +66,10 @@ double fieldFactor(Speaker speaker, int balance, int fader);
 double factorOfDb(double db);
 double dbOfFactor(double factor);
 
-/// A delay in frames as a whole tap and the coefficient a of the all-pass (a + z^-1) / (1 + a z^-1) that supplies
-/// the rest (Laakso et al., "Splitting the unit delay", 1996: Thiran, first order). The all-pass itself always
-/// takes one frame of the constant latency, so a fraction of 0 gives a = 0 and is exact; its magnitude is 1
-/// everywhere and its delay is within 0.01 ms of the wish up to 16 kHz at 44.1 kHz.
+/// A delay in frames as a whole tap and the coefficient a of the all-pass (a + z^-1) / (1 + a z^-1) that
+/// supplies the rest (Laakso et al., "Splitting the unit delay", 1996: Thiran, first order). The all-pass
+/// itself always takes one frame of the constant latency, so a fraction of 0 gives a = 0 and is exact; its
+/// magnitude is 1 everywhere and its delay is within 0.01 ms of the wish up to 16 kHz at 44.1 kHz.
 struct DelayParts
 {
     int tap;

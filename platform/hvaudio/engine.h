@@ -24,7 +24,7 @@ struct Block
 struct Meters
 {
     std::array<float, speakerCount> peak = {}; ///< largest output sample, 0..1
-    float reductionDb = 0;                     ///< deepest gain of the limiter, 0 = idle, negative when it works
+    float gain = 1;                            ///< smallest factor of the limiter, 1 = it didn't work
 };
 
 /// The sound processor: stereo programme in, five speakers out.
@@ -35,9 +35,9 @@ struct Meters
 ///                           |
 ///                        FL FR RL RR SUB
 ///
-/// The control side turns `Settings` into a `Snapshot` and publishes it; the audio side picks the newest one up at
-/// the start of a block and glides to it. Glides, fades and holds are counted in frames on a grid that starts with
-/// the first frame, so the sound doesn't depend on how the stream is cut into blocks.
+/// The control side turns `Settings` into a `Snapshot` and publishes it; the audio side picks the newest one
+/// up at the start of a block and glides to it. Glides, fades and holds are counted in frames on a grid that
+/// starts with the first frame, so the sound doesn't depend on how the stream is cut into blocks.
 class Engine
 {
 public:
@@ -46,23 +46,23 @@ public:
     Engine(const Engine&) = delete;
     Engine& operator=(const Engine&) = delete;
 
-    /// [OFF] Allocates everything and forgets all sound. Rate in Hz, 8000..192000; false (and nothing changed) for
-    /// others. Before the first call the engine gives silence.
+    /// [OFF] Allocates everything and forgets all sound. Rate in Hz, 8000..192000; false (and nothing
+    /// changed) for others. Before the first call the engine gives silence.
     bool prepare(double rate);
     /// [ANY] The rate of the last `prepare`, 0 before.
     double rate() const noexcept;
     /// [ANY] Frames from an input sample to the same sample at a speaker whose delay is 0.
     int latencyFrames() const noexcept;
 
-    /// [CT] Makes these settings the wanted ones; they are clamped first (see `clampToRange`). Takes well below
-    /// a millisecond and never waits for the audio thread.
+    /// [CT] Makes these settings the wanted ones; they are clamped first (see `clampToRange`). Takes well
+    /// below a millisecond and never waits for the audio thread.
     void set(const Settings& settings);
     /// [CT] The wanted settings, clamped.
     Settings settings() const;
     /// [CT] The wanted settings as gains and coefficients.
     Snapshot snapshot() const;
-    /// [CT] Transfer function from the input that belongs to the speaker (the subwoofer: both at once) to it, from
-    /// the wanted coefficients, volumes and delays included, the limiter and `latencyFrames` left out.
+    /// [CT] Transfer function from the input that belongs to the speaker (the subwoofer: both at once) to it,
+    /// from the wanted coefficients, volumes and delays included, the limiter and `latencyFrames` left out.
     std::complex<double> response(Speaker speaker, double hz) const;
     /// [CT] Sounds the key beep; lock-free. Beeps that come while one sounds start it anew.
     void beep() noexcept;
@@ -90,7 +90,7 @@ public:
 
 private:
     struct Private;
-    std::unique_ptr<Private> d;
+    const std::unique_ptr<Private> d;
 };
 
 } // namespace hvaudio::dsp

@@ -4,9 +4,9 @@
 
 namespace hvaudio::dsp {
 
-/// The thirteen peaking sections, with gains solved so that the whole cascade's response at the thirteen centres is
-/// what was asked for; alone, each section would lift its neighbours too. Newton's method on the chain itself, in
-/// tens of microseconds. Centres above 0.46 rate have no section: the rate can't carry them.
+/// The thirteen peaking sections, with gains solved so that the whole cascade's response at the thirteen
+/// centres is what was asked for; alone, each section would lift its neighbours too. Newton's method on the
+/// chain itself, in tens of microseconds. Centres above 0.46 rate have no section: the rate can't carry them.
 class EqualizerDesign
 {
 public:

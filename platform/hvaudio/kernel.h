@@ -4,12 +4,12 @@
 
 namespace hvaudio::dsp {
 
-/// The inner loop: filter memory, coefficients in single precision, and the functions that run over samples, one
-/// set for each instruction set. Coefficients are designed elsewhere (design.h), in double.
+/// The inner loop: filter memory, coefficients in single precision, and the functions that run over samples,
+/// one set for each instruction set. Coefficients are designed elsewhere (design.h), in double.
 ///
 /// All filters are second-order state-variable sections (trapezoidal integrators; A. Simper, "Solving the
-/// continuous SVF equations using trapezoidal integration and equivalent currents", Cytomic 2013), written in the
-/// form that changes its memory by small increments, which keeps single precision clean at 32 Hz:
+/// continuous SVF equations using trapezoidal integration and equivalent currents", Cytomic 2013), written in
+/// the form that changes its memory by small increments, which keeps single precision clean at 32 Hz:
 ///
 ///     v3   = x - ic2
 ///     y    = q3 * ic2 + q1 * v3 + q2 * ic1
@@ -42,27 +42,35 @@ constexpr int crossoverRows = 6;
 struct alignas(64) Parameters
 {
     float cascade[cascadeRows][cascadeLanes] = {};
-    float highPass[crossoverRows][8] = {};   ///< lane: 4 * section + cabin speaker
-    float lowPass[crossoverRows][8] = {};    ///< likewise
-    float subwoofer[crossoverRows][4] = {};  ///< lane: section; two lanes idle
-    float speakerGain[8] = {};               ///< balance, fader, level, polarity, power; order of `Speaker`
-    float allPass[8] = {};                   ///< first-order all-pass of the delay's fraction; order of `Speaker`
-    float bus[8] = {};                       ///< factor of the programme, then of the prompts in order of `Prompt`
+    float highPass[crossoverRows][8] = {};  ///< lane: 4 * section + cabin speaker
+    float lowPass[crossoverRows][8] = {};   ///< likewise
+    float subwoofer[crossoverRows][4] = {}; ///< lane: section; two lanes idle
+    float speakerGain[8] = {};              ///< balance, fader, level, polarity, power; order of `Speaker`
+    float allPass[8] = {}; ///< first-order all-pass of the delay's fraction; order of `Speaker`
+    float bus[8] = {};     ///< factor of the programme, then of the prompts in order of `Prompt`
 
     float* data() { return &cascade[0][0]; }
     const float* data() const { return &cascade[0][0]; }
 };
 constexpr int parameterCount = int(sizeof(Parameters) / sizeof(float));
-static_assert(parameterCount ==
-                  cascadeRows * cascadeLanes + crossoverRows * (8 + 8 + 4) + 8 + 8 + 8,
+static_assert(parameterCount == cascadeRows * cascadeLanes + crossoverRows * (8 + 8 + 4) + 8 + 8 + 8,
               "no padding: the glide runs over the flat row");
 
 /// Filter memory, lanes as in `Parameters`; `y` is the output of the previous frame.
 struct alignas(64) FilterMemory
 {
-    struct Cascade { float ic1[cascadeLanes], ic2[cascadeLanes], y[cascadeLanes]; } cascade;
-    struct Eight { float ic1[8], ic2[8], y[8]; } highPass, lowPass;
-    struct Four { float ic1[4], ic2[4], y[4]; } subwoofer;
+    struct Cascade
+    {
+        float ic1[cascadeLanes], ic2[cascadeLanes], y[cascadeLanes];
+    } cascade;
+    struct Eight
+    {
+        float ic1[8], ic2[8], y[8];
+    } highPass, lowPass;
+    struct Four
+    {
+        float ic1[4], ic2[4], y[4];
+    } subwoofer;
     float allPassX[8], allPassY[8];
 };
 
@@ -79,8 +87,8 @@ struct Kernel
 {
     /// Runs the cascade over interleaved left/right pairs in place.
     void (*cascade)(float* pairs, int frames, Parameters& now, const Parameters* step, FilterMemory& memory);
-    /// Pairs to the five speakers: gain, crossover, all-pass; each output is contiguous. With `lowPass` false the
-    /// low-pass sections pass their input on, as late as they would otherwise.
+    /// Pairs to the five speakers: gain, crossover, all-pass; each output is contiguous. With `lowPass` false
+    /// the low-pass sections pass their input on, as late as they would otherwise.
     void (*crossover)(const float* pairs, float* const out[speakerCount], int frames, Parameters& now,
                       const Parameters* step, FilterMemory& memory, bool lowPass);
 };

@@ -5,9 +5,10 @@
 
 /// What the listener asked for, in the units of the pages: plain values, no coefficient, no thread.
 ///
-/// A `Settings` is written by the audio service, turned into gains and coefficients by `design.h`, and handed to
-/// the audio thread by `Engine::set`. Values outside the ranges given here are brought into them by
-/// `clampToRange`, which says what it changed; the engine calls it itself, so nothing bad can reach the sound.
+/// A `Settings` is written by the audio service, turned into gains and coefficients by `design.h`, and handed
+/// to the audio thread by `Engine::set`. Values outside the ranges given here are brought into them by
+/// `clampToRange`, which says what it changed; the engine calls it itself, so nothing bad can reach the
+/// sound.
 namespace hvaudio::dsp {
 
 /// The five outputs, in the order of every array in this library.
@@ -28,7 +29,7 @@ constexpr int promptOfChannel(int channel)
 
 constexpr int bandCount = 13;
 /// Centres of the equalizer bands in Hz.
-constexpr std::array<double, bandCount> bandHz = {32,   63,   125,  250,   500,   1000, 2000,
+constexpr std::array<double, bandCount> bandHz = {32,   63,   125,   250,   500,   1000, 2000,
                                                   4000, 8000, 10000, 12000, 14000, 16000};
 
 /// Which list a frequency index points into. Index 0 is "off" in all of them.
@@ -82,8 +83,9 @@ struct Settings
     SubwooferSettings subwoofer;
 };
 
-/// Brings every value into its range. A number that is not finite becomes 0. Returns one readable clause for each
-/// value that was changed, "balance 17 -> 15, fader ...", empty when all were in range. Allocates only then.
+/// Brings every value into its range. A number that is not finite becomes 0. Returns one readable clause for
+/// each value that was changed, "balance 17 -> 15, fader ...", empty when all were in range. Allocates only
+/// then.
 std::string clampToRange(Settings& settings);
 
 } // namespace hvaudio::dsp

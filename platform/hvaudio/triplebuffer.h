@@ -4,9 +4,10 @@
 
 namespace hvaudio::dsp {
 
-/// Hands the newest value of one writer thread to one reader thread; neither ever waits. Values in between are lost,
-/// which is what a snapshot of settings wants. Three slots: one belongs to the writer, one to the reader, and the
-/// third is exchanged through one atomic word with acquire-release order, so a value that is read is whole.
+/// Hands the newest value of one writer thread to one reader thread; neither ever waits. Values in between
+/// are lost, which is what a snapshot of settings wants. Three slots: one belongs to the writer, one to the
+/// reader, and the third is exchanged through one atomic word with acquire-release order, so a value that is
+/// read is whole.
 template <typename T>
 class TripleBuffer
 {
@@ -36,8 +37,8 @@ private:
         T value{};
     };
     Slot slots_[3];
-    unsigned writing_ = 0;              ///< writer's
-    alignas(64) unsigned reading_ = 1;  ///< reader's
+    unsigned writing_ = 0;             ///< writer's
+    alignas(64) unsigned reading_ = 1; ///< reader's
     alignas(64) std::atomic<unsigned> middle_{2};
 };
 

@@ -1,0 +1,87 @@
+#include "hvaudio/kernel_paths.h"
+
+// The prototype: the formulas of kernel.h one after the other. The vector paths are tested against it.
+
+namespace hvaudio::dsp {
+
+namespace {
+
+/// One frame of one section. `c` points at the section's lane of row B2, `lanes` floats between rows.
+float runSection(float x, const float* c, int lanes, bool hasQ3, float& ic1, float& ic2)
+{
+    const float b2 = c[B2 * lanes], b3 = c[B3 * lanes], c1 = c[C1 * lanes];
+    const float q1 = c[Q1 * lanes], q2 = c[Q2 * lanes], q3 = hasQ3 ? c[Q3 * lanes] : 1.0f;
+    const float v3 = x - ic2;
+    const float y = q3 * ic2 + (q1 * v3 + q2 * ic1);
+    const float rise2 = b2 * ic1 + b3 * v3;
+    const float rise1 = b2 * v3 - c1 * ic1;
+    ic2 += rise2;
+    ic1 += rise1;
+    return y;
+}
+
+void advance(float* row, const float* step, int count)
+{
+    for (int i = 0; i < count; ++i)
+        row[i] += step[i];
+}
+
+void cascade(float* pairs, int frames, Parameters& now, const Parameters* step, FilterMemory& memory)
+{
+    auto& m = memory.cascade;
+    for (int n = 0; n < frames; ++n) {
+        // From the last section to the first: each still finds its predecessor's output of the frame before.
+        const float out[2] = {m.y[cascadeLanes - 2], m.y[cascadeLanes - 1]};
+        for (int lane = cascadeLanes - 1; lane >= 0; --lane) {
+            const float x = lane < 2 ? pairs[2 * n + lane] : m.y[lane - 2];
+            m.y[lane] = runSection(x, &now.cascade[0][lane], cascadeLanes, false, m.ic1[lane], m.ic2[lane]);
+        }
+        pairs[2 * n] = out[0];
+        pairs[2 * n + 1] = out[1];
+        if (step)
+            advance(&now.cascade[0][0], &step->cascade[0][0], cascadeRows * cascadeLanes);
+    }
+}
+
+void crossover(const float* pairs, float* const out[speakerCount], int frames, Parameters& now,
+               const Parameters* step, FilterMemory& memory, bool lowPass)
+{
+    auto& high = memory.highPass;
+    auto& low = memory.lowPass;
+    auto& sub = memory.subwoofer;
+    const auto allPass = [&](int speaker, float x) {
+        const float y = now.allPass[speaker] * (x - memory.allPassY[speaker]) + memory.allPassX[speaker];
+        memory.allPassX[speaker] = x;
+        memory.allPassY[speaker] = y;
+        return y;
+    };
+    for (int n = 0; n < frames; ++n) {
+        const float left = pairs[2 * n], right = pairs[2 * n + 1];
+        for (int i = 0; i < cabinSpeakerCount; ++i) {
+            const float x[4] = {(i & 1 ? right : left) * now.speakerGain[i], high.y[i], high.y[4 + i],
+                                low.y[i]};
+            for (int section = 0; section < 2; ++section) {
+                const int lane = 4 * section + i;
+                high.y[lane] =
+                    runSection(x[section], &now.highPass[0][lane], 8, true, high.ic1[lane], high.ic2[lane]);
+                low.y[lane] = lowPass ? runSection(x[2 + section], &now.lowPass[0][lane], 8, true,
+                                                   low.ic1[lane], low.ic2[lane])
+                                      : x[2 + section];
+            }
+            out[i][n] = allPass(i, low.y[4 + i]);
+        }
+        const float x[2] = {(left + right) * now.speakerGain[Subwoofer], sub.y[0]};
+        for (int section = 0; section < 2; ++section)
+            sub.y[section] = runSection(x[section], &now.subwoofer[0][section], 4, true, sub.ic1[section],
+                                        sub.ic2[section]);
+        out[Subwoofer][n] = allPass(Subwoofer, sub.y[1]);
+        if (step)
+            advance(&now.highPass[0][0], &step->highPass[0][0], crossoverRows * (8 + 8 + 4) + 8 + 8);
+    }
+}
+
+} // namespace
+
+const Kernel scalarKernel = {cascade, crossover};
+
+} // namespace hvaudio::dsp

@@ -1,0 +1,20 @@
+#if defined(__SSE2__) || defined(__ARM_NEON)
+
+#include "hvaudio/kernel_vector.h"
+
+namespace hvaudio::dsp {
+
+namespace {
+const Kernel kernel = {cascade<4>, crossover<4>};
+}
+const Kernel* const vector4Kernel = &kernel;
+
+} // namespace hvaudio::dsp
+
+#else
+
+#include "hvaudio/kernel_paths.h"
+
+const hvaudio::dsp::Kernel* const hvaudio::dsp::vector4Kernel = nullptr;
+
+#endif

@@ -1,0 +1,21 @@
+// Compiled for AVX2 and FMA on x86-64 and called only where kernelOf() found both.
+#if defined(__AVX2__) && defined(__FMA__)
+
+#include "hvaudio/kernel_vector.h"
+
+namespace hvaudio::dsp {
+
+namespace {
+const Kernel kernel = {cascade<8>, crossover<8>};
+}
+const Kernel* const vector8Kernel = &kernel;
+
+} // namespace hvaudio::dsp
+
+#else
+
+#include "hvaudio/kernel_paths.h"
+
+const hvaudio::dsp::Kernel* const hvaudio::dsp::vector8Kernel = nullptr;
+
+#endif
