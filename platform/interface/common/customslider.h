@@ -28,7 +28,8 @@ public:
 
 signals:
     /// Once each time the user settles on a value: on release of a touch, or when keyboard stepping pauses.
-    /// Never for setValue(). The value is inside the slider's range, without the offset.
+    /// Never for setValue(), and never when the slider is disabled or hidden under the finger: then it shows
+    /// the value before the touch again. The value is inside the slider's range, without the offset.
     void valSave(int value);
 
 protected:
@@ -41,7 +42,15 @@ protected:
     void hideEvent(QHideEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
 
+private slots:
+    void onSettled();
+
 private:
+    int valueAt(int x) const;
+    int handleX() const;
+    void noteStep(int valueBefore);
+    void abandon();
+
     CustomSlider_2Private* d;
     Q_DISABLE_COPY(CustomSlider_2)
 };

@@ -23,12 +23,22 @@ public:
     ScrollBar(QWidget* parent, const QRect& geometry, int style);
     ~ScrollBar() override;
 
+    /// No width: a scroll area leaves no room for a bar that has a place of its own.
+    QSize sizeHint() const override;
+    QSize minimumSizeHint() const override;
+
 protected:
     bool event(QEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
 
 private:
+    QRect handleRect() const;
+
     QRect m_place;
+    int m_grip = -1; ///< where the finger holds the handle, in px from its top; -1: not held
     Q_DISABLE_COPY(ScrollBar)
 };
 
