@@ -45,29 +45,47 @@ QColor readableOn(const QColor& ground)
 
 } // namespace
 
+/// All behaviour of the slider; the class itself only passes its events here, so that its header shows none
+/// of it.
 class CustomSlider_2Private
 {
 public:
+    explicit CustomSlider_2Private(CustomSlider_2* slider)
+        : q(slider)
+    {
+    }
+
+    void changed(const QEvent* event);
+    void pressed(QMouseEvent* event);
+    void moved(QMouseEvent* event);
+    void released(QMouseEvent* event);
+    void paint();
+    void abandon();
+    void settled();
+    void noteStep(int valueBefore);
+    int valueAt(int x) const;
+    int handleX() const;
+    bool stepping() const { return settle.isActive(); }
+
+    CustomSlider_2* q;
     int offset = 0;
     QColor hint = QColor(cm::palette::accentBright);
     QTimer settle; ///< runs while keyboard stepping goes on
     bool dragging = false;
     int before = 0;  ///< the value before the drag or the stepping began
     int stepped = 0; ///< the value that stepping has reached
-
-    bool stepping() const { return settle.isActive(); }
 };
 
 CustomSlider_2::CustomSlider_2(QWidget* parent, const QRect& geometry, int style)
     : QSlider(Qt::Horizontal, parent)
-    , d(new CustomSlider_2Private)
+    , d(new CustomSlider_2Private(this))
 {
     Q_UNUSED(style) // there is one look; see the header
     setGeometry(geometry);
     setFocusPolicy(Qt::TabFocus); // a touch takes no focus, the keyboard reaches it
     d->settle.setSingleShot(true);
     d->settle.setInterval(kSettleMs);
-    connect(&d->settle, SIGNAL(timeout()), this, SLOT(onSettled()));
+    connect(&d->settle, &QTimer::timeout, this, [this] { d->settled(); });
 }
 
 CustomSlider_2::~CustomSlider_2()
@@ -91,163 +109,187 @@ void CustomSlider_2::setHintColor(const QColor& color)
     update();
 }
 
-int CustomSlider_2::valueAt(int x) const
+int CustomSlider_2Private::valueAt(int x) const
 {
-    const bool flipped = invertedAppearance() != (layoutDirection() == Qt::RightToLeft);
-    return QStyle::sliderValueFromPosition(minimum(), maximum(), x - kMargin, qMax(1, width() - 2 * kMargin),
-                                           flipped);
+    const bool flipped = q->invertedAppearance() != (q->layoutDirection() == Qt::RightToLeft);
+    return QStyle::sliderValueFromPosition(q->minimum(), q->maximum(), x - kMargin,
+                                           qMax(1, q->width() - 2 * kMargin), flipped);
 }
 
-int CustomSlider_2::handleX() const
+int CustomSlider_2Private::handleX() const
 {
-    const bool flipped = invertedAppearance() != (layoutDirection() == Qt::RightToLeft);
-    return kMargin + QStyle::sliderPositionFromValue(minimum(), maximum(), sliderPosition(),
-                                                     qMax(1, width() - 2 * kMargin), flipped);
+    const bool flipped = q->invertedAppearance() != (q->layoutDirection() == Qt::RightToLeft);
+    return kMargin + QStyle::sliderPositionFromValue(q->minimum(), q->maximum(), q->sliderPosition(),
+                                                     qMax(1, q->width() - 2 * kMargin), flipped);
 }
 
 /// Ends a drag or a stepping that doesn't count: the slider shows again what was last saved or set.
-void CustomSlider_2::abandon()
+void CustomSlider_2Private::abandon()
 {
-    if (d->stepping()) {
-        d->settle.stop();
-        setValue(d->before);
+    if (stepping()) {
+        settle.stop();
+        q->setValue(before);
     }
-    if (d->dragging) {
-        d->dragging = false;
-        setSliderPosition(d->before);
-        setSliderDown(false);
-        update();
+    if (dragging) {
+        dragging = false;
+        q->setSliderPosition(before);
+        q->setSliderDown(false);
+        q->update();
     }
 }
 
-void CustomSlider_2::onSettled()
+void CustomSlider_2Private::settled()
 {
-    d->settle.stop();
+    settle.stop();
     // The page may have refreshed the slider from its store meanwhile; what the user chose still counts.
-    setValue(d->stepped);
-    emit valSave(value());
+    q->setValue(stepped);
+    emit q->valSave(q->value());
 }
 
-void CustomSlider_2::noteStep(int valueBefore)
+void CustomSlider_2Private::noteStep(int valueBefore)
 {
-    if (value() == valueBefore)
+    if (q->value() == valueBefore)
         return;
-    if (!d->stepping())
-        d->before = valueBefore;
-    d->stepped = value();
-    d->settle.start();
+    if (!stepping())
+        before = valueBefore;
+    stepped = q->value();
+    settle.start();
+}
+
+void CustomSlider_2Private::changed(const QEvent* event)
+{
+    switch (event->type()) {
+    case QEvent::EnabledChange:
+        if (!q->isEnabled())
+            abandon();
+        break;
+    case QEvent::UngrabMouse: // something else has taken the finger
+        if (dragging)
+            abandon();
+        break;
+    case QEvent::FocusOut:
+        // Disabling takes the focus first; a disabled slider saves nothing.
+        if (!q->isEnabled())
+            abandon();
+        else if (stepping())
+            settled();
+        break;
+    case QEvent::Hide:
+        if (dragging)
+            abandon();
+        else if (stepping())
+            settled();
+        break;
+    default:
+        break;
+    }
 }
 
 bool CustomSlider_2::event(QEvent* event)
 {
     switch (event->type()) {
     case QEvent::EnabledChange:
-        if (!isEnabled())
-            abandon();
-        break;
-    case QEvent::UngrabMouse: // something else has taken the finger
-        if (d->dragging)
-            abandon();
-        break;
+    case QEvent::UngrabMouse:
     case QEvent::FocusOut:
-        // Disabling takes the focus first; a disabled slider saves nothing.
-        if (!isEnabled())
-            abandon();
-        else if (d->stepping())
-            onSettled();
+    case QEvent::Hide:
+        d->changed(event);
         break;
+    case QEvent::MouseButtonPress:
+    case QEvent::MouseButtonDblClick:
+        if (!isEnabled())
+            break;
+        d->pressed(static_cast<QMouseEvent*>(event));
+        return true;
+    case QEvent::MouseMove:
+        if (!isEnabled())
+            break;
+        d->moved(static_cast<QMouseEvent*>(event));
+        return true;
+    case QEvent::MouseButtonRelease:
+        if (!isEnabled())
+            break;
+        d->released(static_cast<QMouseEvent*>(event));
+        return true;
+    case QEvent::Wheel:
+        // Without the focus, the wheel belongs to the page that scrolls beneath.
+        if (!hasFocus() || d->dragging) {
+            event->ignore();
+            return true;
+        }
+        Q_FALLTHROUGH();
+    case QEvent::KeyPress: {
+        if (d->dragging) {
+            event->accept(); // the finger has it
+            return true;
+        }
+        const int valueBefore = value();
+        const bool handled = QSlider::event(event);
+        if (event->type() == QEvent::Wheel)
+            event->accept();
+        d->noteStep(valueBefore);
+        return handled;
+    }
+    case QEvent::Paint:
+        d->paint();
+        return true;
     default:
         break;
     }
     return QSlider::event(event);
 }
 
-void CustomSlider_2::mousePressEvent(QMouseEvent* event)
+void CustomSlider_2Private::pressed(QMouseEvent* event)
 {
     if (event->button() != Qt::LeftButton) {
         event->ignore();
         return;
     }
     event->accept();
-    d->before = d->stepping() ? d->before : value();
-    d->settle.stop();
-    d->dragging = true;
-    setSliderDown(true);
-    setSliderPosition(valueAt(event->x()));
-    update();
+    before = stepping() ? before : q->value();
+    settle.stop();
+    dragging = true;
+    q->setSliderDown(true);
+    q->setSliderPosition(valueAt(event->x()));
+    q->update();
 }
 
-void CustomSlider_2::mouseMoveEvent(QMouseEvent* event)
+void CustomSlider_2Private::moved(QMouseEvent* event)
 {
-    event->setAccepted(d->dragging);
-    if (d->dragging)
-        setSliderPosition(valueAt(event->x()));
+    event->setAccepted(dragging);
+    if (dragging)
+        q->setSliderPosition(valueAt(event->x()));
 }
 
-void CustomSlider_2::mouseReleaseEvent(QMouseEvent* event)
+void CustomSlider_2Private::released(QMouseEvent* event)
 {
-    if (event->button() != Qt::LeftButton || !d->dragging) {
+    if (event->button() != Qt::LeftButton || !dragging) {
         event->ignore();
         return;
     }
     event->accept();
-    d->dragging = false;
+    dragging = false;
     // By the finger, not by the value: a refresh of the page may have set another one under the finger.
-    setSliderPosition(valueAt(event->x()));
-    setSliderDown(false);
-    update();
-    emit valSave(value());
+    q->setSliderPosition(valueAt(event->x()));
+    q->setSliderDown(false);
+    q->update();
+    emit q->valSave(q->value());
 }
 
-void CustomSlider_2::keyPressEvent(QKeyEvent* event)
+void CustomSlider_2Private::paint()
 {
-    if (d->dragging) {
-        event->accept(); // the finger has it
-        return;
-    }
-    const int valueBefore = value();
-    QSlider::keyPressEvent(event);
-    noteStep(valueBefore);
-}
-
-void CustomSlider_2::wheelEvent(QWheelEvent* event)
-{
-    // Without the focus, the wheel belongs to the page that scrolls beneath.
-    if (!hasFocus() || d->dragging) {
-        event->ignore();
-        return;
-    }
-    const int valueBefore = value();
-    QSlider::wheelEvent(event);
-    event->accept();
-    noteStep(valueBefore);
-}
-
-void CustomSlider_2::hideEvent(QHideEvent* event)
-{
-    if (d->dragging)
-        abandon();
-    else if (d->stepping())
-        onSettled();
-    QSlider::hideEvent(event);
-}
-
-void CustomSlider_2::paintEvent(QPaintEvent* event)
-{
-    Q_UNUSED(event)
     using namespace cm;
     QStyleOptionSlider option;
-    initStyleOption(&option);
+    q->initStyleOption(&option);
     const bool enabled = option.state & QStyle::State_Enabled;
 
-    QPainter painter(this);
+    QPainter painter(q);
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setPen(Qt::NoPen);
 
     const int x = handleX();
-    const qreal y = height() - kTrackFromBottom;
+    const qreal y = q->height() - kTrackFromBottom;
     const QRectF track(kMargin - kHandleRadius, y - kTrackHeight / 2.0,
-                       width() - 2.0 * (kMargin - kHandleRadius), kTrackHeight);
+                       q->width() - 2.0 * (kMargin - kHandleRadius), kTrackHeight);
     QRectF filled = track;
     if (option.upsideDown)
         filled.setLeft(x);
@@ -258,15 +300,15 @@ void CustomSlider_2::paintEvent(QPaintEvent* event)
     painter.setBrush(QColor(enabled ? palette::accent : palette::accentDeep));
     painter.drawRoundedRect(filled, kTrackHeight / 2.0, kTrackHeight / 2.0);
 
-    const QColor handle = !enabled      ? QColor(palette::inkDim).darker(170)
-                          : d->dragging ? d->hint
-                                        : QColor(palette::ink);
+    const QColor handle = !enabled   ? QColor(palette::inkDim).darker(170)
+                          : dragging ? hint
+                                     : QColor(palette::ink);
     painter.setBrush(QColor(palette::page)); // a gap that lifts the handle off the track
     painter.drawEllipse(QPointF(x, y), kHandleRadius + 2, kHandleRadius + 2);
     painter.setBrush(handle);
     painter.drawEllipse(QPointF(x, y), kHandleRadius, kHandleRadius);
 
-    const QColor ground = d->dragging ? d->hint : QColor(enabled ? palette::panel : palette::line);
+    const QColor ground = dragging ? hint : QColor(enabled ? palette::panel : palette::line);
     const QRectF bubble(x - kBubbleWidth / 2.0, 1, kBubbleWidth, kBubbleHeight);
     QPainterPath shape;
     shape.addRoundedRect(bubble, 8, 8);
@@ -275,17 +317,17 @@ void CustomSlider_2::paintEvent(QPaintEvent* event)
                               QPointF(x, bubble.bottom() + kPointerHeight)}));
     painter.fillPath(shape.united(tip), ground);
 
-    QFont digits = font();
+    QFont digits = q->font();
     digits.setPixelSize(kDigits);
     digits.setBold(true);
     painter.setFont(digits);
     painter.setPen(!enabled ? QColor(palette::inkDim) : readableOn(ground));
-    painter.drawText(bubble, Qt::AlignCenter, QString::number(sliderPosition() + d->offset));
+    painter.drawText(bubble, Qt::AlignCenter, QString::number(q->sliderPosition() + offset));
 
     if ((option.state & QStyle::State_HasFocus) && (option.state & QStyle::State_KeyboardFocusChange)) {
         painter.setBrush(Qt::NoBrush);
         painter.setPen(QPen(QColor(palette::accentBright), 2));
-        painter.drawRoundedRect(QRectF(rect()).adjusted(1, 1, -1, -1), 6, 6);
+        painter.drawRoundedRect(QRectF(q->rect()).adjusted(1, 1, -1, -1), 6, 6);
     }
 }
 

@@ -34,20 +34,45 @@ bool belongsToSlider(const QWidget* viewport, const QPoint& pos)
 
 } // namespace
 
+/// Behaviour and look of the bar; the class itself only passes its events here.
+class ScrollBarPrivate
+{
+public:
+    ScrollBarPrivate(ScrollBar* bar, const QRect& geometry)
+        : q(bar)
+        , place(geometry)
+    {
+    }
+
+    QRect handleRect() const;
+    void changed(const QEvent* event);
+    void pressed(QMouseEvent* event);
+    void moved(QMouseEvent* event);
+    void released(QMouseEvent* event);
+    void paint();
+
+    ScrollBar* q;
+    const QRect place;
+    int grip = -1; ///< where the finger holds the handle, in px from its top; -1: not held
+};
+
 ScrollBar::ScrollBar(QWidget* parent, const QRect& geometry, int style)
     : QScrollBar(Qt::Vertical, parent)
-    , m_place(geometry)
+    , d(new ScrollBarPrivate(this, geometry))
 {
     Q_UNUSED(style) // there is one look; see the header
     setContextMenuPolicy(Qt::NoContextMenu);
     setGeometry(geometry);
 }
 
-ScrollBar::~ScrollBar() = default;
+ScrollBar::~ScrollBar()
+{
+    delete d;
+}
 
 QSize ScrollBar::sizeHint() const
 {
-    return QSize(0, m_place.height());
+    return QSize(0, d->place.height());
 }
 
 QSize ScrollBar::minimumSizeHint() const
@@ -55,106 +80,134 @@ QSize ScrollBar::minimumSizeHint() const
     return QSize(0, 0);
 }
 
-QRect ScrollBar::handleRect() const
-{
-    const int range = maximum() - minimum();
-    const int pages = range + pageStep();
-    const int length = pages > 0 ? qBound(qMin(kShortestHandle, height()),
-                                          int(qint64(height()) * pageStep() / pages), height())
-                                 : height();
-    const int y = QStyle::sliderPositionFromValue(minimum(), maximum(), sliderPosition(), height() - length,
-                                                  invertedAppearance());
-    return QRect(0, y, width(), length);
-}
-
 bool ScrollBar::event(QEvent* event)
 {
+    switch (event->type()) {
+    case QEvent::MouseButtonPress:
+    case QEvent::MouseButtonDblClick:
+        if (!isEnabled())
+            break;
+        d->pressed(static_cast<QMouseEvent*>(event));
+        return true;
+    case QEvent::MouseMove:
+        if (!isEnabled())
+            break;
+        d->moved(static_cast<QMouseEvent*>(event));
+        return true;
+    case QEvent::MouseButtonRelease:
+        if (!isEnabled())
+            break;
+        d->released(static_cast<QMouseEvent*>(event));
+        return true;
+    case QEvent::Paint:
+        d->paint();
+        return true;
+    default:
+        break;
+    }
     const bool handled = QScrollBar::event(event);
+    d->changed(event);
+    return handled;
+}
+
+QRect ScrollBarPrivate::handleRect() const
+{
+    const int range = q->maximum() - q->minimum();
+    const int pages = range + q->pageStep();
+    const int height = q->height();
+    const int length =
+        pages > 0 ? qBound(qMin(kShortestHandle, height), int(qint64(height) * q->pageStep() / pages), height)
+                  : height;
+    const int y = QStyle::sliderPositionFromValue(q->minimum(), q->maximum(), q->sliderPosition(),
+                                                  height - length, q->invertedAppearance());
+    return QRect(0, y, q->width(), length);
+}
+
+void ScrollBarPrivate::changed(const QEvent* event)
+{
     switch (event->type()) {
     case QEvent::Move:
     case QEvent::Resize:
         // A scroll area lays its bars out along its edge; this one has a place of its own.
-        if (geometry() != m_place)
-            setGeometry(m_place);
+        if (q->geometry() != place)
+            q->setGeometry(place);
         break;
     case QEvent::Hide:
     case QEvent::EnabledChange:
-        if (m_grip >= 0 && (!isVisible() || !isEnabled())) {
-            m_grip = -1;
-            setSliderDown(false);
+        if (grip >= 0 && (!q->isVisible() || !q->isEnabled())) {
+            grip = -1;
+            q->setSliderDown(false);
         }
         break;
     default:
         break;
     }
-    return handled;
 }
 
-void ScrollBar::mousePressEvent(QMouseEvent* event)
+void ScrollBarPrivate::pressed(QMouseEvent* event)
 {
-    if (event->button() != Qt::LeftButton || maximum() <= minimum()) {
+    if (event->button() != Qt::LeftButton || q->maximum() <= q->minimum()) {
         event->ignore();
         return;
     }
     event->accept();
     const QRect handle = handleRect();
     const bool onHandle = event->y() >= handle.top() && event->y() <= handle.bottom();
-    m_grip = onHandle ? event->y() - handle.top() : handle.height() / 2; // beside it: it comes to the finger
-    setSliderDown(true);
-    mouseMoveEvent(event);
-    update();
+    grip = onHandle ? event->y() - handle.top() : handle.height() / 2; // beside it: it comes to the finger
+    q->setSliderDown(true);
+    moved(event);
+    q->update();
 }
 
-void ScrollBar::mouseMoveEvent(QMouseEvent* event)
+void ScrollBarPrivate::moved(QMouseEvent* event)
 {
-    if (m_grip < 0) {
+    if (grip < 0) {
         event->ignore();
         return;
     }
     event->accept();
-    const int span = qMax(1, height() - handleRect().height());
-    setSliderPosition(QStyle::sliderValueFromPosition(minimum(), maximum(), event->y() - m_grip, span,
-                                                      invertedAppearance()));
+    const int span = qMax(1, q->height() - handleRect().height());
+    q->setSliderPosition(QStyle::sliderValueFromPosition(q->minimum(), q->maximum(), event->y() - grip, span,
+                                                         q->invertedAppearance()));
 }
 
-void ScrollBar::mouseReleaseEvent(QMouseEvent* event)
+void ScrollBarPrivate::released(QMouseEvent* event)
 {
-    if (event->button() != Qt::LeftButton || m_grip < 0) {
+    if (event->button() != Qt::LeftButton || grip < 0) {
         event->ignore();
         return;
     }
     event->accept();
-    m_grip = -1;
-    setSliderDown(false);
-    update();
+    grip = -1;
+    q->setSliderDown(false);
+    q->update();
 }
 
-void ScrollBar::paintEvent(QPaintEvent* event)
+void ScrollBarPrivate::paint()
 {
-    Q_UNUSED(event)
-    if (maximum() <= minimum())
+    if (q->maximum() <= q->minimum())
         return; // nothing to scroll, nothing to show
-    QPainter painter(this);
+    QPainter painter(q);
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setPen(Qt::NoPen);
     const auto bar = [this, &painter](int top, int length, qreal thickness, QRgb color) {
-        const QRectF r((width() - thickness) / 2.0, top, thickness, length);
+        const QRectF r((q->width() - thickness) / 2.0, top, thickness, length);
         painter.setBrush(QColor(color));
         painter.drawRoundedRect(r, thickness / 2.0, thickness / 2.0);
     };
     const QRect handle = handleRect();
-    bar(0, height(), kBarWidth - 2, palette::lineStrong);
-    const bool held = m_grip >= 0;
+    bar(0, q->height(), kBarWidth - 2, palette::lineStrong);
+    const bool held = grip >= 0;
     bar(handle.top(), handle.height(), held ? kBarWidth + 4 : kBarWidth,
-        !isEnabled() ? palette::panel
-        : held       ? palette::accentBright
-                     : palette::inkDim);
+        !q->isEnabled() ? palette::panel
+        : held          ? palette::accentBright
+                        : palette::inkDim);
     QStyleOption option;
-    option.initFrom(this);
+    option.initFrom(q);
     if ((option.state & QStyle::State_HasFocus) && (option.state & QStyle::State_KeyboardFocusChange)) {
         painter.setBrush(Qt::NoBrush);
         painter.setPen(QPen(QColor(palette::accentBright), 2));
-        painter.drawRoundedRect(QRectF(rect()).adjusted(1, 1, -1, -1), 6, 6);
+        painter.drawRoundedRect(QRectF(q->rect()).adjusted(1, 1, -1, -1), 6, 6);
     }
 }
 

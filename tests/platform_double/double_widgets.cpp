@@ -130,7 +130,7 @@ PushButton::~PushButton()
 
 ScrollBar::ScrollBar(QWidget* parent, const QRect& geometry, int style)
     : QScrollBar(Qt::Vertical, parent)
-    , m_place(geometry)
+    , d(nullptr)
 {
     setGeometry(geometry);
     record(platform_double::Widget, QStringLiteral("ScrollBar(%1, %2)").arg(text(geometry)).arg(style));
@@ -138,14 +138,19 @@ ScrollBar::ScrollBar(QWidget* parent, const QRect& geometry, int style)
 
 ScrollBar::~ScrollBar() = default;
 
+QSize ScrollBar::sizeHint() const
+{
+    return QScrollBar::sizeHint();
+}
+
+QSize ScrollBar::minimumSizeHint() const
+{
+    return QScrollBar::minimumSizeHint();
+}
+
 bool ScrollBar::event(QEvent* event)
 {
     return QScrollBar::event(event);
-}
-
-void ScrollBar::paintEvent(QPaintEvent* event)
-{
-    QScrollBar::paintEvent(event);
 }
 
 ScrollManage::ScrollManage(QScrollArea* area, bool vertical, bool horizontal)
@@ -207,51 +212,30 @@ void CustomSlider_2::setHintColor(const QColor& color)
     record(platform_double::Widget, QStringLiteral("CustomSlider_2.setHintColor(%1)").arg(color.name()));
 }
 
+// A press or move anywhere maps the width to the range; a release settles.
 bool CustomSlider_2::event(QEvent* event)
 {
-    return QSlider::event(event);
-}
-
-// A press or move anywhere maps the width to the range; a release settles.
-void CustomSlider_2::mousePressEvent(QMouseEvent* event)
-{
-    d->dragging = true;
-    mouseMoveEvent(event);
-}
-
-void CustomSlider_2::mouseMoveEvent(QMouseEvent* event)
-{
-    if (!d->dragging)
-        return;
-    const int span = maximum() - minimum();
-    setValue(minimum() + (event->pos().x() * span + width() / 2) / qMax(1, width()));
-}
-
-void CustomSlider_2::mouseReleaseEvent(QMouseEvent* event)
-{
-    Q_UNUSED(event)
-    if (std::exchange(d->dragging, false))
-        emit valSave(value());
-}
-
-void CustomSlider_2::keyPressEvent(QKeyEvent* event)
-{
-    QSlider::keyPressEvent(event);
-}
-
-void CustomSlider_2::wheelEvent(QWheelEvent* event)
-{
-    QSlider::wheelEvent(event);
-}
-
-void CustomSlider_2::hideEvent(QHideEvent* event)
-{
-    QSlider::hideEvent(event);
-}
-
-void CustomSlider_2::paintEvent(QPaintEvent* event)
-{
-    QSlider::paintEvent(event);
+    if (!isEnabled())
+        return QSlider::event(event);
+    switch (event->type()) {
+    case QEvent::MouseButtonPress:
+    case QEvent::MouseButtonDblClick:
+        d->dragging = true;
+        Q_FALLTHROUGH();
+    case QEvent::MouseMove:
+        if (d->dragging) {
+            const int span = maximum() - minimum();
+            const int x = static_cast<QMouseEvent*>(event)->pos().x();
+            setValue(minimum() + (x * span + width() / 2) / qMax(1, width()));
+        }
+        return true;
+    case QEvent::MouseButtonRelease:
+        if (std::exchange(d->dragging, false))
+            emit valSave(value());
+        return true;
+    default:
+        return QSlider::event(event);
+    }
 }
 
 } // namespace settings

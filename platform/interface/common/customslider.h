@@ -34,23 +34,9 @@ signals:
 
 protected:
     bool event(QEvent* event) override;
-    void mousePressEvent(QMouseEvent* event) override;
-    void mouseMoveEvent(QMouseEvent* event) override;
-    void mouseReleaseEvent(QMouseEvent* event) override;
-    void keyPressEvent(QKeyEvent* event) override;
-    void wheelEvent(QWheelEvent* event) override;
-    void hideEvent(QHideEvent* event) override;
-    void paintEvent(QPaintEvent* event) override;
-
-private slots:
-    void onSettled();
 
 private:
-    int valueAt(int x) const;
-    int handleX() const;
-    void noteStep(int valueBefore);
-    void abandon();
-
+    friend class CustomSlider_2Private;
     CustomSlider_2Private* d;
     Q_DISABLE_COPY(CustomSlider_2)
 };

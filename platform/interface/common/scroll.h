@@ -11,6 +11,7 @@ class QScrollArea;
 
 namespace cm {
 
+class ScrollBarPrivate;
 class ScrollManagePrivate;
 
 /// A vertical scroll bar of the unit's look, at a fixed place. Thread: GUI.
@@ -29,16 +30,10 @@ public:
 
 protected:
     bool event(QEvent* event) override;
-    void mousePressEvent(QMouseEvent* event) override;
-    void mouseMoveEvent(QMouseEvent* event) override;
-    void mouseReleaseEvent(QMouseEvent* event) override;
-    void paintEvent(QPaintEvent* event) override;
 
 private:
-    QRect handleRect() const;
-
-    QRect m_place;
-    int m_grip = -1; ///< where the finger holds the handle, in px from its top; -1: not held
+    friend class ScrollBarPrivate;
+    ScrollBarPrivate* d;
     Q_DISABLE_COPY(ScrollBar)
 };
 
