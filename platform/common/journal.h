@@ -10,8 +10,7 @@
 namespace cm {
 
 /// The one place where the reference platform reports what it was asked to do; the inspector shows it live
-/// and the shell's
-/// --trace prints it. Thread: GUI.
+/// and the shell's --trace prints it. Thread: GUI.
 class COMMON_EXPORT Journal : public QObject
 {
     Q_OBJECT
@@ -27,6 +26,7 @@ public:
 
     /// Adds an entry. The latest 2000 are kept.
     void record(const QString& subsystem, const QString& operation);
+    /// The latest entries, oldest first.
     QVector<Entry> entries() const;
     /// Prints each entry from now on to standard output, one a line: "subsystem.operation".
     void setPrinting(bool on);

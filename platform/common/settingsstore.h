@@ -28,10 +28,11 @@ public:
 
     /// $XDG_DATA_HOME/audiosetting/settings.db
     static QString defaultPath();
-    /// Opens the file at path (empty: defaultPath()), mode 0600, making its folder. A damaged file is moved
-    /// aside as
-    /// "<name>.damaged-<date>" and the store starts empty. message: what to tell the user, for every outcome
-    /// but a plain Durable.
+    /// Opens the file at path (empty: defaultPath()), mode 0600, making its folder, and takes over its
+    /// values. A damaged file is moved aside as "<name>.damaged-<date>" and the store starts empty. A file
+    /// that can be read and not written is read. When another process holds the file, waits for it for a
+    /// second and a half, then refuses and keeps the values as they were. message: what to tell the user, for
+    /// every outcome but a plain Durable; empty for that one.
     Opened open(const QString& path, QString* message = nullptr);
     /// Commits what is pending and lets the file go. The values stay readable.
     void close();
@@ -44,9 +45,16 @@ public:
     QString path() const;
     bool isDurable() const;
     QMap<QString, QVariant> values() const;
+    /// Invalid when the key is absent. What the file held under the key and is not an int, bool or text as it
+    /// says comes as another type (long long, double, QByteArray), for the host to show.
     QVariant value(const QString& key) const;
-    /// As SettingsFunc::setValue. Refuses (false, logged) what is not int, bool or QString.
+    /// The value when it has the type of defaultValue; else defaultValue, logged once for a value that is
+    /// there.
+    QVariant valueOr(const QString& key, const QVariant& defaultValue) const;
+    /// As SettingsFunc::setValue. Refuses (false, logged) what is not int, bool or QString, and an empty key.
+    /// A write that cannot be made durable is logged and tried again; it is no refusal.
     bool setValue(const QString& key, const QVariant& value, bool commit);
+    /// Durable at the next commit, within 2 s at most.
     void remove(const QString& key);
 
 signals:

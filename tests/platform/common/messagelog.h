@@ -1,0 +1,30 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+#include <QtGlobal>
+
+/// Collects what is logged while it lives, instead of printing it.
+class MessageLog
+{
+public:
+    MessageLog()
+    {
+        lines().clear();
+        m_previous = qInstallMessageHandler(collect);
+    }
+    ~MessageLog() { qInstallMessageHandler(m_previous); }
+    MessageLog(const MessageLog&) = delete;
+    MessageLog& operator=(const MessageLog&) = delete;
+
+    static QStringList& lines()
+    {
+        static QStringList theLines;
+        return theLines;
+    }
+    int count(const QString& part) const { return lines().filter(part).size(); }
+
+private:
+    static void collect(QtMsgType, const QMessageLogContext&, const QString& text) { lines().append(text); }
+    QtMessageHandler m_previous;
+};
