@@ -336,6 +336,16 @@ void TestEqPresetWidget::keysAreNamedAndReachedByKeyboardOnly()
         QCOMPARE(button->focusPolicy(), emblem ? Qt::NoFocus : Qt::TabFocus);
     }
     QCOMPARE(key(0)->accessibleName(), label(0)->text());
+    // Row by row, from left to right.
+    QStringList order;
+    QWidget* widget = key(6);
+    while (order.size() < TileCount) {
+        if (widget->objectName().startsWith(QLatin1String("key_")) && widget->focusPolicy() != Qt::NoFocus)
+            order.append(widget->objectName());
+        widget = widget->nextInFocusChain();
+    }
+    QCOMPARE(order, QStringList({"key_user1", "key_jazz", "key_hiphop", "key_pop", "key_user2", "key_rock",
+                                 "key_rb", "key_flat"}));
 }
 
 void TestEqPresetWidget::randomTouchesKeepEveryInvariant()
