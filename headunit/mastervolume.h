@@ -1,0 +1,41 @@
+#pragma once
+
+#include <QObject>
+
+namespace headunit {
+
+/// The unit's volume knob: the audio service's main channel, and muting on top of it. Thread: GUI.
+class MasterVolume : public QObject
+{
+    Q_OBJECT
+public:
+    static constexpr int maximum = 50;
+
+    explicit MasterVolume(QObject* parent = nullptr);
+    ~MasterVolume() override;
+
+    /// 0..maximum; while muted the level that unmuting goes back to.
+    int level() const { return m_level; }
+    bool isMuted() const { return m_muted; }
+
+    /// Turns the knob by that many steps, clamped; unmutes.
+    void step(int steps);
+    void toggleMute();
+    /// Reads the level anew after the service was switched on.
+    void reload();
+
+signals:
+    void changed();
+
+private slots:
+    void onAudioVolumeChanged(bool muted, int level, int channel);
+
+private:
+    void show(int level, bool muted);
+
+    int m_level = 0;
+    bool m_muted = false;
+    Q_DISABLE_COPY(MasterVolume)
+};
+
+} // namespace headunit

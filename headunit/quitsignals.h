@@ -1,0 +1,30 @@
+#pragma once
+
+#include <QObject>
+
+class QSocketNotifier;
+
+namespace headunit {
+
+/// Turns SIGINT, SIGTERM and SIGHUP into a signal of the event loop, so that the exit is an orderly one. The
+/// second time such a signal has its usual effect, in case the loop no longer turns. One at a time. Thread:
+/// GUI.
+class QuitSignals : public QObject
+{
+    Q_OBJECT
+public:
+    explicit QuitSignals(QObject* parent = nullptr);
+    /// Gives the signals their usual effect back.
+    ~QuitSignals() override;
+
+signals:
+    void quitRequested();
+
+private:
+    void onReadable();
+
+    QSocketNotifier* m_notifier = nullptr;
+    Q_DISABLE_COPY(QuitSignals)
+};
+
+} // namespace headunit

@@ -1,0 +1,75 @@
+#include "headunit/screen.h"
+
+#include "headunit/launcher.h"
+#include "headunit/statusbar.h"
+
+namespace headunit {
+
+namespace {
+
+/// A layer in plain black, whatever style sheets stand above it.
+QWidget* blackLayer(QWidget* parent, const char* name)
+{
+    auto* layer = new QWidget(parent);
+    layer->setObjectName(QLatin1String(name));
+    QPalette black;
+    black.setColor(QPalette::Window, Qt::black);
+    layer->setPalette(black);
+    layer->setAutoFillBackground(true);
+    layer->setGeometry(parent->rect());
+    layer->hide();
+    return layer;
+}
+
+} // namespace
+
+Screen::Screen(const MasterVolume* volume, QWidget* parent)
+    : QWidget(parent)
+{
+    setObjectName(QStringLiteral("screen"));
+    setFixedSize(screenWidth, screenHeight);
+    m_launcher = new Launcher(this);
+    m_launcher->setGeometry(rect());
+    m_area = blackLayer(this, "application_area");
+    m_statusBar = new StatusBar(volume, this);
+    m_statusBar->setGeometry(0, 0, screenWidth, StatusBar::barHeight);
+    m_darkness = blackLayer(this, "darkness");
+}
+
+Screen::~Screen() = default;
+
+bool Screen::isStatusBarShown() const
+{
+    return !m_statusBar->isHidden();
+}
+
+bool Screen::isLit() const
+{
+    return m_darkness->isHidden();
+}
+
+void Screen::showLauncher()
+{
+    m_area->hide();
+    m_launcher->setEnabled(true);
+    setStatusBarShown(true);
+}
+
+void Screen::showApplication()
+{
+    m_area->show();
+    // Tab and Enter must not reach a tile that nobody sees.
+    m_launcher->setEnabled(false);
+}
+
+void Screen::setStatusBarShown(bool shown)
+{
+    m_statusBar->setVisible(shown);
+}
+
+void Screen::setLit(bool lit)
+{
+    m_darkness->setVisible(!lit);
+}
+
+} // namespace headunit
