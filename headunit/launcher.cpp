@@ -112,6 +112,16 @@ void Launcher::addTile(int windowId, const QString& name)
     layOut();
 }
 
+void Launcher::setTileName(int windowId, const QString& name)
+{
+    for (LauncherTile* tile : qAsConst(m_tiles)) {
+        if (tile->windowId() != windowId)
+            continue;
+        tile->setText(name);
+        tile->setAccessibleName(name);
+    }
+}
+
 void Launcher::layOut()
 {
     const int rows = (m_tiles.size() + tilesInRow - 1) / tilesInRow;

@@ -15,6 +15,7 @@ public:
     LauncherTile(int windowId, const QString& name, QWidget* parent);
     ~LauncherTile() override;
 
+    int windowId() const { return m_windowId; }
     QSize sizeHint() const override;
 
 protected:
@@ -35,6 +36,8 @@ public:
 
     /// Adds a tile; the row stays centred. Beyond two rows of four the tiles lie off the screen, logged.
     void addTile(int windowId, const QString& name);
+    /// Puts another name on a tile; an unknown id does nothing.
+    void setTileName(int windowId, const QString& name);
 
 signals:
     void chosen(int windowId);

@@ -35,14 +35,16 @@ OptionsResult readOptions(const QStringList& arguments)
 
     QCommandLineParser parser;
     parser.setApplicationDescription(QStringLiteral("Reference head unit."));
-    parser.addOptions({plugins, settings, language, page, tour, screenOnly, inspector, trace, traceStartup,
-                       help, version});
+    parser.addOptions(
+        {plugins, settings, language, page, tour, screenOnly, inspector, trace, traceStartup, help, version});
     if (!parser.parse(arguments))
         return failure(parser.errorText());
     if (parser.isSet(help))
         return {OptionsResult::Action::Tell, parser.helpText(), {}};
     if (parser.isSet(version))
-        return {OptionsResult::Action::Tell, QStringLiteral("headunit %1\n").arg(QLatin1String(HEADUNIT_VERSION)), {}};
+        return {OptionsResult::Action::Tell,
+                QStringLiteral("headunit %1\n").arg(QLatin1String(HEADUNIT_VERSION)),
+                {}};
     if (!parser.positionalArguments().isEmpty())
         return failure(QStringLiteral("Unexpected argument '%1'.").arg(parser.positionalArguments().first()));
 

@@ -51,15 +51,20 @@ bool Screen::isLit() const
 void Screen::showLauncher()
 {
     m_area->hide();
-    m_launcher->setEnabled(true);
+    updateLauncher();
     setStatusBarShown(true);
 }
 
 void Screen::showApplication()
 {
     m_area->show();
+    updateLauncher();
+}
+
+void Screen::updateLauncher()
+{
     // Tab and Enter must not reach a tile that nobody sees.
-    m_launcher->setEnabled(false);
+    m_launcher->setEnabled(m_area->isHidden() && isLit());
 }
 
 void Screen::setStatusBarShown(bool shown)
@@ -70,6 +75,7 @@ void Screen::setStatusBarShown(bool shown)
 void Screen::setLit(bool lit)
 {
     m_darkness->setVisible(!lit);
+    updateLauncher();
 }
 
 } // namespace headunit

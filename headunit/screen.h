@@ -33,6 +33,8 @@ public:
     void setLit(bool lit);
 
 private:
+    void updateLauncher();
+
     Launcher* m_launcher;
     QWidget* m_area;
     StatusBar* m_statusBar;

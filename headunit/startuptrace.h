@@ -8,9 +8,9 @@ namespace headunit {
 
 /// When which step of the start was reached, for --trace-startup and bench/headunit/startup.sh. Thread: GUI.
 ///
-/// Lines on standard output: first "startup-main-at-us <n>", the wall-clock time of main() in microseconds since
-/// 1970, so that a script can add what lay between exec and main(); then one line a step, "startup <ms> <step>",
-/// milliseconds since main() on the monotonic clock.
+/// Lines on standard output: first "startup-main-at-us <n>", the wall-clock time of main() in microseconds
+/// since 1970, so that a script can add what lay between exec and main(); then one line a step, "startup <ms>
+/// <step>", milliseconds since main() on the monotonic clock.
 class StartupTrace
 {
 public:

@@ -1,0 +1,33 @@
+#include "headunit/inspector.h"
+
+#include "headunit/journalpanel.h"
+#include "headunit/settingspanel.h"
+#include "headunit/shell.h"
+#include "headunit/unitpanel.h"
+
+#include <QTabWidget>
+#include <QVBoxLayout>
+
+namespace headunit {
+
+Inspector::Inspector(Shell* shell)
+    : m_panels(new QTabWidget(this))
+{
+    setObjectName(QStringLiteral("inspector"));
+    setWindowTitle(tr("Inspector"));
+    resize(560, shell->unit()->height());
+    // The unit's font is for arm's length; this one is read at a desk.
+    QFont desk = font();
+    desk.setPixelSize(13);
+    setFont(desk);
+
+    auto* layout = new QVBoxLayout(this);
+    layout->addWidget(m_panels);
+    m_panels->addTab(new JournalPanel(m_panels), tr("Journal"));
+    m_panels->addTab(new SettingsPanel(m_panels), tr("Settings"));
+    m_panels->addTab(new UnitPanel(shell, m_panels), tr("Unit"));
+}
+
+Inspector::~Inspector() = default;
+
+} // namespace headunit

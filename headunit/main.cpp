@@ -1,0 +1,133 @@
+#include "headunit/options.h"
+#include "headunit/quitsignals.h"
+#include "headunit/shell.h"
+#include "headunit/startuptrace.h"
+#include "headunit/tour.h"
+#include "headunit/unitlanguage.h"
+
+#include "common/journal.h"
+#include "common/settingsstore.h"
+#include "common/unitstyle.h"
+#include "hvaudioservice/audioservicehost.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QTimer>
+
+#include <cstdio>
+
+using namespace headunit;
+
+namespace {
+
+// clang-format off
+enum ExitCode {
+    ExitOk          = 0,
+    ExitNoDisplay   = 1,
+    ExitUsage       = 2,
+    ExitStoreInUse  = 3,
+    ExitNotShown    = 4, ///< --tour, --page: something couldn't be shown
+};
+// clang-format on
+
+int complain(int code, const QString& text)
+{
+    std::fprintf(stderr, "headunit: %s\n", qPrintable(text.trimmed()));
+    return code;
+}
+
+/// Options are read before there is an application object that would need a display.
+OptionsResult optionsOf(int argc, char** argv)
+{
+    const QCoreApplication forArguments(argc, argv);
+    return readOptions(QCoreApplication::arguments());
+}
+
+/// Qt aborts without a display; an exit with a message is better. False when there is none.
+bool findDisplay(const Options& options)
+{
+    if (qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
+        return true;
+    if (!options.tour.isEmpty()) {
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+        return true;
+    }
+    return !qEnvironmentVariableIsEmpty("DISPLAY") || !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY");
+}
+
+QString pluginFolder(const Options& options)
+{
+    if (!options.plugins.isEmpty())
+        return options.plugins;
+    const QDir here(QCoreApplication::applicationDirPath());
+    const QString installed = here.filePath(QStringLiteral("../" HEADUNIT_PLUGIN_FOLDER));
+    return QDir(installed).exists() ? installed : here.filePath(QStringLiteral("../lib"));
+}
+
+int runUnit(const Options& options)
+{
+    Shell shell(!options.screenOnly);
+    StartupTrace::reached("shell-built");
+    shell.loadApplications(pluginFolder(options));
+    StartupTrace::reached("applications-ready");
+
+    StartupTrace::reachedWhenPainted(shell.unit(), "launcher-painted");
+    shell.unit()->show();
+    if (options.inspector)
+        shell.toggleInspector();
+
+    const QuitSignals quitSignals;
+    QObject::connect(&quitSignals, &QuitSignals::quitRequested, qApp, &QCoreApplication::quit);
+    QObject::connect(shell.unit(), &UnitWindow::closed, qApp, &QCoreApplication::quit);
+
+    if (!options.tour.isEmpty()) {
+        Tour tour(&shell, options.tour);
+        return tour.run() ? int(ExitOk) : complain(ExitNotShown, QStringLiteral("tour: ") + tour.error());
+    }
+    if (options.page >= 0 && !shell.openAudioPage(options.page))
+        return complain(ExitNotShown, QStringLiteral("page %1 can't be shown").arg(options.page));
+    return QCoreApplication::exec();
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    StartupTrace::begin();
+    const OptionsResult result = optionsOf(argc, argv);
+    if (result.action == OptionsResult::Action::Fail)
+        return complain(ExitUsage, result.text);
+    if (result.action == OptionsResult::Action::Tell) {
+        std::fputs(qPrintable(result.text), stdout);
+        return ExitOk;
+    }
+    const Options& options = result.options;
+    StartupTrace::setPrinting(options.traceStartup);
+    if (!findDisplay(options))
+        return complain(ExitNoDisplay, QStringLiteral("no display; ./run makes a virtual one"));
+
+    // The screen is 1024 x 600 pixels, whatever the desk's scale.
+    QCoreApplication::setAttribute(Qt::AA_DisableHighDpiScaling);
+    QApplication application(argc, argv);
+    QApplication::setApplicationName(QStringLiteral("headunit"));
+    QApplication::setApplicationVersion(QStringLiteral(HEADUNIT_VERSION));
+    // The inspector is a window, too; the unit's own decides.
+    QApplication::setQuitOnLastWindowClosed(false);
+    cm::UnitStyle::install(application);
+    cm::Journal::instance()->setPrinting(options.trace);
+    StartupTrace::reached("application");
+
+    QString message;
+    const auto opened = mem::SettingsStore::instance()->open(options.settings, &message);
+    if (opened == mem::SettingsStore::Opened::Refused)
+        return complain(ExitStoreInUse, message);
+    if (!message.isEmpty())
+        complain(ExitOk, message);
+    chooseLanguage(options.language);
+    StartupTrace::reached("settings-open");
+
+    const int code = runUnit(options);
+    hvaudio::AudioServiceHost::shutdown();
+    mem::SettingsStore::instance()->close();
+    return code;
+}

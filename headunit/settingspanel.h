@@ -1,0 +1,19 @@
+#pragma once
+
+#include <QWidget>
+
+namespace headunit {
+
+/// All settings with their live values, to be filtered and edited. Thread: GUI.
+class SettingsPanel : public QWidget
+{
+    Q_OBJECT
+public:
+    explicit SettingsPanel(QWidget* parent);
+    ~SettingsPanel() override;
+
+private:
+    Q_DISABLE_COPY(SettingsPanel)
+};
+
+} // namespace headunit
