@@ -37,7 +37,7 @@ QuitSignals::QuitSignals(QObject* parent)
 
     struct sigaction action = {};
     action.sa_handler = onQuitSignal;
-    action.sa_flags = SA_RESTART | static_cast<int>(SA_RESETHAND);
+    action.sa_flags = SA_RESTART;
     sigemptyset(&action.sa_mask);
     for (const int number : quitSignals)
         sigaction(number, &action, nullptr);

@@ -6,9 +6,9 @@ class QSocketNotifier;
 
 namespace headunit {
 
-/// Turns SIGINT, SIGTERM and SIGHUP into a signal of the event loop, so that the exit is an orderly one. The
-/// second time such a signal has its usual effect, in case the loop no longer turns. One at a time. Thread:
-/// GUI.
+/// Turns SIGINT, SIGTERM and SIGHUP into a signal of the event loop, so that the exit is an orderly one,
+/// however often they come: a terminal and the script that started the unit both pass them on. One at a time.
+/// Thread: GUI.
 class QuitSignals : public QObject
 {
     Q_OBJECT

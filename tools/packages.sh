@@ -1,3 +1,4 @@
+# shellcheck shell=bash
 # Sourced by ./run and ./test: sees to it that the Debian packages of a list are installed.
 # Only apt is asked, and only when something is missing; then it is said what, and why it takes a moment.
 
@@ -9,6 +10,7 @@ packages_listed() {
 # packages_missing FILE: those of them that are not installed, one a line.
 packages_missing() {
     packages_listed "$1" | sort >"$packages_tmp/wanted"
+    # shellcheck disable=SC2016  # dpkg-query expands the format
     packages_listed "$1" | xargs -r dpkg-query -W -f '${db:Status-Status} ${Package}\n' 2>/dev/null |
         sed -n 's/^installed //p' | sort -u >"$packages_tmp/installed"
     comm -23 "$packages_tmp/wanted" "$packages_tmp/installed"
