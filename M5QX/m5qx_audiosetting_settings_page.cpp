@@ -302,26 +302,29 @@ void m5qx_EQ_settings_page::switchCustomType()
 bool m5qx_EQ_settings_page::eventFilter(QObject* watched, QEvent* event)
 {
     // Panels, handles and captions take no touches: what falls on them arrives here as the page's own.
-    if (watched == this) {
-        const auto* mouse = static_cast<QMouseEvent*>(event);
-        switch (event->type()) {
-        case QEvent::MouseButtonPress:
-        case QEvent::MouseButtonDblClick: // the second of two quick touches is a touch like any other
-            if (mouse->button() == Qt::LeftButton)
-                touchPressed(mouse->pos());
-            break;
-        case QEvent::MouseMove:
-            touchMoved(mouse->pos());
-            break;
-        case QEvent::MouseButtonRelease:
-            if (mouse->button() == Qt::LeftButton)
-                touchReleased();
-            break;
-        default:
-            break;
-        }
-    }
+    if (watched == this)
+        touchEvent(event);
     return QWidget::eventFilter(watched, event);
+}
+
+void m5qx_EQ_settings_page::touchEvent(const QEvent* event)
+{
+    switch (event->type()) {
+    case QEvent::MouseButtonPress:
+    case QEvent::MouseButtonDblClick: // the second of two quick touches is a touch like any other
+        if (const auto* mouse = static_cast<const QMouseEvent*>(event); mouse->button() == Qt::LeftButton)
+            touchPressed(mouse->pos());
+        break;
+    case QEvent::MouseMove:
+        touchMoved(static_cast<const QMouseEvent*>(event)->pos());
+        break;
+    case QEvent::MouseButtonRelease:
+        if (static_cast<const QMouseEvent*>(event)->button() == Qt::LeftButton)
+            touchReleased();
+        break;
+    default:
+        break;
+    }
 }
 
 void m5qx_EQ_settings_page::touchPressed(const QPoint& point)

@@ -93,6 +93,7 @@ private:
     void loadCaches();
     void rememberType(int type);
     void switchCustomType();
+    void touchEvent(const QEvent* event);
     void touchPressed(const QPoint& point);
     void touchMoved(const QPoint& point);
     void touchReleased();
