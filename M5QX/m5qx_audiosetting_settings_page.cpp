@@ -242,9 +242,7 @@ void m5qx_EQ_settings_page::updateEq(int type)
     for (int i = 0; i < BandCount; ++i) {
         const Band& band = m_bands[i];
         const QPoint place(band.bar.left(), band.bar.top() + travel(values[i]));
-        const QPoint inPanel = place - band.bar.topLeft();
-        if (band.handle->pos() != inPanel)
-            band.handle->move(inPanel);
+        band.handle->move(place - band.bar.topLeft()); // a child of its panel
     }
 }
 

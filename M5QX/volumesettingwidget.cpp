@@ -222,7 +222,6 @@ void VolumeSettingWidget::createSliders()
         connect(slider, SIGNAL(valSave(int)), this, saveSlots[i]);
         slider->setAccessibleName((ui->*widgets.label)->text());
         QWidget::setTabOrder(ui->*widgets.down, slider);
-        QWidget::setTabOrder(slider, ui->*widgets.up);
         m_sliders[i] = slider;
     }
 }
@@ -234,11 +233,9 @@ void VolumeSettingWidget::createScrolling()
     m_scrollBar = new cm::ScrollBar(this, ScrollBarPlace, 0);
     ui->scrollArea->setVerticalScrollBar(m_scrollBar);
     ui->scrollArea->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    // The area took the bar into its own frame; back on the page it lies above the key strip. A change of
-    // parents hides a widget.
+    // The area took the bar into its own frame; back on the page it lies above the key strip.
     m_scrollBar->setParent(this);
     m_scrollBar->setGeometry(ScrollBarPlace);
-    m_scrollBar->show();
     m_scrollManage = new cm::ScrollManage(ui->scrollArea, true, false);
     connect(audioService(), SIGNAL(audioVolumeChanged(bool, int, int)), this,
             SLOT(onVolumeChanged(bool, int, int)));
@@ -297,8 +294,7 @@ int VolumeSettingWidget::step(Row row, int by)
     int value = stored(data);
     if (by > 0 ? value < ranges[data.section].maximum : value > 0)
         value += by;
-    value = clamped(data, value);
-    save(row, value);
+    value = save(row, value);
     if (data.section == StartUp)
         updateDefaultVolume();
     else if (data.section == Gain)
@@ -306,17 +302,19 @@ int VolumeSettingWidget::step(Row row, int by)
     return value;
 }
 
-void VolumeSettingWidget::save(Row row, int value)
+/// The one place through which a level goes out: clamped, stored, sent. Returns what went out.
+int VolumeSettingWidget::save(Row row, int value)
 {
     const RowData& data = rowData[row];
     value = clamped(data, value);
     if (data.section == Live) {
         audioService()->setVolumeLevel(value, data.service);
-        return;
+        return value;
     }
     mem::SettingsFunc::instance()->setValue(keyOf(data), data.defaultValue, value, true);
     if (data.section == Gain)
         audioService()->setSourceOffsetGain(static_cast<HVAudio_source_id_e>(data.service), value);
+    return value;
 }
 
 // clang-format off

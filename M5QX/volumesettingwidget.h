@@ -131,7 +131,7 @@ private:
     void createScrolling();
     void updateRows(Row first, Row last);
     int step(Row row, int by);
-    void save(Row row, int value);
+    int save(Row row, int value);
 
     Ui_VolumeSettingWidget* ui;
     std::array<settings::CustomSlider_2*, RowCount> m_sliders{};
