@@ -1,0 +1,1026 @@
+#include "M5QX/m5qx_audiosetting_crossover_setting_page.h"
+#include "platform_double/platform_double.h"
+#include "platform_double/touch.h"
+
+#include <QLabel>
+#include <QMetaMethod>
+#include <QPixmapCache>
+#include <QPushButton>
+#include <QRandomGenerator>
+#include <QTimer>
+#include <QtTest>
+
+using namespace platform_double;
+using Page = audiosetting::m5qx_eq_crossover_setting_page;
+
+namespace {
+
+const char* const Root = "m5qx_audiosetting_crossover_setting_page";
+const QString KeyBeep = QStringLiteral("AudioService.doBeep(0)");
+
+struct Place
+{
+    const char* name;
+    const char* kind;
+    const char* parent;
+    QRect geometry;
+};
+// clang-format off
+const Place places[] = {
+    {"key_back",                    "QPushButton", Root,                      {938, 13, 74, 60}},
+    {"bkg_eq",                      "QLabel",      Root,                      {28, 22, 52, 52}},
+    {"text_titel",                  "QLabel",      Root,                      {95, 28, 400, 41}},
+    {"bkg_line_1",                  "QLabel",      Root,                      {335, 100, 6, 388}},
+    {"bkg_line_2",                  "QLabel",      Root,                      {665, 100, 6, 388}},
+    {"high_pass_widget",            "QWidget",     Root,                      {20, 90, 307, 508}},
+    {"key_high_pass",               "QPushButton", "high_pass_widget",        {0, 63, 110, 52}},
+    {"text_hpf_main_audio",         "QLabel",      "high_pass_widget",        {1, 0, 306, 40}},
+    {"bkg_hpf_main_audio",          "QLabel",      "high_pass_widget",        {0, 0, 306, 40}},
+    {"hpf_freq_widget",             "QWidget",     "high_pass_widget",        {0, 138, 307, 71}},
+    {"Key_hpf_freq_minus",          "QPushButton", "hpf_freq_widget",         {0, 0, 75, 71}},
+    {"Key_hpf_freq_plus",           "QPushButton", "hpf_freq_widget",         {232, 0, 75, 71}},
+    {"bkg_hpf_freq",                "QLabel",      "hpf_freq_widget",         {71, 6, 164, 59}},
+    {"text_hpf_freq",               "QLabel",      "hpf_freq_widget",         {71, 6, 164, 59}},
+    {"hpf_slope_widget",            "QWidget",     "high_pass_widget",        {0, 327, 307, 183}},
+    {"key_hpf_slope_6db",           "QPushButton", "hpf_slope_widget",        {38, 41, 30, 30}},
+    {"key_hpf_slope_12db",          "QPushButton", "hpf_slope_widget",        {152, 41, 30, 30}},
+    {"key_hpf_slope_18db",          "QPushButton", "hpf_slope_widget",        {260, 41, 30, 30}},
+    {"text_hpf_freq_slope",         "QLabel",      "hpf_slope_widget",        {0, 0, 307, 20}},
+    {"text_lpf_slope_6db",          "QLabel",      "hpf_slope_widget",        {18, 27, 67, 17}},
+    {"text_lpf_slope_12db",         "QLabel",      "hpf_slope_widget",        {132, 27, 67, 17}},
+    {"text_lpf_slope_18db",         "QLabel",      "hpf_slope_widget",        {240, 27, 67, 17}},
+    {"text_high_pass",              "QLabel",      "high_pass_widget",        {73, 120, 161, 20}},
+    {"low_pass_widget",             "QWidget",     Root,                      {350, 90, 307, 508}},
+    {"key_low_pass",                "QPushButton", "low_pass_widget",         {0, 63, 110, 52}},
+    {"text_low_main_audio",         "QLabel",      "low_pass_widget",         {1, 0, 306, 40}},
+    {"bkg_lpf_main_audiol",         "QLabel",      "low_pass_widget",         {0, 0, 306, 40}},
+    {"low_freq_widgetl",            "QWidget",     "low_pass_widget",         {0, 138, 307, 71}},
+    {"Key_low_freq_minus",          "QPushButton", "low_freq_widgetl",        {0, 0, 75, 71}},
+    {"Key_low_freq_plus",           "QPushButton", "low_freq_widgetl",        {232, 0, 75, 71}},
+    {"bkg_low_freq",                "QLabel",      "low_freq_widgetl",        {71, 6, 164, 59}},
+    {"text_low_freq",               "QLabel",      "low_freq_widgetl",        {71, 6, 164, 59}},
+    {"low_slope_widget",            "QWidget",     "low_pass_widget",         {0, 327, 307, 183}},
+    {"key_low_slope_6db",           "QPushButton", "low_slope_widget",        {38, 41, 30, 30}},
+    {"key_low_slope_12db",          "QPushButton", "low_slope_widget",        {152, 41, 30, 30}},
+    {"key_low_slope_18db",          "QPushButton", "low_slope_widget",        {260, 41, 30, 30}},
+    {"text_low_freq_slope",         "QLabel",      "low_slope_widget",        {0, 0, 307, 20}},
+    {"text_low_slope_6db",          "QLabel",      "low_slope_widget",        {18, 27, 67, 17}},
+    {"text_low_slope_12db",         "QLabel",      "low_slope_widget",        {132, 27, 67, 17}},
+    {"text_low_slope_18db",         "QLabel",      "low_slope_widget",        {240, 27, 67, 17}},
+    {"text_low_pass",               "QLabel",      "low_pass_widget",         {73, 120, 161, 20}},
+    {"subwoofer_widget",            "QWidget",     Root,                      {680, 90, 307, 211}},
+    {"text_subwoofer",              "QLabel",      "subwoofer_widget",        {1, 0, 306, 40}},
+    {"bkg_subwoofer_main_audiol",   "QLabel",      "subwoofer_widget",        {0, 0, 306, 40}},
+    {"subwoofer_freq_widget",       "QWidget",     "subwoofer_widget",        {0, 64, 307, 71}},
+    {"Key_subwoofer_freq_minus",    "QPushButton", "subwoofer_freq_widget",   {0, 0, 75, 71}},
+    {"Key_subwoofer_freq_plus",     "QPushButton", "subwoofer_freq_widget",   {232, 0, 75, 71}},
+    {"bkg_subwoofer_freq",          "QLabel",      "subwoofer_freq_widget",   {71, 6, 164, 59}},
+    {"text_subwoofer_freq",         "QLabel",      "subwoofer_freq_widget",   {71, 6, 164, 59}},
+    {"subwoofer_level_widget",      "QWidget",     "subwoofer_widget",        {0, 150, 307, 71}},
+    {"Key_subwoofer_level_minus",   "QPushButton", "subwoofer_level_widget",  {0, 0, 75, 71}},
+    {"Key_subwoofer_level_plus",    "QPushButton", "subwoofer_level_widget",  {232, 0, 75, 71}},
+    {"bkg_subwoofer_level",         "QLabel",      "subwoofer_level_widget",  {71, 6, 164, 59}},
+    {"text_subwoofer_level",        "QLabel",      "subwoofer_level_widget",  {71, 6, 164, 59}},
+    {"text_subwoo_freq_tiltel",     "QLabel",      "subwoofer_widget",        {71, 46, 161, 20}},
+    {"text_subwoofer_Level_tiltel", "QLabel",      "subwoofer_widget",        {71, 132, 161, 20}},
+    {"line_widget",                 "QWidget",     Root,                      {686, 320, 319, 171}},
+    {"icon_line_lpf",               "QLabel",      "line_widget",             {176, 0, 142, 162}},
+    {"icon_line_hpf",               "QLabel",      "line_widget",             {0, 0, 142, 162}},
+    {"bkg_line",                    "QLabel",      "line_widget",             {0, 1, 319, 171}},
+};
+static_assert(sizeof(places) / sizeof(places[0]) == 60, "every widget of the form");
+
+struct Look { const char* label; const char* style; int points; const char* text; bool centred; };
+const Look looks[] = {
+    {"text_titel",                  "color:#FFFFFF",             28, "T1229T141", false},
+    {"text_hpf_main_audio",         "color:#009140",             20, "T1228",     true},
+    {"text_low_main_audio",         "color:#0094DD",             20, "T1228",     true},
+    {"text_hpf_freq",               "color:rgb(238, 238, 236)",  23, "160Hz",     true},
+    {"text_low_freq",               "color:rgb(238, 238, 236)",  23, "OFF",       true},
+    {"text_hpf_freq_slope",         "",                          0,  "HPF SLOPE", true},
+    {"text_low_freq_slope",         "",                          0,  "LPF SLOPE", true},
+    {"text_lpf_slope_6db",          "",                          11, "-6db",      true},
+    {"text_lpf_slope_12db",         "",                          11, "-12dB",     true},
+    {"text_lpf_slope_18db",         "",                          11, "-18dB",     true},
+    {"text_low_slope_6db",          "",                          11, "-6db",      true},
+    {"text_low_slope_12db",         "",                          11, "-12dB",     true},
+    {"text_low_slope_18db",         "",                          11, "-18dB",     true},
+    {"text_high_pass",              "color: rgb(255, 255, 255);", 0, "HIGH PASS", true},
+    {"text_low_pass",               "color: rgb(255, 255, 255);", 0, "LOW PASS",  true},
+    {"text_subwoofer",              "color:#0094DD",             0,  "T236",      true},
+    {"text_subwoofer_freq",         "color:rgb(238, 238, 236)",  23, "120Hz",     true},
+    {"text_subwoofer_level",        "color:rgb(238, 238, 236)",  23, "11",        true},
+    {"text_subwoo_freq_tiltel",     "",                          0,  "T1230",     true},
+    {"text_subwoofer_Level_tiltel", "",                          0,  "T1231",     true},
+};
+
+struct KeyLook { const char* key; const char* normal; const char* pressed; const char* checked; QSize size; };
+#define ICONS ":/vexa_m5qx_audiosettingicon/"
+const KeyLook keyLooks[] = {
+    {"key_back",                  ICONS "icon_close_n.png",    ICONS "icon_close_p.png",  "", {74, 60}},
+    {"key_high_pass",             ":/dual_icon/setup_btn_off_n.png", "",                  "", {110, 52}},
+    {"key_low_pass",              ":/dual_icon/setup_btn_off_n.png", "",                  "", {110, 52}},
+    {"Key_hpf_freq_minus",        ICONS "eq_icon_pre_n.png",   ICONS "eq_icon_pre_p.png", "", {75, 71}},
+    {"Key_hpf_freq_plus",         ICONS "eq_icon_next_n.png",  ":/icon/eq_icon/eq_icon_next_p.png", "", {75, 71}},
+    {"Key_low_freq_minus",        ICONS "eq_icon_pre_n.png",   ICONS "eq_icon_pre_p.png", "", {75, 71}},
+    {"Key_low_freq_plus",         ICONS "eq_icon_next_n.png",  ":/icon/eq_icon/eq_icon_next_p.png", "", {75, 71}},
+    {"Key_subwoofer_freq_minus",  ICONS "eq_icon_pre_n.png",   ICONS "eq_icon_pre_p.png", "", {75, 71}},
+    {"Key_subwoofer_freq_plus",   ICONS "eq_icon_next_n.png",  ":/icon/eq_icon/eq_icon_next_p.png", "", {75, 71}},
+    {"Key_subwoofer_level_minus", ICONS "eq_icon_pre_n.png",   ICONS "eq_icon_pre_p.png", "", {75, 71}},
+    {"Key_subwoofer_level_plus",  ICONS "eq_icon_next_n.png",  ":/icon/eq_icon/eq_icon_next_p.png", "", {75, 71}},
+    {"key_hpf_slope_6db",         ICONS "icon_circle_grey.png", "", ICONS "icon_circle_green.png", {30, 30}},
+    {"key_hpf_slope_12db",        ICONS "icon_circle_grey.png", "", ICONS "icon_circle_green.png", {30, 30}},
+    {"key_hpf_slope_18db",        ICONS "icon_circle_grey.png", "", ICONS "icon_circle_green.png", {30, 30}},
+    {"key_low_slope_6db",         ICONS "icon_circle_grey.png", "", ICONS "icon_circle_green.png", {30, 30}},
+    {"key_low_slope_12db",        ICONS "icon_circle_grey.png", "", ICONS "icon_circle_green.png", {30, 30}},
+    {"key_low_slope_18db",        ICONS "icon_circle_grey.png", "", ICONS "icon_circle_green.png", {30, 30}},
+};
+static_assert(sizeof(keyLooks) / sizeof(keyLooks[0]) == 17, "every key");
+
+struct PictureRow { const char* label; const char* file; };
+const PictureRow pictures[] = {
+    {"bkg_eq",                    ICONS "icon_eq.png"},
+    {"bkg_line_1",                ICONS "icon_line.png"},
+    {"bkg_line_2",                ICONS "icon_line.png"},
+    {"bkg_hpf_main_audio",        ICONS "eq_presets_bg.png"},
+    {"bkg_lpf_main_audiol",       ICONS "eq_presets_bg.png"},
+    {"bkg_subwoofer_main_audiol", ICONS "eq_presets_bg.png"},
+    {"bkg_hpf_freq",              ICONS "eq_icon_bg.png"},
+    {"bkg_low_freq",              ICONS "eq_icon_bg.png"},
+    {"bkg_subwoofer_freq",        ICONS "eq_icon_bg.png"},
+    {"bkg_subwoofer_level",       ICONS "eq_icon_bg.png"},
+    {"icon_line_hpf",             ICONS "filter_thumb_left.png"},
+    {"icon_line_lpf",             ICONS "filter_thumb_right.png"},
+    {"bkg_line",                  ICONS "bg1.png"},
+};
+// clang-format on
+
+bool shows(const QPixmap& shown, const QString& file)
+{
+    const QPixmap picture(file);
+    return !picture.isNull() && shown.toImage() == picture.toImage();
+}
+
+/// The four calls that send a filter.
+QStringList sent(const char* filter, int freq, int slope)
+{
+    QStringList calls;
+    for (const int speaker : {1, 2, 4, 8})
+        calls << QStringLiteral("AudioService.set%1Filter(%2, %3, %4, %5)")
+                     .arg(QLatin1String(filter))
+                     .arg(freq)
+                     .arg(freq & 0x7F)
+                     .arg(speaker)
+                     .arg(slope);
+    return calls;
+}
+
+QString write(const char* key, const char* fallback, const QString& value)
+{
+    return QStringLiteral("SettingsExe.setValue(\"%1\", %2, %3, true)")
+        .arg(QLatin1String(key), QLatin1String(fallback), value);
+}
+
+QString sub(int freq, int level)
+{
+    return QStringLiteral("AudioService.setSubFilter(%1, %2, 0)").arg(freq).arg(level);
+}
+
+} // namespace
+
+class TestCrossoverPage : public QObject
+{
+    Q_OBJECT
+private slots:
+    void init();
+    void cleanup() { m_page.reset(); }
+
+    void slotsAreDeclaredInOrder();
+    void everyWidgetOfTheFormHasItsParentAndPlace_data();
+    void everyWidgetOfTheFormHasItsParentAndPlace();
+    void backgroundsLieBelowTitlesAndIcons();
+    void labelsHaveTheirLook_data();
+    void labelsHaveTheirLook();
+    void keysHaveTheirPictures_data();
+    void keysHaveTheirPictures();
+    void labelsHaveTheirPictures_data();
+    void labelsHaveTheirPictures();
+    void onlyTheWordSettingsOfTheTitleIsUpperCased();
+    void captionsAreUpperCased();
+    void keysHaveAccessibleNames();
+
+    void constructionReadsTheTwoStatesAndWritesNothing();
+    void showingWritesNothing();
+    void aFreshStoreShowsTheDefaults();
+    void frequencyTexts_data();
+    void frequencyTexts();
+    void valuesOutsideTheTablesShowNoTextAndStayAsStored_data();
+    void valuesOutsideTheTablesShowNoTextAndStayAsStored();
+
+    void frequencyStepsStoreAndSendInOrder_data();
+    void frequencyStepsStoreAndSendInOrder();
+    void hpfNextAtIndex5Keeps5AndStillWritesAndSends();
+    void switchingTheHpfOffSendsIndex0AndHidesItsRows();
+    void switchingTheLpf();
+    void slopeKeysStoreAndSend_data();
+    void slopeKeysStoreAndSend();
+    void anySlopeButThreeShowsNoneAndNoLine();
+    void lineIconsMove44PixelsAStep();
+    void subwooferFrequencySteps_data();
+    void subwooferFrequencySteps();
+    void subwooferLevelStepsSendBeforeTheyStore_data();
+    void subwooferLevelStepsSendBeforeTheyStore();
+    void withTheSubwooferOffAllFourOfItsKeysAreDisabled();
+    void keysAtTheEndsAreDisabled_data();
+    void keysAtTheEndsAreDisabled();
+    void backBeepsAndPostsOneBackRequest();
+    void touchesPassThroughLabelsOverKeys();
+    void diagnosticTextsAreTheKnownOnes_data();
+    void diagnosticTextsAreTheKnownOnes();
+    void everySlotWritesADiagnosticLine();
+    void destructionClearsThePixmapCache();
+    void hostileStoredValuesDoNoHarm_data();
+    void hostileStoredValuesDoNoHarm();
+    void randomTouchesKeepEveryInvariant();
+
+private:
+    template <typename T = QPushButton>
+    T* find(const char* name)
+    {
+        T* found = m_page->findChild<T*>(QLatin1String(name));
+        if (!found)
+            qFatal("no %s", name);
+        return found;
+    }
+    QString text(const char* label) { return find<QLabel>(label)->text(); }
+    bool visible(const char* name) { return find<QWidget>(name)->isVisibleTo(m_page.data()); }
+    void touchKey(const char* name) { touch::click(m_page.data(), touch::middle(m_page.data(), find(name))); }
+    void call(const char* slot) { QVERIFY(QMetaObject::invokeMethod(m_page.data(), slot)); }
+    void show()
+    {
+        m_page->show();
+        take();
+        takeLog();
+    }
+
+    QScopedPointer<Page> m_page;
+};
+
+void TestCrossoverPage::init()
+{
+    reset();
+    m_page.reset(new Page);
+}
+
+void TestCrossoverPage::slotsAreDeclaredInOrder()
+{
+    const QMetaObject& meta = Page::staticMetaObject;
+    QStringList methods;
+    for (int i = meta.methodOffset(); i < meta.methodCount(); ++i)
+        methods << QString::fromLatin1(meta.method(i).methodSignature());
+    QCOMPARE(methods,
+             QStringList({"onBackClicked()", "onHighPassClicked()", "onHpfFreqNextClicked()",
+                          "onHpfFreqPrevClicked()", "onLowPassClicked()", "onLpfFreqNextClicked()",
+                          "onLpfFreqPrevClicked()", "onSUBFreqNextClicked()", "onSUBFreqPrevClicked()",
+                          "onSUBLevelNextClicked()", "onSUBLevelPrevClicked()",
+                          "onHpfSlopeButtonClicked(int)", "onLpfSlopeButtonClicked(int)"}));
+    QCOMPARE(QString::fromLatin1(meta.className()),
+             QStringLiteral("audiosetting::m5qx_eq_crossover_setting_page"));
+    QVERIFY(m_page->findChild<QTimer*>()->isSingleShot());
+    QVERIFY(!m_page->findChild<QTimer*>()->isActive());
+    QCOMPARE(takeLog().filter(QRegularExpression(QStringLiteral("^W "))), QStringList());
+}
+
+void TestCrossoverPage::everyWidgetOfTheFormHasItsParentAndPlace_data()
+{
+    QTest::addColumn<QString>("kind");
+    QTest::addColumn<QString>("parent");
+    QTest::addColumn<QRect>("geometry");
+    for (const Place& place : places)
+        QTest::newRow(place.name) << place.kind << place.parent << place.geometry;
+}
+
+void TestCrossoverPage::everyWidgetOfTheFormHasItsParentAndPlace()
+{
+    QFETCH(QString, kind);
+    QFETCH(QString, parent);
+    QFETCH(QRect, geometry);
+    QCOMPARE(m_page->objectName(), QLatin1String(Root));
+    QCOMPARE(m_page->geometry(), QRect(0, 0, 1024, 510));
+    QCOMPARE(m_page->windowTitle(), QStringLiteral("Form"));
+    QCOMPARE(m_page->findChildren<QWidget*>().size(), int(sizeof(places) / sizeof(places[0])));
+    auto* widget = find<QWidget>(QTest::currentDataTag());
+    QCOMPARE(QString::fromLatin1(widget->metaObject()->className()), kind);
+    QCOMPARE(widget->parentWidget()->objectName(), parent);
+    QCOMPARE(widget->geometry(), geometry);
+}
+
+void TestCrossoverPage::backgroundsLieBelowTitlesAndIcons()
+{
+    const char* const pairs[][2] = {
+        {"bkg_hpf_main_audio", "text_hpf_main_audio"},
+        {"bkg_lpf_main_audiol", "text_low_main_audio"},
+        {"bkg_subwoofer_main_audiol", "text_subwoofer"},
+        {"bkg_hpf_freq", "text_hpf_freq"},
+        {"bkg_low_freq", "text_low_freq"},
+        {"bkg_subwoofer_freq", "text_subwoofer_freq"},
+        {"bkg_subwoofer_level", "text_subwoofer_level"},
+        {"bkg_line", "icon_line_lpf"},
+        {"bkg_line", "icon_line_hpf"},
+    };
+    for (const auto& pair : pairs) {
+        auto* below = find<QWidget>(pair[0]);
+        auto* above = find<QWidget>(pair[1]);
+        const QObjectList& stack = below->parentWidget()->children(); // lowest first
+        QVERIFY2(stack.indexOf(below) < stack.indexOf(above), pair[1]);
+    }
+}
+
+void TestCrossoverPage::labelsHaveTheirLook_data()
+{
+    QTest::addColumn<int>("row");
+    for (int i = 0; i < int(sizeof(looks) / sizeof(looks[0])); ++i)
+        QTest::newRow(looks[i].label) << i;
+}
+
+void TestCrossoverPage::labelsHaveTheirLook()
+{
+    QFETCH(int, row);
+    const Look& look = looks[row];
+    show();
+    auto* label = find<QLabel>(look.label);
+    QCOMPARE(label->styleSheet(), QLatin1String(look.style));
+    QCOMPARE(label->text(), QLatin1String(look.text));
+    if (look.points)
+        QCOMPARE(label->font().pointSize(), look.points);
+    QCOMPARE(label->alignment() == Qt::AlignCenter, look.centred);
+}
+
+void TestCrossoverPage::keysHaveTheirPictures_data()
+{
+    QTest::addColumn<int>("row");
+    for (int i = 0; i < int(sizeof(keyLooks) / sizeof(keyLooks[0])); ++i)
+        QTest::newRow(keyLooks[i].key) << i;
+}
+
+void TestCrossoverPage::keysHaveTheirPictures()
+{
+    QFETCH(int, row);
+    const KeyLook& look = keyLooks[row];
+    QPushButton* key = find(look.key);
+    QCOMPARE(key->iconSize(), look.size);
+    QVERIFY(key->isFlat());
+    QCOMPARE(key->focusPolicy(), Qt::TabFocus);
+    QCOMPARE(key->isCheckable(), *look.checked != 0);
+    // The toggle pictures are made for a wider key, so each is asked for in its own size.
+    const QSize own = QPixmap(QLatin1String(look.normal)).size();
+    QVERIFY(shows(key->icon().pixmap(own, QIcon::Normal, QIcon::Off), QLatin1String(look.normal)));
+    if (*look.pressed)
+        QVERIFY(
+            shows(key->icon().pixmap(look.size, QIcon::Selected, QIcon::Off), QLatin1String(look.pressed)));
+    if (*look.checked)
+        QVERIFY(shows(key->icon().pixmap(look.size, QIcon::Normal, QIcon::On), QLatin1String(look.checked)));
+}
+
+void TestCrossoverPage::labelsHaveTheirPictures_data()
+{
+    QTest::addColumn<QString>("file");
+    for (const PictureRow& row : pictures)
+        QTest::newRow(row.label) << row.file;
+}
+
+void TestCrossoverPage::labelsHaveTheirPictures()
+{
+    QFETCH(QString, file);
+    const auto* label = find<QLabel>(QTest::currentDataTag());
+    QVERIFY(shows(label->pixmap(Qt::ReturnByValue), file));
+    QCOMPARE(label->hasScaledContents(), label->objectName().startsWith(QStringLiteral("icon_line_")));
+}
+
+void TestCrossoverPage::onlyTheWordSettingsOfTheTitleIsUpperCased()
+{
+    setText(1229, QStringLiteral("Crossover "));
+    setText(141, QStringLiteral("settings"));
+    QCOMPARE(text("text_titel"), QStringLiteral("CROSSOVER SETTINGS")); // the form's own
+    show();
+    QCOMPARE(text("text_titel"), QStringLiteral("Crossover SETTINGS"));
+}
+
+void TestCrossoverPage::captionsAreUpperCased()
+{
+    setText(1228, QStringLiteral("Main audio"));
+    setText(236, QStringLiteral("Subwoofer"));
+    setText(1230, QStringLiteral("Sub filter"));
+    setText(1231, QStringLiteral("Sub level"));
+    show();
+    QCOMPARE(text("text_hpf_main_audio"), QStringLiteral("MAIN AUDIO"));
+    QCOMPARE(text("text_low_main_audio"), QStringLiteral("MAIN AUDIO"));
+    QCOMPARE(text("text_subwoofer"), QStringLiteral("SUBWOOFER"));
+    QCOMPARE(text("text_subwoo_freq_tiltel"), QStringLiteral("Sub filter"));
+    QCOMPARE(text("text_subwoofer_Level_tiltel"), QStringLiteral("Sub level"));
+    // Another language from the next show on.
+    setText(236, QStringLiteral("Basse"));
+    m_page->hide();
+    m_page->show();
+    QCOMPARE(text("text_subwoofer"), QStringLiteral("BASSE"));
+}
+
+void TestCrossoverPage::keysHaveAccessibleNames()
+{
+    show();
+    for (QPushButton* key : m_page->findChildren<QPushButton*>())
+        QVERIFY2(!key->accessibleName().isEmpty(), qPrintable(key->objectName()));
+    QCOMPARE(find("Key_hpf_freq_plus")->accessibleName(), QStringLiteral("HIGH PASS +"));
+    QCOMPARE(find("key_low_slope_18db")->accessibleName(), QStringLiteral("LPF SLOPE -18dB"));
+}
+
+void TestCrossoverPage::constructionReadsTheTwoStatesAndWritesNothing()
+{
+    QCOMPARE(take(All & ~Text), QStringList({"SettingsExe.getValue(\"hpfState\", false)",
+                                             "SettingsExe.getValue(\"lpfState\", false)"}));
+    // Each key has its own on picture, off is the same.
+    setStored(QStringLiteral("hpfState"), true);
+    setStored(QStringLiteral("lpfState"), true);
+    m_page.reset(new Page);
+    QVERIFY(shows(find("key_high_pass")->icon().pixmap(110, 52), ICONS "eq_btn_on1_n.png"));
+    const QSize size = QPixmap(":/dual_icon/setup_btn_on_p.png").size();
+    QVERIFY(shows(find("key_low_pass")->icon().pixmap(size), ":/dual_icon/setup_btn_on_p.png"));
+}
+
+void TestCrossoverPage::showingWritesNothing()
+{
+    take();
+    m_page->show();
+    QCOMPARE(take(), QStringList());
+}
+
+void TestCrossoverPage::aFreshStoreShowsTheDefaults()
+{
+    show();
+    QCOMPARE(text("text_hpf_freq"), QStringLiteral("160Hz"));
+    QCOMPARE(text("text_low_freq"), QStringLiteral("OFF"));
+    QCOMPARE(text("text_subwoofer_level"), QStringLiteral("11"));
+    QCOMPARE(text("text_subwoofer_freq"), QStringLiteral("120Hz"));
+    for (const char* part : {"icon_line_hpf", "text_high_pass", "hpf_freq_widget", "hpf_slope_widget",
+                             "icon_line_lpf", "text_low_pass", "low_freq_widgetl", "low_slope_widget"})
+        QVERIFY2(!visible(part), part);
+    const auto blue = [this](const char* key) {
+        return shows(find(key)->icon().pixmap(30, 30), ICONS "icon_circle_blue.png");
+    };
+    QVERIFY(blue("key_hpf_slope_12db"));
+    for (const char* key : {"key_hpf_slope_6db", "key_hpf_slope_18db", "key_low_slope_6db",
+                            "key_low_slope_12db", "key_low_slope_18db"}) {
+        QVERIFY2(!blue(key), key);
+        QVERIFY2(shows(find(key)->icon().pixmap(30, 30), ICONS "icon_circle_grey.png"), key);
+        QVERIFY2(!find(key)->isChecked(), key);
+    }
+}
+
+void TestCrossoverPage::frequencyTexts_data()
+{
+    QTest::addColumn<int>("index");
+    QTest::addColumn<QString>("hpf");
+    QTest::addColumn<QString>("lpf");
+    QTest::addColumn<QString>("subwoofer");
+    // clang-format off
+    const char* const texts[][3] = {
+        {"OFF",   "OFF",   "OFF"},
+        {"20Hz",  "2kHz",  "AP"},
+        {"60Hz",  "8KHz",  "50Hz"},
+        {"80Hz",  "10KHz", "80Hz"},
+        {"160Hz", "16KHz", "120Hz"},
+        {"250Hz", "20KHz", "160Hz"},
+        {"",      "",      "100Hz"},
+        {"",      "",      "120Hz"},
+        {"",      "",      "160Hz"},
+        {"",      "",      "250Hz"},
+        {"",      "",      ""},
+    };
+    // clang-format on
+    for (int i = 0; i < 11; ++i)
+        QTest::addRow("index %d", i) << i << texts[i][0] << texts[i][1] << texts[i][2];
+}
+
+void TestCrossoverPage::frequencyTexts()
+{
+    QFETCH(int, index);
+    for (const char* key : {"hpfFreq", "lpfFreq", "subwooferFreq"})
+        setStored(QLatin1String(key), index);
+    m_page->show();
+    QTEST(text("text_hpf_freq"), "hpf");
+    QTEST(text("text_low_freq"), "lpf");
+    QTEST(text("text_subwoofer_freq"), "subwoofer");
+}
+
+void TestCrossoverPage::valuesOutsideTheTablesShowNoTextAndStayAsStored_data()
+{
+    QTest::addColumn<int>("index");
+    QTest::newRow("-1") << -1;
+    QTest::newRow("100") << 100;
+    QTest::newRow("largest") << std::numeric_limits<int>::max();
+    QTest::newRow("smallest") << std::numeric_limits<int>::min();
+}
+
+void TestCrossoverPage::valuesOutsideTheTablesShowNoTextAndStayAsStored()
+{
+    QFETCH(int, index);
+    setStored(QStringLiteral("hpfState"), true);
+    setStored(QStringLiteral("subwooferLevel"), 0x80 | 9);
+    for (const char* key : {"hpfFreq", "lpfFreq", "subwooferFreq"})
+        setStored(QLatin1String(key), index);
+    const QPoint place = find<QLabel>("icon_line_hpf")->pos();
+    show();
+    for (const char* label : {"text_hpf_freq", "text_low_freq", "text_subwoofer_freq"})
+        QCOMPARE(text(label), QString());
+    QCOMPARE(find<QLabel>("icon_line_hpf")->pos(), place);
+    QCOMPARE(stored(QStringLiteral("hpfFreq")), QVariant(index));
+    // Sent as stored too.
+    touchKey("key_hpf_slope_6db");
+    QCOMPARE(take(), QStringList({KeyBeep, write("hpfslope", "1", "0")}) + sent("HPF", index, 0));
+    touchKey("Key_subwoofer_level_plus");
+    QCOMPARE(take().value(1), sub(index, 10));
+}
+
+void TestCrossoverPage::frequencyStepsStoreAndSendInOrder_data()
+{
+    QTest::addColumn<bool>("high");
+    QTest::addColumn<bool>("up");
+    QTest::addColumn<int>("from");
+    QTest::addColumn<int>("to");
+    for (const bool high : {true, false}) {
+        const char* name = high ? "hpf" : "lpf";
+        for (int from = 0; from <= 6; ++from) {
+            QTest::addRow("%s up from %d", name, from)
+                << high << true << from << (from <= 4 ? from + 1 : from);
+            QTest::addRow("%s down from %d", name, from)
+                << high << false << from << (from >= 2 ? from - 1 : from);
+        }
+    }
+}
+
+void TestCrossoverPage::frequencyStepsStoreAndSendInOrder()
+{
+    QFETCH(bool, high);
+    QFETCH(bool, up);
+    QFETCH(int, from);
+    QFETCH(int, to);
+    setStored(high ? "hpfState" : "lpfState", true);
+    setStored(high ? "hpfFreq" : "lpfFreq", from);
+    setStored(high ? "hpfslope" : "lpfslope", 2);
+    show();
+    const char* const slots_[2][2] = {{"onLpfFreqPrevClicked", "onLpfFreqNextClicked"},
+                                      {"onHpfFreqPrevClicked", "onHpfFreqNextClicked"}};
+    const char* const keys[2][2] = {{"Key_low_freq_minus", "Key_low_freq_plus"},
+                                    {"Key_hpf_freq_minus", "Key_hpf_freq_plus"}};
+    if (find(keys[high][up])->isEnabled())
+        touchKey(keys[high][up]);
+    else
+        call(slots_[high][up]);
+    QCOMPARE(take(), QStringList({KeyBeep, write(high ? "hpfFreq" : "lpfFreq", high ? "4" : "0",
+                                                 QString::number(to))}) +
+                         sent(high ? "HPF" : "LPF", to, 2));
+    const char* const texts[2][7] = {{"OFF", "2kHz", "8KHz", "10KHz", "16KHz", "20KHz", ""},
+                                     {"OFF", "20Hz", "60Hz", "80Hz", "160Hz", "250Hz", ""}};
+    QCOMPARE(text(high ? "text_hpf_freq" : "text_low_freq"), QLatin1String(texts[high][to]));
+    QCOMPARE(find(keys[high][1])->isEnabled(), to != 5);
+    QCOMPARE(find(keys[high][0])->isEnabled(), to != 1);
+    if (to >= 1 && to <= 5)
+        QCOMPARE(find<QLabel>(high ? "icon_line_hpf" : "icon_line_lpf")->pos(), QPoint(44 * (to - 1), 0));
+}
+
+void TestCrossoverPage::hpfNextAtIndex5Keeps5AndStillWritesAndSends()
+{
+    setStored(QStringLiteral("hpfState"), true);
+    setStored(QStringLiteral("hpfFreq"), 5);
+    show();
+    call("onHpfFreqNextClicked");
+    QCOMPARE(take(), QStringList({KeyBeep, write("hpfFreq", "4", "5")}) + sent("HPF", 5, 1));
+    QVERIFY(!find("Key_hpf_freq_plus")->isEnabled());
+    QVERIFY(find("Key_hpf_freq_minus")->isEnabled());
+}
+
+void TestCrossoverPage::switchingTheHpfOffSendsIndex0AndHidesItsRows()
+{
+    setStored(QStringLiteral("hpfState"), true);
+    setStored(QStringLiteral("hpfFreq"), 3);
+    setStored(QStringLiteral("hpfslope"), 2);
+    m_page.reset(new Page);
+    show();
+    for (const char* part : {"icon_line_hpf", "text_high_pass", "hpf_freq_widget", "hpf_slope_widget"})
+        QVERIFY2(visible(part), part);
+    touchKey("key_high_pass");
+    QCOMPARE(take(), QStringList({KeyBeep, write("hpfState", "false", "false")}) + sent("HPF", 0, 2));
+    for (const char* part : {"icon_line_hpf", "text_high_pass", "hpf_freq_widget", "hpf_slope_widget"})
+        QVERIFY2(!visible(part), part);
+    QVERIFY(shows(find("key_high_pass")->icon().pixmap(QPixmap(":/dual_icon/setup_btn_off_n.png").size()),
+                  ":/dual_icon/setup_btn_off_n.png"));
+    touchKey("key_high_pass");
+    QCOMPARE(take(), QStringList({KeyBeep, write("hpfState", "false", "true")}) + sent("HPF", 3, 2));
+    for (const char* part : {"icon_line_hpf", "text_high_pass", "hpf_freq_widget", "hpf_slope_widget"})
+        QVERIFY2(visible(part), part);
+    QVERIFY(shows(find("key_high_pass")->icon().pixmap(110, 52), ICONS "eq_btn_on1_n.png"));
+    QCOMPARE(find<QLabel>("icon_line_hpf")->pos(), QPoint(88, 0));
+}
+
+void TestCrossoverPage::switchingTheLpf()
+{
+    setStored(QStringLiteral("lpfFreq"), 4);
+    show();
+    touchKey("key_low_pass");
+    QCOMPARE(take(), QStringList({KeyBeep, write("lpfState", "false", "true")}) + sent("LPF", 4, 3));
+    for (const char* part : {"icon_line_lpf", "text_low_pass", "low_freq_widgetl", "low_slope_widget"})
+        QVERIFY2(visible(part), part);
+    QCOMPARE(find<QLabel>("icon_line_lpf")->pos(), QPoint(132, 0));
+    touchKey("key_low_pass");
+    QCOMPARE(take(), QStringList({KeyBeep, write("lpfState", "false", "false")}) + sent("LPF", 0, 3));
+    for (const char* part : {"icon_line_lpf", "text_low_pass", "low_freq_widgetl", "low_slope_widget"})
+        QVERIFY2(!visible(part), part);
+}
+
+void TestCrossoverPage::slopeKeysStoreAndSend_data()
+{
+    QTest::addColumn<bool>("high");
+    QTest::addColumn<int>("slope");
+    for (int slope = 0; slope < 3; ++slope) {
+        QTest::addRow("hpf %d dB", 6 + 6 * slope) << true << slope;
+        QTest::addRow("lpf %d dB", 6 + 6 * slope) << false << slope;
+    }
+}
+
+void TestCrossoverPage::slopeKeysStoreAndSend()
+{
+    QFETCH(bool, high);
+    QFETCH(int, slope);
+    setStored(high ? "hpfState" : "lpfState", true);
+    setStored(high ? "hpfFreq" : "lpfFreq", 2);
+    show();
+    const char* const keys[2][3] = {{"key_low_slope_6db", "key_low_slope_12db", "key_low_slope_18db"},
+                                    {"key_hpf_slope_6db", "key_hpf_slope_12db", "key_hpf_slope_18db"}};
+    const char* const lines[2][3] = {
+        {ICONS "filter_thumb_right65.png", ICONS "filter_thumb_right75.png",
+         ICONS "filter_thumb_right85.png"},
+        {ICONS "filter_thumb_left65.png", ICONS "filter_thumb_left75.png", ICONS "filter_thumb_left85.png"}};
+    for (int touches = 0; touches < 2; ++touches) { // a second touch on the selected one sends again
+        touchKey(keys[high][slope]);
+        QCOMPARE(take(), QStringList({KeyBeep, write(high ? "hpfslope" : "lpfslope", high ? "1" : "3",
+                                                     QString::number(slope))}) +
+                             sent(high ? "HPF" : "LPF", 2, slope));
+        for (int other = 0; other < 3; ++other) {
+            const QString picture(other == slope ? ICONS "icon_circle_blue.png"
+                                                 : ICONS "icon_circle_grey.png");
+            const QIcon icon = find(keys[high][other])->icon();
+            QVERIFY(shows(icon.pixmap(QSize(30, 30), QIcon::Normal, QIcon::Off), picture));
+            QVERIFY(shows(icon.pixmap(QSize(30, 30), QIcon::Normal, QIcon::On), picture));
+            QCOMPARE(find(keys[high][other])->isChecked(), other == slope);
+        }
+        QVERIFY(shows(find<QLabel>(high ? "icon_line_hpf" : "icon_line_lpf")->pixmap(Qt::ReturnByValue),
+                      QLatin1String(lines[high][slope])));
+    }
+}
+
+void TestCrossoverPage::anySlopeButThreeShowsNoneAndNoLine()
+{
+    setStored(QStringLiteral("hpfState"), true);
+    for (const int slope : {3, -1, 99}) {
+        setStored(QStringLiteral("hpfslope"), slope);
+        show();
+        QVERIFY(find<QLabel>("icon_line_hpf")->pixmap(Qt::ReturnByValue).isNull());
+        for (const char* key : {"key_hpf_slope_6db", "key_hpf_slope_12db", "key_hpf_slope_18db"}) {
+            QVERIFY(!find(key)->isChecked());
+            QVERIFY(shows(find(key)->icon().pixmap(30, 30), ICONS "icon_circle_grey.png"));
+        }
+        m_page->hide();
+    }
+}
+
+void TestCrossoverPage::lineIconsMove44PixelsAStep()
+{
+    setStored(QStringLiteral("hpfState"), true);
+    setStored(QStringLiteral("lpfState"), true);
+    for (int freq = 0; freq <= 5; ++freq) {
+        setStored(QStringLiteral("hpfFreq"), freq);
+        setStored(QStringLiteral("lpfFreq"), freq);
+        show();
+        QCOMPARE(find<QLabel>("icon_line_hpf")->pos(), QPoint(freq ? 44 * (freq - 1) : 0, 0));
+        QCOMPARE(find<QLabel>("icon_line_lpf")->pos(), QPoint(freq ? 44 * (freq - 1) : 176, 0));
+        if (freq) // the low-pass was moved last
+            QCOMPARE(find<QWidget>("line_widget")->children().last()->objectName(),
+                     QStringLiteral("icon_line_lpf"));
+        m_page->hide();
+    }
+}
+
+void TestCrossoverPage::subwooferFrequencySteps_data()
+{
+    QTest::addColumn<bool>("up");
+    QTest::addColumn<int>("from");
+    QTest::addColumn<int>("to");
+    for (int from = 0; from <= 7; ++from) {
+        QTest::addRow("up from %d", from) << true << from << (from <= 3 ? from + 1 : from);
+        QTest::addRow("down from %d", from) << false << from << (from >= 1 ? from - 1 : from);
+    }
+}
+
+void TestCrossoverPage::subwooferFrequencySteps()
+{
+    QFETCH(bool, up);
+    QFETCH(int, from);
+    QFETCH(int, to);
+    setStored(QStringLiteral("subwooferFreq"), from);
+    setStored(QStringLiteral("subwooferLevel"), 0x80 | 6);
+    show();
+    QPushButton* key = find(up ? "Key_subwoofer_freq_plus" : "Key_subwoofer_freq_minus");
+    if (key->isEnabled())
+        touch::click(m_page.data(), touch::middle(m_page.data(), key));
+    else
+        call(up ? "onSUBFreqNextClicked" : "onSUBFreqPrevClicked");
+    QCOMPARE(take(), QStringList({KeyBeep, write("subwooferFreq", "7", QString::number(to)), sub(to, 6)}));
+    const char* const texts[] = {"OFF", "AP", "50Hz", "80Hz", "120Hz", "160Hz", "100Hz", "120Hz"};
+    QCOMPARE(text("text_subwoofer_freq"), QLatin1String(texts[to]));
+    QCOMPARE(find("Key_subwoofer_freq_plus")->isEnabled(), to != 4);
+    QCOMPARE(find("Key_subwoofer_freq_minus")->isEnabled(), to != 0);
+}
+
+void TestCrossoverPage::subwooferLevelStepsSendBeforeTheyStore_data()
+{
+    QTest::addColumn<bool>("up");
+    QTest::addColumn<int>("from");
+    QTest::addColumn<int>("to");
+    QTest::newRow("up") << true << 8 << 9;
+    QTest::newRow("down") << false << 8 << 7;
+    QTest::newRow("up with bit 7") << true << (8 | 0x80) << (9 | 0x80);
+    QTest::newRow("down with bit 7") << false << (8 | 0x80) << (7 | 0x80);
+    QTest::newRow("up to the end") << true << 13 << 14;
+    QTest::newRow("up at the end") << true << 14 << 14;
+    QTest::newRow("down to the end") << false << 2 << 1;
+    QTest::newRow("down at the end") << false << (1 | 0x80) << (1 | 0x80);
+    QTest::newRow("up from 0") << true << 0 << 1;
+    QTest::newRow("down from 0") << false << 0 << 0;
+    QTest::newRow("up from 127") << true << 127 << 127;
+    QTest::newRow("down from 127") << false << 127 << 126;
+}
+
+void TestCrossoverPage::subwooferLevelStepsSendBeforeTheyStore()
+{
+    QFETCH(bool, up);
+    QFETCH(int, from);
+    QFETCH(int, to);
+    setStored(QStringLiteral("subwooferFreq"), 3);
+    setStored(QStringLiteral("subwooferLevel"), from);
+    show();
+    QPushButton* key = find(up ? "Key_subwoofer_level_plus" : "Key_subwoofer_level_minus");
+    if (key->isEnabled())
+        key->click();
+    else
+        call(up ? "onSUBLevelNextClicked" : "onSUBLevelPrevClicked");
+    const int level = to & 0x7F;
+    QCOMPARE(take(), QStringList({KeyBeep, sub(to & 0x80 ? 3 : 0, level),
+                                  write("subwooferLevel", "11", QString::number(to))}));
+    QCOMPARE(text("text_subwoofer_level"), QString::number(level));
+    QCOMPARE(find("Key_subwoofer_level_plus")->isEnabled(), level != 14);
+    QCOMPARE(find("Key_subwoofer_level_minus")->isEnabled(), level != 1);
+}
+
+void TestCrossoverPage::withTheSubwooferOffAllFourOfItsKeysAreDisabled()
+{
+    setStored(QStringLiteral("subwooferOnOff"), false);
+    setStored(QStringLiteral("subwooferFreq"), 2);
+    show();
+    for (const char* key : {"Key_subwoofer_freq_plus", "Key_subwoofer_freq_minus", "Key_subwoofer_level_plus",
+                            "Key_subwoofer_level_minus"}) {
+        QVERIFY2(!find(key)->isEnabled(), key);
+        touchKey(key);
+    }
+    QCOMPARE(take(All), QStringList());
+    QCOMPARE(text("text_subwoofer"), QStringLiteral("T236"));
+    m_page->hide();
+    setStored(QStringLiteral("subwooferOnOff"), true);
+    show();
+    QVERIFY(find("Key_subwoofer_freq_plus")->isEnabled());
+}
+
+void TestCrossoverPage::keysAtTheEndsAreDisabled_data()
+{
+    QTest::addColumn<QString>("key");
+    QTest::addColumn<int>("value");
+    QTest::addColumn<QString>("row");
+    QTest::addColumn<bool>("next");
+    QTest::addColumn<bool>("prev");
+    struct Row
+    {
+        const char* key;
+        const char* row;
+        int min, max;
+    };
+    const Row rows[] = {{"hpfFreq", "hpf_freq", 1, 5},
+                        {"lpfFreq", "low_freq", 1, 5},
+                        {"subwooferFreq", "subwoofer_freq", 0, 4},
+                        {"subwooferLevel", "subwoofer_level", 1, 14}};
+    for (const Row& row : rows) {
+        QTest::addRow("%s at its least", row.key) << row.key << row.min << row.row << true << false;
+        QTest::addRow("%s between", row.key) << row.key << row.min + 1 << row.row << true << true;
+        QTest::addRow("%s at its most", row.key) << row.key << row.max << row.row << false << true;
+        QTest::addRow("%s beyond", row.key) << row.key << row.max + 1 << row.row << true << true;
+    }
+}
+
+void TestCrossoverPage::keysAtTheEndsAreDisabled()
+{
+    QFETCH(QString, key);
+    QFETCH(int, value);
+    QFETCH(QString, row);
+    setStored(key, value);
+    show();
+    QTEST(find(qPrintable(QStringLiteral("Key_%1_plus").arg(row)))->isEnabled(), "next");
+    QTEST(find(qPrintable(QStringLiteral("Key_%1_minus").arg(row)))->isEnabled(), "prev");
+}
+
+void TestCrossoverPage::backBeepsAndPostsOneBackRequest()
+{
+    show();
+    touchKey("key_back");
+    QCOMPARE(take(All), QStringList(KeyBeep));
+    QCOMPARE(takeBackRequests(), 1);
+    QCOMPARE(takeLog().filter(QStringLiteral("-- back last display")).size(), 1);
+}
+
+void TestCrossoverPage::touchesPassThroughLabelsOverKeys()
+{
+    for (QLabel* label : m_page->findChildren<QLabel*>())
+        QVERIFY2(label->testAttribute(Qt::WA_TransparentForMouseEvents), qPrintable(label->objectName()));
+    setStored(QStringLiteral("hpfState"), true);
+    show();
+    // The frequency's background covers the last pixels of the minus key, the slope's text the first of its
+    // key.
+    touch::click(m_page.data(), QPoint(20 + 73, 90 + 138 + 30));
+    QCOMPARE(take().value(1), write("hpfFreq", "4", "3"));
+    touch::click(m_page.data(), QPoint(20 + 50, 90 + 327 + 42));
+    QCOMPARE(take().value(1), write("hpfslope", "1", "0"));
+}
+
+void TestCrossoverPage::diagnosticTextsAreTheKnownOnes_data()
+{
+    QTest::addColumn<QString>("function");
+    QTest::addColumn<QString>("text");
+    // clang-format off
+    const char* const rows[][2] = {
+        {"getHpfState()",                "get current hpf state: "},
+        {"getHpfFreq()",                 "get current hpf freq: "},
+        {"getHpfSlope()",                "get current hpf slope: "},
+        {"getLpfState()",                "get current hpf state: "},
+        {"getLpfFreq()",                 "get current hpf freq: "},
+        {"getLpfSlope()",                "get current lpf slope: "},
+        {"getSubFreq()",                 "current subwoofer freq: "},
+        {"getSubLevel()",                "current subwoofer level: "},
+        {"setHpfState(bool)",            "set current hpf state: "},
+        {"setHpfFreq(int)",              "set current hpf freq: "},
+        {"setHpfSlope(int)",             "set current hpf slope: "},
+        {"setLpfState(bool)",            "set current lpf state: "},
+        {"setLpfFreq(int)",              "set current lpf freq: "},
+        {"setLpfSlope(int)",             "set current lpf slope: "},
+        {"setSubFreq(int)",              "set current subwoofer freq: "},
+        {"setSubLevel(int)",             "set current subwoofer Level: "},
+        {"updateCurrHPFFreqText(int)",   "current hpf freq: "},
+        {"updateCurrLPFFreqText(int)",   "current hpf freq: "},
+        {"updateCurrSubFreqText(int)",   "current hpf freq: "},
+        {"updateCurrSubFreqBtnState(int)", "current subwoofer level: "},
+        {"updateCurrSubLevelText(int)",  "current subwoofer freq: "},
+        {"updateHPFStateIcon(bool)",     "current hpf state: "},
+        {"updateLPFStateIcon(bool)",     "current lpf state: "},
+        {"updateCurrHPFFreqBtnState(int)", "current hpf freq: "},
+        {"updateCurrHPFFreqLineIcon(int)", "current hpf freq: "},
+        {"updateHPFSlopeIcon(int)",      "current hpf freq: "},
+        {"updateHPFSlopeLineIcon(int)",  "current hpf freq: "},
+        {"updateCurrLPFFreqBtnState(int)", "current lpf freq: "},
+        {"updateCurrLPFFreqLineIcon(int)", "current lpf freq: "},
+    };
+    // clang-format on
+    for (const auto& row : rows)
+        QTest::newRow(row[0]) << row[0] << row[1];
+}
+
+void TestCrossoverPage::diagnosticTextsAreTheKnownOnes()
+{
+    QFETCH(QString, function);
+    QFETCH(QString, text);
+    m_page->show();
+    for (const char* key :
+         {"key_high_pass", "key_low_pass", "Key_hpf_freq_minus", "Key_low_freq_plus", "key_hpf_slope_18db",
+          "key_low_slope_6db", "Key_subwoofer_freq_minus", "Key_subwoofer_level_minus"})
+        touchKey(key);
+    const QStringList lines = takeLog().filter(QStringLiteral("::") + function);
+    QVERIFY(!lines.isEmpty());
+    for (const QString& line : lines)
+        QVERIFY2(line.section(QStringLiteral(" -- "), 1).startsWith(text), qPrintable(line));
+}
+
+void TestCrossoverPage::everySlotWritesADiagnosticLine()
+{
+    show();
+    const QMetaObject& meta = Page::staticMetaObject;
+    for (int i = meta.methodOffset(); i < meta.methodCount(); ++i) {
+        takeLog();
+        const QMetaMethod slot = meta.method(i);
+        QVERIFY(slot.parameterCount() ? slot.invoke(m_page.data(), Q_ARG(int, 1))
+                                      : slot.invoke(m_page.data()));
+        QCOMPARE(
+            takeLog().filter(QStringLiteral("::%1").arg(QString::fromLatin1(slot.methodSignature()))).size(),
+            1);
+    }
+    takeBackRequests();
+}
+
+void TestCrossoverPage::destructionClearsThePixmapCache()
+{
+    QPixmap picture(8, 8);
+    picture.fill(Qt::red);
+    QVERIFY(QPixmapCache::insert(QStringLiteral("somebody's"), picture));
+    m_page.reset();
+    QPixmap found;
+    QVERIFY(!QPixmapCache::find(QStringLiteral("somebody's"), &found));
+}
+
+void TestCrossoverPage::hostileStoredValuesDoNoHarm_data()
+{
+    QTest::addColumn<QVariant>("value");
+    QTest::newRow("text") << QVariant(QStringLiteral("no number"));
+    QTest::newRow("empty") << QVariant(QString());
+    QTest::newRow("largest") << QVariant(std::numeric_limits<int>::max());
+    QTest::newRow("smallest") << QVariant(std::numeric_limits<int>::min());
+    QTest::newRow("-1") << QVariant(-1);
+    QTest::newRow("flag") << QVariant(true);
+}
+
+void TestCrossoverPage::hostileStoredValuesDoNoHarm()
+{
+    QFETCH(QVariant, value);
+    const char* const keys[] = {"hpfState", "hpfFreq",       "hpfslope",       "lpfState",      "lpfFreq",
+                                "lpfslope", "subwooferFreq", "subwooferLevel", "subwooferOnOff"};
+    for (const char* key : keys)
+        setStored(QLatin1String(key), value);
+    m_page.reset(new Page);
+    show();
+    for (const char* key : keys)
+        QCOMPARE(stored(QLatin1String(key)), value); // looking at it rewrites nothing
+    const QMetaObject& meta = Page::staticMetaObject;
+    for (int i = meta.methodOffset(); i < meta.methodCount(); ++i) {
+        const QMetaMethod slot = meta.method(i);
+        QVERIFY(slot.parameterCount() ? slot.invoke(m_page.data(), Q_ARG(int, 1))
+                                      : slot.invoke(m_page.data()));
+    }
+    QCOMPARE(takeBackRequests(), 1);
+}
+
+void TestCrossoverPage::randomTouchesKeepEveryInvariant()
+{
+    const quint32 seed = QRandomGenerator::global()->generate();
+    qInfo("seed %u", seed);
+    QRandomGenerator random(seed);
+    setStored(QStringLiteral("subwooferLevel"), 0x80 | 11);
+    show();
+    const QList<QPushButton*> keys = m_page->findChildren<QPushButton*>();
+    const auto anywhere = [&random] { return QPoint(random.bounded(-60, 1084), random.bounded(-60, 570)); };
+    const QRegularExpression form(QStringLiteral("^AudioService\\.(doBeep\\(0\\)|set[HL]PFFilter\\(([0-5]), "
+                                                 "\\2, [1248], [0-3]\\)|setSubFilter\\([0-7], "
+                                                 "([1-9]|1[0-4]), 0\\))$"));
+    for (int event = 0; event < 20000;) {
+        QPoint pos = anywhere();
+        if (random.bounded(2)) { // aim
+            QPushButton* key = keys.at(random.bounded(keys.size()));
+            if (!key->isVisible())
+                continue;
+            pos = touch::middle(m_page.data(), key);
+        }
+        touch::press(m_page.data(), pos);
+        ++event;
+        for (int moves = random.bounded(4); moves > 0; --moves, ++event)
+            touch::move(m_page.data(), random.bounded(2) ? anywhere() : pos);
+        const QStringList early = take();
+        QVERIFY2(early.isEmpty(), qPrintable(early.join('\n')));
+        touch::release(m_page.data(), random.bounded(4) ? pos : anywhere());
+        ++event;
+
+        const QStringList calls = take();
+        const QStringList audio = calls.filter(QStringLiteral("AudioService."));
+        for (const QString& line : audio)
+            QVERIFY2(form.match(line).hasMatch(), qPrintable(line));
+        if (!calls.isEmpty()) {
+            QCOMPARE(calls.first(), KeyBeep);
+            QCOMPARE(calls.count(KeyBeep), 1);
+            // A filter goes to four speakers or to the subwoofer, with one write; back is the beep alone.
+            const int writes = calls.filter(QStringLiteral("setValue")).size();
+            QVERIFY(audio.size() == 1 ? writes == 0 : writes == 1);
+            QVERIFY(audio.size() == 1 || audio.size() == 2 || audio.size() == 5);
+        }
+        QCOMPARE(visible("hpf_freq_widget"), stored(QStringLiteral("hpfState")).toBool());
+        QCOMPARE(visible("low_slope_widget"), stored(QStringLiteral("lpfState")).toBool());
+        if (event % 64 == 0) {
+            takeLog();
+            takeBackRequests();
+        }
+    }
+    takeBackRequests();
+}
+
+QTEST_MAIN(TestCrossoverPage)
+#include "tst_m5qx_audiosetting_crossover_setting_page.moc"
