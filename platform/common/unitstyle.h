@@ -2,6 +2,8 @@
 
 #include "common/export.h"
 
+#include <QFont>
+#include <QPalette>
 #include <QProxyStyle>
 
 class QApplication;
@@ -23,6 +25,11 @@ public:
 
     /// Gives the application style, palette and font. Call once, before the first widget.
     static void install(QApplication& application);
+
+    /// The unit's base font, 11 pt, for texts in that language (one of Language::codes()). Which script an
+    /// ideograph is drawn in depends on it; every script of every language is there in each.
+    static QFont font(const QString& code);
+    static QPalette palette();
 
     void drawControl(ControlElement element, const QStyleOption* option, QPainter* painter,
                      const QWidget* widget = nullptr) const override;
