@@ -1,0 +1,94 @@
+#pragma once
+
+#include "hvaudio/engine.h"
+#include "hvaudio/output.h"
+
+#include <memory>
+#include <string>
+
+namespace hvaudio {
+
+/// What stands in for a source of the unit.
+enum class SourceKind {
+    Silence,
+    File,      ///< a sound file, repeated for ever
+    PinkNoise, ///< -20 dBFS RMS, both sides independent
+    Sweep,     ///< logarithmic, 20 Hz to 20 kHz in 10 s, repeated, -20 dBFS peak
+    Input,     ///< what other programs play into the unit
+};
+
+/// What was heard at one moment, for measuring: see `Player::listen`.
+struct HeardFrame
+{
+    float programme[2]; ///< what went into the engine
+    float speaker[dsp::speakerCount];
+};
+
+/// The unit's sound as its shell sees it: sources, prompts, engine and output in one object.
+///
+///     sources (by id) --+--> engine --> output (PipeWire, WAV file, or none)
+///     prompts, beep ----+
+///
+/// All functions are [CT], and one thread at a time unless it says otherwise. Nothing throws; what fails says
+/// so in the log, once, and leaves the rest working.
+class Player final
+{
+public:
+    /// Ids of sources are 0 .. sourceIds - 1; those of the audio service fit.
+    static constexpr int sourceIds = 32;
+
+    /// `log` may be empty.
+    explicit Player(Log log = {});
+    ~Player();
+    Player(const Player&) = delete;
+    Player& operator=(const Player&) = delete;
+
+    /// output: "auto" (PipeWire when a daemon answers, else none), "pipewire" (waits for the daemon when
+    /// there is none), "none", or the path of a WAV file to write, which ends with ".wav". False, and one
+    /// line in the log, when that output can't be had; the unit then plays to none, so that everything else
+    /// works. Starting a started player changes the output.
+    bool start(const std::string& output = "auto");
+    /// Fades out (at most 0.4 s) and lets the output go. The destructor does the same.
+    void stop();
+    bool started() const;
+
+    /// What the listener asked for; at once, click-free. `Settings::source` chooses among the sources below.
+    void setSettings(const dsp::Settings& settings);
+
+    /// What plays as the source `id`; the sound changes by a short fade when it is the one that is heard.
+    /// `path` is for files. False, and one line in the log and in `error` where given, when a file can't be
+    /// read or the id is out of range; what played before then goes on. All sources start as silence.
+    bool setSource(int id, SourceKind kind, const std::string& path = {}, std::string* error = nullptr);
+    SourceKind sourceKind(int id) const;
+    /// The file that plays as this source; empty for other kinds.
+    std::string sourcePath(int id) const;
+
+    /// Sounds the chime of this prompt channel from its beginning: once, or until `endPrompt`. Lock-free.
+    void prompt(dsp::Prompt which, bool repeated = false) noexcept;
+    /// Fades the chime out.
+    void endPrompt(dsp::Prompt which) noexcept;
+    /// [ANY] True while the chime sounds.
+    bool promptSounds(dsp::Prompt which) const noexcept;
+    /// The key beep.
+    void beep() noexcept;
+
+    /// Loudest samples and the limiter's work since the last call.
+    dsp::Meters takeMeters() noexcept;
+    /// The running processor: its response, rate, latency, settings.
+    const dsp::Engine& engine() const;
+
+    /// Keeps what is heard for `heard`, or stops doing so and forgets it. Costs a copy; off at first.
+    void listen(bool on);
+    /// Moves up to `count` frames, oldest first, to `frames` and returns how many. What isn't fetched within
+    /// about 0.6 s is lost: then it goes on with whole, later frames, and `*gap` (where given) becomes true.
+    int heard(HeardFrame* frames, int count, bool* gap = nullptr);
+
+    /// One short sentence on the output: "PipeWire, 48000 Hz, 5.1", "no sound output".
+    std::string status() const;
+
+private:
+    struct Private;
+    const std::unique_ptr<Private> d;
+};
+
+} // namespace hvaudio
