@@ -20,7 +20,16 @@ endfunction()
 
 function(audiosetting_qt target)
     audiosetting_flags(${target})
-    set_target_properties(${target} PROPERTIES AUTOMOC ON AUTOUIC ON AUTORCC ON)
+    # A file that is new to the target makes the code generators run again; they don't see it by themselves.
+    get_target_property(sources ${target} SOURCES)
+    set(files)
+    foreach(source IN LISTS sources)
+        get_filename_component(file ${source} ABSOLUTE)
+        if(EXISTS ${file})
+            list(APPEND files ${file})
+        endif()
+    endforeach()
+    set_target_properties(${target} PROPERTIES AUTOMOC ON AUTOUIC ON AUTORCC ON AUTOGEN_TARGET_DEPENDS "${files}")
     # Q_FOREACH-style keywords stay (the plug-in is written in the SIGNAL/SLOT kind); the log context is wanted
     # in release builds too.
     target_compile_definitions(${target} PRIVATE QT_MESSAGELOGCONTEXT)
