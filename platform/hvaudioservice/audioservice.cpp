@@ -1,0 +1,251 @@
+#include "hvaudio/audioservice.h"
+
+#include "audioserviceprivate.h"
+#include "audiostatestore.h"
+
+#include "common/journal.h"
+#include "common/journaltext.h"
+
+#include <QDebug>
+
+#include <cmath>
+
+// The calls: each reports itself, refuses what is out of range, and leaves the rest to the private part.
+namespace hvaudio {
+
+namespace keys = audiostatestore;
+
+namespace {
+
+template <typename... Arguments>
+void report(const char* operation, const Arguments&... arguments)
+{
+    cm::Journal::instance()->record(QStringLiteral("AudioService"), cm::journalCall(operation, arguments...));
+}
+
+void refuse(const char* operation, const char* what, double value, const QString& allowed)
+{
+    qWarning().noquote().nospace() << "AudioService: " << operation << ": " << what << ' ' << value
+                                   << " is not " << allowed << "; nothing changes";
+}
+
+bool inRange(const char* operation, const char* what, int value, int minimum, int maximum)
+{
+    if (value >= minimum && value <= maximum)
+        return true;
+    refuse(operation, what, value, QStringLiteral("in %1..%2").arg(minimum).arg(maximum));
+    return false;
+}
+
+bool isBandValue(const char* operation, int value, int band)
+{
+    return inRange(operation, "value", value, -maximumBandValue, maximumBandValue) &&
+           inRange(operation, "band", band, 0, eqBandCount - 1);
+}
+
+constexpr int frequencyMask = 0x7F;
+constexpr int rearMark = 0x80;
+constexpr int largestCut = 12;
+
+/// Checks a filter of a cabin speaker. Bit 7 of the frequency, the rear pair's mark, says what the speaker
+/// says.
+bool isCabinFilter(const char* operation, int frequency, int attenuation, int speaker, int slope,
+                   int lastFrequency)
+{
+    const int index = speakerOfBit(speaker);
+    if (index < 0 || index >= cabinSpeakers) {
+        refuse(operation, "speaker", speaker, QStringLiteral("one of 1, 2, 4, 8"));
+        return false;
+    }
+    const int unmarked = frequency & ~rearMark;
+    return inRange(operation, "frequency index", unmarked, 0, lastFrequency) &&
+           inRange(operation, "attenuation", attenuation, 0, maximumLevelSent) &&
+           inRange(operation, "slope", slope, 0, maximumSlope);
+}
+
+/// A hand-edited store lets the pages send more than there is to cut; it is kept as sent and sounds as the
+/// largest.
+void noteLargeCut(const char* operation, int attenuation, int largest)
+{
+    if (attenuation > largest)
+        qWarning() << "AudioService:" << operation << ": attenuation" << attenuation << "sounds as"
+                   << largest;
+}
+
+} // namespace
+
+AudioService::AudioService()
+    : d(new AudioServicePrivate(this))
+{
+}
+
+AudioService::~AudioService()
+{
+    delete d;
+}
+
+void AudioService::doBeep(int tone)
+{
+    report("doBeep", tone);
+    if (tone != 0)
+        qWarning() << "AudioService: no beep tone" << tone << "- sounding 0";
+    d->beep();
+}
+
+AudioEQType AudioService::getCurrEQType()
+{
+    report("getCurrEQType");
+    return static_cast<AudioEQType>(d->state.eqType);
+}
+
+void AudioService::setEQType(AudioEQType type, bool save)
+{
+    const int number = type;
+    report("setEQType", number, save);
+    if (inRange("setEQType", "type", number, 0, lastEqType))
+        d->setEqType(number, save);
+}
+
+int AudioService::getCustomEq(int band)
+{
+    report("getCustomEq", band);
+    return inRange("getCustomEq", "band", band, 0, eqBandCount - 1) ? curveOf(d->state)[band] : 0;
+}
+
+void AudioService::setCustomEq(int value, int band, bool save)
+{
+    report("setCustomEq", value, band, save);
+    const int curve = userCurveOf(d->state.eqType);
+    if (curve < 0)
+        refuse("setCustomEq", "current type", d->state.eqType, QStringLiteral("a user curve (6, 7)"));
+    else if (isBandValue("setCustomEq", value, band))
+        d->setUserBand(curve, band, value, save);
+}
+
+void AudioService::setCustomEq1(int value, int band, bool save)
+{
+    report("setCustomEq1", value, band, save);
+    if (isBandValue("setCustomEq1", value, band))
+        d->setUserBand(0, band, value, save);
+}
+
+void AudioService::setCustomEq2(int value, int band, bool save)
+{
+    report("setCustomEq2", value, band, save);
+    if (isBandValue("setCustomEq2", value, band))
+        d->setUserBand(1, band, value, save);
+}
+
+void AudioService::setCustomLoudness(bool on, bool save)
+{
+    report("setCustomLoudness", on, save);
+    d->state.loudness = on;
+    d->keep(QLatin1String(keys::loudnessKey), on);
+    d->publish();
+}
+
+void AudioService::getBalanceFader(int& balance, int& fader)
+{
+    report("getBalanceFader");
+    balance = d->state.balance;
+    fader = d->state.fader;
+}
+
+void AudioService::setBalanceFader(int balance, int fader, bool save)
+{
+    report("setBalanceFader", balance, fader, save);
+    if (!inRange("setBalanceFader", "balance", balance, -maximumBalance, maximumBalance) ||
+        !inRange("setBalanceFader", "fader", fader, -maximumBalance, maximumBalance))
+        return;
+    d->state.balance = balance;
+    d->state.fader = fader;
+    if (save) {
+        d->keepSoon(QLatin1String(keys::balanceKey), balance);
+        d->keep(QLatin1String(keys::faderKey), fader); // takes the balance along
+    }
+    d->publish();
+}
+
+void AudioService::setHPFFilter(int frequency, int attenuation, int speaker, int slope)
+{
+    report("setHPFFilter", frequency, attenuation, speaker, slope);
+    const AudioServiceHost::FilterTables tables = d->state.tables;
+    if (!isCabinFilter("setHPFFilter", frequency, attenuation, speaker, slope, lastHighPassFrequency(tables)))
+        return;
+    noteLargeCut("setHPFFilter", attenuation, largestCut);
+    const int index = speakerOfBit(speaker);
+    d->setFilter(&d->state.highPass[static_cast<std::size_t>(index)],
+                 {frequency & frequencyMask, attenuation, slope}, keys::highPassKey(tables, index));
+}
+
+void AudioService::setLPFFilter(int frequency, int attenuation, int speaker, int slope)
+{
+    report("setLPFFilter", frequency, attenuation, speaker, slope);
+    const AudioServiceHost::FilterTables tables = d->state.tables;
+    if (!isCabinFilter("setLPFFilter", frequency, attenuation, speaker, slope, lastLowPassFrequency(tables)))
+        return;
+    noteLargeCut("setLPFFilter", attenuation, largestCut);
+    const int index = speakerOfBit(speaker);
+    d->setFilter(&d->state.lowPass[static_cast<std::size_t>(index)],
+                 {frequency & frequencyMask, attenuation, slope}, keys::lowPassKey(tables, index));
+}
+
+void AudioService::setSubFilter(int frequency, int attenuation, int slope)
+{
+    report("setSubFilter", frequency, attenuation, slope);
+    const AudioServiceHost::FilterTables tables = d->state.tables;
+    if (!inRange("setSubFilter", "frequency index", frequency, 0, lastSubwooferFrequency(tables)) ||
+        !inRange("setSubFilter", "attenuation", attenuation, 0, maximumLevelSent) ||
+        !inRange("setSubFilter", "slope", slope, 0, maximumSlope))
+        return;
+    if (tables == AudioServiceHost::FilterTables::SpeakerGroups)
+        noteLargeCut("setSubFilter", attenuation, largestCut);
+    d->setFilter(&d->state.subwoofer, {frequency, attenuation, slope}, keys::subwooferKey(tables));
+}
+
+void AudioService::setSurroundDelay(int speaker, float delay)
+{
+    report("setSurroundDelay", speaker, delay);
+    const int index = speakerOfBit(speaker);
+    if (index < 0) {
+        refuse("setSurroundDelay", "speaker", speaker, QStringLiteral("one of 1, 2, 4, 8, 32"));
+        return;
+    }
+    constexpr double usPerMs = 1000;
+    const double us = std::round(static_cast<double>(delay) * usPerMs);
+    // Written so that a delay that is no number is refused too.
+    if (!(us >= 0 && us <= maximumDelayUs)) {
+        refuse("setSurroundDelay", "delay", static_cast<double>(delay), QStringLiteral("in 0..10 ms"));
+        return;
+    }
+    d->state.delayUs[static_cast<std::size_t>(index)] = static_cast<int>(us);
+    d->keepInBurst(keys::delayKey(index), static_cast<int>(us));
+    d->publish();
+}
+
+void AudioService::setVolumeLevel(int level, int channel)
+{
+    report("setVolumeLevel", level, channel);
+    if (!isChannel(channel))
+        refuse("setVolumeLevel", "channel", channel, QStringLiteral("one of 0, 1, 2, 4, 5"));
+    else if (inRange("setVolumeLevel", "level", level, 0, maximumVolume))
+        d->setVolume(channel, level);
+}
+
+void AudioService::setSourceOffsetGain(HVAudio_source_id_e source, int gain)
+{
+    const int number = source;
+    report("setSourceOffsetGain", number, gain);
+    const int row = rowOfSource(number);
+    if (row < 0) {
+        refuse("setSourceOffsetGain", "source", number, QStringLiteral("one of 0, 1, 5, 6, 7, 18, 19"));
+        return;
+    }
+    if (!inRange("setSourceOffsetGain", "gain", gain, 0, maximumGain))
+        return;
+    // The page that sends it keeps it under its own key.
+    d->state.gain[static_cast<std::size_t>(row)] = gain;
+    d->publish();
+}
+
+} // namespace hvaudio

@@ -1,0 +1,55 @@
+#include "audioservicehost.h"
+
+#include "audioserviceprivate.h"
+
+#include "hvaudio/settings.h"
+
+#include <QDebug>
+
+#include <utility>
+
+namespace hvaudio {
+
+void AudioServiceHost::powerOn()
+{
+    AudioServicePrivate::of()->powerOn();
+}
+
+void AudioServiceHost::powerOff()
+{
+    AudioServicePrivate::of()->powerOff();
+}
+
+void AudioServiceHost::shutdown()
+{
+    AudioServicePrivate::destroyService();
+}
+
+void AudioServiceHost::setFilterTables(FilterTables tables)
+{
+    AudioServicePrivate::of()->setFilterTables(tables);
+}
+
+void AudioServiceHost::setActiveSource(HVAudio_source_id_e source)
+{
+    if (rowOfSource(source) < 0) {
+        qWarning() << "AudioService: there is no source" << static_cast<int>(source) << "to play";
+        return;
+    }
+    AudioServicePrivate* const service = AudioServicePrivate::of();
+    service->state.source = source;
+    service->publish();
+}
+
+void AudioServiceHost::setSink(Sink sink)
+{
+    hostCallbacks().sink = std::move(sink);
+    AudioServicePrivate::of()->publish();
+}
+
+void AudioServiceHost::setBeeper(Beeper beeper)
+{
+    hostCallbacks().beeper = std::move(beeper);
+}
+
+} // namespace hvaudio

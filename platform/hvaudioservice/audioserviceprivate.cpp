@@ -1,0 +1,189 @@
+#include "audioserviceprivate.h"
+
+#include "audiostatestore.h"
+
+#include "common/mcumanager.h"
+#include "common/settings.h"
+#include "common/settingsstore.h"
+#include "hvaudio/settings.h"
+
+#include <QDebug>
+#include <QTimer>
+
+namespace hvaudio {
+
+namespace keys = audiostatestore;
+using mem::SettingsStore;
+
+namespace {
+AudioService* theService = nullptr;
+} // namespace
+
+HostCallbacks& hostCallbacks()
+{
+    static HostCallbacks theCallbacks;
+    return theCallbacks;
+}
+
+AudioServicePrivate::AudioServicePrivate(AudioService* service)
+    : q(service)
+{
+    connect(SettingsStore::instance(), &SettingsStore::valueChanged, this,
+            &AudioServicePrivate::onSettingChanged);
+    connect(McuManager::instance(), &McuManager::beepTriggered, this, &AudioServicePrivate::beep);
+    keys::restore(state);
+}
+
+AudioServicePrivate::~AudioServicePrivate()
+{
+    commitBurst();
+}
+
+AudioServicePrivate* AudioServicePrivate::of()
+{
+    if (!theService)
+        theService = new AudioService;
+    return theService->d;
+}
+
+AudioService* AudioService::instance()
+{
+    return AudioServicePrivate::of()->service();
+}
+
+void AudioServicePrivate::destroyService()
+{
+    delete theService;
+    theService = nullptr;
+}
+
+void AudioServicePrivate::powerOn()
+{
+    const int typeBefore = state.eqType;
+    keys::restore(state);
+    const std::array<int, channels> levels = keys::storedStartVolumes();
+    for (int channel = 0; channel < channels; ++channel) {
+        if (isChannel(channel))
+            setVolume(channel, levels[static_cast<std::size_t>(channel)]);
+    }
+    state.power = true;
+    publish();
+    if (state.eqType != typeBefore)
+        emit mem::SettingsUtil::instance()->EQType(state.eqType);
+}
+
+void AudioServicePrivate::powerOff()
+{
+    state.power = false;
+    publish();
+    m_burst = false;
+    SettingsStore::instance()->commit();
+}
+
+void AudioServicePrivate::setFilterTables(AudioServiceHost::FilterTables tables)
+{
+    if (state.tables == tables)
+        return;
+    state.tables = tables;
+    keys::restoreFilters(state);
+    publish();
+}
+
+void AudioServicePrivate::setEqType(int type, bool save)
+{
+    const bool changed = state.eqType != type;
+    state.eqType = type;
+    if (save)
+        keep(QLatin1String(keys::eqTypeKey), type);
+    if (!changed)
+        return;
+    publish();
+    emit mem::SettingsUtil::instance()->EQType(type);
+}
+
+void AudioServicePrivate::setUserBand(int curve, int band, int value, bool save)
+{
+    state.userCurve[static_cast<std::size_t>(curve)][static_cast<std::size_t>(band)] = value;
+    if (save)
+        keep(keys::userBandKey(curve, band), value);
+    if (userCurveOf(state.eqType) == curve)
+        publish();
+}
+
+void AudioServicePrivate::setFilter(Filter* filter, const Filter& value, const QString& key)
+{
+    *filter = value;
+    keepInBurst(key, keys::filterText(value));
+    publish();
+}
+
+void AudioServicePrivate::setVolume(int channel, int level)
+{
+    int& volume = state.volume[static_cast<std::size_t>(channel)];
+    const bool changed = volume != level;
+    volume = level;
+    // The knob sends many steps a second; the delayed write is soon enough for what power-on replaces anyway.
+    keepSoon(keys::volumeKey(channel), level);
+    if (!changed)
+        return;
+    if (state.power)
+        publish();
+    emit q->audioVolumeChanged(false, level, channel);
+}
+
+void AudioServicePrivate::keep(const QString& key, const QVariant& value)
+{
+    SettingsStore::instance()->setValue(key, value, true);
+}
+
+void AudioServicePrivate::keepSoon(const QString& key, const QVariant& value)
+{
+    SettingsStore::instance()->setValue(key, value, false);
+}
+
+void AudioServicePrivate::keepInBurst(const QString& key, const QVariant& value)
+{
+    keepSoon(key, value);
+    if (m_burst)
+        return;
+    m_burst = true;
+    QTimer::singleShot(0, this, &AudioServicePrivate::commitBurst);
+}
+
+void AudioServicePrivate::commitBurst()
+{
+    if (m_burst)
+        SettingsStore::instance()->commit();
+    m_burst = false;
+}
+
+void AudioServicePrivate::publish()
+{
+    if (const AudioServiceHost::Sink& sink = hostCallbacks().sink)
+        sink(dspSettings(state));
+}
+
+void AudioServicePrivate::beep()
+{
+    if (const AudioServiceHost::Beeper& beeper = hostCallbacks().beeper)
+        beeper();
+}
+
+void AudioServicePrivate::onSettingChanged(const QString& key)
+{
+    if (key == QLatin1String(keys::subwooferSlopeKey)) {
+        state.subwooferSlope = keys::storedSubwooferSlope();
+        // The newest word counts, also after a filter that came with a slope of its own.
+        if (state.subwoofer.slope != 0) {
+            state.subwoofer.slope = 0;
+            keepInBurst(keys::subwooferKey(state.tables), keys::filterText(state.subwoofer));
+        }
+    } else if (key == QLatin1String(keys::subwooferPhaseKey)) {
+        state.subwooferInverted = keys::storedSubwooferPhase();
+    } else {
+        return;
+    }
+    publish();
+}
+
+} // namespace hvaudio

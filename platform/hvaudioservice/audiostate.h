@@ -1,0 +1,119 @@
+#pragma once
+
+#include "audioservicehost.h"
+
+#include "hvaudio/eqcurves.h"
+
+#include <array>
+
+namespace hvaudio {
+
+namespace dsp {
+struct Settings;
+}
+
+/// The speakers in the order of every array here; the first four have a place in the cabin.
+constexpr int cabinSpeakers = 4;
+constexpr int speakers = 5;
+/// Index of a speaker bit (1, 2, 4, 8, 32), -1 for any other number.
+int speakerOfBit(int bit);
+
+/// Channels of volumes are numbers 0 ... 5; 3 is none.
+constexpr int channels = 6;
+
+/// A filter as it was sent: table index, attenuation in dB, index of 6, 12, 18, 24 dB/octave.
+struct Filter
+{
+    int frequency = 0;
+    int attenuation = 0;
+    int slope = 0;
+};
+
+// Ranges of what the pages send.
+constexpr int lastEqType = 8;
+constexpr int maximumBandValue = 10;
+constexpr int maximumBalance = 15;
+constexpr int maximumVolume = 50;
+constexpr int maximumGain = 15;
+constexpr int maximumSlope = 3;
+constexpr int maximumDelayUs = 10000;
+/// Levels reach the service masked to seven bits; what is beyond the loudest cut counts as that.
+constexpr int maximumLevelSent = 127;
+
+struct SourceGain
+{
+    HVAudio_source_id_e source;
+    const char* key; ///< where the volume page keeps its gain
+};
+
+// clang-format off
+constexpr SourceGain sourceGains[] = {
+    {HVAudio_source_Radio,       "Setup_Input_Gain_Type_Radio"},
+    {HVAudio_source_Usb,         "Setup_Input_Gain_Type_USB"},
+    {HVAudio_source_BtAudio,     "Setup_Input_Gain_Type_BT_Audio"},
+    {HVAudio_source_AvIn,        "Setup_Input_Gain_Type_AUX"},
+    {HVAudio_source_Carplay,     "Setup_Input_Gain_Type_Carplay"},
+    {HVAudio_source_AndroidAuto, "Setup_Input_Gain_Type_Android_Auto"},
+    {HVAudio_source_Dab,         "Setup_Input_Gain_Type_DAB"},
+};
+// clang-format on
+constexpr int sourceCount = sizeof(sourceGains) / sizeof(sourceGains[0]);
+static_assert(sourceCount == 7, "one row a source of the volume page");
+/// Row of a source, -1 for an unknown one.
+int rowOfSource(int source);
+
+struct StartVolume
+{
+    int channel;
+    const char* key;
+    int level; ///< when nothing is stored
+};
+
+// clang-format off
+constexpr StartVolume startVolumes[] = {
+    {0, "Setup_Main_Volume",            25},
+    {1, "Setup_Volume_Type_BT_Ringer",  40},
+    {2, "Setup_Volume_Type_BT_Talking", 40},
+    {5, "Setup_Volume_Type_Navi",       40},
+    {4, "Setup_Volume_Type_Voice",      40},
+};
+// clang-format on
+static_assert(sizeof(startVolumes) / sizeof(startVolumes[0]) == 5, "one row a channel");
+bool isChannel(int channel);
+
+/// What the listener has set, in the units of the service's calls.
+struct AudioState
+{
+    bool power = false;
+    AudioServiceHost::FilterTables tables = AudioServiceHost::FilterTables::SpeakerGroups;
+    HVAudio_source_id_e source = HVAudio_source_Radio;
+
+    int eqType = EQ_Type_Flat;
+    std::array<std::array<int, eqBandCount>, 2> userCurve = {};
+    bool loudness = false;
+    int balance = 0;
+    int fader = 0;
+    std::array<Filter, cabinSpeakers> highPass = {};
+    std::array<Filter, cabinSpeakers> lowPass = {};
+    Filter subwoofer; ///< slope 0: subwooferSlope
+    int subwooferSlope = 0;
+    bool subwooferInverted = false;
+    std::array<int, speakers> delayUs = {};
+    std::array<int, channels> volume = {};
+    std::array<int, sourceCount> gain = {};
+};
+
+/// Index into userCurve of an EQ type, -1 for a type that the user can't edit.
+int userCurveOf(int eqType);
+/// Values of the curve that sounds.
+const int* curveOf(const AudioState& state);
+
+/// Largest index of the filters' frequency tables.
+int lastHighPassFrequency(AudioServiceHost::FilterTables tables);
+int lastLowPassFrequency(AudioServiceHost::FilterTables tables);
+int lastSubwooferFrequency(AudioServiceHost::FilterTables tables);
+
+/// The same in the sound processor's terms.
+dsp::Settings dspSettings(const AudioState& state);
+
+} // namespace hvaudio

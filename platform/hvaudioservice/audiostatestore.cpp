@@ -1,0 +1,177 @@
+#include "audiostatestore.h"
+
+#include "common/settingsstore.h"
+
+#include <QDebug>
+#include <QStringList>
+
+namespace hvaudio::audiostatestore {
+
+using Tables = AudioServiceHost::FilterTables;
+
+namespace {
+
+template <typename T>
+T stored(const QString& key, const T& defaultValue)
+{
+    return mem::SettingsStore::instance()->valueOr(key, QVariant(defaultValue)).template value<T>();
+}
+
+int storedInRange(const QString& key, int defaultValue, int minimum, int maximum)
+{
+    const int value = stored(key, defaultValue);
+    const int used = qBound(minimum, value, maximum);
+    if (used != value)
+        qWarning().noquote().nospace() << "AudioService: stored " << key << " is " << value << ", outside "
+                                       << minimum << ".." << maximum << "; " << used << " is used";
+    return used;
+}
+
+QString filterKey(const char* filter, Tables tables, const QString& speaker)
+{
+    const QString set = tables == Tables::MainAudio ? QStringLiteral("Main") : QString();
+    return QStringLiteral("AudioService_") + set + QLatin1String(filter) + speaker;
+}
+
+/// Whether text is a filter that could have been applied; only then filter is set.
+bool parseFilter(const QString& text, int lastFrequency, Filter* filter)
+{
+    const QStringList parts = text.split(QLatin1Char(';'));
+    constexpr int count = 3;
+    const int maximum[count] = {lastFrequency, maximumLevelSent, maximumSlope};
+    int values[count] = {};
+    if (parts.size() != count)
+        return false;
+    for (int i = 0; i < count; ++i) {
+        bool number = false;
+        values[i] = parts.at(i).toInt(&number);
+        if (!number || values[i] < 0 || values[i] > maximum[i])
+            return false;
+    }
+    *filter = {values[0], values[1], values[2]};
+    return true;
+}
+
+Filter storedFilter(const QString& key, int lastFrequency, const Filter& defaultFilter)
+{
+    Filter filter = defaultFilter;
+    const QString text = stored(key, filterText(defaultFilter));
+    if (!parseFilter(text, lastFrequency, &filter))
+        qWarning().noquote().nospace() << "AudioService: stored " << key << " is \"" << text.left(40)
+                                       << "\", no filter; " << filterText(defaultFilter) << " is used";
+    return filter;
+}
+
+/// The subwoofer as its pages show it while none of them has touched it yet.
+Filter untouchedSubwoofer(Tables tables)
+{
+    constexpr int levelMask = 0x7F;
+    Filter filter;
+    if (stored(QStringLiteral("subwooferOnOff"), true))
+        filter.frequency =
+            storedInRange(QStringLiteral("subwooferFreq"), 7, 0, lastSubwooferFrequency(tables));
+    filter.attenuation = stored(QStringLiteral("subwooferLevel"), 11) & levelMask;
+    return filter;
+}
+
+} // namespace
+
+QString userBandKey(int curve, int band)
+{
+    return QStringLiteral("eq%1%2").arg(curve + 1).arg(band);
+}
+
+QString volumeKey(int channel)
+{
+    return QStringLiteral("volume%1").arg(channel);
+}
+
+QString delayKey(int speaker)
+{
+    return QStringLiteral("AudioService_DelayUs_%1").arg(speaker);
+}
+
+QString highPassKey(Tables tables, int speaker)
+{
+    return filterKey("HPF_", tables, QString::number(speaker));
+}
+
+QString lowPassKey(Tables tables, int speaker)
+{
+    return filterKey("LPF_", tables, QString::number(speaker));
+}
+
+QString subwooferKey(Tables tables)
+{
+    return filterKey("Sub", tables, QString());
+}
+
+QString filterText(const Filter& filter)
+{
+    return QStringLiteral("%1;%2;%3").arg(filter.frequency).arg(filter.attenuation).arg(filter.slope);
+}
+
+void restore(AudioState& state)
+{
+    state.eqType = storedInRange(QLatin1String(eqTypeKey), EQ_Type_Flat, 0, lastEqType);
+    for (int curve = 0; curve < 2; ++curve) {
+        for (int band = 0; band < eqBandCount; ++band)
+            state.userCurve[static_cast<std::size_t>(curve)][static_cast<std::size_t>(band)] =
+                storedInRange(userBandKey(curve, band), 0, -maximumBandValue, maximumBandValue);
+    }
+    state.loudness = stored(QLatin1String(loudnessKey), false);
+    state.balance = storedInRange(QLatin1String(balanceKey), 0, -maximumBalance, maximumBalance);
+    state.fader = storedInRange(QLatin1String(faderKey), 0, -maximumBalance, maximumBalance);
+    for (int speaker = 0; speaker < speakers; ++speaker)
+        state.delayUs[static_cast<std::size_t>(speaker)] =
+            storedInRange(delayKey(speaker), 0, 0, maximumDelayUs);
+    constexpr int neutralGain = 5;
+    for (int row = 0; row < sourceCount; ++row)
+        state.gain[static_cast<std::size_t>(row)] =
+            storedInRange(QLatin1String(sourceGains[row].key), neutralGain, 0, maximumGain);
+    restoreFilters(state);
+}
+
+void restoreFilters(AudioState& state)
+{
+    for (int speaker = 0; speaker < cabinSpeakers; ++speaker) {
+        const auto index = static_cast<std::size_t>(speaker);
+        state.highPass[index] =
+            storedFilter(highPassKey(state.tables, speaker), lastHighPassFrequency(state.tables), Filter());
+        state.lowPass[index] =
+            storedFilter(lowPassKey(state.tables, speaker), lastLowPassFrequency(state.tables), Filter());
+    }
+    state.subwoofer = storedFilter(subwooferKey(state.tables), lastSubwooferFrequency(state.tables),
+                                   untouchedSubwoofer(state.tables));
+    state.subwooferSlope = storedSubwooferSlope();
+    state.subwooferInverted = storedSubwooferPhase();
+}
+
+std::array<int, channels> storedStartVolumes()
+{
+    std::array<int, channels> levels = {};
+    for (const StartVolume& row : startVolumes) {
+        const QString key = QLatin1String(row.key);
+        int level = stored(key, row.level);
+        if (level < 0 || level > maximumVolume) {
+            qWarning().noquote().nospace()
+                << "AudioService: stored " << key << " is " << level << ", outside 0.." << maximumVolume
+                << "; " << row.level << " is used";
+            level = row.level;
+        }
+        levels[static_cast<std::size_t>(row.channel)] = level;
+    }
+    return levels;
+}
+
+int storedSubwooferSlope()
+{
+    return storedInRange(QLatin1String(subwooferSlopeKey), 0, 0, maximumSlope);
+}
+
+bool storedSubwooferPhase()
+{
+    return stored(QLatin1String(subwooferPhaseKey), false);
+}
+
+} // namespace hvaudio::audiostatestore

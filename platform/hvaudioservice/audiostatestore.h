@@ -1,0 +1,43 @@
+#pragma once
+
+#include "audiostate.h"
+
+#include <QString>
+
+/// Where the service keeps its state in the settings store. The pages read "customloudnes", "eq1%1", "eq2%1"
+/// and "volume%1"; the keys of its own begin with "AudioService_".
+///
+/// What is stored and out of its range is logged and counts as the nearest value, as the pages show it; a
+/// start-up volume out of range counts as its default, since a damaged number must not be heard at full
+/// level.
+namespace hvaudio::audiostatestore {
+
+QString userBandKey(int curve, int band);
+QString volumeKey(int channel);
+QString delayKey(int speaker);
+QString highPassKey(AudioServiceHost::FilterTables tables, int speaker);
+QString lowPassKey(AudioServiceHost::FilterTables tables, int speaker);
+QString subwooferKey(AudioServiceHost::FilterTables tables);
+
+constexpr const char* eqTypeKey = "AudioService_EQType";
+constexpr const char* balanceKey = "AudioService_Balance";
+constexpr const char* faderKey = "AudioService_Fader";
+constexpr const char* loudnessKey = "customloudnes";
+// Of the crossover page, followed whenever they change.
+constexpr const char* subwooferSlopeKey = "subwooferslope";
+constexpr const char* subwooferPhaseKey = "Audio_Phase_Troggle";
+
+/// "frequency;attenuation;slope"
+QString filterText(const Filter& filter);
+
+/// Everything but power, tables, source and volumes.
+void restore(AudioState& state);
+/// The filters of state.tables.
+void restoreFilters(AudioState& state);
+/// Each channel's level for power-on, by channel number.
+std::array<int, channels> storedStartVolumes();
+/// Slope index 0..3 that a subwoofer filter without one of its own has.
+int storedSubwooferSlope();
+bool storedSubwooferPhase();
+
+} // namespace hvaudio::audiostatestore

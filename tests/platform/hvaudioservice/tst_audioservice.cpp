@@ -1,0 +1,765 @@
+#include "common/journal.h"
+#include "common/mcumanager.h"
+#include "common/settings.h"
+#include "common/settingsstore.h"
+#include "hvaudio/audioservice.h"
+#include "hvaudio/eqcurves.h"
+#include "hvaudio/settings.h"
+#include "hvaudioservice/audioservicehost.h"
+#include "platform/common/messagelog.h"
+
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <functional>
+#include <limits>
+
+using hvaudio::AudioService;
+using hvaudio::AudioServiceHost;
+using hvaudio::dsp::Settings;
+using mem::SettingsStore;
+
+using Call = std::function<void(AudioService*)>;
+using Check = std::function<bool(const Settings&)>;
+Q_DECLARE_METATYPE(Call)
+Q_DECLARE_METATYPE(Check)
+
+class TestAudioService : public QObject
+{
+    Q_OBJECT
+private slots:
+    void init();
+    void cleanup();
+    void aFreshUnit();
+    void acceptedCallsReachTheSound_data();
+    void acceptedCallsReachTheSound();
+    void everythingIsRestoredAfterARestart();
+    void callsOutOfRangeChangeNothing_data();
+    void callsOutOfRangeChangeNothing();
+    void storedValuesOutOfRangeAreLoggedAndBrought_data();
+    void storedValuesOutOfRangeAreLoggedAndBrought();
+    void restoringWritesNothingButVolumes();
+    void eqTypeIsToldOnlyOnRealChange();
+    void eqTypeIsToldWhenThePowerCycleChangesIt();
+    void withoutTheFlagNothingIsKept();
+    void loudnessIsKeptWhateverTheFlag();
+    void builtInCurvesAreTheTable();
+    void editingNeedsAUserCurve();
+    void anEditOfTheOtherCurveIsSilent();
+    void volumesAreKeptAndTold();
+    void powerOnSetsTheStartUpVolumes();
+    void powerOffFallsSilentAndKeeps();
+    void aBurstOfFiltersIsDurableWhenTheLoopTurns();
+    void subwooferSlopeFollowsTheStore();
+    void subwooferPolarityFollowsTheStore();
+    void untouchedSubwooferIsWhatThePagesShow();
+    void largeLevelsSoundAsTheLargestCut_data();
+    void largeLevelsSoundAsTheLargestCut();
+    void theTwoTableSetsKeepTheirOwnFilters();
+    void aStandAloneLevelIsALevel();
+    void theGainOfThePlayingSourceSounds();
+    void bothBeepsReachTheBeeper();
+    void callsAreReported();
+    void worksWithoutSink();
+    void shutdownMakesRoomForANewService();
+
+private:
+    QTemporaryDir m_folder;
+    QString m_path;
+    Settings m_heard;
+    int m_heardCount = 0;
+
+    AudioService* service() { return AudioService::instance(); }
+    SettingsStore* store() { return SettingsStore::instance(); }
+    QVariant stored(const char* key) { return store()->value(QLatin1String(key)); }
+    void setStored(const char* key, const QVariant& value)
+    {
+        QVERIFY(store()->setValue(QLatin1String(key), value, true));
+    }
+    void start();
+    void restart();
+};
+
+void TestAudioService::start()
+{
+    QCOMPARE(store()->open(m_path), SettingsStore::Opened::Durable);
+    AudioServiceHost::setSink([this](const Settings& settings) {
+        m_heard = settings;
+        ++m_heardCount;
+    });
+    AudioServiceHost::powerOn();
+}
+
+void TestAudioService::restart()
+{
+    AudioServiceHost::powerOff();
+    AudioServiceHost::shutdown();
+    store()->close();
+    start();
+}
+
+void TestAudioService::init()
+{
+    static int number = 0;
+    m_path = m_folder.filePath(QStringLiteral("%1.db").arg(++number));
+    start();
+}
+
+void TestAudioService::cleanup()
+{
+    AudioServiceHost::setSink(nullptr);
+    AudioServiceHost::setBeeper(nullptr);
+    AudioServiceHost::shutdown();
+    store()->close();
+}
+
+void TestAudioService::aFreshUnit()
+{
+    QCOMPARE(static_cast<int>(service()->getCurrEQType()), 0);
+    int balance = 99;
+    int fader = 99;
+    service()->getBalanceFader(balance, fader);
+    QCOMPARE(balance, 0);
+    QCOMPARE(fader, 0);
+    QVERIFY(m_heard.power);
+    QVERIFY(!m_heard.loudness);
+    QCOMPARE(m_heard.mainVolume, 25);
+    QCOMPARE(m_heard.promptVolume, (std::array<int, 4>{40, 40, 40, 40}));
+    QCOMPARE(m_heard.sourceGain, 5);
+    QCOMPARE(m_heard.equalizer, (std::array<int, 13>{}));
+    for (const hvaudio::dsp::CabinSpeakerSettings& cabin : m_heard.cabin) {
+        QCOMPARE(cabin.highPass.frequency, 0);
+        QCOMPARE(cabin.lowPass.frequency, 0);
+        QCOMPARE(cabin.attenuation, 0);
+        QCOMPARE(cabin.delayMs, 0.0);
+    }
+}
+
+void TestAudioService::acceptedCallsReachTheSound_data()
+{
+    using S = const Settings&;
+    QTest::addColumn<Call>("call");
+    QTest::addColumn<Check>("check");
+    const auto row = [](const char* name, const Call& call, const Check& check) {
+        QTest::newRow(name) << call << check;
+    };
+    // clang-format off
+    row("a built-in curve",      [](AudioService* s) { s->setEQType(EQ_Type_Rock, true); },       [](S h) { return h.equalizer[8] == 6 && h.equalizer[0] == 0; });
+    row("type 8 is flat",        [](AudioService* s) { s->setEQType(EQ_Type_Custom, true); },     [](S h) { return h.equalizer == std::array<int, 13>{}; });
+    row("user curve 1",          [](AudioService* s) { s->setEQType(EQ_Type_User1, true); s->setCustomEq1(-10, 0, true); },  [](S h) { return h.equalizer[0] == -10; });
+    row("user curve 2",          [](AudioService* s) { s->setCustomEq2(10, 12, true); s->setEQType(EQ_Type_User2, true); },  [](S h) { return h.equalizer[12] == 10; });
+    row("the current user curve",[](AudioService* s) { s->setEQType(EQ_Type_User2, true); s->setCustomEq(3, 6, true); },     [](S h) { return h.equalizer[6] == 3; });
+    row("loudness",              [](AudioService* s) { s->setCustomLoudness(true, false); },      [](S h) { return h.loudness; });
+    row("balance and fader",     [](AudioService* s) { s->setBalanceFader(-15, 15, true); },      [](S h) { return h.balance == -15 && h.fader == 15; });
+    row("front left high-pass",  [](AudioService* s) { s->setHPFFilter(4, 6, 1, 2); },            [](S h) { return h.cabin[0].highPass.frequency == 4 && h.cabin[0].highPass.slope == 2 && h.cabin[0].attenuation == 6; });
+    row("rear right with the rear mark", [](AudioService* s) { s->setHPFFilter(8 | 0x80, 12, 8, 3); }, [](S h) { return h.cabin[3].highPass.frequency == 8 && h.cabin[3].highPass.slope == 3 && h.cabin[3].attenuation == 12; });
+    row("a high-pass that is off cuts nothing", [](AudioService* s) { s->setHPFFilter(0, 12, 2, 0); }, [](S h) { return h.cabin[1].highPass.frequency == 0 && h.cabin[1].attenuation == 0; });
+    row("rear left low-pass",    [](AudioService* s) { s->setLPFFilter(2, 3, 4, 1); },            [](S h) { return h.cabin[2].lowPass.frequency == 2 && h.cabin[2].lowPass.slope == 1 && h.cabin[2].attenuation == 3; });
+    row("subwoofer",             [](AudioService* s) { s->setSubFilter(9, 12, 3); },              [](S h) { return h.subwoofer.filter == 9 && h.subwoofer.attenuation == 12 && h.subwoofer.slope == 3; });
+    row("subwoofer silent",      [](AudioService* s) { s->setSubFilter(0, 4, 0); },               [](S h) { return h.subwoofer.filter == 0; });
+    row("delay of a speaker",    [](AudioService* s) { s->setSurroundDelay(2, 1.5F); },           [](S h) { return h.cabin[1].delayMs == 1.5; });
+    row("a tenth stays a tenth", [](AudioService* s) { s->setSurroundDelay(32, 1 * 0.1F); },      [](S h) { return h.subwoofer.delayMs == 0.1; });
+    row("largest delay",         [](AudioService* s) { s->setSurroundDelay(8, 100 * 0.1F); },     [](S h) { return h.cabin[3].delayMs == 10.0; });
+    row("main volume",           [](AudioService* s) { s->setVolumeLevel(50, 0); },               [](S h) { return h.mainVolume == 50; });
+    row("ring volume",           [](AudioService* s) { s->setVolumeLevel(1, 1); },                [](S h) { return h.promptVolume[hvaudio::dsp::Ring] == 1; });
+    row("call volume",           [](AudioService* s) { s->setVolumeLevel(2, 2); },                [](S h) { return h.promptVolume[hvaudio::dsp::Call] == 2; });
+    row("voice volume",          [](AudioService* s) { s->setVolumeLevel(4, 4); },                [](S h) { return h.promptVolume[hvaudio::dsp::Voice] == 4; });
+    row("navigation volume",     [](AudioService* s) { s->setVolumeLevel(5, 5); },                [](S h) { return h.promptVolume[hvaudio::dsp::Navi] == 5; });
+    row("gain of the radio",     [](AudioService* s) { s->setSourceOffsetGain(HVAudio_source_Radio, 15); }, [](S h) { return h.source == 18 && h.sourceGain == 15; });
+    // clang-format on
+}
+
+void TestAudioService::acceptedCallsReachTheSound()
+{
+    QFETCH(Call, call);
+    QFETCH(Check, check);
+    const MessageLog log;
+    call(service());
+    QVERIFY(check(m_heard));
+    Settings inRange = m_heard;
+    QCOMPARE(hvaudio::dsp::clampToRange(inRange), std::string());
+    QCOMPARE(log.lines(), QStringList());
+}
+
+void TestAudioService::everythingIsRestoredAfterARestart()
+{
+    AudioService* const s = service();
+    s->setEQType(EQ_Type_User2, true);
+    for (int band = 0; band < 13; ++band) {
+        s->setCustomEq1(band - 6, band, true);
+        s->setCustomEq2(6 - band, band, true);
+    }
+    s->setCustomLoudness(true, false);
+    s->setBalanceFader(-7, 9, true);
+    for (int speaker = 0; speaker < 4; ++speaker) {
+        s->setHPFFilter(speaker + 1, speaker, 1 << speaker, speaker);
+        s->setLPFFilter(speaker + 2, 0, 1 << speaker, 3 - speaker);
+        s->setSurroundDelay(1 << speaker, static_cast<float>(speaker) * 0.1F);
+    }
+    s->setSubFilter(5, 3, 2);
+    s->setSurroundDelay(32, 7.7F);
+    s->setVolumeLevel(33, 0);
+    setStored("Setup_Main_Volume", 33);
+    setStored("Setup_Input_Gain_Type_Radio", 7);
+    s->setSourceOffsetGain(HVAudio_source_Radio, 7);
+    const Settings before = m_heard;
+    restart();
+    const Settings after = m_heard;
+    QCOMPARE(static_cast<int>(service()->getCurrEQType()), 7);
+    for (int band = 0; band < 13; ++band)
+        QCOMPARE(service()->getCustomEq(band), 6 - band);
+    QCOMPARE(after.equalizer, before.equalizer);
+    QCOMPARE(after.loudness, before.loudness);
+    QCOMPARE(after.balance, before.balance);
+    QCOMPARE(after.fader, before.fader);
+    QCOMPARE(after.mainVolume, 33);
+    QCOMPARE(after.sourceGain, 7);
+    for (std::size_t i = 0; i < 4; ++i) {
+        QCOMPARE(after.cabin[i].highPass.frequency, before.cabin[i].highPass.frequency);
+        QCOMPARE(after.cabin[i].highPass.slope, before.cabin[i].highPass.slope);
+        QCOMPARE(after.cabin[i].lowPass.frequency, before.cabin[i].lowPass.frequency);
+        QCOMPARE(after.cabin[i].lowPass.slope, before.cabin[i].lowPass.slope);
+        QCOMPARE(after.cabin[i].attenuation, before.cabin[i].attenuation);
+        QCOMPARE(after.cabin[i].delayMs, before.cabin[i].delayMs);
+    }
+    QCOMPARE(after.subwoofer.filter, 5);
+    QCOMPARE(after.subwoofer.attenuation, 3);
+    QCOMPARE(after.subwoofer.slope, 2);
+    QCOMPARE(after.subwoofer.delayMs, 7.7);
+    service()->setEQType(EQ_Type_User1, false);
+    for (int band = 0; band < 13; ++band)
+        QCOMPARE(service()->getCustomEq(band), band - 6);
+}
+
+void TestAudioService::callsOutOfRangeChangeNothing_data()
+{
+    constexpr int huge = std::numeric_limits<int>::max();
+    QTest::addColumn<Call>("call");
+    const auto row = [](const char* name, const Call& call) { QTest::newRow(name) << call; };
+    // clang-format off
+    row("EQ type 9",               [](AudioService* s) { s->setEQType(static_cast<AudioEQType>(9), true); });
+    row("EQ type -1",              [](AudioService* s) { s->setEQType(static_cast<AudioEQType>(-1), true); });
+    row("band 13",                 [](AudioService* s) { s->setCustomEq1(0, 13, true); });
+    row("band -1",                 [](AudioService* s) { s->setCustomEq2(0, -1, true); });
+    row("value 11",                [](AudioService* s) { s->setCustomEq1(11, 0, true); });
+    row("value -11",               [](AudioService* s) { s->setCustomEq2(-11, 0, true); });
+    row("a built-in curve edited", [](AudioService* s) { s->setCustomEq(1, 0, true); });
+    row("band 13 read",            [](AudioService* s) { QCOMPARE(s->getCustomEq(13), 0); });
+    row("band -1 read",            [](AudioService* s) { QCOMPARE(s->getCustomEq(-1), 0); });
+    row("balance 16",              [](AudioService* s) { s->setBalanceFader(16, 0, true); });
+    row("fader -16",               [](AudioService* s) { s->setBalanceFader(3, -16, true); });
+    row("high-pass index 9",       [](AudioService* s) { s->setHPFFilter(9, 0, 1, 0); });
+    row("high-pass index with a bit that is no mark", [](AudioService* s) { s->setHPFFilter(0x104, 0, 1, 0); });
+    row("high-pass index -1",      [](AudioService* s) { s->setHPFFilter(-1, 0, 1, 0); });
+    row("high-pass of two speakers", [](AudioService* s) { s->setHPFFilter(1, 0, 3, 0); });
+    row("high-pass of the subwoofer", [](AudioService* s) { s->setHPFFilter(1, 0, 32, 0); });
+    row("high-pass of nobody",     [](AudioService* s) { s->setHPFFilter(1, 0, 0, 0); });
+    row("high-pass slope 4",       [](AudioService* s) { s->setHPFFilter(1, 0, 1, 4); });
+    row("high-pass slope -1",      [](AudioService* s) { s->setHPFFilter(1, 0, 1, -1); });
+    row("attenuation 128",         [](AudioService* s) { s->setHPFFilter(1, 128, 1, 0); });
+    row("attenuation -1",          [](AudioService* s) { s->setLPFFilter(1, -1, 1, 0); });
+    row("low-pass index 9",        [](AudioService* s) { s->setLPFFilter(9, 0, 1, 0); });
+    row("low-pass speaker 16",     [](AudioService* s) { s->setLPFFilter(1, 0, 16, 0); });
+    row("subwoofer index 10",      [](AudioService* s) { s->setSubFilter(10, 0, 0); });
+    row("subwoofer index -1",      [](AudioService* s) { s->setSubFilter(-1, 0, 0); });
+    row("subwoofer level 128",     [](AudioService* s) { s->setSubFilter(7, 128, 0); });
+    row("subwoofer slope 4",       [](AudioService* s) { s->setSubFilter(7, 0, 4); });
+    row("delay of mask 3",         [](AudioService* s) { s->setSurroundDelay(3, 1.0F); });
+    row("delay of mask 16",        [](AudioService* s) { s->setSurroundDelay(16, 1.0F); });
+    row("delay 10.1 ms",           [](AudioService* s) { s->setSurroundDelay(1, 10.1F); });
+    row("delay -0.1 ms",           [](AudioService* s) { s->setSurroundDelay(1, -0.1F); });
+    row("delay that is no number", [](AudioService* s) { s->setSurroundDelay(1, std::numeric_limits<float>::quiet_NaN()); });
+    row("endless delay",           [](AudioService* s) { s->setSurroundDelay(1, std::numeric_limits<float>::infinity()); });
+    row("level 51",                [](AudioService* s) { s->setVolumeLevel(51, 0); });
+    row("level -1",                [](AudioService* s) { s->setVolumeLevel(-1, 0); });
+    row("channel 3",               [](AudioService* s) { s->setVolumeLevel(1, 3); });
+    row("channel 6",               [](AudioService* s) { s->setVolumeLevel(1, 6); });
+    row("channel -1",              [](AudioService* s) { s->setVolumeLevel(1, -1); });
+    row("gain 16",                 [](AudioService* s) { s->setSourceOffsetGain(HVAudio_source_Radio, 16); });
+    row("gain -1",                 [](AudioService* s) { s->setSourceOffsetGain(HVAudio_source_Radio, -1); });
+    row("source 2",                [](AudioService* s) { s->setSourceOffsetGain(static_cast<HVAudio_source_id_e>(2), 5); });
+    row("no source to play",       [](AudioService*)   { AudioServiceHost::setActiveSource(static_cast<HVAudio_source_id_e>(-3)); });
+    row("huge numbers",            [](AudioService* s) { s->setSubFilter(huge, huge, huge); });
+    row("huge negative numbers",   [](AudioService* s) { s->setHPFFilter(-huge, -huge, -huge, -huge); });
+    // clang-format on
+}
+
+void TestAudioService::callsOutOfRangeChangeNothing()
+{
+    QFETCH(Call, call);
+    const QMap<QString, QVariant> before = store()->values();
+    const int heardBefore = m_heardCount;
+    QSignalSpy types(mem::SettingsUtil::instance(), &mem::SettingsUtil::EQType);
+    QSignalSpy volumes(service(), &AudioService::audioVolumeChanged);
+    const MessageLog log;
+    call(service());
+    QCOMPARE(log.lines().size(), 1);
+    QVERIFY2(log.lines().first().startsWith(QLatin1String("AudioService: ")),
+             qPrintable(log.lines().first()));
+    QCOMPARE(m_heardCount, heardBefore);
+    QCOMPARE(store()->values(), before);
+    QCOMPARE(types.size() + volumes.size(), 0);
+}
+
+void TestAudioService::storedValuesOutOfRangeAreLoggedAndBrought_data()
+{
+    constexpr int huge = std::numeric_limits<int>::max();
+    using S = const Settings&;
+    QTest::addColumn<QString>("key");
+    QTest::addColumn<QVariant>("value");
+    QTest::addColumn<Check>("check");
+    const auto row = [](const char* key, const char* what, const QVariant& value, const Check& check) {
+        QTest::addRow("%s %s", key, what) << QString::fromLatin1(key) << value << check;
+    };
+    // clang-format off
+    row("AudioService_EQType",  "9",       9,                        [](S h) { return h.equalizer == std::array<int, 13>{}; });
+    row("eq10",                 "99",      99,                       [](S h) { return h.equalizer[0] == 10; });
+    row("eq112",                "-huge",   -huge,                    [](S h) { return h.equalizer[12] == -10; });
+    row("eq13",                 "text",    QStringLiteral("loud"),   [](S h) { return h.equalizer[3] == 0; });
+    row("customloudnes",        "int",     1,                        [](S h) { return !h.loudness; });
+    row("AudioService_Balance", "16",      16,                       [](S h) { return h.balance == 15; });
+    row("AudioService_Fader",   "text",    QStringLiteral(""),       [](S h) { return h.fader == 0; });
+    row("AudioService_HPF_0",   "malformed", QStringLiteral("1;2"),  [](S h) { return h.cabin[0].highPass.frequency == 0; });
+    row("AudioService_HPF_1",   "beyond",  QStringLiteral("9;0;0"),  [](S h) { return h.cabin[1].highPass.frequency == 0; });
+    row("AudioService_LPF_2",   "letters", QStringLiteral("a;b;c"),  [](S h) { return h.cabin[2].lowPass.frequency == 0; });
+    row("AudioService_Sub",     "a mebibyte", QString(1 << 20, QLatin1Char(';')), [](S h) { return h.subwoofer.filter == 7; });
+    row("AudioService_Sub",     "int",     5,                        [](S h) { return h.subwoofer.filter == 7; });
+    row("AudioService_DelayUs_0", "huge",  huge,                     [](S h) { return h.cabin[0].delayMs == 10.0; });
+    row("Setup_Main_Volume",    "huge",    huge,                     [](S h) { return h.mainVolume == 25; });
+    row("Setup_Main_Volume",    "-1",      -1,                       [](S h) { return h.mainVolume == 25; });
+    row("Setup_Volume_Type_Navi", "text",  QStringLiteral("x"),      [](S h) { return h.promptVolume[3] == 40; });
+    row("Setup_Input_Gain_Type_Radio", "16", 16,                     [](S h) { return h.sourceGain == 15; });
+    row("subwooferslope",       "99",      99,                       [](S h) { return h.subwoofer.slope == 3; });
+    row("subwooferFreq",        "-5",      -5,                       [](S h) { return h.subwoofer.filter == 0; });
+    row("Audio_Phase_Troggle",  "text",    QStringLiteral("yes"),    [](S h) { return !h.subwoofer.inverted; });
+    // clang-format on
+}
+
+void TestAudioService::storedValuesOutOfRangeAreLoggedAndBrought()
+{
+    QFETCH(QString, key);
+    QFETCH(QVariant, value);
+    QFETCH(Check, check);
+    setStored("AudioService_EQType", 6);
+    AudioServiceHost::shutdown();
+    QVERIFY(store()->setValue(key, value, true));
+    const MessageLog log;
+    restart();
+    QVERIFY(check(m_heard));
+    QVERIFY(log.count(key) >= 1);
+    // What nobody touched stays as it is.
+    QCOMPARE(store()->value(key), value);
+}
+
+void TestAudioService::restoringWritesNothingButVolumes()
+{
+    AudioServiceHost::shutdown();
+    store()->clear();
+    AudioServiceHost::powerOn();
+    QCOMPARE(store()->values().keys(),
+             QStringList({QStringLiteral("volume0"), QStringLiteral("volume1"), QStringLiteral("volume2"),
+                          QStringLiteral("volume4"), QStringLiteral("volume5")}));
+}
+
+void TestAudioService::eqTypeIsToldOnlyOnRealChange()
+{
+    QSignalSpy types(mem::SettingsUtil::instance(), SIGNAL(EQType(int)));
+    service()->setEQType(EQ_Type_Flat, true);
+    QCOMPARE(types.size(), 0);
+    service()->setEQType(EQ_Type_Jazz, true);
+    service()->setEQType(EQ_Type_Jazz, true);
+    QCOMPARE(types.size(), 1);
+    QCOMPARE(types.first().first().toInt(), 5);
+    // A listener reads the new type already.
+    int readInside = -1;
+    const QMetaObject::Connection connection =
+        connect(mem::SettingsUtil::instance(), &mem::SettingsUtil::EQType, this,
+                [this, &readInside] { readInside = service()->getCurrEQType(); });
+    service()->setEQType(EQ_Type_User1, false);
+    disconnect(connection);
+    QCOMPARE(readInside, 6);
+    QCOMPARE(types.size(), 2);
+}
+
+void TestAudioService::eqTypeIsToldWhenThePowerCycleChangesIt()
+{
+    service()->setEQType(EQ_Type_Pop, true);
+    service()->setEQType(EQ_Type_Rock, false);
+    QSignalSpy types(mem::SettingsUtil::instance(), &mem::SettingsUtil::EQType);
+    AudioServiceHost::powerOff();
+    AudioServiceHost::powerOn();
+    QCOMPARE(types.size(), 1);
+    QCOMPARE(types.first().first().toInt(), 3);
+    AudioServiceHost::powerOff();
+    AudioServiceHost::powerOn();
+    QCOMPARE(types.size(), 1);
+}
+
+void TestAudioService::withoutTheFlagNothingIsKept()
+{
+    service()->setEQType(EQ_Type_User1, false);
+    service()->setCustomEq1(4, 2, false);
+    service()->setBalanceFader(5, 6, false);
+    QCOMPARE(m_heard.equalizer[2], 4);
+    QCOMPARE(m_heard.balance, 5);
+    for (const char* key : {"AudioService_EQType", "eq12", "AudioService_Balance", "AudioService_Fader"})
+        QVERIFY2(!stored(key).isValid(), key);
+    restart();
+    QCOMPARE(m_heard.balance, 0);
+    QCOMPARE(static_cast<int>(service()->getCurrEQType()), 0);
+}
+
+void TestAudioService::loudnessIsKeptWhateverTheFlag()
+{
+    service()->setCustomLoudness(true, false);
+    QCOMPARE(stored("customloudnes"), QVariant(true));
+    service()->setCustomLoudness(false, true);
+    QCOMPARE(stored("customloudnes"), QVariant(false));
+    service()->setCustomLoudness(true, false);
+    restart();
+    QVERIFY(m_heard.loudness);
+}
+
+void TestAudioService::builtInCurvesAreTheTable()
+{
+    for (int type = 0; type <= 8; ++type) {
+        service()->setEQType(static_cast<AudioEQType>(type), false);
+        for (int band = 0; band < 13; ++band) {
+            const int expected = hvaudio::eqCurveOf(type).value[band];
+            QCOMPARE(service()->getCustomEq(band), expected);
+            QCOMPARE(m_heard.equalizer[static_cast<std::size_t>(band)], expected);
+        }
+    }
+    // Spot checks against the table on paper; the lookup ends flat.
+    QCOMPARE(hvaudio::eqCurveOf(1).value[2], 5);
+    QCOMPARE(hvaudio::eqCurveOf(4).value[6], -2);
+    QCOMPARE(hvaudio::eqCurveOf(5).nameId, 246);
+    for (int none : {8, 9, -1, 1000})
+        QCOMPARE(hvaudio::eqCurveOf(none).type, -1);
+    QCOMPARE(hvaudio::eqCurveOf(8).nameId, 1226);
+}
+
+void TestAudioService::editingNeedsAUserCurve()
+{
+    service()->setEQType(EQ_Type_User2, true);
+    service()->setCustomEq(7, 0, true);
+    QCOMPARE(stored("eq20"), QVariant(7));
+    QVERIFY(!stored("eq10").isValid());
+    service()->setEQType(EQ_Type_User1, true);
+    service()->setCustomEq(-7, 12, true);
+    QCOMPARE(stored("eq112"), QVariant(-7));
+}
+
+void TestAudioService::anEditOfTheOtherCurveIsSilent()
+{
+    service()->setEQType(EQ_Type_Rock, true);
+    const int heardBefore = m_heardCount;
+    service()->setCustomEq1(5, 5, true);
+    service()->setCustomEq2(5, 5, true);
+    QCOMPARE(m_heardCount, heardBefore);
+    QCOMPARE(stored("eq15"), QVariant(5));
+    QCOMPARE(stored("eq25"), QVariant(5));
+}
+
+void TestAudioService::volumesAreKeptAndTold()
+{
+    QSignalSpy volumes(service(), SIGNAL(audioVolumeChanged(bool, int, int)));
+    service()->setVolumeLevel(30, 5);
+    QCOMPARE(volumes.size(), 1);
+    QCOMPARE(volumes.first(), QList<QVariant>({false, 30, 5}));
+    QCOMPARE(stored("volume5"), QVariant(30));
+    service()->setVolumeLevel(30, 5);
+    QCOMPARE(volumes.size(), 1);
+    // The page reads the key inside the signal.
+    int readInside = -1;
+    const QMetaObject::Connection connection =
+        connect(service(), &AudioService::audioVolumeChanged, this, [this, &readInside] {
+            readInside = mem::SettingsFunc::instance()->getValue(QStringLiteral("volume4"), 0);
+        });
+    service()->setVolumeLevel(0, 4);
+    disconnect(connection);
+    QCOMPARE(readInside, 0);
+    QVERIFY(stored("volume4").isValid());
+}
+
+void TestAudioService::powerOnSetsTheStartUpVolumes()
+{
+    for (int channel : {0, 1, 2, 4, 5})
+        service()->setVolumeLevel(50, channel);
+    setStored("Setup_Main_Volume", 11);
+    setStored("Setup_Volume_Type_BT_Ringer", 12);
+    setStored("Setup_Volume_Type_BT_Talking", 13);
+    setStored("Setup_Volume_Type_Navi", 15);
+    setStored("Setup_Volume_Type_Voice", 14);
+    AudioServiceHost::powerOff();
+    QVERIFY(!m_heard.power);
+    // Power never comes with the level of before.
+    bool loud = false;
+    AudioServiceHost::setSink([this, &loud](const Settings& settings) {
+        m_heard = settings;
+        loud = loud || (settings.power && settings.mainVolume != 11);
+    });
+    QSignalSpy volumes(service(), &AudioService::audioVolumeChanged);
+    AudioServiceHost::powerOn();
+    QVERIFY(!loud);
+    QVERIFY(m_heard.power);
+    QCOMPARE(m_heard.mainVolume, 11);
+    QCOMPARE(m_heard.promptVolume, (std::array<int, 4>{12, 13, 14, 15}));
+    QCOMPARE(volumes.size(), 5);
+    QCOMPARE(stored("volume0"), QVariant(11));
+    QCOMPARE(stored("volume4"), QVariant(14));
+    QCOMPARE(stored("volume5"), QVariant(15));
+}
+
+void TestAudioService::powerOffFallsSilentAndKeeps()
+{
+    service()->setHPFFilter(3, 0, 1, 0);
+    AudioServiceHost::powerOff();
+    QVERIFY(!m_heard.power);
+    store()->close();
+    QCOMPARE(store()->open(m_path), SettingsStore::Opened::Durable);
+    QCOMPARE(stored("AudioService_HPF_0"), QVariant(QStringLiteral("3;0;0")));
+}
+
+void TestAudioService::aBurstOfFiltersIsDurableWhenTheLoopTurns()
+{
+    const QString log = m_path + QStringLiteral("-wal");
+    const qint64 before = QFileInfo(log).size();
+    for (int speaker = 0; speaker < 4; ++speaker)
+        service()->setHPFFilter(5, 1, 1 << speaker, 1);
+    QCOMPARE(QFileInfo(log).size(), before);
+    QCoreApplication::processEvents();
+    QVERIFY(QFileInfo(log).size() > before);
+}
+
+void TestAudioService::subwooferSlopeFollowsTheStore()
+{
+    setStored("subwooferslope", 2);
+    QCOMPARE(m_heard.subwoofer.slope, 2);
+    // The audio levels page sends slope 0 with each level.
+    service()->setSubFilter(7, 4, 0);
+    QCOMPARE(m_heard.subwoofer.slope, 2);
+    service()->setSubFilter(7, 4, 1);
+    QCOMPARE(m_heard.subwoofer.slope, 1);
+    // The crossover page stores the slope right after sending it; 0 is 6 dB/octave then.
+    service()->setSubFilter(7, 4, 0);
+    setStored("subwooferslope", 0);
+    QCOMPARE(m_heard.subwoofer.slope, 0);
+    service()->setSubFilter(7, 4, 3);
+    setStored("subwooferslope", 3);
+    restart();
+    QCOMPARE(m_heard.subwoofer.slope, 3);
+    setStored("subwooferslope", 1);
+    QCOMPARE(m_heard.subwoofer.slope, 1);
+    restart();
+    QCOMPARE(m_heard.subwoofer.slope, 1);
+    store()->remove(QStringLiteral("subwooferslope"));
+    QCOMPARE(m_heard.subwoofer.slope, 0);
+}
+
+void TestAudioService::subwooferPolarityFollowsTheStore()
+{
+    QVERIFY(!m_heard.subwoofer.inverted);
+    setStored("Audio_Phase_Troggle", true);
+    QVERIFY(m_heard.subwoofer.inverted);
+    restart();
+    QVERIFY(m_heard.subwoofer.inverted);
+    setStored("Audio_Phase_Troggle", false);
+    QVERIFY(!m_heard.subwoofer.inverted);
+    for (const hvaudio::dsp::CabinSpeakerSettings& cabin : m_heard.cabin)
+        QVERIFY(!cabin.inverted);
+}
+
+void TestAudioService::untouchedSubwooferIsWhatThePagesShow()
+{
+    QCOMPARE(m_heard.subwoofer.filter, 7);
+    QCOMPARE(m_heard.subwoofer.attenuation, 11);
+    setStored("subwooferFreq", 4);
+    setStored("subwooferLevel", 3 | 128);
+    setStored("subwooferslope", 2);
+    restart();
+    QCOMPARE(m_heard.subwoofer.filter, 4);
+    QCOMPARE(m_heard.subwoofer.attenuation, 3);
+    QCOMPARE(m_heard.subwoofer.slope, 2);
+    setStored("subwooferOnOff", false);
+    restart();
+    QCOMPARE(m_heard.subwoofer.filter, 0);
+    // From the first call on, what was applied counts.
+    service()->setSubFilter(2, 1, 0);
+    restart();
+    QCOMPARE(m_heard.subwoofer.filter, 2);
+    QCOMPARE(m_heard.subwoofer.attenuation, 1);
+}
+
+void TestAudioService::largeLevelsSoundAsTheLargestCut_data()
+{
+    QTest::addColumn<int>("level");
+    for (int level : {13, 14, 15, 127})
+        QTest::addRow("%d", level) << level;
+}
+
+void TestAudioService::largeLevelsSoundAsTheLargestCut()
+{
+    QFETCH(int, level);
+    const MessageLog log;
+    service()->setSubFilter(7, level, 0);
+    QCOMPARE(m_heard.subwoofer.attenuation, 12);
+    service()->setHPFFilter(1, level, 1, 0);
+    QCOMPARE(m_heard.cabin[0].attenuation, 12);
+    service()->setLPFFilter(1, level, 1, 0);
+    QCOMPARE(m_heard.cabin[0].attenuation, 12);
+    QCOMPARE(log.lines().size(), 3);
+    QCOMPARE(stored("AudioService_Sub").toString(), QStringLiteral("7;%1;0").arg(level));
+}
+
+void TestAudioService::theTwoTableSetsKeepTheirOwnFilters()
+{
+    service()->setHPFFilter(8, 2, 1, 1);
+    AudioServiceHost::setFilterTables(AudioServiceHost::FilterTables::MainAudio);
+    QCOMPARE(m_heard.tables, hvaudio::dsp::CrossoverTables::StandAlonePage);
+    QCOMPARE(m_heard.cabin[0].highPass.frequency, 0);
+    // The page sends the index in both places; it is no attenuation there.
+    service()->setHPFFilter(4, 4, 1, 1);
+    service()->setLPFFilter(5, 5, 1, 3);
+    QCOMPARE(m_heard.cabin[0].highPass.frequency, 4);
+    QCOMPARE(m_heard.cabin[0].lowPass.frequency, 5);
+    QCOMPARE(m_heard.cabin[0].attenuation, 0);
+    {
+        const MessageLog log;
+        service()->setHPFFilter(6, 6, 1, 1);
+        QCOMPARE(log.lines().size(), 1);
+        QCOMPARE(m_heard.cabin[0].highPass.frequency, 4);
+    }
+    AudioServiceHost::setFilterTables(AudioServiceHost::FilterTables::SpeakerGroups);
+    QCOMPARE(m_heard.tables, hvaudio::dsp::CrossoverTables::SpeakerPage);
+    QCOMPARE(m_heard.cabin[0].highPass.frequency, 8);
+    QCOMPARE(m_heard.cabin[0].attenuation, 2);
+    AudioServiceHost::setFilterTables(AudioServiceHost::FilterTables::MainAudio);
+    QCOMPARE(m_heard.cabin[0].highPass.frequency, 4);
+}
+
+void TestAudioService::aStandAloneLevelIsALevel()
+{
+    AudioServiceHost::setFilterTables(AudioServiceHost::FilterTables::MainAudio);
+    service()->setSubFilter(3, 14, 0);
+    QCOMPARE(m_heard.subwoofer.attenuation, 0);
+    service()->setSubFilter(3, 1, 0);
+    QCOMPARE(m_heard.subwoofer.attenuation, 13);
+    QCOMPARE(m_heard.subwoofer.filter, 3);
+    // Indexes of the speaker groups' list sound as the nearest of its own.
+    const int nearest[] = {4, 4, 5, 5};
+    for (int index = 6; index <= 9; ++index) {
+        service()->setSubFilter(index, 5, 0);
+        QCOMPARE(m_heard.subwoofer.filter, nearest[index - 6]);
+    }
+    service()->setSubFilter(3, 127, 0);
+    QCOMPARE(m_heard.subwoofer.attenuation, 0);
+}
+
+void TestAudioService::theGainOfThePlayingSourceSounds()
+{
+    const HVAudio_source_id_e sources[] = {
+        HVAudio_source_Radio,   HVAudio_source_Usb,         HVAudio_source_BtAudio, HVAudio_source_AvIn,
+        HVAudio_source_Carplay, HVAudio_source_AndroidAuto, HVAudio_source_Dab};
+    const char* const keys[] = {
+        "Setup_Input_Gain_Type_Radio", "Setup_Input_Gain_Type_USB",     "Setup_Input_Gain_Type_BT_Audio",
+        "Setup_Input_Gain_Type_AUX",   "Setup_Input_Gain_Type_Carplay", "Setup_Input_Gain_Type_Android_Auto",
+        "Setup_Input_Gain_Type_DAB",
+    };
+    for (int i = 0; i < 7; ++i)
+        setStored(keys[i], i);
+    restart();
+    for (int i = 0; i < 7; ++i) {
+        AudioServiceHost::setActiveSource(sources[i]);
+        QCOMPARE(m_heard.source, static_cast<int>(sources[i]));
+        QCOMPARE(m_heard.sourceGain, i);
+        service()->setSourceOffsetGain(sources[i], i + 8);
+        QCOMPARE(m_heard.sourceGain, i + 8);
+    }
+    // The pages keep these keys, not the service.
+    QCOMPARE(stored("Setup_Input_Gain_Type_Radio"), QVariant(0));
+}
+
+void TestAudioService::bothBeepsReachTheBeeper()
+{
+    int beeps = 0;
+    AudioServiceHost::setBeeper([&beeps] { ++beeps; });
+    service()->doBeep(0);
+    QCOMPARE(beeps, 1);
+    McuManager::instance()->triggerBeep(0);
+    QCOMPARE(beeps, 2);
+    const MessageLog log;
+    service()->doBeep(3);
+    QCOMPARE(beeps, 3);
+    QCOMPARE(log.lines().size(), 1);
+}
+
+void TestAudioService::callsAreReported()
+{
+    QStringList reported;
+    const QMetaObject::Connection connection = connect(
+        cm::Journal::instance(), &cm::Journal::recorded, this, [&reported](const cm::Journal::Entry& entry) {
+            reported << entry.subsystem + QLatin1Char('.') + entry.operation;
+        });
+    AudioService* const s = service();
+    int balance = 0;
+    int fader = 0;
+    s->doBeep(0);
+    s->getCurrEQType();
+    s->setEQType(EQ_Type_User1, true);
+    s->getCustomEq(3);
+    s->setCustomEq(1, 2, true);
+    s->setCustomEq1(-1, 2, true);
+    s->setCustomEq2(1, 2, true);
+    s->setCustomLoudness(true, false);
+    s->getBalanceFader(balance, fader);
+    s->setBalanceFader(1, -2, true);
+    s->setHPFFilter(131, 0, 4, 0);
+    s->setLPFFilter(1, 0, 4, 0);
+    s->setSubFilter(7, 11, 0);
+    s->setSurroundDelay(32, 0.1F);
+    s->setVolumeLevel(26, 0);
+    s->setSourceOffsetGain(HVAudio_source_Radio, 6);
+    disconnect(connection);
+    // The service's own reads and writes of the store are its business and not in the journal.
+    QCOMPARE(reported,
+             QString::fromLatin1("doBeep(0)\ngetCurrEQType()\nsetEQType(6, true)\ngetCustomEq(3)\n"
+                                 "setCustomEq(1, 2, true)\nsetCustomEq1(-1, 2, true)\n"
+                                 "setCustomEq2(1, 2, true)\nsetCustomLoudness(true, false)\n"
+                                 "getBalanceFader()\nsetBalanceFader(1, -2, true)\n"
+                                 "setHPFFilter(131, 0, 4, 0)\nsetLPFFilter(1, 0, 4, 0)\n"
+                                 "setSubFilter(7, 11, 0)\nsetSurroundDelay(32, 0.1)\n"
+                                 "setVolumeLevel(26, 0)\nsetSourceOffsetGain(18, 6)")
+                 .split(QLatin1Char('\n'))
+                 .replaceInStrings(QRegularExpression(QStringLiteral("^")), QStringLiteral("AudioService.")));
+}
+
+void TestAudioService::worksWithoutSink()
+{
+    AudioServiceHost::setSink(nullptr);
+    service()->setVolumeLevel(10, 0);
+    service()->doBeep(0);
+    QCOMPARE(stored("volume0"), QVariant(10));
+    // A sink that comes later is told where things stand.
+    int volume = -1;
+    AudioServiceHost::setSink([&volume](const Settings& settings) { volume = settings.mainVolume; });
+    QCOMPARE(volume, 10);
+    AudioServiceHost::setSink(nullptr);
+}
+
+void TestAudioService::shutdownMakesRoomForANewService()
+{
+    const QPointer<AudioService> first(service());
+    service()->setBalanceFader(3, 4, true);
+    AudioServiceHost::shutdown();
+    QVERIFY(!first);
+    AudioServiceHost::shutdown();
+    int balance = 0;
+    int fader = 0;
+    AudioService::instance()->getBalanceFader(balance, fader);
+    QCOMPARE(balance, 3);
+    QCOMPARE(fader, 4);
+}
+
+QTEST_GUILESS_MAIN(TestAudioService)
+#include "tst_audioservice.moc"
