@@ -79,6 +79,20 @@ QPixmap picture(const QStyleOptionButton& key, const QWidget* widget)
     return key.icon.pixmap(window, key.iconSize, mode, state);
 }
 
+void drawFocusRing(const QStyleOption& option, QPainter* painter)
+{
+    if (!(option.state & QStyle::State_KeyboardFocusChange))
+        return; // the focus came by touch or by code
+    const qreal half = kRingWidth / 2.0;
+    painter->save();
+    painter->setRenderHint(QPainter::Antialiasing);
+    painter->setBrush(Qt::NoBrush);
+    painter->setPen(QPen(QColor(palette::accentBright), kRingWidth));
+    painter->drawRoundedRect(QRectF(option.rect).adjusted(half, half, -half, -half), kFaceRadius,
+                             kFaceRadius);
+    painter->restore();
+}
+
 } // namespace
 
 UnitStyle::UnitStyle()
@@ -151,8 +165,16 @@ void UnitStyle::drawControl(ControlElement element, const QStyleOption* option, 
                             const QWidget* widget) const
 {
     const auto* key = qstyleoption_cast<const QStyleOptionButton*>(option);
-    if (!key || (element != CE_PushButtonBevel && element != CE_PushButtonLabel)) {
+    if (!key ||
+        (element != CE_PushButton && element != CE_PushButtonBevel && element != CE_PushButtonLabel)) {
         QProxyStyle::drawControl(element, option, painter, widget);
+        return;
+    }
+    if (element == CE_PushButton) {
+        drawControl(CE_PushButtonBevel, key, painter, widget);
+        drawControl(CE_PushButtonLabel, key, painter, widget);
+        if (key->state & State_HasFocus)
+            drawFocusRing(*key, painter);
         return;
     }
 
@@ -173,8 +195,7 @@ void UnitStyle::drawControl(ControlElement element, const QStyleOption* option, 
         QStyleOptionButton shown = *key;
         shown.state |= State_Enabled;
         shown.state &= ~(State_HasFocus | State_MouseOver);
-        if (widget && !(key->state & State_Enabled))
-            shown.palette.setCurrentColorGroup(QPalette::Active);
+        shown.palette.setCurrentColorGroup(QPalette::Active);
         if (!key->icon.isNull())
             shown.icon = QIcon(picture(*key, widget));
         QProxyStyle::drawControl(element, &shown, painter, widget);
@@ -185,21 +206,10 @@ void UnitStyle::drawControl(ControlElement element, const QStyleOption* option, 
 void UnitStyle::drawPrimitive(PrimitiveElement element, const QStyleOption* option, QPainter* painter,
                               const QWidget* widget) const
 {
-    if (element != PE_FrameFocusRect) {
+    if (element == PE_FrameFocusRect)
+        drawFocusRing(*option, painter);
+    else
         QProxyStyle::drawPrimitive(element, option, painter, widget);
-        return;
-    }
-    if (!(option->state & State_KeyboardFocusChange))
-        return; // the focus came by touch or by code
-    // Around the whole key, not around its contents.
-    const QRect place = qobject_cast<const QAbstractButton*>(widget) ? widget->rect() : option->rect;
-    const qreal half = kRingWidth / 2.0;
-    painter->save();
-    painter->setRenderHint(QPainter::Antialiasing);
-    painter->setBrush(Qt::NoBrush);
-    painter->setPen(QPen(QColor(palette::accentBright), kRingWidth));
-    painter->drawRoundedRect(QRectF(place).adjusted(half, half, -half, -half), kFaceRadius, kFaceRadius);
-    painter->restore();
 }
 
 int UnitStyle::pixelMetric(PixelMetric metric, const QStyleOption* option, const QWidget* widget) const
@@ -240,6 +250,32 @@ void UnitStyle::polish(QWidget* widget)
     key->setAttribute(Qt::WA_Hover, false); // a finger doesn't hover
     if (key->focusPolicy() == Qt::StrongFocus)
         key->setFocusPolicy(Qt::TabFocus);
+}
+
+void UnitStyle::polish(QApplication* application)
+{
+    QProxyStyle::polish(application);
+    application->installEventFilter(this);
+}
+
+void UnitStyle::unpolish(QApplication* application)
+{
+    application->removeEventFilter(this);
+    QProxyStyle::unpolish(application);
+}
+
+bool UnitStyle::eventFilter(QObject* watched, QEvent* event)
+{
+    if ((event->type() == QEvent::MouseButtonPress || event->type() == QEvent::TouchBegin) &&
+        watched->isWidgetType()) {
+        QWidget* window = static_cast<QWidget*>(watched)->window();
+        if (window->testAttribute(Qt::WA_KeyboardFocusChange)) {
+            window->setAttribute(Qt::WA_KeyboardFocusChange, false);
+            if (QWidget* focused = window->focusWidget())
+                focused->update();
+        }
+    }
+    return QProxyStyle::eventFilter(watched, event);
 }
 
 } // namespace cm

@@ -40,7 +40,14 @@ public:
     int styleHint(StyleHint hint, const QStyleOption* option = nullptr, const QWidget* widget = nullptr,
                   QStyleHintReturn* returnData = nullptr) const override;
     void polish(QWidget* widget) override;
+    void polish(QApplication* application) override;
+    void unpolish(QApplication* application) override;
     using QProxyStyle::polish;
+    using QProxyStyle::unpolish;
+
+protected:
+    /// A touch takes the focus ring away, which Qt would leave on; the focus itself stays where it is.
+    bool eventFilter(QObject* watched, QEvent* event) override;
 };
 
 } // namespace cm
