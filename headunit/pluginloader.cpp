@@ -34,7 +34,7 @@ QString PluginLoader::refusal(const QJsonObject& metaData)
     const QString identifier = metaData.value(QStringLiteral("IID")).toString();
     const bool framed = identifier.startsWith(identifierPrefix) && identifier.endsWith(identifierSuffix);
     if (!framed || identifier.size() <= identifierPrefix.size() + identifierSuffix.size())
-        return QStringLiteral("identifier \"%1\" is not of the form \"%2...%3\"")
+        return QStringLiteral("identifier \"%1\" is not of the form \"%2<name>%3\"")
             .arg(identifier, identifierPrefix, identifierSuffix);
 
     // Qt itself refuses another major version and a newer minor one, but only while it loads.

@@ -1,0 +1,103 @@
+#include "headunit/options.h"
+
+#include <QtTest>
+
+using namespace headunit;
+using Action = OptionsResult::Action;
+
+class TestOptions : public QObject
+{
+    Q_OBJECT
+private slots:
+    void nothingAskedForIsTheLauncherOnDefaults();
+    void everyOptionIsRead();
+    void valuesAfterAnEqualsSignAreRead();
+    void helpListsEveryOption();
+    void versionIsTold();
+    void mistakesAreRefusedWithAMessage_data();
+    void mistakesAreRefusedWithAMessage();
+};
+
+static OptionsResult read(const QStringList& arguments)
+{
+    return readOptions(QStringList("headunit") + arguments);
+}
+
+void TestOptions::nothingAskedForIsTheLauncherOnDefaults()
+{
+    const OptionsResult result = read({});
+    QCOMPARE(result.action, Action::Run);
+    QVERIFY(result.options.plugins.isEmpty());
+    QVERIFY(result.options.settings.isEmpty());
+    QVERIFY(result.options.language.isEmpty());
+    QVERIFY(result.options.tour.isEmpty());
+    QCOMPARE(result.options.page, -1);
+    QVERIFY(!result.options.inspector && !result.options.trace && !result.options.traceStartup &&
+            !result.options.screenOnly);
+}
+
+void TestOptions::everyOptionIsRead()
+{
+    const OptionsResult result = read({"--plugins", "p", "--settings", "s", "--language", "zh_CN", "--page",
+                                       "0", "--inspector", "--trace", "--trace-startup", "--screen-only"});
+    QCOMPARE(result.action, Action::Run);
+    QCOMPARE(result.options.plugins, QStringLiteral("p"));
+    QCOMPARE(result.options.settings, QStringLiteral("s"));
+    QCOMPARE(result.options.language, QStringLiteral("zh_CN"));
+    QCOMPARE(result.options.page, 0);
+    QVERIFY(result.options.inspector && result.options.trace && result.options.traceStartup &&
+            result.options.screenOnly);
+    QCOMPARE(read({"--tour", "t"}).options.tour, QStringLiteral("t"));
+}
+
+void TestOptions::valuesAfterAnEqualsSignAreRead()
+{
+    QCOMPARE(read({"--page=5"}).options.page, 5);
+}
+
+void TestOptions::helpListsEveryOption()
+{
+    const OptionsResult result = read({"--help"});
+    QCOMPARE(result.action, Action::Tell);
+    for (const char* option : {"--plugins", "--settings", "--language", "--page", "--tour", "--screen-only",
+                               "--inspector", "--trace", "--trace-startup", "--help", "--version"})
+        QVERIFY2(result.text.contains(QLatin1String(option)), option);
+}
+
+void TestOptions::versionIsTold()
+{
+    const OptionsResult result = read({"--version"});
+    QCOMPARE(result.action, Action::Tell);
+    QCOMPARE(result.text, QStringLiteral("headunit " HEADUNIT_VERSION "\n"));
+}
+
+void TestOptions::mistakesAreRefusedWithAMessage_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<QString>("named"); // what the message must name
+    QTest::newRow("unknown option") << QStringList{"--radio"} << "radio";
+    QTest::newRow("stray argument") << QStringList{"file.wav"} << "file.wav";
+    QTest::newRow("page above the last") << QStringList{"--page", "6"} << "'6'";
+    QTest::newRow("page below the first") << QStringList{"--page", "-1"} << "'-1'";
+    QTest::newRow("page in words") << QStringList{"--page", "eq"} << "'eq'";
+    QTest::newRow("page with a fraction") << QStringList{"--page", "1.5"} << "'1.5'";
+    QTest::newRow("page missing") << QStringList{"--page"} << "page";
+    QTest::newRow("language unknown") << QStringList{"--language", "tlh"} << "'tlh'";
+    QTest::newRow("empty settings path") << QStringList{"--settings", ""} << "settings";
+    QTest::newRow("empty tour folder") << QStringList{"--tour", ""} << "tour";
+    QTest::newRow("value for a switch") << QStringList{"--trace=1"} << "trace";
+    QTest::newRow("page during a tour") << QStringList{"--tour", "t", "--page", "1"} << "--tour";
+}
+
+void TestOptions::mistakesAreRefusedWithAMessage()
+{
+    QFETCH(QStringList, arguments);
+    QFETCH(QString, named);
+    const OptionsResult result = read(arguments);
+    QCOMPARE(result.action, Action::Fail);
+    QVERIFY2(result.text.contains(named), qPrintable(result.text));
+    QVERIFY(result.text.contains("--help"));
+}
+
+QTEST_GUILESS_MAIN(TestOptions)
+#include "tst_options.moc"
