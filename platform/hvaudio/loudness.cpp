@@ -41,14 +41,14 @@ double levelOf(const Contour& row, double phon)
 }
 
 /// The three shelves: where their gain is half, how steep they are, and where their sum meets the contour.
-/// Chosen by search over the whole contour, which the sum follows within 0.3 dB from 31 Hz up: it falls by
+/// Chosen by search over the whole contour, which the sum follows within 0.7 dB at 44.1 to 96 kHz: it falls by
 /// about 4 dB an octave over four octaves, which one shelf can't do.
 struct Shelf
 {
     double hz, q, meetsHz;
 };
 constexpr int shelfCount = 3;
-constexpr Shelf shelves[shelfCount] = {{80, 0.4, 40}, {400, 0.4, 125}, {11000, 0.7, 12500}};
+constexpr Shelf shelves[shelfCount] = {{80, 0.4, 40}, {400, 0.4, 125}, {12000, 0.7, 12500}};
 
 using Gains = std::array<double, shelfCount>;
 

@@ -59,7 +59,8 @@ struct Rig
         for (size_t done = 0; done < left.size(); done += blockFrames) {
             const int frames = int(std::min<size_t>(blockFrames, left.size() - done));
             const float* const in[2] = {&left[done], &right[done]};
-            float* const to[speakerCount] = {&out[0][done], &out[1][done], &out[2][done], &out[3][done], &out[4][done]};
+            float* const to[speakerCount] = {&out[0][done], &out[1][done], &out[2][done], &out[3][done],
+                                             &out[4][done]};
             engine.process(in, to, frames);
         }
         return out;
@@ -121,7 +122,8 @@ inline Signal pinkNoise(double level, int frames, unsigned seed)
 }
 
 /// Fourier sum at one frequency.
-__attribute__((optimize("O3"))) inline std::complex<double> spectrum(const Signal& s, double hz, double rate = 48000)
+__attribute__((optimize("O3"))) inline std::complex<double> spectrum(const Signal& s, double hz,
+                                                                     double rate = 48000)
 {
     const double turn = 2 * pi * hz / rate;
     const double c1 = std::cos(turn), s1 = std::sin(turn);

@@ -4,7 +4,8 @@
 
 using namespace sound;
 
-/// Corner, slope, level and polarity of each speaker's filters, measured from an impulse through the whole chain.
+/// Corner, slope, level and polarity of each speaker's filters, measured from an impulse through the whole
+/// chain.
 class TestCrossover : public QObject
 {
     Q_OBJECT
@@ -76,7 +77,8 @@ void TestCrossover::highPassIsThreeDecibelsDownAtItsCorner()
         const double got = responseDb(out[i], hz, rate);
         QVERIFY2(std::abs(got + 3.0103) < 0.1, qPrintable(QString("speaker %1: %2 dB").arg(i).arg(got)));
         const double passed = responseDb(out[i], 2000, rate);
-        QVERIFY2(std::abs(passed) < 0.1, qPrintable(QString("speaker %1 at 2 kHz: %2 dB").arg(i).arg(passed)));
+        QVERIFY2(std::abs(passed) < 0.1,
+                 qPrintable(QString("speaker %1 at 2 kHz: %2 dB").arg(i).arg(passed)));
     }
 }
 
@@ -288,8 +290,11 @@ void TestCrossover::runningCoefficientsTellTheMeasuredResponse()
             if (std::abs(told) < 1e-4)
                 continue; // deep in the stop band
             QVERIFY2(std::abs(told - measured) < 1e-3 * std::abs(told),
-                     qPrintable(QString("speaker %1, %2 Hz: %3 dB, %4 rad").arg(i).arg(hz)
-                                    .arg(db(std::abs(told / measured))).arg(std::arg(told / measured))));
+                     qPrintable(QString("speaker %1, %2 Hz: %3 dB, %4 rad")
+                                    .arg(i)
+                                    .arg(hz)
+                                    .arg(db(std::abs(told / measured)))
+                                    .arg(std::arg(told / measured))));
         }
 }
 

@@ -57,7 +57,8 @@ static std::array<int, bandCount> randomBands(std::mt19937& random)
     return bands;
 }
 
-static double worstOfSolver(const EqualizerDesign& design, const std::array<int, bandCount>& bands, double rate)
+static double worstOfSolver(const EqualizerDesign& design, const std::array<int, bandCount>& bands,
+                            double rate)
 {
     std::array<double, bandCount> wanted;
     std::copy(bands.begin(), bands.end(), wanted.begin());

@@ -1,0 +1,466 @@
+#include "sound.h"
+
+#include "hvaudio/mixing.h"
+
+#include <QtTest>
+
+#if defined(__SSE2__)
+#include <xmmintrin.h>
+#endif
+
+using namespace sound;
+
+/// The engine as a whole: blocks, ramps, sources, prompts, beeps and rest.
+class TestEngine : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void unpreparedIsSilent();
+    void badRatesAreRefused();
+    void soundDoesNotDependOnTheBlockSize_data();
+    void soundDoesNotDependOnTheBlockSize();
+    void glidesDoNotDependOnTheBlockSize();
+    void inputMayBeTheOutput();
+    void missingInputsAndOutputsAreFine();
+    void pathsSoundAlike();
+    void powerOnIsARamp();
+    void powerOnNeverExceedsTheStartVolume();
+    void sourceChangesOnlyInSilence();
+    void promptsAreHeardOverMuteAndFollowTheirVolume_data();
+    void promptsAreHeardOverMuteAndFollowTheirVolume();
+    void programmeDucksWhileAPromptSounds_data();
+    void programmeDucksWhileAPromptSounds();
+    void promptPassesTheEqualizerBy();
+    void beepSoundsOnEverySpeakerAndEnds();
+    void beepsInARowAreSmooth();
+    void silenceMakesItIdleAndSoundWakesIt();
+    void powerOffMakesItIdleWhateverPlays();
+    void settingsAreClampedBeforeUse();
+    void callersFloatingPointModeReturns();
+    void denormalsAreFlushed();
+    void alternatingPromptsAndSettingsNeverLeaveTheCeiling();
+};
+
+static Settings busy()
+{
+    Settings s = flat();
+    s.mainVolume = 35;
+    s.loudness = true;
+    s.equalizer = {6, 4, 2, -1, -3, -2, 1, 3, 5, -4, 2, -6, 4};
+    for (int i = 0; i < cabinSpeakerCount; ++i) {
+        s.cabin[i].highPass = {4 + i, 3};
+        s.cabin[i].delayMs = 1.3 * i;
+    }
+    s.subwoofer = {7, 2, 3, true, 3.7};
+    return s;
+}
+
+void TestEngine::unpreparedIsSilent()
+{
+    Engine engine;
+    engine.set(busy());
+    Signal in = sine(500, 0.5, 64), out = sine(500, 0.5, 64);
+    Block block;
+    block.programme[0] = in.data();
+    block.out[2] = out.data();
+    block.frames = 64;
+    engine.process(block);
+    QCOMPARE(peak(out), 0.0f);
+    QCOMPARE(engine.rate(), 0.0);
+    QCOMPARE(std::abs(engine.response(FrontLeft, 1000)), 0.0);
+}
+
+void TestEngine::badRatesAreRefused()
+{
+    Engine engine;
+    for (double rate : {0.0, -1.0, 100.0, 1e9, std::nan("")})
+        QVERIFY(!engine.prepare(rate));
+    QVERIFY(engine.prepare(48000));
+    QVERIFY(!engine.prepare(1));
+    QCOMPARE(engine.rate(), 48000.0);
+}
+
+void TestEngine::soundDoesNotDependOnTheBlockSize_data()
+{
+    QTest::addColumn<int>("frames");
+    QTest::addColumn<int>("path");
+    for (Path path : {Path::Scalar, Path::Vector4, Path::Vector8})
+        if (kernelOf(path))
+            for (int frames : {1, 2, 3, 7, 16, 17, 64, 100, 255, 256, 441, 1000, 1024, 4096, 8192, 20000})
+                QTest::addRow("%d frames, path %d", frames, int(path)) << frames << int(path);
+}
+
+void TestEngine::soundDoesNotDependOnTheBlockSize()
+{
+    QFETCH(int, frames);
+    QFETCH(int, path);
+    const Signal left = pinkNoise(1.5, 20000, 1), right = pinkNoise(1.5, 20000, 2); // the limiter works too
+    Rig whole(busy(), 48000, Path(path)), cut(busy(), 48000, Path(path));
+    const Speakers a = whole.play(left, right, 8192), b = cut.play(left, right, frames);
+    QVERIFY(a == b);
+}
+
+void TestEngine::glidesDoNotDependOnTheBlockSize()
+{
+    const Signal in = pinkNoise(0.5, 3000, 3);
+    for (int frames : {1, 5, 16, 31, 1000}) {
+        Rig whole, cut;
+        std::mt19937 random(4);
+        for (int step = 0; step < 12; ++step) {
+            Settings s = busy();
+            s.equalizer[random() % bandCount] = int(random() % 21) - 10;
+            s.balance = int(random() % 31) - 15;
+            s.cabin[random() % 4].delayMs = 0.1 * (random() % 101);
+            s.subwoofer.inverted = random() & 1;
+            whole.engine.set(s);
+            cut.engine.set(s);
+            if (step == 5) {
+                whole.engine.beep();
+                cut.engine.beep();
+            }
+            QVERIFY2(whole.play(in, 4096) == cut.play(in, frames), qPrintable(QString::number(frames)));
+        }
+    }
+}
+
+void TestEngine::inputMayBeTheOutput()
+{
+    const Signal left = pinkNoise(0.5, 5000, 5), right = pinkNoise(0.5, 5000, 6);
+    Rig apart(busy()), together(busy());
+    const Speakers wanted = apart.play(left, right);
+    Signal a = left, b = right, c = silence(5000), d = c, e = c;
+    const float* const in[2] = {a.data(), b.data()};
+    float* const out[speakerCount] = {a.data(), b.data(), c.data(), d.data(), e.data()};
+    together.engine.process(in, out, 5000);
+    QVERIFY(a == wanted[0] && b == wanted[1] && c == wanted[2] && d == wanted[3] && e == wanted[4]);
+}
+
+void TestEngine::missingInputsAndOutputsAreFine()
+{
+    Rig rig(busy()), full(busy());
+    const Signal left = pinkNoise(0.5, 3000, 7);
+    const Speakers wanted = full.play(left, silence(3000));
+    Signal sub = silence(3000);
+    Block block;
+    block.programme[0] = left.data();
+    block.out[Subwoofer] = sub.data();
+    block.frames = 3000;
+    rig.engine.process(block);
+    QVERIFY(sub == wanted[Subwoofer]);
+    block.frames = 0;
+    rig.engine.process(block);
+    block.frames = -5;
+    rig.engine.process(block);
+}
+
+void TestEngine::pathsSoundAlike()
+{
+    const Signal left = pinkNoise(0.5, 20000, 8), right = pinkNoise(0.5, 20000, 9);
+    Settings s = busy();
+    s.tables = CrossoverTables::StandAlonePage;
+    s.cabin[0].lowPass = {2, 2};
+    Rig scalar(s, 48000, Path::Scalar);
+    const Speakers wanted = scalar.play(left, right);
+    for (Path path : {Path::Vector4, Path::Vector8}) {
+        if (!kernelOf(path))
+            continue;
+        Rig rig(s, 48000, path);
+        QCOMPARE(int(rig.engine.path()), int(path));
+        const Speakers got = rig.play(left, right);
+        for (int i = 0; i < speakerCount; ++i)
+            for (size_t n = 0; n < left.size(); ++n)
+                QVERIFY(std::abs(got[i][n] - wanted[i][n]) < 1e-5f);
+    }
+}
+
+void TestEngine::powerOnIsARamp()
+{
+    Engine engine;
+    engine.prepare(48000);
+    engine.set(flat());
+    Signal in(9600, 0.5f), out[speakerCount];
+    float* to[speakerCount];
+    for (int i = 0; i < speakerCount; ++i) {
+        out[i] = silence(9600);
+        to[i] = out[i].data();
+    }
+    const float* const from[2] = {in.data(), in.data()};
+    engine.process(from, to, 9600);
+    for (size_t n = 1; n < in.size(); ++n)
+        QVERIFY2(std::abs(out[0][n] - out[0][n - 1]) < 0.002f, qPrintable(QString::number(n)));
+    QVERIFY(std::abs(out[0].back() - 0.5f) < 1e-3f);
+}
+
+void TestEngine::powerOnNeverExceedsTheStartVolume()
+{
+    Settings s = flat();
+    Rig rig(s);
+    const Signal in = sine(1000, 0.5, 24000);
+    rig.play(in);
+    s.power = false;
+    rig.engine.set(s);
+    rig.play(in);
+    QCOMPARE(peak(rig.play(in)[FrontLeft]), 0.0f);
+    s.power = true;
+    s.mainVolume = 25; // 30 dB down
+    rig.engine.set(s);
+    const float allowed = 0.5f * float(std::pow(10.0, -30 / 20.0)) * 1.01f;
+    QVERIFY(peak(rig.play(in)[FrontLeft]) <= allowed);
+    QVERIFY(peak(rig.play(in)[FrontLeft]) > allowed * 0.9f);
+}
+
+void TestEngine::sourceChangesOnlyInSilence()
+{
+    Settings s = flat();
+    s.source = 6;
+    Rig rig(s);
+    QCOMPARE(rig.engine.audibleSource(), 6);
+    const Signal usb(480, 0.5f), radio(480, -0.5f);
+    rig.play(usb);
+    s.source = 18;
+    s.sourceGain = 11;
+    rig.engine.set(s);
+    Signal all;
+    int switchedAt = -1;
+    for (int block = 0; block < 100; ++block) {
+        const bool radioNow = rig.engine.audibleSource() == 18;
+        if (radioNow && switchedAt < 0)
+            switchedAt = block;
+        const Signal out = rig.play(radioNow ? radio : usb)[FrontLeft];
+        all.insert(all.end(), out.begin(), out.end());
+    }
+    QVERIFY(switchedAt > 1 && switchedAt < 40);
+    for (size_t n = 1; n < all.size(); ++n)
+        QVERIFY(std::abs(all[n] - all[n - 1]) < 0.004f);
+    QVERIFY(all.front() > 0.4f);
+    QVERIFY2(std::abs(all.back() + 0.988f) < 0.02f, qPrintable(QString::number(all.back()))); // 6 dB more
+}
+
+static Signal playPrompt(Rig& rig, const Signal& programme, const Signal& prompt, int which, bool mono = true)
+{
+    Signal out = silence(int(programme.size()));
+    Block block;
+    block.programme[0] = block.programme[1] = programme.data();
+    if (!prompt.empty()) {
+        block.prompt[which][0] = prompt.data();
+        block.prompt[which][1] = mono ? nullptr : prompt.data();
+    }
+    block.out[FrontRight] = out.data();
+    block.frames = int(programme.size());
+    rig.engine.process(block);
+    return out;
+}
+
+static void addPrompts()
+{
+    QTest::addColumn<int>("prompt");
+    QTest::addColumn<int>("channel");
+    QTest::addColumn<double>("duckDb");
+    QTest::newRow("ring") << int(Ring) << 1 << -20.0;
+    QTest::newRow("call") << int(Call) << 2 << -200.0;
+    QTest::newRow("voice") << int(Voice) << 4 << -20.0;
+    QTest::newRow("navi") << int(Navi) << 5 << -12.0;
+}
+
+void TestEngine::promptsAreHeardOverMuteAndFollowTheirVolume_data()
+{
+    addPrompts();
+}
+
+void TestEngine::promptsAreHeardOverMuteAndFollowTheirVolume()
+{
+    QFETCH(int, prompt);
+    QFETCH(int, channel);
+    QCOMPARE(promptOfChannel(channel), prompt);
+    QCOMPARE(promptOfChannel(0), -1);
+    QCOMPARE(promptOfChannel(3), -1);
+    Settings s = flat();
+    s.mute = true;
+    s.mainVolume = 7;
+    for (int volume : {0, 20, 50}) {
+        s.promptVolume.fill(33);
+        s.promptVolume[size_t(prompt)] = volume;
+        Rig rig(s);
+        const float wanted = volume ? float(0.2 * std::pow(10.0, 1.2 * (volume - 50) / 20)) : 0;
+        for (bool mono : {true, false}) {
+            const Signal out = playPrompt(rig, sine(300, 0.5, 9600), sine(1000, 0.2, 9600), prompt, mono);
+            QVERIFY2(std::abs(peak(out, 2400) - wanted) < 0.01f * wanted + 1e-7f,
+                     qPrintable(QString("%1 %2").arg(volume).arg(peak(out, 2400))));
+        }
+    }
+}
+
+void TestEngine::programmeDucksWhileAPromptSounds_data()
+{
+    addPrompts();
+}
+
+void TestEngine::programmeDucksWhileAPromptSounds()
+{
+    QFETCH(int, prompt);
+    QFETCH(double, duckDb);
+    Settings s = flat();
+    s.promptVolume[size_t(prompt)] = 50;
+    Rig rig(s);
+    const Signal programme = sine(300, 0.5, 48000);
+    const auto level = [](const Signal& out) {
+        const Signal tail(out.end() - 9600, out.end());
+        return std::abs(spectrum(tail, 300)) / 4800;
+    };
+    QVERIFY(std::abs(level(playPrompt(rig, programme, {}, prompt)) - 0.5) < 1e-3);
+    const double ducked = level(playPrompt(rig, programme, sine(2000, 0.2, 48000), prompt));
+    QVERIFY2(std::abs(ducked - 0.5 * std::pow(10.0, duckDb / 20)) < 2e-3,
+             qPrintable(QString::number(db(ducked / 0.5))));
+    // A silent prompt is none, and the programme comes back after a while.
+    QVERIFY(std::abs(level(playPrompt(rig, programme, silence(48000), prompt)) - 0.5) < 1e-3);
+}
+
+void TestEngine::promptPassesTheEqualizerBy()
+{
+    Settings s = flat();
+    s.equalizer.fill(-10);
+    s.promptVolume[Navi] = 50;
+    Rig rig(s);
+    const Signal out = playPrompt(rig, silence(48000), sine(1000, 0.2, 48000), Navi);
+    QVERIFY(std::abs(peak(out, 24000) - 0.2f) < 1e-3f);
+}
+
+void TestEngine::beepSoundsOnEverySpeakerAndEnds()
+{
+    Settings s = flat();
+    s.mainVolume = 0;
+    Rig rig(s);
+    rig.engine.beep();
+    const Speakers out = rig.play(silence(24000));
+    for (const Signal& speaker : out) {
+        QVERIFY(std::abs(peak(speaker) - 0.1f) < 0.01f);
+        QCOMPARE(peak(speaker, 12000), 0.0f);
+        QVERIFY(std::abs(spectrum(speaker, 2000)) > 50);
+    }
+    s.power = false;
+    rig.engine.set(s);
+    rig.play(silence(24000));
+    rig.engine.beep();
+    QCOMPARE(peak(rig.play(silence(24000))[0]), 0.0f);
+}
+
+void TestEngine::beepsInARowAreSmooth()
+{
+    Rig rig;
+    Signal all;
+    for (int i = 0; i < 60; ++i) {
+        if (i % 7 == 0)
+            rig.engine.beep();
+        const Signal out = rig.play(silence(333))[0];
+        all.insert(all.end(), out.begin(), out.end());
+    }
+    // The tone itself moves by 0.026 a frame at most.
+    for (size_t n = 1; n < all.size(); ++n)
+        QVERIFY(std::abs(all[n] - all[n - 1]) < 0.03f);
+    QVERIFY(peak(all) <= 0.101f);
+}
+
+void TestEngine::silenceMakesItIdleAndSoundWakesIt()
+{
+    Rig rig(busy());
+    QVERIFY(rig.engine.idle());
+    const Signal in = sine(50, 0.5, 4800);
+    rig.play(in);
+    QVERIFY(!rig.engine.idle());
+    Signal tail;
+    int blocks = 0;
+    while (!rig.engine.idle() && blocks++ < 1000) {
+        const Signal out = rig.play(silence(480))[Subwoofer];
+        tail.insert(tail.end(), out.begin(), out.end());
+    }
+    QVERIFY(rig.engine.idle());
+    // It rang out before.
+    for (size_t n = tail.size() - 4800; n < tail.size(); ++n)
+        QVERIFY(std::abs(tail[n]) < 1e-7f);
+    QCOMPARE(peak(rig.play(silence(480))[Subwoofer]), 0.0f);
+    // And what comes next sounds as from a fresh start.
+    Rig fresh(busy());
+    const Speakers again = rig.play(in), wanted = fresh.play(in);
+    for (int i = 0; i < speakerCount; ++i)
+        for (size_t n = 0; n < in.size(); ++n)
+            QVERIFY(std::abs(again[i][n] - wanted[i][n]) < 1e-6f);
+}
+
+void TestEngine::powerOffMakesItIdleWhateverPlays()
+{
+    Settings s = flat();
+    Rig rig(s);
+    const Signal in = sine(500, 0.5, 48000);
+    rig.play(in);
+    s.power = false;
+    rig.engine.set(s);
+    rig.play(in);
+    rig.play(in);
+    QVERIFY(rig.engine.idle());
+    s.power = true;
+    rig.engine.set(s);
+    QVERIFY(peak(rig.play(in)[0]) > 0.4f);
+    QVERIFY(!rig.engine.idle());
+}
+
+void TestEngine::settingsAreClampedBeforeUse()
+{
+    Settings s = flat();
+    s.mainVolume = 5000;
+    s.sourceGain = -40;
+    Rig rig(s);
+    QCOMPARE(rig.engine.settings().mainVolume, 50);
+    QCOMPARE(rig.engine.settings().sourceGain, 0);
+    QVERIFY(std::abs(responseDb(rig.play(impulse(4096))[0], 1000) + 5) < 0.01);
+}
+
+void TestEngine::callersFloatingPointModeReturns()
+{
+#if defined(__SSE2__)
+    const unsigned before = _mm_getcsr();
+    Rig rig;
+    rig.play(sine(500, 0.5, 480));
+    QCOMPARE(_mm_getcsr() & 0x8040u, before & 0x8040u);
+#endif
+    volatile float tiny = std::numeric_limits<float>::min();
+    tiny = tiny / 4;
+    QVERIFY(tiny > 0);
+}
+
+void TestEngine::denormalsAreFlushed()
+{
+    for (Path path : {Path::Scalar, Path::Vector4, Path::Vector8}) {
+        if (!kernelOf(path))
+            continue;
+        Rig rig(busy(), 48000, path);
+        for (const Signal& speaker : rig.play(Signal(4800, 1e-40f)))
+            QCOMPARE(peak(speaker), 0.0f);
+        // A tail that dies away never gets there either.
+        rig.play(sine(40, 1e-30, 480));
+        for (const Signal& speaker : rig.play(silence(48000)))
+            for (float x : speaker)
+                QVERIFY(x == 0 || std::abs(x) >= std::numeric_limits<float>::min());
+    }
+}
+
+void TestEngine::alternatingPromptsAndSettingsNeverLeaveTheCeiling()
+{
+    Rig rig(busy());
+    std::mt19937 random(8);
+    const Signal programme = pinkNoise(2, 960, 9), prompt = sine(700, 3, 960);
+    for (int step = 0; step < 300; ++step) {
+        Settings s = busy();
+        s.power = random() % 10 != 0;
+        s.mute = random() % 5 == 0;
+        s.source = int(random() % 20);
+        s.mainVolume = int(random() % 51);
+        rig.engine.set(s);
+        const Signal out =
+            playPrompt(rig, programme, random() & 1 ? prompt : Signal(), int(random() % promptCount));
+        QVERIFY(peak(out) <= 0.98855309f);
+    }
+}
+
+QTEST_GUILESS_MAIN(TestEngine)
+#include "tst_engine.moc"
