@@ -1,0 +1,360 @@
+#include "hvaudio/player.h"
+
+#include "hvaudio/chimes.h"
+#include "hvaudio/pacedoutput.h"
+#include "hvaudio/pipewireoutput.h"
+#include "hvaudio/scopedflush.h"
+#include "hvaudio/sources.h"
+
+#include <algorithm>
+#include <chrono>
+#include <condition_variable>
+#include <mutex>
+#include <thread>
+
+namespace hvaudio {
+
+namespace {
+
+constexpr int pieceFrames = 1024;
+constexpr int heardFrames = 32768;
+constexpr double rateBeforeStart = 48000;
+constexpr std::chrono::milliseconds readAheadPause(100), longestFade(400);
+
+bool endsWith(const std::string& text, const std::string& end)
+{
+    return text.size() > end.size() && text.compare(text.size() - end.size(), end.size(), end) == 0;
+}
+
+} // namespace
+
+struct Player::Private final : Feed
+{
+    struct Slot
+    {
+        SourceKind kind = SourceKind::Silence;
+        std::string path;
+    };
+
+    explicit Private(Log logTo)
+        : log(std::move(logTo))
+    {
+        engine.prepare(rateBeforeStart);
+        sources.prepare(rateBeforeStart);
+        chimes.prepare(rateBeforeStart);
+        reader = std::thread([this] { readAhead(); });
+    }
+
+    ~Private() override
+    {
+        {
+            const std::lock_guard<std::mutex> lock(readerMutex);
+            readerEnds = true;
+        }
+        readerWakes.notify_all();
+        reader.join();
+    }
+
+    void say(LogLevel level, const std::string& text) const
+    {
+        if (log)
+            log(level, text);
+    }
+
+    /// The source for a slot at the engine's rate; null is silence, and a failure when `error` is filled.
+    std::shared_ptr<Source> make(const Slot& slot, int id, std::string& error) const
+    {
+        const double rate = engine.rate();
+        switch (slot.kind) {
+        case SourceKind::Silence:
+            return nullptr;
+        case SourceKind::File:
+            return makeFileSource(slot.path, rate, error);
+        case SourceKind::PinkNoise:
+            return makePinkNoise(rate, unsigned(id + 1));
+        case SourceKind::Sweep:
+            return makeSweep(rate);
+        case SourceKind::Input:
+            return makeInput();
+        }
+        return nullptr;
+    }
+
+    bool prepare(double rate) override
+    {
+        // The shell may be setting a source meanwhile; nobody pulls.
+        const std::lock_guard<std::mutex> lock(slotsMutex);
+        const bool changed = rate != engine.rate();
+        if (!engine.prepare(rate))
+            return false;
+        sources.prepare(rate);
+        chimes.prepare(rate);
+        for (int id = 0; changed && id < sourceIds; ++id) {
+            std::string error;
+            sources.set(id, make(slots[id], id, error));
+            if (!error.empty())
+                say(LogLevel::Warning, error);
+        }
+        return true;
+    }
+
+    int latencyFrames() const noexcept override { return engine.latencyFrames(); }
+
+    void pull(const float* const in[2], float* const out[dsp::speakerCount], int frames) noexcept override
+    {
+        const dsp::ScopedFlush flush;
+        for (int done = 0; done < frames;) {
+            const int count = std::min(frames - done, pieceFrames);
+            pullPiece(in, out, done, count);
+            done += count;
+        }
+    }
+
+    void pullPiece(const float* const in[2], float* const out[dsp::speakerCount], int start,
+                   int frames) noexcept
+    {
+        const float* const from[2] = {in[0] ? in[0] + start : nullptr, in[1] ? in[1] + start : nullptr};
+        dsp::Block block;
+        block.frames = frames;
+        if (sources.render(engine.audibleSource(), from, programme[0], programme[1], frames)) {
+            block.programme[0] = programme[0];
+            block.programme[1] = programme[1];
+        }
+        for (int i = 0; i < dsp::promptCount; ++i)
+            if (chimes.render(dsp::Prompt(i), prompts[i], frames))
+                block.prompt[i][0] = prompts[i];
+        const bool kept = listening.load(std::memory_order_relaxed);
+        for (int i = 0; i < dsp::speakerCount; ++i)
+            block.out[i] = out[i] ? out[i] + start : kept ? unwanted[i] : nullptr;
+        engine.process(block);
+        if (kept)
+            keep(block);
+    }
+
+    void keep(const dsp::Block& block) noexcept
+    {
+        HeardFrame piece[64];
+        for (int done = 0; done < block.frames;) {
+            const int count = std::min(block.frames - done, 64);
+            for (int n = 0; n < count; ++n) {
+                for (int s = 0; s < 2; ++s)
+                    piece[n].programme[s] = block.programme[s] ? block.programme[s][done + n] : 0;
+                for (int i = 0; i < dsp::speakerCount; ++i)
+                    piece[n].speaker[i] = block.out[i][done + n];
+            }
+            // A listener that is late gets the older frames whole; what comes until it has made room is lost.
+            if (heard.write(piece, count) < count) {
+                gap.store(true, std::memory_order_relaxed);
+                return;
+            }
+            done += count;
+        }
+    }
+
+    void readAhead()
+    {
+        std::unique_lock<std::mutex> lock(readerMutex);
+        while (!readerEnds) {
+            lock.unlock();
+            bool more = false;
+            for (const auto& source : sources.all())
+                more |= source->readAhead();
+            lock.lock();
+            if (readerEnds)
+                break;
+            if (!more && !readerCalled)
+                readerWakes.wait(lock, [this] { return readerEnds || readerCalled; });
+            else if (!readerCalled)
+                readerWakes.wait_for(lock, readAheadPause, [this] { return readerEnds || readerCalled; });
+            readerCalled = false;
+        }
+    }
+
+    void wakeReader()
+    {
+        {
+            const std::lock_guard<std::mutex> lock(readerMutex);
+            readerCalled = true;
+        }
+        readerWakes.notify_all();
+    }
+
+    const Log log;
+    dsp::Engine engine;
+    Sources sources;
+    Chimes chimes;
+    std::unique_ptr<Output> output;
+
+    std::mutex slotsMutex;
+    Slot slots[sourceIds];
+    dsp::Settings wanted; ///< of the shell; what the engine has differs while it fades out to stop
+
+    std::atomic<bool> listening{false};
+    std::atomic<bool> gap{false};
+    Ring<HeardFrame> heard{heardFrames};
+
+    // Audio side.
+    float programme[2][pieceFrames], prompts[dsp::promptCount][pieceFrames],
+        unwanted[dsp::speakerCount][pieceFrames];
+
+    std::thread reader;
+    std::mutex readerMutex;
+    std::condition_variable readerWakes;
+    bool readerEnds = false, readerCalled = false;
+};
+
+Player::Player(Log log)
+    : d(std::make_unique<Private>(std::move(log)))
+{
+}
+
+Player::~Player()
+{
+    stop();
+}
+
+bool Player::start(const std::string& name)
+{
+    stop();
+    std::unique_ptr<Output> output;
+    bool asAsked = true;
+    if (name == "auto" || name == "pipewire") {
+        output = std::make_unique<PipeWireOutput>(d->log, name == "pipewire");
+    } else if (endsWith(name, ".wav")) {
+        output = std::make_unique<WavOutput>(name);
+    } else if (name == "none") {
+        output = std::make_unique<NullOutput>();
+        d->say(LogLevel::Info, "no sound output, as asked for");
+    } else {
+        d->say(LogLevel::Warning, "'" + name +
+                                      "' is no sound output: auto, pipewire, none or the path of a file that "
+                                      "ends with .wav; continuing without");
+        output = std::make_unique<NullOutput>();
+        asAsked = false;
+    }
+    std::string error;
+    if (!output->start(*d, error)) {
+        // Without a sound server everything else goes on; that is a normal case when nobody asked for one.
+        asAsked = name == "auto";
+        d->say(asAsked ? LogLevel::Info : LogLevel::Warning, error + "; continuing without sound output");
+        output = std::make_unique<NullOutput>();
+        output->start(*d, error);
+    }
+    d->engine.set(d->wanted);
+    d->output = std::move(output);
+    return asAsked;
+}
+
+void Player::stop()
+{
+    if (!d->output)
+        return;
+    dsp::Settings off = d->wanted;
+    off.power = false;
+    d->engine.set(off);
+    const auto deadline = std::chrono::steady_clock::now() + longestFade;
+    while (d->output->pulling() && !d->engine.idle() && std::chrono::steady_clock::now() < deadline)
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    d->output->stop();
+    d->output.reset();
+}
+
+bool Player::started() const
+{
+    return d->output != nullptr;
+}
+
+void Player::setSettings(const dsp::Settings& settings)
+{
+    d->wanted = settings;
+    d->engine.set(settings);
+}
+
+bool Player::setSource(int id, SourceKind kind, const std::string& path, std::string* error)
+{
+    std::string why;
+    if (id < 0 || id >= sourceIds) {
+        why = "no source " + std::to_string(id);
+    } else {
+        const std::lock_guard<std::mutex> lock(d->slotsMutex);
+        const Private::Slot slot = {kind, kind == SourceKind::File ? path : std::string()};
+        std::shared_ptr<Source> source = d->make(slot, id, why);
+        if (why.empty()) {
+            d->slots[id] = slot;
+            d->sources.set(id, std::move(source));
+        }
+    }
+    if (!why.empty()) {
+        d->say(LogLevel::Warning, why);
+        if (error)
+            *error = why;
+        return false;
+    }
+    d->wakeReader();
+    return true;
+}
+
+SourceKind Player::sourceKind(int id) const
+{
+    return id >= 0 && id < sourceIds ? d->slots[id].kind : SourceKind::Silence;
+}
+
+std::string Player::sourcePath(int id) const
+{
+    return id >= 0 && id < sourceIds ? d->slots[id].path : std::string();
+}
+
+void Player::prompt(dsp::Prompt which, bool repeated) noexcept
+{
+    d->chimes.start(which, repeated);
+}
+
+void Player::endPrompt(dsp::Prompt which) noexcept
+{
+    d->chimes.end(which);
+}
+
+bool Player::promptSounds(dsp::Prompt which) const noexcept
+{
+    return d->chimes.sounds(which);
+}
+
+void Player::beep() noexcept
+{
+    d->engine.beep();
+}
+
+dsp::Meters Player::takeMeters() noexcept
+{
+    return d->engine.takeMeters();
+}
+
+const dsp::Engine& Player::engine() const
+{
+    return d->engine;
+}
+
+void Player::listen(bool on)
+{
+    d->listening.store(on);
+    d->heard.read(nullptr, d->heard.readable());
+    d->gap.store(false);
+}
+
+int Player::heard(HeardFrame* frames, int count, bool* gap)
+{
+    // After a gap, what comes before and after it must not be taken for one piece: the older part goes.
+    const bool lost = d->gap.exchange(false);
+    if (lost)
+        d->heard.read(nullptr, d->heard.readable());
+    if (gap)
+        *gap = lost;
+    return d->heard.read(frames, count);
+}
+
+std::string Player::status() const
+{
+    return d->output ? d->output->status() : "stopped";
+}
+
+} // namespace hvaudio

@@ -1,0 +1,57 @@
+#include "hvaudio/wavwriter.h"
+
+#include <sndfile.h>
+
+#include <cmath>
+
+namespace hvaudio {
+
+std::unique_ptr<WavWriter> WavWriter::create(const std::string& path, double rate, int channels,
+                                             std::string& error)
+{
+    SF_INFO info = {};
+    info.samplerate = int(std::lround(rate));
+    info.channels = channels;
+    info.format = SF_FORMAT_RF64 | SF_FORMAT_FLOAT;
+    SNDFILE* const file = sf_open(path.c_str(), SFM_WRITE, &info);
+    if (!file) {
+        error = "can't write '" + path + "': " + sf_strerror(nullptr);
+        while (!error.empty() && (error.back() == '\n' || error.back() == '.'))
+            error.pop_back();
+        return nullptr;
+    }
+    sf_command(file, SFC_RF64_AUTO_DOWNGRADE, nullptr, SF_TRUE);
+    std::unique_ptr<WavWriter> writer(new WavWriter);
+    writer->file_ = file;
+    writer->path_ = path;
+    writer->channels_ = channels;
+    return writer;
+}
+
+WavWriter::~WavWriter()
+{
+    if (file_)
+        sf_close(file_);
+}
+
+bool WavWriter::write(const float* const* channels, int frames)
+{
+    interleaved_.resize(std::size_t(frames) * channels_);
+    for (int c = 0; c < channels_; ++c)
+        for (int n = 0; n < frames; ++n)
+            interleaved_[std::size_t(n) * channels_ + c] = channels[c][n];
+    return file_ && sf_writef_float(file_, interleaved_.data(), frames) == frames;
+}
+
+bool WavWriter::finish(std::string& error)
+{
+    if (!file_)
+        return true;
+    const int fault = sf_close(file_);
+    file_ = nullptr;
+    if (fault != 0)
+        error = "can't complete '" + path_ + "': " + sf_error_number(fault);
+    return fault == 0;
+}
+
+} // namespace hvaudio
