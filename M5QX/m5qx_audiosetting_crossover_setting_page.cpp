@@ -410,7 +410,7 @@ void Page::setHpfFilter()         { setHpfFilter(getHpfFreq()); }
 void Page::setHpfFilter(int freq) { send(hpf, freq, getHpfSlope()); }
 void Page::setLpfFilter()         { setLpfFilter(getLpfFreq()); }
 void Page::setLpfFilter(int freq) { send(lpf, freq, getLpfSlope()); }
-void Page::setSubFilter()         { sendSub(getSubFreq(), getSubLevel()); }
+void Page::setSubFilter()         { const int freq = getSubFreq(); sendSub(freq, getSubLevel()); }
 void Page::setSubGain(int level)  { sendSub(getSubFreq(), level); }
 bool Page::isSubWooferOn()        { return mem::SettingsFunc::instance()->getValue(SubOnKey, SubOnDefault); }
 void Page::soundClickedBeep()     { AudioService::instance()->doBeep(0); }

@@ -26,7 +26,7 @@ class Q_DECL_EXPORT m5qx_eq_crossover_setting_page : public QWidget
     Q_OBJECT
 public:
     explicit m5qx_eq_crossover_setting_page(QWidget* parent = nullptr);
-    /// Clears the application's pixmap cache: the page's pictures are large and nobody else's.
+    /// Clears the application's pixmap cache, so that a page that is gone holds no pictures.
     ~m5qx_eq_crossover_setting_page() override;
 
 protected:

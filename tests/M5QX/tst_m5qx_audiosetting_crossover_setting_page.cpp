@@ -77,6 +77,7 @@ private slots:
     void slopeKeysStoreAndSend();
     void anySlopeButThreeShowsNoneAndNoLine();
     void lineIconsMove44PixelsAStep();
+    void sendersReadFrequencyThenSlopeOrLevel();
     void subwooferFrequencySteps_data();
     void subwooferFrequencySteps();
     void subwooferLevelStepsSendBeforeTheyStore_data();
@@ -389,6 +390,9 @@ void TestCrossoverPage::slopeKeysStoreAndSend()
 void TestCrossoverPage::anySlopeButThreeShowsNoneAndNoLine()
 {
     setStored(QStringLiteral("hpfState"), true);
+    show();
+    QVERIFY(find("key_hpf_slope_12db")->isChecked());
+    m_page->hide();
     for (const int slope : {3, -1, 99}) {
         setStored(QStringLiteral("hpfslope"), slope);
         show();
@@ -416,6 +420,20 @@ void TestCrossoverPage::lineIconsMove44PixelsAStep()
                      QStringLiteral("icon_line_lpf"));
         m_page->hide();
     }
+}
+
+void TestCrossoverPage::sendersReadFrequencyThenSlopeOrLevel()
+{
+    show();
+    call("onSUBFreqNextClicked");
+    QCOMPARE(take(Read | Write | Audio).mid(1, 5),
+             QStringList({"SettingsExe.getValue(\"subwooferFreq\", 7)", write("subwooferFreq", "7", "7"),
+                          "SettingsExe.getValue(\"subwooferFreq\", 7)",
+                          "SettingsExe.getValue(\"subwooferLevel\", 11)", sub(0, 11)}));
+    call("onHpfFreqPrevClicked");
+    QCOMPARE(take(Read | Write | Audio).mid(1, 4),
+             QStringList({"SettingsExe.getValue(\"hpfFreq\", 4)", write("hpfFreq", "4", "3"),
+                          "SettingsExe.getValue(\"hpfFreq\", 4)", "SettingsExe.getValue(\"hpfslope\", 1)"}));
 }
 
 void TestCrossoverPage::subwooferFrequencySteps_data()
