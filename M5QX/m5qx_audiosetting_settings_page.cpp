@@ -7,6 +7,7 @@
 #include "common/settings.h"
 #include "common/translator.h"
 #include "hvaudio/audioservice.h"
+#include "hvaudio/eqcurves.h"
 
 #include <QMouseEvent>
 
@@ -17,39 +18,7 @@ namespace {
 constexpr int MaxValue = 10;
 constexpr float PixelsPerStep = 15.45f;
 
-struct EqRow
-{
-    int type;
-    int nameId;
-    int values[m5qx_EQ_settings_page::BandCount];
-};
-
-// The lookup visits nine places for eight types. The ninth is no type: what isn't found ends there and is
-// flat.
-// clang-format off
-constexpr EqRow eqRows[] = {
-    {0,                1226, { 0, 0, 0, 0,  0,  0,  0,  0, 0, 0,  0,  0,  0}},
-    {1,                237,  { 1, 3, 5, 0, -1,  0, -2,  0, 3, 3,  1,  1,  1}},
-    {2,                239,  { 0, 4, 4, 0, -1, -1,  0,  3, 6, 6,  4,  4,  4}},
-    {3,                238,  {-1, 3, 3, 2,  0, -1, -1,  0, 2, 2,  1,  1,  1}},
-    {4,                240,  { 0, 4, 5, 2,  0, -1, -2, -1, 0, 0, -1, -1, -1}},
-    {5,                246,  { 1, 3, 2, 1,  0,  0,  1,  2, 1, 1,  0,  0,  0}},
-    {EQ_Type_User1,    1258, { 0, 0, 0, 0,  0,  0,  0,  0, 0, 0,  0,  0,  0}},
-    {EQ_Type_User2,    1259, { 0, 0, 0, 0,  0,  0,  0,  0, 0, 0,  0,  0,  0}},
-    {-1,               1226, { 0, 0, 0, 0,  0,  0,  0,  0, 0, 0,  0,  0,  0}},
-};
-// clang-format on
-constexpr int EqRowCount = sizeof(eqRows) / sizeof(eqRows[0]);
-static_assert(EqRowCount == 9, "eight types and the flat end");
-
-const EqRow& rowOf(int type)
-{
-    for (const EqRow& row : eqRows) {
-        if (row.type == type)
-            return row;
-    }
-    return eqRows[EqRowCount - 1];
-}
+static_assert(m5qx_EQ_settings_page::BandCount == hvaudio::eqBandCount);
 
 struct BandWidgets
 {
@@ -238,7 +207,7 @@ void m5qx_EQ_settings_page::updateEq(int type)
 {
     const int* values = type == EQ_Type_User1   ? m_custom1.data()
                         : type == EQ_Type_User2 ? m_custom2.data()
-                                                : rowOf(type).values;
+                                                : hvaudio::eqCurveOf(type).value;
     for (int i = 0; i < BandCount; ++i) {
         const Band& band = m_bands[i];
         const QPoint place(band.bar.left(), band.bar.top() + travel(values[i]));
@@ -248,7 +217,7 @@ void m5qx_EQ_settings_page::updateEq(int type)
 
 int m5qx_EQ_settings_page::curveNameId(int type)
 {
-    return rowOf(type).nameId;
+    return hvaudio::eqCurveOf(type).nameId;
 }
 
 void m5qx_EQ_settings_page::showEQTypeText()

@@ -14,8 +14,9 @@ struct EqCurve
     int value[eqBandCount]; ///< -10..10 dB, bands 32 Hz ... 16 kHz
 };
 
-/// The two user curves lie in the settings store; their rows here are what an empty store means. Type 8 has
-/// no row: what isn't found ends at the last one, which belongs to no type and is flat.
+/// The two user curves lie in the settings store; their rows here are what an empty store means. The lookup
+/// visits nine places for eight types: the ninth is no type, and what isn't found, type 8 too, ends there and
+/// is flat.
 // clang-format off
 constexpr EqCurve eqCurves[] = {
     {EQ_Type_Flat,   1226, { 0, 0, 0, 0,  0,  0,  0,  0, 0, 0,  0,  0,  0}},
@@ -36,7 +37,7 @@ static_assert(eqCurveCount == 9, "eight types and the flat end");
 constexpr const EqCurve& eqCurveOf(int type)
 {
     for (const EqCurve& curve : eqCurves) {
-        if (curve.type == type && type >= 0)
+        if (curve.type == type)
             return curve;
     }
     return eqCurves[eqCurveCount - 1];
