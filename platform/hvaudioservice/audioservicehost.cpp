@@ -44,7 +44,9 @@ void AudioServiceHost::setActiveSource(HVAudio_source_id_e source)
 void AudioServiceHost::setSink(Sink sink)
 {
     hostCallbacks().sink = std::move(sink);
-    AudioServicePrivate::of()->publish();
+    // Not before there is a service: a host that takes its sink back after shutdown() wants no new one.
+    if (AudioServicePrivate* const service = AudioServicePrivate::existing())
+        service->publish();
 }
 
 void AudioServiceHost::setBeeper(Beeper beeper)

@@ -21,7 +21,8 @@ public:
         MainAudio,     ///< the stand-alone crossover page's texts
     };
 
-    /// Takes everything that the listener has asked for, whenever something changes and when it is installed.
+    /// Takes everything that the listener has asked for, whenever something changes, and when it is
+    /// installed while there is a service.
     using Sink = std::function<void(const dsp::Settings& settings)>;
     /// Sounds one key beep.
     using Beeper = std::function<void()>;

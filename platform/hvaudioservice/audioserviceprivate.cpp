@@ -46,6 +46,11 @@ AudioServicePrivate* AudioServicePrivate::of()
     return theService->d;
 }
 
+AudioServicePrivate* AudioServicePrivate::existing()
+{
+    return theService ? theService->d : nullptr;
+}
+
 AudioService* AudioService::instance()
 {
     return AudioServicePrivate::of()->service();

@@ -19,6 +19,8 @@ public:
 
     /// The service's private part; makes the service when there is none.
     static AudioServicePrivate* of();
+    /// Null when there is none.
+    static AudioServicePrivate* existing();
     AudioService* service() const { return q; }
     static void destroyService();
 

@@ -754,6 +754,10 @@ void TestAudioService::shutdownMakesRoomForANewService()
     AudioServiceHost::shutdown();
     QVERIFY(!first);
     AudioServiceHost::shutdown();
+    // Installing a sink makes no service; the next one to be made is told by what happens to it.
+    const int heardBefore = m_heardCount;
+    AudioServiceHost::setSink([this](const Settings&) { ++m_heardCount; });
+    QCOMPARE(m_heardCount, heardBefore);
     int balance = 0;
     int fader = 0;
     AudioService::instance()->getBalanceFader(balance, fader);
