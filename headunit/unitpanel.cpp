@@ -81,8 +81,10 @@ QString UnitPanel::applicationsText() const
     QStringList lines;
     for (const PluginLoader::Loaded& loaded : m_shell->plugins().loaded())
         lines.append(loaded.file);
-    for (const PluginLoader::Refused& refused : m_shell->plugins().refused())
-        lines.append(tr("%1 not loaded: %2").arg(refused.file, refused.reason));
+    for (const PluginLoader::Refused& refused : m_shell->plugins().refused()) {
+        if (refused.reason != PluginLoader::refusal({})) // a platform library is no news
+            lines.append(tr("%1 not loaded: %2").arg(refused.file, refused.reason));
+    }
     return lines.join(QLatin1Char('\n'));
 }
 

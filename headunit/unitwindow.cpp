@@ -25,11 +25,11 @@ struct FrontKey
 
 // clang-format off
 const FrontKey frontKeys[] = {
-    {KeyEvent::Key_Power,    "Power",         {20,                          72, 64, 64}},
-    {KeyEvent::Key_Home,     "Home",          {frontWidth - sideWidth + 20, 72, 64, 64}},
-    {KeyEvent::Key_Back,     "Back",          {frontWidth - sideWidth + 20, 160, 64, 64}},
-    {KeyEvent::Key_PrevPage, "Previous page", {frontWidth - sideWidth + 20, 424, 64, 64}},
-    {KeyEvent::Key_NextPage, "Next page",     {frontWidth - sideWidth + 20, 512, 64, 64}},
+    {KeyEvent::Key_Power,    "Power",         {15,                          72, 64, 64}},
+    {KeyEvent::Key_Home,     "Home",          {frontWidth - sideWidth + 25, 72, 64, 64}},
+    {KeyEvent::Key_Back,     "Back",          {frontWidth - sideWidth + 25, 160, 64, 64}},
+    {KeyEvent::Key_PrevPage, "Previous page", {frontWidth - sideWidth + 25, 424, 64, 64}},
+    {KeyEvent::Key_NextPage, "Next page",     {frontWidth - sideWidth + 25, 512, 64, 64}},
 };
 
 struct KeyboardKey
@@ -76,7 +76,7 @@ void UnitWindow::buildFront(const MasterVolume* volume)
         m_keys.append(key);
     }
     m_knob = new VolumeKnob(volume, this);
-    m_knob->setGeometry(8, 420, 88, 88);
+    m_knob->setGeometry(4, 420, 86, 86);
     connect(m_knob, &VolumeKnob::turned, this, [this](int steps) {
         pressAndRelease(steps > 0 ? KeyEvent::Key_VolumeUp : KeyEvent::Key_VolumeDown, qAbs(steps));
     });
