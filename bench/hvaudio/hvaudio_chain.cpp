@@ -1,0 +1,145 @@
+// Runs a sound file through the full chain and throws the result away, for whole-process timing beside other
+// tools: the same reading for every way of computing, so that "pass" can be taken off.
+//
+//   hvaudio_chain FILE pass|scalar|vector4|vector8|plain|lsp
+//   hvaudio_chain FILE noise SECONDS      writes pink noise, -12 dB, stereo float, 48 kHz
+
+#include "peers.h"
+
+#ifdef HAVE_LADSPA
+#include "lspchain.h"
+#endif
+
+#include <sndfile.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <functional>
+#include <random>
+#include <string>
+
+using namespace peers;
+
+namespace {
+
+constexpr int blockFrames = 1024;
+
+int makeNoise(const char* file, int seconds)
+{
+    SF_INFO info{};
+    info.samplerate = int(rate);
+    info.channels = 2;
+    info.format = SF_FORMAT_WAV | SF_FORMAT_FLOAT;
+    SNDFILE* out = sf_open(file, SFM_WRITE, &info);
+    if (!out) {
+        std::fprintf(stderr, "%s: %s\n", file, sf_strerror(nullptr));
+        return 1;
+    }
+    // Paul Kellet's filter on white noise.
+    std::mt19937 random(1);
+    double b[2][6] = {};
+    static const double pole[6] = {0.99886, 0.99332, 0.96900, 0.86650, 0.55000, -0.7616};
+    static const double gain[6] = {0.0555179, 0.0750759, 0.1538520, 0.3104856, 0.5329522, -0.0168980};
+    std::vector<float> block(2 * size_t(rate));
+    for (int second = 0; second < seconds; ++second) {
+        for (size_t n = 0; n < block.size(); ++n) {
+            const double white = int32_t(random()) / 2147483648.0;
+            double sum = white * 0.5362;
+            for (int i = 0; i < 6; ++i) {
+                b[n & 1][i] = pole[i] * b[n & 1][i] + gain[i] * white;
+                sum += b[n & 1][i];
+            }
+            block[n] = float(0.25 * 0.11 * sum);
+        }
+        sf_writef_float(out, block.data(), sf_count_t(rate));
+    }
+    sf_close(out);
+    return 0;
+}
+
+using Process = std::function<void(const float*, const float*, float* const*, int)>;
+
+Process processOf(const std::string& way)
+{
+    if (way == "pass")
+        return [](const float*, const float*, float* const*, int) {};
+    if (way == "plain") {
+        auto chain = std::make_shared<PlainChain>();
+        return [chain](const float* l, const float* r, float* const* out, int n) {
+            chain->process(l, r, out, n);
+        };
+    }
+#ifdef HAVE_LADSPA
+    if (way == "lsp") {
+        auto chain = std::make_shared<LspChain>((unsigned long)rate);
+        return [chain](const float* l, const float* r, float* const* out, int n) {
+            chain->process(l, r, out, n);
+        };
+    }
+#endif
+    struct Named
+    {
+        const char* name;
+        Path path;
+    };
+    for (const Named& p :
+         {Named{"scalar", Path::Scalar}, {"vector4", Path::Vector4}, {"vector8", Path::Vector8}}) {
+        if (way != p.name)
+            continue;
+        auto engine = std::make_shared<Engine>();
+        if (!engine->setPath(p.path))
+            throw std::runtime_error("this processor can't run " + way);
+        engine->prepare(rate);
+        engine->set(fullChain());
+        engine->settle();
+        return [engine](const float* l, const float* r, float* const* out, int n) {
+            const float* const in[2] = {l, r};
+            engine->process(in, out, n);
+        };
+    }
+    throw std::runtime_error("no way " + way);
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+try {
+    if (argc == 4 && !std::strcmp(argv[2], "noise"))
+        return makeNoise(argv[1], std::atoi(argv[3]));
+    if (argc != 3) {
+        std::fprintf(stderr, "usage: %s FILE pass|scalar|vector4|vector8|plain|lsp, or FILE noise SECONDS\n",
+                     argv[0]);
+        return 2;
+    }
+    const Process process = processOf(argv[2]);
+    SF_INFO info{};
+    SNDFILE* in = sf_open(argv[1], SFM_READ, &info);
+    if (!in || info.channels != 2) {
+        std::fprintf(stderr, "%s: %s\n", argv[1], in ? "not stereo" : sf_strerror(nullptr));
+        return 1;
+    }
+    std::vector<float> pairs(2 * blockFrames), side[2], speakers[speakerCount];
+    for (auto& s : side)
+        s.resize(blockFrames);
+    float* out[speakerCount];
+    for (int i = 0; i < speakerCount; ++i) {
+        speakers[i].resize(blockFrames);
+        out[i] = speakers[i].data();
+    }
+    float largest = 0;
+    while (const auto frames = int(sf_readf_float(in, pairs.data(), blockFrames))) {
+        for (int n = 0; n < frames; ++n)
+            for (int i = 0; i < 2; ++i)
+                side[i][size_t(n)] = pairs[size_t(2 * n + i)];
+        process(side[0].data(), side[1].data(), out, frames);
+        for (const float* speaker : out)
+            largest = std::max(largest, std::abs(speaker[frames - 1]));
+    }
+    sf_close(in);
+    std::fprintf(stderr, "%g\n", largest); // so that nothing can be left out
+    return 0;
+} catch (const std::exception& e) {
+    std::fprintf(stderr, "%s: %s\n", argv[0], e.what());
+    return 1;
+}
