@@ -81,6 +81,7 @@ struct PipeWireOutput::Private
     void reconnectLater(const char* why);
     void makeStreams(double rate);
     void lookAtLinks();
+    void tellLatency(pw_stream* to, spa_latency_info info, spa_direction direction);
     void passLatency(pw_stream* to, const spa_pod* param, spa_direction direction);
     void say(LogLevel level, const std::string& text) const
     {
@@ -316,23 +317,34 @@ void PipeWireOutput::Private::makeStreams(double serverRate)
         result = pw_stream_connect(stream, PW_DIRECTION_OUTPUT, PW_ID_ANY,
                                    pw_stream_flags(flags | PW_STREAM_FLAG_AUTOCONNECT), &format, 1);
     }
-    if (result < 0)
+    if (result < 0) {
         reconnectLater(std::strerror(-result));
+        return;
+    }
+    // Until a neighbour is heard, which happens only where its latency isn't 0.
+    tellLatency(sink, {}, SPA_DIRECTION_INPUT);
+    tellLatency(stream, {}, SPA_DIRECTION_OUTPUT);
 }
 
-/// Passes on what one side reports, plus the way through the feed.
-void PipeWireOutput::Private::passLatency(pw_stream* to, const spa_pod* param, spa_direction direction)
+/// Tells a stream's neighbours how far away the other end is: what the other stream has heard from its own
+/// neighbours, and the way through the feed.
+void PipeWireOutput::Private::tellLatency(pw_stream* to, spa_latency_info info, spa_direction direction)
 {
-    spa_latency_info info = {};
-    if (!to || spa_latency_parse(param, &info) < 0 || info.direction != direction)
-        return;
+    info.direction = direction;
     info.min_rate += std::uint32_t(feed->latencyFrames());
     info.max_rate += std::uint32_t(feed->latencyFrames());
     std::uint8_t buffer[1024];
     spa_pod_builder builder;
     spa_pod_builder_init(&builder, buffer, sizeof buffer);
-    const spa_pod* const passed = spa_latency_build(&builder, SPA_PARAM_Latency, &info);
-    pw_stream_update_params(to, const_cast<const spa_pod**>(&passed), 1);
+    const spa_pod* param = spa_latency_build(&builder, SPA_PARAM_Latency, &info);
+    pw_stream_update_params(to, &param, 1);
+}
+
+void PipeWireOutput::Private::passLatency(pw_stream* to, const spa_pod* param, spa_direction direction)
+{
+    spa_latency_info info = {};
+    if (to && spa_latency_parse(param, &info) >= 0 && info.direction == direction)
+        tellLatency(to, info, direction);
 }
 
 void PipeWireOutput::Private::lookAtLinks()
