@@ -11,100 +11,102 @@ constexpr int pieceFrames = 256;
 void InputBridge::reset(double rate) noexcept
 {
     ring_.read(nullptr, ring_.readable());
-    state_ = Waiting;
     overflowed_ = false;
-    margin_ = least_ = sinceLeast_ = level_ = 0;
-    watchFrames_ = int(rate);
+    pushCycle_ = 0;
+    pushFrames_ = 0;
+    state_ = Waiting;
+    block_ = reserve_ = least_ = watched_ = level_ = 0;
+    second_ = int(rate);
+    sinceShort_ = 10 * second_;
     fadeFrames_ = std::max(1, int(0.003 * rate));
     last_ = {};
 }
 
-void InputBridge::push(const float* left, const float* right, int frames) noexcept
+void InputBridge::push(std::uint64_t cycle, const float* left, const float* right, int frames) noexcept
 {
     StereoFrame piece[pieceFrames];
-    while (frames > 0) {
-        const int count = std::min(frames, pieceFrames);
+    int done = 0;
+    while (done < frames) {
+        const int count = std::min(frames - done, pieceFrames);
         for (int n = 0; n < count; ++n)
-            piece[n] = {left ? left[n] : 0, right ? right[n] : 0};
-        if (ring_.write(piece, count) < count) {
+            piece[n] = {left ? left[done + n] : 0, right ? right[done + n] : 0};
+        const int taken = ring_.write(piece, count);
+        done += taken;
+        if (taken < count) {
             overflowed_.store(true, std::memory_order_release); // nobody pulls
-            return;
+            break;
         }
-        left += left ? count : 0;
-        right += right ? count : 0;
-        frames -= count;
     }
+    const bool same = pushCycle_.load(std::memory_order_relaxed) == cycle;
+    pushFrames_.store(done + (same ? pushFrames_.load(std::memory_order_relaxed) : 0),
+                      std::memory_order_relaxed);
+    pushCycle_.store(cycle, std::memory_order_release);
 }
 
-void InputBridge::fade(StereoFrame* frames, int count, bool out) noexcept
-{
-    for (int n = 0; n < count; ++n) {
-        level_ = std::clamp(level_ + (out ? -1 : 1), 0, fadeFrames_);
-        const float factor = smoothStep(float(level_) / float(fadeFrames_));
-        frames[n].left *= factor;
-        frames[n].right *= factor;
-    }
-}
-
-bool InputBridge::pull(float* left, float* right, int frames) noexcept
+void InputBridge::begin(std::uint64_t cycle, int frames) noexcept
 {
     if (overflowed_.exchange(false, std::memory_order_acquire)) {
         ring_.read(nullptr, ring_.readable());
         state_ = Waiting;
     }
-    const int waiting = ring_.readable();
-    if (state_ == Skipping && level_ == 0) {
-        ring_.read(nullptr, std::max(0, waiting - frames - margin_));
+    const bool alreadyCame = pushCycle_.load(std::memory_order_acquire) == cycle;
+    const int ready = std::max(0, ring_.readable() - (alreadyCame ? pushFrames_.load() : 0));
+    block_ = frames;
+    sinceShort_ = std::min(sinceShort_ + frames, 30 * second_);
+    if (sinceShort_ == 30 * second_)
+        reserve_ = 0;
+    const bool enough = ready > 0 && ready >= frames + reserve_;
+    if (level_ == 0 && state_ != Playing && enough) {
+        // What has gathered meanwhile is old: only the newest is played.
+        ring_.read(nullptr, ready - frames - reserve_);
         state_ = Playing;
-        sinceLeast_ = 0;
+        watched_ = 0;
+    } else if (state_ == Playing) {
+        watch(ready - frames);
     }
-    if (state_ == Waiting && waiting >= frames + margin_ && waiting > 0) {
-        // What has gathered while nobody pulled is old: only the newest is played.
-        ring_.read(nullptr, waiting - frames - margin_);
-        state_ = Playing;
-        sinceLeast_ = 0;
-    }
-    const bool wasSilent = level_ == 0;
-    if (state_ == Waiting && wasSilent)
-        return false;
+}
 
-    StereoFrame piece[pieceFrames];
+/// Two clocks that drift apart, or blocks that have become smaller, leave more behind than is needed.
+void InputBridge::watch(int spare) noexcept
+{
+    least_ = watched_ == 0 ? spare : std::min(least_, spare);
+    watched_ += block_;
+    if (watched_ < second_)
+        return;
+    watched_ = 0;
+    if (least_ > reserve_ + block_ / 4)
+        state_ = Skipping;
+}
+
+void InputBridge::runShort() noexcept
+{
+    state_ = Waiting;
+    if (sinceShort_ < 10 * second_)
+        reserve_ = std::min(reserve_ + block_ / 2, 4 * block_);
+    sinceShort_ = 0;
+}
+
+bool InputBridge::pull(float* left, float* right, int frames) noexcept
+{
+    if (state_ != Playing && level_ == 0)
+        return false;
     for (int done = 0; done < frames;) {
+        StereoFrame piece[pieceFrames];
         const int count = std::min(frames - done, pieceFrames);
-        int got = state_ == Waiting ? 0 : ring_.read(piece, count);
-        if (got < count && state_ != Waiting) {
-            state_ = Waiting;
-            margin_ = std::min(margin_ + frames / 2, 4 * frames);
-        }
+        const int got = state_ == Waiting ? 0 : ring_.read(piece, count);
         if (got > 0)
             last_ = piece[got - 1];
+        // Where frames are missing the last one is held and faded: softer than a step to silence.
         std::fill(piece + got, piece + count, last_);
-        if (state_ == Waiting) {
-            // The samples that are missing are the last one's, fading: softer than a step to silence.
-            if (got < count && level_ == fadeFrames_)
-                fade(piece + got, count - got, true);
-            else
-                fade(piece, count, true);
-        } else if (state_ == Skipping || level_ < fadeFrames_) {
-            fade(piece, count, state_ == Skipping);
-        }
         for (int n = 0; n < count; ++n) {
-            left[done + n] = piece[n].left;
-            right[done + n] = piece[n].right;
+            if (n == got && state_ != Waiting)
+                runShort();
+            level_ = std::clamp(level_ + (state_ == Playing ? 1 : -1), 0, fadeFrames_);
+            const float factor = smoothStep(float(level_) / float(fadeFrames_));
+            left[done + n] = piece[n].left * factor;
+            right[done + n] = piece[n].right * factor;
         }
         done += count;
-    }
-
-    // Two clocks that drift apart, or a margin that a single hiccup has raised, leave more and more behind.
-    const int left_over = ring_.readable();
-    least_ = sinceLeast_ == 0 ? left_over : std::min(least_, left_over);
-    sinceLeast_ += frames;
-    if (sinceLeast_ >= watchFrames_) {
-        sinceLeast_ = 0;
-        if (state_ == Playing && least_ > margin_ + frames)
-            state_ = Skipping;
-        else if (state_ == Playing && least_ >= frames / 2)
-            margin_ = std::max(0, margin_ - frames / 2);
     }
     return true;
 }

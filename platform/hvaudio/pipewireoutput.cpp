@@ -122,7 +122,15 @@ struct PipeWireOutput::Private
     std::atomic<bool> streaming{false};
     std::atomic<bool> linked{false}, wide{false};
 
+    /// Both streams see the same number in the same cycle.
+    static std::uint64_t cycle(const std::atomic<spa_io_position*>& position) noexcept
+    {
+        const spa_io_position* const now = position.load(std::memory_order_relaxed);
+        return now ? now->clock.nsec : 0;
+    }
+
     // Audio side.
+    std::atomic<spa_io_position*> sinkPosition{nullptr}, streamPosition{nullptr};
     InputBridge bridge;
     float folded = 1; ///< 1 = all in FL and FR
     float foldStep = 1.0f / 480;
@@ -194,6 +202,7 @@ void PipeWireOutput::Private::disconnect()
             pw_stream_destroy(*each);
         *each = nullptr;
     }
+    sinkPosition = streamPosition = nullptr;
     if (registry) {
         spa_hook_remove(&registryHook);
         pw_proxy_destroy(reinterpret_cast<pw_proxy*>(registry));
@@ -233,6 +242,10 @@ void PipeWireOutput::Private::makeStreams(double serverRate)
     static const pw_stream_events sinkEvents = [] {
         pw_stream_events events = {};
         events.version = PW_VERSION_STREAM_EVENTS;
+        events.io_changed = [](void* self, std::uint32_t id, void* area, std::uint32_t) {
+            if (id == SPA_IO_Position)
+                static_cast<Private*>(self)->sinkPosition = static_cast<spa_io_position*>(area);
+        };
         events.process = [](void* self) { static_cast<Private*>(self)->comesIn(); };
         events.state_changed = [](void* self, pw_stream_state, pw_stream_state now, const char* error) {
             stateChanged(static_cast<Private*>(self), now, error);
@@ -247,6 +260,10 @@ void PipeWireOutput::Private::makeStreams(double serverRate)
     static const pw_stream_events streamEvents = [] {
         pw_stream_events events = {};
         events.version = PW_VERSION_STREAM_EVENTS;
+        events.io_changed = [](void* self, std::uint32_t id, void* area, std::uint32_t) {
+            if (id == SPA_IO_Position)
+                static_cast<Private*>(self)->streamPosition = static_cast<spa_io_position*>(area);
+        };
         events.process = [](void* self) { static_cast<Private*>(self)->goesOut(); };
         events.state_changed = [](void* self, pw_stream_state, pw_stream_state now, const char* error) {
             auto* const d = static_cast<Private*>(self);
@@ -327,10 +344,12 @@ void PipeWireOutput::Private::makeStreams(double serverRate)
 }
 
 /// Tells a stream's neighbours how far away the other end is: what the other stream has heard from its own
-/// neighbours, and the way through the feed.
+/// neighbours, and the way through bridge and feed.
 void PipeWireOutput::Private::tellLatency(pw_stream* to, spa_latency_info info, spa_direction direction)
 {
     info.direction = direction;
+    info.min_quantum += 1; // the bridge
+    info.max_quantum += 1;
     info.min_rate += std::uint32_t(feed->latencyFrames());
     info.max_rate += std::uint32_t(feed->latencyFrames());
     std::uint8_t buffer[1024];
@@ -376,7 +395,8 @@ void PipeWireOutput::Private::comesIn() noexcept
             const std::uint32_t offset = std::min(chunk->offset, buffer->datas[0].maxsize);
             const std::uint32_t size = std::min(chunk->size, buffer->datas[0].maxsize - offset);
             const std::uint32_t start = offset / sizeof(float);
-            bridge.push(left + start, right ? right + start : left + start, int(size / sizeof(float)));
+            bridge.push(cycle(sinkPosition), left + start, right ? right + start : left + start,
+                        int(size / sizeof(float)));
         }
         pw_stream_queue_buffer(sink, held);
     }
@@ -393,6 +413,7 @@ void PipeWireOutput::Private::goesOut() noexcept
         channels[i] = samplesOf(buffer, std::uint32_t(i));
     std::uint64_t frames = buffer->n_datas > 0 ? buffer->datas[0].maxsize / sizeof(float) : 0;
     frames = held->requested > 0 ? std::min(frames, held->requested) : std::min<std::uint64_t>(frames, 1024);
+    bridge.begin(cycle(streamPosition), int(frames));
     fill(channels, int(frames));
     for (std::uint32_t i = 0; i < buffer->n_datas; ++i) {
         buffer->datas[i].chunk->offset = 0;

@@ -1,0 +1,417 @@
+#include "../../system/privatepipewire.h"
+
+#include "hvaudio/pipewireoutput.h"
+#include "hvaudio/player.h"
+#include "hvaudio/wavwriter.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+
+#include <mutex>
+
+using namespace hvaudio;
+
+namespace {
+
+constexpr double rate = 48000;
+const QStringList five = {"FL", "FR", "RL", "RR", "LFE"};
+const QStringList two = {"FL", "FR"};
+
+/// Everything open and neutral: what is heard is what was set.
+dsp::Settings neutral()
+{
+    dsp::Settings settings;
+    settings.power = true;
+    settings.mainVolume = 50;
+    settings.subwoofer.filter = 1;
+    settings.subwoofer.attenuation = 0;
+    return settings;
+}
+
+/// Log lines, which come from several threads.
+struct Lines
+{
+    Log log()
+    {
+        return [this](LogLevel, const std::string& line) {
+            const std::lock_guard<std::mutex> lock(mutex);
+            lines << QString::fromStdString(line);
+        };
+    }
+    QStringList all()
+    {
+        const std::lock_guard<std::mutex> lock(mutex);
+        return lines;
+    }
+    std::mutex mutex;
+    QStringList lines;
+};
+
+constexpr double toneLevel = 0.02;
+
+/// Half a second of a recording of the tones in which nothing was lost: pw-cat reads and writes files on a
+/// thread that a busy machine may hold up. Found by how much of the energy is in the tones; 0 when there is
+/// none.
+constexpr std::size_t pieceLength = std::size_t(rate / 2);
+std::size_t cleanPiece(const std::vector<float>& signal)
+{
+    std::size_t best = 0;
+    double bestShare = 0.999;
+    for (std::size_t start = 1; start + pieceLength < signal.size(); start += std::size_t(rate / 10)) {
+        double all = 0, tones = 0;
+        for (std::size_t n = 0; n < pieceLength; ++n) {
+            const double window = 1 - std::cos(2 * M_PI * double(n) / double(pieceLength));
+            all += window * double(signal[start + n]) * double(signal[start + n]) / double(pieceLength);
+        }
+        for (double hz : dsp::bandHz)
+            tones += std::pow(amplitudeAt(signal, start, pieceLength, hz, rate), 2) / 2;
+        if (const double share = tones / all; all > 1e-5 && share < 1.001 && share > bestShare) {
+            bestShare = share;
+            best = start;
+        }
+    }
+    return best;
+}
+
+} // namespace
+
+class TestPipeWireOutput : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+    void cleanup();
+    void sinkIsOneThatPlayersChooseAndTellsItsLatency();
+    void fileFromPlayerIsHeardWithTheCurveThatWasSet();
+    void deviceWithoutRearAndSubwooferGetsTheFold();
+    void ownSourceSoundsWithoutAnyPlayer();
+    void latencyIsTheOneThatIsTold();
+    void daemonThatIsKilledAndStartedAgainIsPlayedToAgain();
+    void deviceThatGoesAndComesBackIsPlayedToAgain();
+    void withoutDaemonAutoSaysSoOnceAndPlaysToNone();
+    void withoutDaemonPipeWireWaitsForIt();
+    void stopWhilePlayingEndsInSilenceAndTakesTheSinkAway();
+
+private:
+    /// A file of a sine at each centre of the equalizer's bands, all of one level.
+    QString tones(double seconds) const;
+    /// Plays a file into the unit and returns at its end.
+    bool playIntoUnit(const QString& path, const QStringList& alsoTo = {}) const;
+    bool linkUnitTo(const QString& sink, const QStringList& channels) const;
+    bool waitForStatus(Player& player, const QString& status) const
+    {
+        return PrivatePipeWire::waitFor([&] { return QString::fromStdString(player.status()) == status; });
+    }
+    /// Records the sink's monitor until `seconds` of the unit's noise, or of anything else that it plays, are
+    /// in.
+    bool soundArrives(Player& player) const;
+
+    std::unique_ptr<PrivatePipeWire> server;
+    std::unique_ptr<Lines> lines;
+};
+
+void TestPipeWireOutput::init()
+{
+    lines = std::make_unique<Lines>();
+    server = std::make_unique<PrivatePipeWire>(QStringLiteral(SYSTEM_TESTS) + "/pipewire");
+}
+
+void TestPipeWireOutput::cleanup()
+{
+    server.reset();
+}
+
+QString TestPipeWireOutput::tones(double seconds) const
+{
+    const QString path = server->path("tones.wav");
+    std::string error;
+    const auto writer = WavWriter::create(path.toStdString(), rate, 2, error);
+    std::vector<float> samples(std::size_t(seconds * rate));
+    for (std::size_t n = 0; n < samples.size(); ++n) {
+        double x = 0;
+        for (int band = 0; band < dsp::bandCount; ++band)
+            x += toneLevel * std::sin(2 * M_PI * dsp::bandHz[band] * double(n) / rate + band * band);
+        samples[n] = float(x);
+    }
+    const float* const channels[2] = {samples.data(), samples.data()};
+    writer->write(channels, int(samples.size()));
+    return writer->finish(error) ? path : QString();
+}
+
+bool TestPipeWireOutput::playIntoUnit(const QString& path, const QStringList& alsoTo) const
+{
+    QProcess cat;
+    cat.start("pw-cat", {"-p", "--target", "0", "-P", "{ node.name = player }", path});
+    if (!PrivatePipeWire::waitForPorts({"player:output_FL", "player:output_FR"}))
+        return false;
+    for (const QString& port : alsoTo)
+        if (!PrivatePipeWire::link("player:output_FL", port))
+            return false;
+    for (const QString& channel : two)
+        PrivatePipeWire::output("pw-link", {"player:output_" + channel, "headunit:playback_" + channel});
+    return cat.waitForFinished(20000);
+}
+
+bool TestPipeWireOutput::linkUnitTo(const QString& sink, const QStringList& channels) const
+{
+    bool ok = PrivatePipeWire::waitForPorts({"headunit-output:output_LFE"});
+    for (const QString& channel : channels)
+        ok = ok && PrivatePipeWire::link("headunit-output:output_" + channel, sink + ":playback_" + channel);
+    return ok;
+}
+
+bool TestPipeWireOutput::soundArrives(Player& player) const
+{
+    player.takeMeters();
+    return PrivatePipeWire::waitFor([&] { return player.takeMeters().peak[dsp::FrontLeft] > 0.01f; });
+}
+
+void TestPipeWireOutput::sinkIsOneThatPlayersChooseAndTellsItsLatency()
+{
+    QVERIFY(server->start());
+    Player player(lines->log());
+    QVERIFY(player.start("pipewire"));
+    QVERIFY(PrivatePipeWire::waitForPorts({"headunit:playback_FL", "headunit:playback_FR"}));
+
+    QJsonArray told;
+    const auto dump = [&] {
+        bool sink = false;
+        told = {};
+        const auto all = QJsonDocument::fromJson(PrivatePipeWire::output("pw-dump", {}).toUtf8()).array();
+        for (const QJsonValue& object : all) {
+            const QJsonObject info = object["info"].toObject();
+            const QJsonObject props = info["props"].toObject();
+            if (props["node.name"] == "headunit")
+                sink = props["media.class"] == "Audio/Sink" && props["node.description"] == "Head unit";
+            if (props["port.alias"] == "Head unit:playback_FL")
+                told = info["params"].toObject()["Latency"].toArray();
+        }
+        return sink && !told.isEmpty() && told[0].toObject()["minRate"].toInt() > 0;
+    };
+    QVERIFY2(PrivatePipeWire::waitFor(dump), qPrintable(PrivatePipeWire::output("pw-dump", {}).left(20000)));
+    const QJsonObject input = told[0].toObject();
+    QCOMPARE(input["direction"].toString(), QString("Input"));
+    QCOMPARE(input["minRate"].toInt(), player.engine().latencyFrames());
+    QCOMPARE(input["maxRate"].toInt(), player.engine().latencyFrames());
+    QCOMPARE(input["minQuantum"].toDouble(), 1.0);
+    QCOMPARE(input["maxQuantum"].toDouble(), 1.0);
+    QCOMPARE(QString::fromStdString(player.status()), QString("PipeWire, 48000 Hz, no device"));
+}
+
+void TestPipeWireOutput::fileFromPlayerIsHeardWithTheCurveThatWasSet()
+{
+    QVERIFY(server->start());
+    Player player(lines->log());
+    dsp::Settings settings = neutral();
+    settings.equalizer = {6, 0, -4, 0, 3, 8, 0, -6, 0, 5, 0, -3, 2};
+    player.setSettings(settings);
+    QVERIFY(player.setSource(settings.source, SourceKind::Input));
+    QVERIFY(player.start("pipewire"));
+    QVERIFY(linkUnitTo("out-sink", five));
+    QVERIFY(waitForStatus(player, "PipeWire, 48000 Hz, 5.1"));
+
+    Recording recording(server->path("rec.wav"), five);
+    QVERIFY(recording.ready());
+    for (const QString& channel : five)
+        QVERIFY(PrivatePipeWire::link("out-sink:monitor_" + channel, "rec:input_" + channel));
+
+    QVERIFY(playIntoUnit(tones(3)));
+    const auto heard = recording.stop();
+
+    const std::size_t start = cleanPiece(heard[0]);
+    QVERIFY(start > 0);
+    for (int channel = 0; channel < five.size(); ++channel)
+        for (int band = 0; band < dsp::bandCount; ++band) {
+            const double level =
+                amplitudeAt(heard[std::size_t(channel)], start, std::size_t(rate), dsp::bandHz[band], rate);
+            const double db = 20 * std::log10(level / toneLevel);
+            QVERIFY2(std::abs(db - settings.equalizer[band]) < 0.6,
+                     qPrintable(QString("%1, %2 Hz: %3 dB instead of %4")
+                                    .arg(five[channel])
+                                    .arg(dsp::bandHz[band])
+                                    .arg(db)
+                                    .arg(settings.equalizer[band])));
+        }
+}
+
+void TestPipeWireOutput::deviceWithoutRearAndSubwooferGetsTheFold()
+{
+    QVERIFY(server->start());
+    Player player(lines->log());
+    dsp::Settings settings = neutral();
+    // 12 dB less in front, and a silent subwoofer: left = 0.25 (0.251 + 1).
+    settings.cabin[dsp::FrontLeft].attenuation = 12;
+    settings.cabin[dsp::FrontRight].attenuation = 12;
+    settings.subwoofer.filter = 0;
+    player.setSettings(settings);
+    QVERIFY(player.setSource(settings.source, SourceKind::Input));
+    QVERIFY(player.start("pipewire"));
+    QVERIFY(linkUnitTo("test-sink", two));
+    QVERIFY(waitForStatus(player, "PipeWire, 48000 Hz, stereo"));
+
+    Recording recording(server->path("rec.wav"), two);
+    QVERIFY(recording.ready());
+    for (const QString& channel : two)
+        QVERIFY(PrivatePipeWire::link("test-sink:monitor_" + channel, "rec:input_" + channel));
+    QVERIFY(playIntoUnit(tones(3)));
+    const auto heard = recording.stop();
+    const std::size_t start = cleanPiece(heard[0]);
+    QVERIFY(start > 0);
+    for (const auto& channel : heard) {
+        const double level = amplitudeAt(channel, start, pieceLength, 1000, rate) / toneLevel;
+        QVERIFY2(std::abs(level - 0.25 * (std::pow(10, -12 / 20.0) + 1)) < 0.002,
+                 qPrintable(QString::number(level)));
+    }
+}
+
+void TestPipeWireOutput::ownSourceSoundsWithoutAnyPlayer()
+{
+    QVERIFY(server->start());
+    Player player(lines->log());
+    player.setSettings(neutral());
+    QVERIFY(player.setSource(18, SourceKind::PinkNoise));
+    QVERIFY(player.start("pipewire"));
+    QVERIFY(linkUnitTo("out-sink", five));
+    QVERIFY(soundArrives(player));
+}
+
+void TestPipeWireOutput::latencyIsTheOneThatIsTold()
+{
+    QVERIFY(server->start());
+    Player player(lines->log());
+    player.setSettings(neutral());
+    QVERIFY(player.setSource(18, SourceKind::Input));
+    QVERIFY(player.start("pipewire"));
+    QVERIFY(linkUnitTo("out-sink", five));
+
+    // Noise from a file, once through the unit and once past it into the other channel of one recording.
+    const QString path = server->path("noise.wav");
+    {
+        std::string error;
+        const auto writer = WavWriter::create(path.toStdString(), rate, 2, error);
+        QVERIFY(writer);
+        std::vector<float> samples(std::size_t(3 * rate));
+        quint32 state = 1;
+        for (float& x : samples) {
+            state = state * 1664525u + 1013904223u;
+            x = 0.1f * (float(state >> 8) / 8388608.0f - 1);
+        }
+        const float* const channels[2] = {samples.data(), samples.data()};
+        QVERIFY(writer->write(channels, int(samples.size())) && writer->finish(error));
+    }
+    Recording recording(server->path("rec.wav"), two);
+    QVERIFY(recording.ready());
+    QVERIFY(PrivatePipeWire::link("headunit-output:output_FL", "rec:input_FL"));
+    QVERIFY(playIntoUnit(path, {"rec:input_FR"}));
+    const auto heard = recording.stop();
+
+    // Pieces in which nothing was lost are found again exactly, but for the processor's rounding.
+    const auto &late = heard[0], &direct = heard[1];
+    constexpr std::size_t count = 4096;
+    int delay = -1;
+    for (std::size_t start = count; delay < 0 && start + 3 * count < std::min(direct.size(), late.size());
+         start += count) {
+        double energy = 0;
+        for (std::size_t n = 0; n < count; ++n)
+            energy += double(direct[start + n]) * double(direct[start + n]);
+        for (std::size_t lag = 0; energy > 1 && delay < 0 && lag < 2 * count; ++lag) {
+            double sum = 0;
+            for (std::size_t n = 0; n < count; ++n)
+                sum += double(direct[start + n]) * double(late[start + n + lag]);
+            if (sum > 0.99 * energy)
+                delay = int(lag);
+        }
+    }
+    QCOMPARE(delay, player.engine().latencyFrames() + PrivatePipeWire::quantum);
+}
+
+void TestPipeWireOutput::daemonThatIsKilledAndStartedAgainIsPlayedToAgain()
+{
+    QVERIFY(server->start());
+    Player player(lines->log());
+    player.setSettings(neutral());
+    QVERIFY(player.setSource(18, SourceKind::PinkNoise));
+    QVERIFY(player.start("pipewire"));
+    QVERIFY(linkUnitTo("out-sink", five));
+    QVERIFY(soundArrives(player));
+    for (int round = 0; round < 2; ++round) {
+        server->end(round == 0 ? SIGKILL : SIGTERM);
+        QVERIFY(waitForStatus(player, "PipeWire, waiting for the sound server"));
+        QVERIFY(server->start());
+        QVERIFY(linkUnitTo("out-sink", five));
+        QVERIFY(waitForStatus(player, "PipeWire, 48000 Hz, 5.1"));
+        QVERIFY(soundArrives(player));
+    }
+    QCOMPARE(lines->all().filter("lost").size(), 2);
+    QCOMPARE(lines->all().filter("back").size(), 2);
+}
+
+void TestPipeWireOutput::deviceThatGoesAndComesBackIsPlayedToAgain()
+{
+    QVERIFY(server->start());
+    Player player(lines->log());
+    player.setSettings(neutral());
+    QVERIFY(player.setSource(18, SourceKind::PinkNoise));
+    QVERIFY(player.start("pipewire"));
+    QVERIFY(linkUnitTo("out-sink", five));
+    QVERIFY(soundArrives(player));
+
+    PrivatePipeWire::output("pw-cli", {"destroy", "out-sink"});
+    QVERIFY(waitForStatus(player, "PipeWire, 48000 Hz, no device"));
+    QVERIFY(!PrivatePipeWire::ports().contains("out-sink:playback_FL"));
+
+    // Another device takes over: a stereo one, that was there already.
+    QVERIFY(linkUnitTo("test-sink", two));
+    QVERIFY(waitForStatus(player, "PipeWire, 48000 Hz, stereo"));
+    QVERIFY(soundArrives(player));
+}
+
+void TestPipeWireOutput::withoutDaemonAutoSaysSoOnceAndPlaysToNone()
+{
+    Player player(lines->log());
+    player.setSettings(neutral());
+    QVERIFY(player.setSource(18, SourceKind::PinkNoise));
+    QVERIFY(player.start("auto"));
+    QCOMPARE(QString::fromStdString(player.status()), QString("no sound output"));
+    QVERIFY(soundArrives(player));
+    QCOMPARE(lines->all().size(), 1);
+    QVERIFY2(lines->all().first().contains("without sound output"), qPrintable(lines->all().first()));
+}
+
+void TestPipeWireOutput::withoutDaemonPipeWireWaitsForIt()
+{
+    Player player(lines->log());
+    player.setSettings(neutral());
+    QVERIFY(player.setSource(18, SourceKind::PinkNoise));
+    QVERIFY(player.start("pipewire"));
+    QCOMPARE(QString::fromStdString(player.status()), QString("PipeWire, waiting for the sound server"));
+    QVERIFY(server->start());
+    QVERIFY(linkUnitTo("out-sink", five));
+    QVERIFY(soundArrives(player));
+    QCOMPARE(lines->all().size(), 2);
+}
+
+void TestPipeWireOutput::stopWhilePlayingEndsInSilenceAndTakesTheSinkAway()
+{
+    QVERIFY(server->start());
+    Player player(lines->log());
+    player.setSettings(neutral());
+    QVERIFY(player.setSource(18, SourceKind::PinkNoise));
+    QVERIFY(player.start("pipewire"));
+    QVERIFY(linkUnitTo("out-sink", five));
+    QVERIFY(soundArrives(player));
+    player.stop();
+    QVERIFY(player.engine().idle());
+    QVERIFY(!player.started());
+    QVERIFY(
+        PrivatePipeWire::waitFor([] { return !PrivatePipeWire::ports().contains("headunit:playback_FL"); }));
+    // And once more from the start.
+    QVERIFY(player.start("pipewire"));
+    QVERIFY(linkUnitTo("out-sink", five));
+    QVERIFY(soundArrives(player));
+}
+
+QTEST_GUILESS_MAIN(TestPipeWireOutput)
+#include "tst_pipewireoutput.moc"

@@ -1,0 +1,180 @@
+#pragma once
+
+#include <QElapsedTimer>
+#include <QFile>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <cmath>
+#include <csignal>
+#include <cstring>
+#include <functional>
+#include <vector>
+
+/// A PipeWire daemon of the test's own: runtime folder, configuration and graph are private, no session bus
+/// and no session manager take part, and links are made by name. It has a stereo sink "test-sink" and one of
+/// five channels, "out-sink". While it lives the environment of this process points to it.
+class PrivatePipeWire
+{
+public:
+    /// Frames of one cycle of the graph. Long, so that a busy machine keeps up.
+    static constexpr int quantum = 2048;
+
+    explicit PrivatePipeWire(const QString& configuration)
+    {
+        qputenv("XDG_RUNTIME_DIR", QFile::encodeName(folder_.path()));
+        qputenv("PIPEWIRE_CONFIG_DIR", QFile::encodeName(configuration));
+        qunsetenv("DBUS_SESSION_BUS_ADDRESS");
+        qputenv("PIPEWIRE_LATENCY", QByteArray::number(quantum) + "/48000");
+        qunsetenv("PIPEWIRE_REMOTE");
+        QFile::setPermissions(folder_.path(), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    }
+    ~PrivatePipeWire() { end(SIGTERM); }
+
+    /// True when the daemon's own sinks are there.
+    bool start()
+    {
+        daemon_.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        daemon_.start(QStringLiteral("pipewire"), QStringList());
+        return daemon_.waitForStarted() && waitForPorts({"out-sink:playback_LFE", "test-sink:playback_FR"});
+    }
+    /// Any signal; waits for the end.
+    void end(int signal)
+    {
+        if (daemon_.state() == QProcess::NotRunning)
+            return;
+        ::kill(pid_t(daemon_.processId()), signal);
+        daemon_.waitForFinished(5000);
+    }
+
+    QString path(const QString& name) const { return folder_.filePath(name); }
+
+    static QString output(const QString& program, const QStringList& arguments)
+    {
+        QProcess process;
+        process.start(program, arguments);
+        process.waitForFinished(10000);
+        return QString::fromUtf8(process.readAllStandardOutput());
+    }
+    /// All ports, or all links as "from -> to", one a line.
+    static QStringList ports()
+    {
+        return output(QStringLiteral("pw-link"), {QStringLiteral("-io")}).split('\n');
+    }
+    static QStringList links()
+    {
+        QStringList result;
+        QString from;
+        for (const QString& line : output(QStringLiteral("pw-link"), {QStringLiteral("-l")}).split('\n')) {
+            if (line.startsWith(QLatin1String("  |-> ")))
+                result << from + QLatin1String(" -> ") + line.mid(6);
+            else if (!line.startsWith(' '))
+                from = line;
+        }
+        return result;
+    }
+
+    static bool waitFor(const std::function<bool()>& condition, int ms = 10000)
+    {
+        return QTest::qWaitFor(condition, ms);
+    }
+    static bool waitForPorts(const QStringList& names, int ms = 10000)
+    {
+        return waitFor(
+            [&] {
+                const QStringList all = ports();
+                return std::all_of(names.begin(), names.end(),
+                                   [&](const QString& name) { return all.contains(name); });
+            },
+            ms);
+    }
+    /// Makes the link and waits until it stands.
+    static bool link(const QString& from, const QString& to)
+    {
+        const QString wanted = from + QLatin1String(" -> ") + to;
+        return waitFor([&] {
+            if (links().contains(wanted))
+                return true;
+            output(QStringLiteral("pw-link"), {from, to});
+            return false;
+        });
+    }
+
+private:
+    QTemporaryDir folder_;
+    QProcess daemon_;
+};
+
+/// pw-cat that records as the node "rec" until it is stopped; ends by itself after a minute.
+class Recording
+{
+public:
+    Recording(const QString& path, const QStringList& channels)
+        : path_(path)
+        , channels_(channels)
+    {
+        process_.start(QStringLiteral("timeout"),
+                       {"--signal=INT", "60", "pw-cat", "-r", "--target", "0", "--latency", "256",
+                        "--channels", QString::number(channels.size()), "--channel-map", channels.join(','),
+                        "--rate", "48000", "--format", "f32", "-P", "{ node.name = rec }", path});
+        QStringList ports;
+        for (const QString& channel : channels)
+            ports << QLatin1String("rec:input_") + channel;
+        ready_ = PrivatePipeWire::waitForPorts(ports);
+    }
+    ~Recording() { stop(); }
+    bool ready() const { return ready_; }
+
+    /// Ends the recording; its samples, channel by channel.
+    std::vector<std::vector<float>> stop()
+    {
+        if (process_.state() != QProcess::NotRunning) {
+            ::kill(pid_t(process_.processId()), SIGINT);
+            process_.waitForFinished(10000);
+        }
+        // RIFF chunks; pw-cat writes 32 bit floats here.
+        std::vector<std::vector<float>> samples(std::size_t(channels_.size()));
+        QFile file(path_);
+        if (!file.open(QIODevice::ReadOnly))
+            return samples;
+        const QByteArray all = file.readAll();
+        for (int at = 12; at + 8 <= all.size();) {
+            quint32 size = 0;
+            std::memcpy(&size, all.constData() + at + 4, 4);
+            if (all.mid(at, 4) == "data") {
+                const int frames = int(qMin<qint64>(size, all.size() - at - 8) / 4 / channels_.size());
+                for (int c = 0; c < channels_.size(); ++c) {
+                    samples[std::size_t(c)].resize(std::size_t(frames));
+                    for (int n = 0; n < frames; ++n)
+                        std::memcpy(&samples[std::size_t(c)][std::size_t(n)],
+                                    all.constData() + at + 8 + 4 * (n * channels_.size() + c), 4);
+                }
+                break;
+            }
+            at += 8 + int(size) + int(size % 2);
+        }
+        return samples;
+    }
+
+private:
+    const QString path_;
+    const QStringList channels_;
+    QProcess process_;
+    bool ready_ = false;
+};
+
+/// Amplitude of a sine of `hz` in a piece of a signal, by correlation under a Hann window.
+inline double amplitudeAt(const std::vector<float>& signal, std::size_t start, std::size_t count, double hz,
+                          double rate)
+{
+    constexpr double turn = 2 * 3.14159265358979323846;
+    double re = 0, im = 0, sum = 0;
+    for (std::size_t n = 0; n < count && start + n < signal.size(); ++n) {
+        const double window = 0.5 - 0.5 * std::cos(turn * double(n) / double(count));
+        re += window * double(signal[start + n]) * std::cos(turn * hz * double(n) / rate);
+        im += window * double(signal[start + n]) * std::sin(turn * hz * double(n) / rate);
+        sum += window;
+    }
+    return 2 * std::hypot(re, im) / sum;
+}
