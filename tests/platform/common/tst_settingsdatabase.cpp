@@ -8,8 +8,10 @@
 #include <QtTest>
 
 #include <csignal>
+#include <fcntl.h>
 #include <functional>
 #include <sqlite3.h>
+#include <sys/file.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -105,6 +107,7 @@ private slots:
     void killedBetweenManyWritesTheFileIsWhole();
     void aSecondProcessIsRefused();
     void aSecondProcessWaitsForOneThatIsEnding();
+    void aHolderIsRespectedWhileItHasNoDatabaseOpen();
     void aKilledProcessLeavesNoLock();
     void aDamagedFileIsMovedAside_data();
     void aDamagedFileIsMovedAside();
@@ -252,6 +255,21 @@ void TestSettingsDatabase::aSecondProcessWaitsForOneThatIsEnding()
     Child second(m_path, {QStringLiteral("hold")});
     QVERIFY(first.say("end"));
     QCOMPARE(second.line(), QByteArray("durable"));
+}
+
+void TestSettingsDatabase::aHolderIsRespectedWhileItHasNoDatabaseOpen()
+{
+    // That is how a unit stands that is just replacing a damaged file.
+    setContent(m_path, "damaged");
+    const int descriptor = ::open(QFile::encodeName(m_path).constData(), O_RDWR | O_CLOEXEC);
+    QVERIFY(descriptor >= 0 && ::flock(descriptor, LOCK_EX | LOCK_NB) == 0);
+    const MessageLog log;
+    const SettingsStore::Opened refused = store()->open(m_path);
+    ::close(descriptor);
+    QCOMPARE(refused, SettingsStore::Opened::Refused);
+    QVERIFY(movedAside().isEmpty());
+    QCOMPARE(contentOf(m_path), QByteArray("damaged"));
+    QCOMPARE(store()->open(m_path), SettingsStore::Opened::Durable);
 }
 
 void TestSettingsDatabase::aKilledProcessLeavesNoLock()
