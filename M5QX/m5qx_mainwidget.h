@@ -2,6 +2,10 @@
 
 #include <QWidget>
 
+class EQPresetWidget;
+class M5QXCrossSettingWidget;
+class VolumeSettingWidget;
+
 namespace Ui {
 class m5qx_audiosetting_container;
 }
@@ -12,12 +16,19 @@ class SettingsExe;
 
 namespace audiosetting {
 
+class m5qx_EQ_settings_page;
 class m5qx_audiosetting_container;
+class m5qx_eq_audio_levels_page;
 class m5qx_eq_tab_widget;
+class m5qx_eq_time_alignment_page;
 
 /// Shows one page at a time above the tab bar and remembers which, so that the application reopens where the
 /// driver left it. Kept pages are built once; transient ones are built anew each time and go by
-/// deleteLater(), so that a page may ask to leave from inside its own signal. Thread: GUI.
+/// deleteLater(), so that a page may ask to leave from inside its own signal. The current page is not held
+/// here: it is the value in the store. Thread: GUI.
+///
+///     tab bar -- triShow...() --> onShow...Page() -- AudioSetting_Page --> store
+///     transient page -- exitUI() --> on...Exit() -- back request --> framework
 class m5qx_mainwidget : public QWidget
 {
     Q_OBJECT
@@ -25,7 +36,9 @@ public:
     explicit m5qx_mainwidget(QWidget* parent);
     ~m5qx_mainwidget() override;
 
+    /// No page exists yet.
     void init();
+    /// Builds form, container and tab bar as far as they don't exist, and connects the tab bar. Runs once.
     void initTabWidget();
     /// Shows the stored page; an unknown one shows none.
     void resume();
@@ -57,15 +70,31 @@ private:
         TimeAlignmentPage = 3,
         EQPresetPage = 4,
         VolumeLevelPage = 5,
+        PageCount = 6,
     };
 
     void hideContainerChilds();
+    /// Remembers the page and marks its tab.
     void markPage(Page page);
+    void connectSwitches(QWidget* page);
+    template <typename TransientPage>
+    void drop(TransientPage*& page);
+    template <typename TransientPage>
+    void leave(TransientPage*& page);
 
-    Ui::m5qx_audiosetting_container* m_form = nullptr;
     m5qx_audiosetting_container* m_container = nullptr;
+    Ui::m5qx_audiosetting_container* m_form = nullptr;
     m5qx_eq_tab_widget* m_tabs = nullptr;
+
+    m5qx_EQ_settings_page* m_eqSettings = nullptr;
+    m5qx_eq_audio_levels_page* m_audioLevels = nullptr;
+    m5qx_eq_time_alignment_page* m_timeAlignment = nullptr;
+
     mem::SettingsExe* m_settings = nullptr;
+
+    M5QXCrossSettingWidget* m_crossover = nullptr;
+    EQPresetWidget* m_eqPreset = nullptr;
+    VolumeSettingWidget* m_volumes = nullptr;
 };
 
 } // namespace audiosetting

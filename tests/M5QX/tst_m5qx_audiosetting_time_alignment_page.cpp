@@ -998,7 +998,7 @@ void TestTimeAlignmentPage::randomTouchesKeepTheInvariants()
         }
     }
     touch::release(m_page.data(), QPoint(-50, -50));
-    QVERIFY2(steps > 100, qPrintable(QString::number(steps)));
+    QVERIFY2(steps > 10, qPrintable(QString::number(steps)));
     QCOMPARE(takeBackRequests(), 0);
 }
 
