@@ -98,7 +98,6 @@ void m5qx_eq_audio_levels_page::init()
     connect(m_slider, SIGNAL(valSave(int)), this, SLOT(onSliderOnSave(int)));
     // The slider is made after the form: put it between its keys for whoever steps through by keyboard.
     setTabOrder(ui->key_sub_level_down, m_slider);
-    setTabOrder(m_slider, ui->key_sub_level_up);
 
     showSwitches();
 
