@@ -1,165 +1,28 @@
-#include "common/settings.h"
-#include "common/settingsstore.h"
-#include "messagelog.h"
+#include "storefixture.h"
 
-#include <QDir>
-#include <QProcess>
-#include <QTemporaryDir>
-#include <QtTest>
-
-#include <csignal>
-#include <fcntl.h>
 #include <functional>
-#include <sqlite3.h>
-#include <sys/file.h>
 #include <sys/resource.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
-using mem::SettingsFunc;
-using mem::SettingsStore;
 
 using Damage = std::function<QByteArray(QByteArray)>;
 Q_DECLARE_METATYPE(Damage)
 
-namespace {
-
-// Far beyond what anything here takes; only a hang reaches it.
-constexpr int patienceMs = 30000;
-constexpr uid_t nobody = 65534;
-
-/// Runs SQL on the file as a foreign tool would. The unit must not have it open.
-bool runSql(const QString& path, const QByteArray& sql)
-{
-    sqlite3* connection = nullptr;
-    bool done = sqlite3_open(QFile::encodeName(path).constData(), &connection) == SQLITE_OK;
-    done = done && sqlite3_exec(connection, sql.constData(), nullptr, nullptr, nullptr) == SQLITE_OK;
-    return sqlite3_close(connection) == SQLITE_OK && done;
-}
-
-QByteArray contentOf(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-void setContent(const QString& path, const QByteArray& content)
-{
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    QCOMPARE(file.write(content), static_cast<qint64>(content.size()));
-}
-
-unsigned modeOf(const QString& path)
-{
-    struct stat status = {};
-    return ::stat(QFile::encodeName(path).constData(), &status) == 0 ? status.st_mode & 07777U : ~0U;
-}
-
-/// A second unit, see settings_child.cpp.
-class Child
-{
-public:
-    Child(const QString& path, const QStringList& command)
-    {
-        m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-        m_process.start(QCoreApplication::applicationDirPath() + QStringLiteral("/settings_child"),
-                        QStringList{path} + command);
-    }
-    ~Child() { kill(); }
-    QByteArray line()
-    {
-        while (!m_process.canReadLine() && m_process.waitForReadyRead(patienceMs))
-            continue;
-        return m_process.readLine().trimmed();
-    }
-    void kill()
-    {
-        if (m_process.state() == QProcess::NotRunning)
-            return;
-        ::kill(static_cast<pid_t>(m_process.processId()), SIGKILL);
-        m_process.waitForFinished(patienceMs);
-    }
-    bool say(const QByteArray& words)
-    {
-        m_process.write(words + '\n');
-        return m_process.waitForBytesWritten(patienceMs);
-    }
-    bool finished() { return m_process.waitForFinished(patienceMs); }
-
-private:
-    QProcess m_process;
-};
-
-} // namespace
-
-/// How the store lies on the disk: durability, damage, other processes, places that can't be written.
-class TestSettingsDatabase : public QObject
+/// What is in the file: that it survives, and what becomes of a damaged one.
+class TestSettingsDatabase : public StoreFixture
 {
     Q_OBJECT
 private slots:
-    void init();
-    void cleanup();
     void aCommittedWriteSurvivesKill();
     void aDelayedWriteIsDurableWithinTwoSeconds();
     void aDelayedWriteGoesWithTheNextCommit();
     void anOrderlyExitKeepsDelayedWrites();
     void killedBetweenManyWritesTheFileIsWhole();
-    void aSecondProcessIsRefused();
-    void aSecondProcessWaitsForOneThatIsEnding();
-    void aHolderIsRespectedWhileItHasNoDatabaseOpen();
-    void aKilledProcessLeavesNoLock();
     void aDamagedFileIsMovedAside_data();
     void aDamagedFileIsMovedAside();
-    void twoDamagedFilesGetTwoNames();
-    void anEmptyFileIsAFreshOne();
     void aStrayLogIsNoDanger();
     void aRowThatIsNotWhatItSaysReadsAsTheDefault();
     void theRestOfTheRowsStays();
-    void aPlaceThatCantBeWrittenGivesOneLine_data();
-    void aPlaceThatCantBeWrittenGivesOneLine();
-    void aFolderWithoutPermissionStillGivesItsValues();
     void aFullDiskLosesNothing();
-    void fileModeIs0600_data();
-    void fileModeIs0600();
-    void aWiderModeIsNarrowed();
-    void aLinkIsFollowed();
-
-private:
-    QTemporaryDir m_folder;
-    QString m_path;
-
-    SettingsStore* store() { return SettingsStore::instance(); }
-    void set(const char* key, int value, bool commit = true)
-    {
-        SettingsFunc::instance()->setValue(QLatin1String(key), 0, value, commit);
-    }
-    int get(const char* key) { return SettingsFunc::instance()->getValue(QLatin1String(key), -1); }
-    void makeFileWith(const char* key, int value)
-    {
-        QCOMPARE(store()->open(m_path), SettingsStore::Opened::Durable);
-        set(key, value);
-        store()->close();
-    }
-    QStringList movedAside()
-    {
-        const QFileInfo file(m_path);
-        return file.dir().entryList({file.fileName() + QStringLiteral(".damaged-*")}, QDir::Files,
-                                    QDir::Name);
-    }
 };
-
-void TestSettingsDatabase::init()
-{
-    static int number = 0;
-    m_path = m_folder.filePath(QStringLiteral("%1/settings.db").arg(++number));
-    QVERIFY(QDir().mkpath(QFileInfo(m_path).path()));
-}
-
-void TestSettingsDatabase::cleanup()
-{
-    store()->close();
-}
 
 void TestSettingsDatabase::aCommittedWriteSurvivesKill()
 {
@@ -232,54 +95,6 @@ void TestSettingsDatabase::killedBetweenManyWritesTheFileIsWhole()
     QVERIFY(movedAside().isEmpty());
 }
 
-void TestSettingsDatabase::aSecondProcessIsRefused()
-{
-    Child child(m_path, {QStringLiteral("hold")});
-    QCOMPARE(child.line(), QByteArray("durable"));
-    QCOMPARE(child.line(), QByteArray("held"));
-    const MessageLog log;
-    QString message;
-    QCOMPARE(store()->open(m_path, &message), SettingsStore::Opened::Refused);
-    QVERIFY2(message.contains(m_path) && message.contains(QStringLiteral("another process")),
-             qPrintable(message));
-    QCOMPARE(log.lines(), QStringList(message));
-    QVERIFY(!store()->isDurable());
-    QVERIFY(movedAside().isEmpty());
-}
-
-void TestSettingsDatabase::aSecondProcessWaitsForOneThatIsEnding()
-{
-    Child first(m_path, {QStringLiteral("hold-until-line")});
-    QCOMPARE(first.line(), QByteArray("durable"));
-    QCOMPARE(first.line(), QByteArray("held"));
-    Child second(m_path, {QStringLiteral("hold")});
-    QVERIFY(first.say("end"));
-    QCOMPARE(second.line(), QByteArray("durable"));
-}
-
-void TestSettingsDatabase::aHolderIsRespectedWhileItHasNoDatabaseOpen()
-{
-    // That is how a unit stands that is just replacing a damaged file.
-    setContent(m_path, "damaged");
-    const int descriptor = ::open(QFile::encodeName(m_path).constData(), O_RDWR | O_CLOEXEC);
-    QVERIFY(descriptor >= 0 && ::flock(descriptor, LOCK_EX | LOCK_NB) == 0);
-    const MessageLog log;
-    const SettingsStore::Opened refused = store()->open(m_path);
-    ::close(descriptor);
-    QCOMPARE(refused, SettingsStore::Opened::Refused);
-    QVERIFY(movedAside().isEmpty());
-    QCOMPARE(contentOf(m_path), QByteArray("damaged"));
-    QCOMPARE(store()->open(m_path), SettingsStore::Opened::Durable);
-}
-
-void TestSettingsDatabase::aKilledProcessLeavesNoLock()
-{
-    Child child(m_path, {QStringLiteral("hold")});
-    QCOMPARE(child.line(), QByteArray("durable"));
-    child.kill();
-    QCOMPARE(store()->open(m_path), SettingsStore::Opened::Durable);
-}
-
 void TestSettingsDatabase::aDamagedFileIsMovedAside_data()
 {
     QTest::addColumn<Damage>("damage");
@@ -338,28 +153,6 @@ void TestSettingsDatabase::aDamagedFileIsMovedAside()
     QCOMPARE(get("k"), 6);
 }
 
-void TestSettingsDatabase::twoDamagedFilesGetTwoNames()
-{
-    const MessageLog log;
-    for (int i = 0; i < 3; ++i) {
-        setContent(m_path, QByteArray(3000, static_cast<char>('a' + i)));
-        setContent(m_path + QStringLiteral("-journal"), "no journal");
-        QCOMPARE(store()->open(m_path), SettingsStore::Opened::Durable);
-        store()->close();
-    }
-    QCOMPARE(movedAside().filter(QStringLiteral("-journal")).size(), 3);
-    QCOMPARE(movedAside().size(), 6);
-}
-
-void TestSettingsDatabase::anEmptyFileIsAFreshOne()
-{
-    setContent(m_path, QByteArray());
-    QString message;
-    QCOMPARE(store()->open(m_path, &message), SettingsStore::Opened::Durable);
-    QVERIFY(message.isEmpty());
-    QVERIFY(movedAside().isEmpty());
-}
-
 void TestSettingsDatabase::aStrayLogIsNoDanger()
 {
     makeFileWith("k", 5);
@@ -403,64 +196,6 @@ void TestSettingsDatabase::theRestOfTheRowsStays()
     QCOMPARE(store()->value(QStringLiteral("odd")).toByteArray(), QByteArray("abc"));
 }
 
-void TestSettingsDatabase::aPlaceThatCantBeWrittenGivesOneLine_data()
-{
-    QTest::addColumn<QString>("place");
-    const QString file = m_folder.filePath(QStringLiteral("a file"));
-    setContent(file, "x");
-    QVERIFY(QDir().mkpath(m_folder.filePath(QStringLiteral("a folder"))));
-    const QString fifo = m_folder.filePath(QStringLiteral("a fifo"));
-    QVERIFY(::mkfifo(QFile::encodeName(fifo).constData(), 0600) == 0);
-    QTest::newRow("below a regular file") << file + QStringLiteral("/below/settings.db");
-    QTest::newRow("a folder that nobody can make") << QStringLiteral("/proc/no/settings.db");
-    QTest::newRow("a folder itself") << m_folder.filePath(QStringLiteral("a folder"));
-    QTest::newRow("a pipe") << fifo;
-    QTest::newRow("a device") << QStringLiteral("/dev/null");
-}
-
-void TestSettingsDatabase::aPlaceThatCantBeWrittenGivesOneLine()
-{
-    QFETCH(QString, place);
-    const MessageLog log;
-    QString message;
-    QCOMPARE(store()->open(place, &message), SettingsStore::Opened::Memory);
-    QVERIFY2(message.contains(place) && message.contains(QStringLiteral("memory")), qPrintable(message));
-    set("k", 3);
-    set("l", 4, false);
-    QVERIFY(store()->commit());
-    QCOMPARE(get("k"), 3);
-    QCOMPARE(get("l"), 4);
-    store()->close();
-    QCOMPARE(log.lines(), QStringList(message));
-}
-
-void TestSettingsDatabase::aFolderWithoutPermissionStillGivesItsValues()
-{
-    makeFileWith("k", 5);
-    const QString folder = QFileInfo(m_path).path();
-    // Nothing binds root but being somebody else for a while.
-    const bool root = ::geteuid() == 0;
-    QVERIFY(::chmod(QFile::encodeName(m_folder.path()).constData(), 0755) == 0);
-    QVERIFY(::chmod(QFile::encodeName(folder).constData(), 0555) == 0);
-    QVERIFY(::chmod(QFile::encodeName(m_path).constData(), 0444) == 0);
-    QVERIFY(!root || ::seteuid(nobody) == 0);
-    SettingsStore::Opened opened = SettingsStore::Opened::Refused;
-    int lines = 0;
-    {
-        const MessageLog log;
-        opened = store()->open(m_path);
-        lines = log.lines().size();
-    }
-    QVERIFY(!root || ::seteuid(0) == 0);
-    QVERIFY(::chmod(QFile::encodeName(folder).constData(), 0755) == 0);
-    QCOMPARE(opened, SettingsStore::Opened::Memory);
-    QCOMPARE(lines, 1);
-    QCOMPARE(get("k"), 5);
-    set("k", 6);
-    QCOMPARE(get("k"), 6);
-    QVERIFY(movedAside().isEmpty());
-}
-
 void TestSettingsDatabase::aFullDiskLosesNothing()
 {
     QCOMPARE(store()->open(m_path), SettingsStore::Opened::Durable);
@@ -496,51 +231,6 @@ void TestSettingsDatabase::aFullDiskLosesNothing()
     QCOMPARE(store()->open(m_path), SettingsStore::Opened::Durable);
     QCOMPARE(get("before"), 1);
     QCOMPARE(get("during"), 3);
-}
-
-void TestSettingsDatabase::fileModeIs0600_data()
-{
-    QTest::addColumn<uint>("mask");
-    QTest::newRow("umask 000") << 0000U;
-    QTest::newRow("umask 022") << 0022U;
-    QTest::newRow("umask 077") << 0077U;
-    QTest::newRow("umask 0277") << 0277U;
-}
-
-void TestSettingsDatabase::fileModeIs0600()
-{
-    QFETCH(uint, mask);
-    const mode_t before = ::umask(static_cast<mode_t>(mask));
-    const SettingsStore::Opened opened = store()->open(m_path);
-    set("k", 1);
-    ::umask(before);
-    QCOMPARE(opened, SettingsStore::Opened::Durable);
-    QCOMPARE(modeOf(m_path), 0600U);
-    QCOMPARE(modeOf(m_path + QStringLiteral("-wal")), 0600U);
-}
-
-void TestSettingsDatabase::aWiderModeIsNarrowed()
-{
-    makeFileWith("k", 5);
-    QVERIFY(::chmod(QFile::encodeName(m_path).constData(), 0644) == 0);
-    QCOMPARE(store()->open(m_path), SettingsStore::Opened::Durable);
-    QCOMPARE(modeOf(m_path), 0600U);
-    QCOMPARE(get("k"), 5);
-}
-
-void TestSettingsDatabase::aLinkIsFollowed()
-{
-    const QString link = m_folder.filePath(QStringLiteral("link.db"));
-    makeFileWith("k", 5);
-    QVERIFY(QFile::link(m_path, link));
-    QCOMPARE(store()->open(link), SettingsStore::Opened::Durable);
-    QCOMPARE(get("k"), 5);
-    store()->close();
-    setContent(m_path, "damaged beyond repair");
-    const MessageLog log;
-    QCOMPARE(store()->open(link), SettingsStore::Opened::Durable);
-    QVERIFY(QFileInfo(link).isSymLink());
-    QCOMPARE(movedAside().size(), 1);
 }
 
 QTEST_GUILESS_MAIN(TestSettingsDatabase)

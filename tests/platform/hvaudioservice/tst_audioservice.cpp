@@ -1,117 +1,29 @@
 #include "common/journal.h"
-#include "common/mcumanager.h"
 #include "common/settings.h"
-#include "common/settingsstore.h"
-#include "hvaudio/audioservice.h"
 #include "hvaudio/eqcurves.h"
-#include "hvaudio/settings.h"
-#include "hvaudioservice/audioservicehost.h"
-#include "platform/common/messagelog.h"
+#include "servicefixture.h"
 
-#include <QTemporaryDir>
-#include <QtTest>
-
-#include <functional>
 #include <limits>
 
-using hvaudio::AudioService;
-using hvaudio::AudioServiceHost;
-using hvaudio::dsp::Settings;
-using mem::SettingsStore;
-
-using Call = std::function<void(AudioService*)>;
-using Check = std::function<bool(const Settings&)>;
-Q_DECLARE_METATYPE(Call)
-Q_DECLARE_METATYPE(Check)
-
-class TestAudioService : public QObject
+/// The calls: what they change, what they refuse, what they tell.
+class TestAudioService : public ServiceFixture
 {
     Q_OBJECT
 private slots:
-    void init();
-    void cleanup();
     void aFreshUnit();
     void acceptedCallsReachTheSound_data();
     void acceptedCallsReachTheSound();
-    void everythingIsRestoredAfterARestart();
     void callsOutOfRangeChangeNothing_data();
     void callsOutOfRangeChangeNothing();
-    void storedValuesOutOfRangeAreLoggedAndBrought_data();
-    void storedValuesOutOfRangeAreLoggedAndBrought();
-    void restoringWritesNothingButVolumes();
     void eqTypeIsToldOnlyOnRealChange();
-    void eqTypeIsToldWhenThePowerCycleChangesIt();
-    void withoutTheFlagNothingIsKept();
-    void loudnessIsKeptWhateverTheFlag();
     void builtInCurvesAreTheTable();
     void editingNeedsAUserCurve();
     void anEditOfTheOtherCurveIsSilent();
     void volumesAreKeptAndTold();
-    void powerOnSetsTheStartUpVolumes();
-    void powerOffFallsSilentAndKeeps();
-    void aBurstOfFiltersIsDurableWhenTheLoopTurns();
-    void subwooferSlopeFollowsTheStore();
-    void subwooferPolarityFollowsTheStore();
-    void untouchedSubwooferIsWhatThePagesShow();
     void largeLevelsSoundAsTheLargestCut_data();
     void largeLevelsSoundAsTheLargestCut();
-    void theTwoTableSetsKeepTheirOwnFilters();
-    void aStandAloneLevelIsALevel();
-    void theGainOfThePlayingSourceSounds();
-    void bothBeepsReachTheBeeper();
     void callsAreReported();
-    void worksWithoutSink();
-    void shutdownMakesRoomForANewService();
-
-private:
-    QTemporaryDir m_folder;
-    QString m_path;
-    Settings m_heard;
-    int m_heardCount = 0;
-
-    AudioService* service() { return AudioService::instance(); }
-    SettingsStore* store() { return SettingsStore::instance(); }
-    QVariant stored(const char* key) { return store()->value(QLatin1String(key)); }
-    void setStored(const char* key, const QVariant& value)
-    {
-        QVERIFY(store()->setValue(QLatin1String(key), value, true));
-    }
-    void start();
-    void restart();
 };
-
-void TestAudioService::start()
-{
-    QCOMPARE(store()->open(m_path), SettingsStore::Opened::Durable);
-    AudioServiceHost::setSink([this](const Settings& settings) {
-        m_heard = settings;
-        ++m_heardCount;
-    });
-    AudioServiceHost::powerOn();
-}
-
-void TestAudioService::restart()
-{
-    AudioServiceHost::powerOff();
-    AudioServiceHost::shutdown();
-    store()->close();
-    start();
-}
-
-void TestAudioService::init()
-{
-    static int number = 0;
-    m_path = m_folder.filePath(QStringLiteral("%1.db").arg(++number));
-    start();
-}
-
-void TestAudioService::cleanup()
-{
-    AudioServiceHost::setSink(nullptr);
-    AudioServiceHost::setBeeper(nullptr);
-    AudioServiceHost::shutdown();
-    store()->close();
-}
 
 void TestAudioService::aFreshUnit()
 {
@@ -179,56 +91,6 @@ void TestAudioService::acceptedCallsReachTheSound()
     Settings inRange = m_heard;
     QCOMPARE(hvaudio::dsp::clampToRange(inRange), std::string());
     QCOMPARE(log.lines(), QStringList());
-}
-
-void TestAudioService::everythingIsRestoredAfterARestart()
-{
-    AudioService* const s = service();
-    s->setEQType(EQ_Type_User2, true);
-    for (int band = 0; band < 13; ++band) {
-        s->setCustomEq1(band - 6, band, true);
-        s->setCustomEq2(6 - band, band, true);
-    }
-    s->setCustomLoudness(true, false);
-    s->setBalanceFader(-7, 9, true);
-    for (int speaker = 0; speaker < 4; ++speaker) {
-        s->setHPFFilter(speaker + 1, speaker, 1 << speaker, speaker);
-        s->setLPFFilter(speaker + 2, 0, 1 << speaker, 3 - speaker);
-        s->setSurroundDelay(1 << speaker, static_cast<float>(speaker) * 0.1F);
-    }
-    s->setSubFilter(5, 3, 2);
-    s->setSurroundDelay(32, 7.7F);
-    s->setVolumeLevel(33, 0);
-    setStored("Setup_Main_Volume", 33);
-    setStored("Setup_Input_Gain_Type_Radio", 7);
-    s->setSourceOffsetGain(HVAudio_source_Radio, 7);
-    const Settings before = m_heard;
-    restart();
-    const Settings after = m_heard;
-    QCOMPARE(static_cast<int>(service()->getCurrEQType()), 7);
-    for (int band = 0; band < 13; ++band)
-        QCOMPARE(service()->getCustomEq(band), 6 - band);
-    QCOMPARE(after.equalizer, before.equalizer);
-    QCOMPARE(after.loudness, before.loudness);
-    QCOMPARE(after.balance, before.balance);
-    QCOMPARE(after.fader, before.fader);
-    QCOMPARE(after.mainVolume, 33);
-    QCOMPARE(after.sourceGain, 7);
-    for (std::size_t i = 0; i < 4; ++i) {
-        QCOMPARE(after.cabin[i].highPass.frequency, before.cabin[i].highPass.frequency);
-        QCOMPARE(after.cabin[i].highPass.slope, before.cabin[i].highPass.slope);
-        QCOMPARE(after.cabin[i].lowPass.frequency, before.cabin[i].lowPass.frequency);
-        QCOMPARE(after.cabin[i].lowPass.slope, before.cabin[i].lowPass.slope);
-        QCOMPARE(after.cabin[i].attenuation, before.cabin[i].attenuation);
-        QCOMPARE(after.cabin[i].delayMs, before.cabin[i].delayMs);
-    }
-    QCOMPARE(after.subwoofer.filter, 5);
-    QCOMPARE(after.subwoofer.attenuation, 3);
-    QCOMPARE(after.subwoofer.slope, 2);
-    QCOMPARE(after.subwoofer.delayMs, 7.7);
-    service()->setEQType(EQ_Type_User1, false);
-    for (int band = 0; band < 13; ++band)
-        QCOMPARE(service()->getCustomEq(band), band - 6);
 }
 
 void TestAudioService::callsOutOfRangeChangeNothing_data()
@@ -301,66 +163,6 @@ void TestAudioService::callsOutOfRangeChangeNothing()
     QCOMPARE(types.size() + volumes.size(), 0);
 }
 
-void TestAudioService::storedValuesOutOfRangeAreLoggedAndBrought_data()
-{
-    constexpr int huge = std::numeric_limits<int>::max();
-    using S = const Settings&;
-    QTest::addColumn<QString>("key");
-    QTest::addColumn<QVariant>("value");
-    QTest::addColumn<Check>("check");
-    const auto row = [](const char* key, const char* what, const QVariant& value, const Check& check) {
-        QTest::addRow("%s %s", key, what) << QString::fromLatin1(key) << value << check;
-    };
-    // clang-format off
-    row("AudioService_EQType",  "9",       9,                        [](S h) { return h.equalizer == std::array<int, 13>{}; });
-    row("eq10",                 "99",      99,                       [](S h) { return h.equalizer[0] == 10; });
-    row("eq112",                "-huge",   -huge,                    [](S h) { return h.equalizer[12] == -10; });
-    row("eq13",                 "text",    QStringLiteral("loud"),   [](S h) { return h.equalizer[3] == 0; });
-    row("customloudnes",        "int",     1,                        [](S h) { return !h.loudness; });
-    row("AudioService_Balance", "16",      16,                       [](S h) { return h.balance == 15; });
-    row("AudioService_Fader",   "text",    QStringLiteral(""),       [](S h) { return h.fader == 0; });
-    row("AudioService_HPF_0",   "malformed", QStringLiteral("1;2"),  [](S h) { return h.cabin[0].highPass.frequency == 0; });
-    row("AudioService_HPF_1",   "beyond",  QStringLiteral("9;0;0"),  [](S h) { return h.cabin[1].highPass.frequency == 0; });
-    row("AudioService_LPF_2",   "letters", QStringLiteral("a;b;c"),  [](S h) { return h.cabin[2].lowPass.frequency == 0; });
-    row("AudioService_Sub",     "a mebibyte", QString(1 << 20, QLatin1Char(';')), [](S h) { return h.subwoofer.filter == 7; });
-    row("AudioService_Sub",     "int",     5,                        [](S h) { return h.subwoofer.filter == 7; });
-    row("AudioService_DelayUs_0", "huge",  huge,                     [](S h) { return h.cabin[0].delayMs == 10.0; });
-    row("Setup_Main_Volume",    "huge",    huge,                     [](S h) { return h.mainVolume == 25; });
-    row("Setup_Main_Volume",    "-1",      -1,                       [](S h) { return h.mainVolume == 25; });
-    row("Setup_Volume_Type_Navi", "text",  QStringLiteral("x"),      [](S h) { return h.promptVolume[3] == 40; });
-    row("Setup_Input_Gain_Type_Radio", "16", 16,                     [](S h) { return h.sourceGain == 15; });
-    row("subwooferslope",       "99",      99,                       [](S h) { return h.subwoofer.slope == 3; });
-    row("subwooferFreq",        "-5",      -5,                       [](S h) { return h.subwoofer.filter == 0; });
-    row("Audio_Phase_Troggle",  "text",    QStringLiteral("yes"),    [](S h) { return !h.subwoofer.inverted; });
-    // clang-format on
-}
-
-void TestAudioService::storedValuesOutOfRangeAreLoggedAndBrought()
-{
-    QFETCH(QString, key);
-    QFETCH(QVariant, value);
-    QFETCH(Check, check);
-    setStored("AudioService_EQType", 6);
-    AudioServiceHost::shutdown();
-    QVERIFY(store()->setValue(key, value, true));
-    const MessageLog log;
-    restart();
-    QVERIFY(check(m_heard));
-    QVERIFY(log.count(key) >= 1);
-    // What nobody touched stays as it is.
-    QCOMPARE(store()->value(key), value);
-}
-
-void TestAudioService::restoringWritesNothingButVolumes()
-{
-    AudioServiceHost::shutdown();
-    store()->clear();
-    AudioServiceHost::powerOn();
-    QCOMPARE(store()->values().keys(),
-             QStringList({QStringLiteral("volume0"), QStringLiteral("volume1"), QStringLiteral("volume2"),
-                          QStringLiteral("volume4"), QStringLiteral("volume5")}));
-}
-
 void TestAudioService::eqTypeIsToldOnlyOnRealChange()
 {
     QSignalSpy types(mem::SettingsUtil::instance(), SIGNAL(EQType(int)));
@@ -379,45 +181,6 @@ void TestAudioService::eqTypeIsToldOnlyOnRealChange()
     disconnect(connection);
     QCOMPARE(readInside, 6);
     QCOMPARE(types.size(), 2);
-}
-
-void TestAudioService::eqTypeIsToldWhenThePowerCycleChangesIt()
-{
-    service()->setEQType(EQ_Type_Pop, true);
-    service()->setEQType(EQ_Type_Rock, false);
-    QSignalSpy types(mem::SettingsUtil::instance(), &mem::SettingsUtil::EQType);
-    AudioServiceHost::powerOff();
-    AudioServiceHost::powerOn();
-    QCOMPARE(types.size(), 1);
-    QCOMPARE(types.first().first().toInt(), 3);
-    AudioServiceHost::powerOff();
-    AudioServiceHost::powerOn();
-    QCOMPARE(types.size(), 1);
-}
-
-void TestAudioService::withoutTheFlagNothingIsKept()
-{
-    service()->setEQType(EQ_Type_User1, false);
-    service()->setCustomEq1(4, 2, false);
-    service()->setBalanceFader(5, 6, false);
-    QCOMPARE(m_heard.equalizer[2], 4);
-    QCOMPARE(m_heard.balance, 5);
-    for (const char* key : {"AudioService_EQType", "eq12", "AudioService_Balance", "AudioService_Fader"})
-        QVERIFY2(!stored(key).isValid(), key);
-    restart();
-    QCOMPARE(m_heard.balance, 0);
-    QCOMPARE(static_cast<int>(service()->getCurrEQType()), 0);
-}
-
-void TestAudioService::loudnessIsKeptWhateverTheFlag()
-{
-    service()->setCustomLoudness(true, false);
-    QCOMPARE(stored("customloudnes"), QVariant(true));
-    service()->setCustomLoudness(false, true);
-    QCOMPARE(stored("customloudnes"), QVariant(false));
-    service()->setCustomLoudness(true, false);
-    restart();
-    QVERIFY(m_heard.loudness);
 }
 
 void TestAudioService::builtInCurvesAreTheTable()
@@ -482,115 +245,6 @@ void TestAudioService::volumesAreKeptAndTold()
     QVERIFY(stored("volume4").isValid());
 }
 
-void TestAudioService::powerOnSetsTheStartUpVolumes()
-{
-    for (int channel : {0, 1, 2, 4, 5})
-        service()->setVolumeLevel(50, channel);
-    setStored("Setup_Main_Volume", 11);
-    setStored("Setup_Volume_Type_BT_Ringer", 12);
-    setStored("Setup_Volume_Type_BT_Talking", 13);
-    setStored("Setup_Volume_Type_Navi", 15);
-    setStored("Setup_Volume_Type_Voice", 14);
-    AudioServiceHost::powerOff();
-    QVERIFY(!m_heard.power);
-    // Power never comes with the level of before.
-    bool loud = false;
-    AudioServiceHost::setSink([this, &loud](const Settings& settings) {
-        m_heard = settings;
-        loud = loud || (settings.power && settings.mainVolume != 11);
-    });
-    QSignalSpy volumes(service(), &AudioService::audioVolumeChanged);
-    AudioServiceHost::powerOn();
-    QVERIFY(!loud);
-    QVERIFY(m_heard.power);
-    QCOMPARE(m_heard.mainVolume, 11);
-    QCOMPARE(m_heard.promptVolume, (std::array<int, 4>{12, 13, 14, 15}));
-    QCOMPARE(volumes.size(), 5);
-    QCOMPARE(stored("volume0"), QVariant(11));
-    QCOMPARE(stored("volume4"), QVariant(14));
-    QCOMPARE(stored("volume5"), QVariant(15));
-}
-
-void TestAudioService::powerOffFallsSilentAndKeeps()
-{
-    service()->setHPFFilter(3, 0, 1, 0);
-    AudioServiceHost::powerOff();
-    QVERIFY(!m_heard.power);
-    store()->close();
-    QCOMPARE(store()->open(m_path), SettingsStore::Opened::Durable);
-    QCOMPARE(stored("AudioService_HPF_0"), QVariant(QStringLiteral("3;0;0")));
-}
-
-void TestAudioService::aBurstOfFiltersIsDurableWhenTheLoopTurns()
-{
-    const QString log = m_path + QStringLiteral("-wal");
-    const qint64 before = QFileInfo(log).size();
-    for (int speaker = 0; speaker < 4; ++speaker)
-        service()->setHPFFilter(5, 1, 1 << speaker, 1);
-    QCOMPARE(QFileInfo(log).size(), before);
-    QCoreApplication::processEvents();
-    QVERIFY(QFileInfo(log).size() > before);
-}
-
-void TestAudioService::subwooferSlopeFollowsTheStore()
-{
-    setStored("subwooferslope", 2);
-    QCOMPARE(m_heard.subwoofer.slope, 2);
-    // The audio levels page sends slope 0 with each level.
-    service()->setSubFilter(7, 4, 0);
-    QCOMPARE(m_heard.subwoofer.slope, 2);
-    service()->setSubFilter(7, 4, 1);
-    QCOMPARE(m_heard.subwoofer.slope, 1);
-    // The crossover page stores the slope right after sending it; 0 is 6 dB/octave then.
-    service()->setSubFilter(7, 4, 0);
-    setStored("subwooferslope", 0);
-    QCOMPARE(m_heard.subwoofer.slope, 0);
-    service()->setSubFilter(7, 4, 3);
-    setStored("subwooferslope", 3);
-    restart();
-    QCOMPARE(m_heard.subwoofer.slope, 3);
-    setStored("subwooferslope", 1);
-    QCOMPARE(m_heard.subwoofer.slope, 1);
-    restart();
-    QCOMPARE(m_heard.subwoofer.slope, 1);
-    store()->remove(QStringLiteral("subwooferslope"));
-    QCOMPARE(m_heard.subwoofer.slope, 0);
-}
-
-void TestAudioService::subwooferPolarityFollowsTheStore()
-{
-    QVERIFY(!m_heard.subwoofer.inverted);
-    setStored("Audio_Phase_Troggle", true);
-    QVERIFY(m_heard.subwoofer.inverted);
-    restart();
-    QVERIFY(m_heard.subwoofer.inverted);
-    setStored("Audio_Phase_Troggle", false);
-    QVERIFY(!m_heard.subwoofer.inverted);
-    for (const hvaudio::dsp::CabinSpeakerSettings& cabin : m_heard.cabin)
-        QVERIFY(!cabin.inverted);
-}
-
-void TestAudioService::untouchedSubwooferIsWhatThePagesShow()
-{
-    QCOMPARE(m_heard.subwoofer.filter, 7);
-    QCOMPARE(m_heard.subwoofer.attenuation, 11);
-    setStored("subwooferFreq", 4);
-    setStored("subwooferLevel", 3 | 128);
-    setStored("subwooferslope", 2);
-    restart();
-    QCOMPARE(m_heard.subwoofer.filter, 4);
-    QCOMPARE(m_heard.subwoofer.attenuation, 3);
-    QCOMPARE(m_heard.subwoofer.slope, 2);
-    setStored("subwooferOnOff", false);
-    restart();
-    QCOMPARE(m_heard.subwoofer.filter, 0);
-    // From the first call on, what was applied counts.
-    service()->setSubFilter(2, 1, 0);
-    restart();
-    QCOMPARE(m_heard.subwoofer.filter, 2);
-    QCOMPARE(m_heard.subwoofer.attenuation, 1);
-}
-
 void TestAudioService::largeLevelsSoundAsTheLargestCut_data()
 {
     QTest::addColumn<int>("level");
@@ -610,88 +264,6 @@ void TestAudioService::largeLevelsSoundAsTheLargestCut()
     QCOMPARE(m_heard.cabin[0].attenuation, 12);
     QCOMPARE(log.lines().size(), 3);
     QCOMPARE(stored("AudioService_Sub").toString(), QStringLiteral("7;%1;0").arg(level));
-}
-
-void TestAudioService::theTwoTableSetsKeepTheirOwnFilters()
-{
-    service()->setHPFFilter(8, 2, 1, 1);
-    AudioServiceHost::setFilterTables(AudioServiceHost::FilterTables::MainAudio);
-    QCOMPARE(m_heard.tables, hvaudio::dsp::CrossoverTables::StandAlonePage);
-    QCOMPARE(m_heard.cabin[0].highPass.frequency, 0);
-    // The page sends the index in both places; it is no attenuation there.
-    service()->setHPFFilter(4, 4, 1, 1);
-    service()->setLPFFilter(5, 5, 1, 3);
-    QCOMPARE(m_heard.cabin[0].highPass.frequency, 4);
-    QCOMPARE(m_heard.cabin[0].lowPass.frequency, 5);
-    QCOMPARE(m_heard.cabin[0].attenuation, 0);
-    {
-        const MessageLog log;
-        service()->setHPFFilter(6, 6, 1, 1);
-        QCOMPARE(log.lines().size(), 1);
-        QCOMPARE(m_heard.cabin[0].highPass.frequency, 4);
-    }
-    AudioServiceHost::setFilterTables(AudioServiceHost::FilterTables::SpeakerGroups);
-    QCOMPARE(m_heard.tables, hvaudio::dsp::CrossoverTables::SpeakerPage);
-    QCOMPARE(m_heard.cabin[0].highPass.frequency, 8);
-    QCOMPARE(m_heard.cabin[0].attenuation, 2);
-    AudioServiceHost::setFilterTables(AudioServiceHost::FilterTables::MainAudio);
-    QCOMPARE(m_heard.cabin[0].highPass.frequency, 4);
-}
-
-void TestAudioService::aStandAloneLevelIsALevel()
-{
-    AudioServiceHost::setFilterTables(AudioServiceHost::FilterTables::MainAudio);
-    service()->setSubFilter(3, 14, 0);
-    QCOMPARE(m_heard.subwoofer.attenuation, 0);
-    service()->setSubFilter(3, 1, 0);
-    QCOMPARE(m_heard.subwoofer.attenuation, 13);
-    QCOMPARE(m_heard.subwoofer.filter, 3);
-    // Indexes of the speaker groups' list sound as the nearest of its own.
-    const int nearest[] = {4, 4, 5, 5};
-    for (int index = 6; index <= 9; ++index) {
-        service()->setSubFilter(index, 5, 0);
-        QCOMPARE(m_heard.subwoofer.filter, nearest[index - 6]);
-    }
-    service()->setSubFilter(3, 127, 0);
-    QCOMPARE(m_heard.subwoofer.attenuation, 0);
-}
-
-void TestAudioService::theGainOfThePlayingSourceSounds()
-{
-    const HVAudio_source_id_e sources[] = {
-        HVAudio_source_Radio,   HVAudio_source_Usb,         HVAudio_source_BtAudio, HVAudio_source_AvIn,
-        HVAudio_source_Carplay, HVAudio_source_AndroidAuto, HVAudio_source_Dab};
-    const char* const keys[] = {
-        "Setup_Input_Gain_Type_Radio", "Setup_Input_Gain_Type_USB",     "Setup_Input_Gain_Type_BT_Audio",
-        "Setup_Input_Gain_Type_AUX",   "Setup_Input_Gain_Type_Carplay", "Setup_Input_Gain_Type_Android_Auto",
-        "Setup_Input_Gain_Type_DAB",
-    };
-    for (int i = 0; i < 7; ++i)
-        setStored(keys[i], i);
-    restart();
-    for (int i = 0; i < 7; ++i) {
-        AudioServiceHost::setActiveSource(sources[i]);
-        QCOMPARE(m_heard.source, static_cast<int>(sources[i]));
-        QCOMPARE(m_heard.sourceGain, i);
-        service()->setSourceOffsetGain(sources[i], i + 8);
-        QCOMPARE(m_heard.sourceGain, i + 8);
-    }
-    // The pages keep these keys, not the service.
-    QCOMPARE(stored("Setup_Input_Gain_Type_Radio"), QVariant(0));
-}
-
-void TestAudioService::bothBeepsReachTheBeeper()
-{
-    int beeps = 0;
-    AudioServiceHost::setBeeper([&beeps] { ++beeps; });
-    service()->doBeep(0);
-    QCOMPARE(beeps, 1);
-    McuManager::instance()->triggerBeep(0);
-    QCOMPARE(beeps, 2);
-    const MessageLog log;
-    service()->doBeep(3);
-    QCOMPARE(beeps, 3);
-    QCOMPARE(log.lines().size(), 1);
 }
 
 void TestAudioService::callsAreReported()
@@ -732,37 +304,6 @@ void TestAudioService::callsAreReported()
                                  "setVolumeLevel(26, 0)\nsetSourceOffsetGain(18, 6)")
                  .split(QLatin1Char('\n'))
                  .replaceInStrings(QRegularExpression(QStringLiteral("^")), QStringLiteral("AudioService.")));
-}
-
-void TestAudioService::worksWithoutSink()
-{
-    AudioServiceHost::setSink(nullptr);
-    service()->setVolumeLevel(10, 0);
-    service()->doBeep(0);
-    QCOMPARE(stored("volume0"), QVariant(10));
-    // A sink that comes later is told where things stand.
-    int volume = -1;
-    AudioServiceHost::setSink([&volume](const Settings& settings) { volume = settings.mainVolume; });
-    QCOMPARE(volume, 10);
-    AudioServiceHost::setSink(nullptr);
-}
-
-void TestAudioService::shutdownMakesRoomForANewService()
-{
-    const QPointer<AudioService> first(service());
-    service()->setBalanceFader(3, 4, true);
-    AudioServiceHost::shutdown();
-    QVERIFY(!first);
-    AudioServiceHost::shutdown();
-    // Installing a sink makes no service; the next one to be made is told by what happens to it.
-    const int heardBefore = m_heardCount;
-    AudioServiceHost::setSink([this](const Settings&) { ++m_heardCount; });
-    QCOMPARE(m_heardCount, heardBefore);
-    int balance = 0;
-    int fader = 0;
-    AudioService::instance()->getBalanceFader(balance, fader);
-    QCOMPARE(balance, 3);
-    QCOMPARE(fader, 4);
 }
 
 QTEST_GUILESS_MAIN(TestAudioService)

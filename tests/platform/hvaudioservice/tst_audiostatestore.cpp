@@ -1,0 +1,228 @@
+#include "servicefixture.h"
+
+#include <limits>
+
+/// What is kept, under which key, and what comes back.
+class TestAudioStateStore : public ServiceFixture
+{
+    Q_OBJECT
+private slots:
+    void everythingIsRestoredAfterARestart();
+    void storedValuesOutOfRangeAreLoggedAndBrought_data();
+    void storedValuesOutOfRangeAreLoggedAndBrought();
+    void restoringWritesNothingButVolumes();
+    void withoutTheFlagNothingIsKept();
+    void loudnessIsKeptWhateverTheFlag();
+    void aBurstOfFiltersIsDurableWhenTheLoopTurns();
+    void subwooferSlopeFollowsTheStore();
+    void subwooferPolarityFollowsTheStore();
+    void untouchedSubwooferIsWhatThePagesShow();
+};
+
+void TestAudioStateStore::everythingIsRestoredAfterARestart()
+{
+    AudioService* const s = service();
+    s->setEQType(EQ_Type_User2, true);
+    for (int band = 0; band < 13; ++band) {
+        s->setCustomEq1(band - 6, band, true);
+        s->setCustomEq2(6 - band, band, true);
+    }
+    s->setCustomLoudness(true, false);
+    s->setBalanceFader(-7, 9, true);
+    for (int speaker = 0; speaker < 4; ++speaker) {
+        s->setHPFFilter(speaker + 1, speaker, 1 << speaker, speaker);
+        s->setLPFFilter(speaker + 2, 0, 1 << speaker, 3 - speaker);
+        s->setSurroundDelay(1 << speaker, static_cast<float>(speaker) * 0.1F);
+    }
+    s->setSubFilter(5, 3, 2);
+    s->setSurroundDelay(32, 7.7F);
+    s->setVolumeLevel(33, 0);
+    setStored("Setup_Main_Volume", 33);
+    setStored("Setup_Input_Gain_Type_Radio", 7);
+    s->setSourceOffsetGain(HVAudio_source_Radio, 7);
+    const Settings before = m_heard;
+    restart();
+    const Settings after = m_heard;
+    QCOMPARE(static_cast<int>(service()->getCurrEQType()), 7);
+    for (int band = 0; band < 13; ++band)
+        QCOMPARE(service()->getCustomEq(band), 6 - band);
+    QCOMPARE(after.equalizer, before.equalizer);
+    QCOMPARE(after.loudness, before.loudness);
+    QCOMPARE(after.balance, before.balance);
+    QCOMPARE(after.fader, before.fader);
+    QCOMPARE(after.mainVolume, 33);
+    QCOMPARE(after.sourceGain, 7);
+    for (std::size_t i = 0; i < 4; ++i) {
+        QCOMPARE(after.cabin[i].highPass.frequency, before.cabin[i].highPass.frequency);
+        QCOMPARE(after.cabin[i].highPass.slope, before.cabin[i].highPass.slope);
+        QCOMPARE(after.cabin[i].lowPass.frequency, before.cabin[i].lowPass.frequency);
+        QCOMPARE(after.cabin[i].lowPass.slope, before.cabin[i].lowPass.slope);
+        QCOMPARE(after.cabin[i].attenuation, before.cabin[i].attenuation);
+        QCOMPARE(after.cabin[i].delayMs, before.cabin[i].delayMs);
+    }
+    QCOMPARE(after.subwoofer.filter, 5);
+    QCOMPARE(after.subwoofer.attenuation, 3);
+    QCOMPARE(after.subwoofer.slope, 2);
+    QCOMPARE(after.subwoofer.delayMs, 7.7);
+    service()->setEQType(EQ_Type_User1, false);
+    for (int band = 0; band < 13; ++band)
+        QCOMPARE(service()->getCustomEq(band), band - 6);
+}
+
+void TestAudioStateStore::storedValuesOutOfRangeAreLoggedAndBrought_data()
+{
+    constexpr int huge = std::numeric_limits<int>::max();
+    using S = const Settings&;
+    QTest::addColumn<QString>("key");
+    QTest::addColumn<QVariant>("value");
+    QTest::addColumn<Check>("check");
+    const auto row = [](const char* key, const char* what, const QVariant& value, const Check& check) {
+        QTest::addRow("%s %s", key, what) << QString::fromLatin1(key) << value << check;
+    };
+    // clang-format off
+    row("AudioService_EQType",  "9",       9,                        [](S h) { return h.equalizer == std::array<int, 13>{}; });
+    row("eq10",                 "99",      99,                       [](S h) { return h.equalizer[0] == 10; });
+    row("eq112",                "-huge",   -huge,                    [](S h) { return h.equalizer[12] == -10; });
+    row("eq13",                 "text",    QStringLiteral("loud"),   [](S h) { return h.equalizer[3] == 0; });
+    row("customloudnes",        "int",     1,                        [](S h) { return !h.loudness; });
+    row("AudioService_Balance", "16",      16,                       [](S h) { return h.balance == 15; });
+    row("AudioService_Fader",   "text",    QStringLiteral(""),       [](S h) { return h.fader == 0; });
+    row("AudioService_HPF_0",   "malformed", QStringLiteral("1;2"),  [](S h) { return h.cabin[0].highPass.frequency == 0; });
+    row("AudioService_HPF_1",   "beyond",  QStringLiteral("9;0;0"),  [](S h) { return h.cabin[1].highPass.frequency == 0; });
+    row("AudioService_LPF_2",   "letters", QStringLiteral("a;b;c"),  [](S h) { return h.cabin[2].lowPass.frequency == 0; });
+    row("AudioService_Sub",     "a mebibyte", QString(1 << 20, QLatin1Char(';')), [](S h) { return h.subwoofer.filter == 7; });
+    row("AudioService_Sub",     "int",     5,                        [](S h) { return h.subwoofer.filter == 7; });
+    row("AudioService_DelayUs_0", "huge",  huge,                     [](S h) { return h.cabin[0].delayMs == 10.0; });
+    row("Setup_Main_Volume",    "huge",    huge,                     [](S h) { return h.mainVolume == 25; });
+    row("Setup_Main_Volume",    "-1",      -1,                       [](S h) { return h.mainVolume == 25; });
+    row("Setup_Volume_Type_Navi", "text",  QStringLiteral("x"),      [](S h) { return h.promptVolume[3] == 40; });
+    row("Setup_Input_Gain_Type_Radio", "16", 16,                     [](S h) { return h.sourceGain == 15; });
+    row("subwooferslope",       "99",      99,                       [](S h) { return h.subwoofer.slope == 3; });
+    row("subwooferFreq",        "-5",      -5,                       [](S h) { return h.subwoofer.filter == 0; });
+    row("Audio_Phase_Troggle",  "text",    QStringLiteral("yes"),    [](S h) { return !h.subwoofer.inverted; });
+    // clang-format on
+}
+
+void TestAudioStateStore::storedValuesOutOfRangeAreLoggedAndBrought()
+{
+    QFETCH(QString, key);
+    QFETCH(QVariant, value);
+    QFETCH(Check, check);
+    setStored("AudioService_EQType", 6);
+    AudioServiceHost::shutdown();
+    QVERIFY(store()->setValue(key, value, true));
+    const MessageLog log;
+    restart();
+    QVERIFY(check(m_heard));
+    QVERIFY(log.count(key) >= 1);
+    // What nobody touched stays as it is.
+    QCOMPARE(store()->value(key), value);
+}
+
+void TestAudioStateStore::restoringWritesNothingButVolumes()
+{
+    AudioServiceHost::shutdown();
+    store()->clear();
+    AudioServiceHost::powerOn();
+    QCOMPARE(store()->values().keys(),
+             QStringList({QStringLiteral("volume0"), QStringLiteral("volume1"), QStringLiteral("volume2"),
+                          QStringLiteral("volume4"), QStringLiteral("volume5")}));
+}
+
+void TestAudioStateStore::withoutTheFlagNothingIsKept()
+{
+    service()->setEQType(EQ_Type_User1, false);
+    service()->setCustomEq1(4, 2, false);
+    service()->setBalanceFader(5, 6, false);
+    QCOMPARE(m_heard.equalizer[2], 4);
+    QCOMPARE(m_heard.balance, 5);
+    for (const char* key : {"AudioService_EQType", "eq12", "AudioService_Balance", "AudioService_Fader"})
+        QVERIFY2(!stored(key).isValid(), key);
+    restart();
+    QCOMPARE(m_heard.balance, 0);
+    QCOMPARE(static_cast<int>(service()->getCurrEQType()), 0);
+}
+
+void TestAudioStateStore::loudnessIsKeptWhateverTheFlag()
+{
+    service()->setCustomLoudness(true, false);
+    QCOMPARE(stored("customloudnes"), QVariant(true));
+    service()->setCustomLoudness(false, true);
+    QCOMPARE(stored("customloudnes"), QVariant(false));
+    service()->setCustomLoudness(true, false);
+    restart();
+    QVERIFY(m_heard.loudness);
+}
+
+void TestAudioStateStore::aBurstOfFiltersIsDurableWhenTheLoopTurns()
+{
+    const QString log = m_path + QStringLiteral("-wal");
+    const qint64 before = QFileInfo(log).size();
+    for (int speaker = 0; speaker < 4; ++speaker)
+        service()->setHPFFilter(5, 1, 1 << speaker, 1);
+    QCOMPARE(QFileInfo(log).size(), before);
+    QCoreApplication::processEvents();
+    QVERIFY(QFileInfo(log).size() > before);
+}
+
+void TestAudioStateStore::subwooferSlopeFollowsTheStore()
+{
+    setStored("subwooferslope", 2);
+    QCOMPARE(m_heard.subwoofer.slope, 2);
+    // The audio levels page sends slope 0 with each level.
+    service()->setSubFilter(7, 4, 0);
+    QCOMPARE(m_heard.subwoofer.slope, 2);
+    service()->setSubFilter(7, 4, 1);
+    QCOMPARE(m_heard.subwoofer.slope, 1);
+    // The crossover page stores the slope right after sending it; 0 is 6 dB/octave then.
+    service()->setSubFilter(7, 4, 0);
+    setStored("subwooferslope", 0);
+    QCOMPARE(m_heard.subwoofer.slope, 0);
+    service()->setSubFilter(7, 4, 3);
+    setStored("subwooferslope", 3);
+    restart();
+    QCOMPARE(m_heard.subwoofer.slope, 3);
+    setStored("subwooferslope", 1);
+    QCOMPARE(m_heard.subwoofer.slope, 1);
+    restart();
+    QCOMPARE(m_heard.subwoofer.slope, 1);
+    store()->remove(QStringLiteral("subwooferslope"));
+    QCOMPARE(m_heard.subwoofer.slope, 0);
+}
+
+void TestAudioStateStore::subwooferPolarityFollowsTheStore()
+{
+    QVERIFY(!m_heard.subwoofer.inverted);
+    setStored("Audio_Phase_Troggle", true);
+    QVERIFY(m_heard.subwoofer.inverted);
+    restart();
+    QVERIFY(m_heard.subwoofer.inverted);
+    setStored("Audio_Phase_Troggle", false);
+    QVERIFY(!m_heard.subwoofer.inverted);
+    for (const hvaudio::dsp::CabinSpeakerSettings& cabin : m_heard.cabin)
+        QVERIFY(!cabin.inverted);
+}
+
+void TestAudioStateStore::untouchedSubwooferIsWhatThePagesShow()
+{
+    QCOMPARE(m_heard.subwoofer.filter, 7);
+    QCOMPARE(m_heard.subwoofer.attenuation, 11);
+    setStored("subwooferFreq", 4);
+    setStored("subwooferLevel", 3 | 128);
+    setStored("subwooferslope", 2);
+    restart();
+    QCOMPARE(m_heard.subwoofer.filter, 4);
+    QCOMPARE(m_heard.subwoofer.attenuation, 3);
+    QCOMPARE(m_heard.subwoofer.slope, 2);
+    setStored("subwooferOnOff", false);
+    restart();
+    QCOMPARE(m_heard.subwoofer.filter, 0);
+    // From the first call on, what was applied counts.
+    service()->setSubFilter(2, 1, 0);
+    restart();
+    QCOMPARE(m_heard.subwoofer.filter, 2);
+    QCOMPARE(m_heard.subwoofer.attenuation, 1);
+}
+
+QTEST_GUILESS_MAIN(TestAudioStateStore)
+#include "tst_audiostatestore.moc"
