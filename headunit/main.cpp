@@ -76,8 +76,6 @@ int runUnit(const Options& options)
     if (options.inspector)
         shell.toggleInspector();
 
-    const QuitSignals quitSignals;
-    QObject::connect(&quitSignals, &QuitSignals::quitRequested, qApp, &QCoreApplication::quit);
     QObject::connect(shell.unit(), &UnitWindow::closed, qApp, &QCoreApplication::quit);
 
     if (!options.tour.isEmpty()) {
@@ -113,6 +111,9 @@ int main(int argc, char** argv)
     QApplication::setApplicationVersion(QStringLiteral(HEADUNIT_VERSION));
     // The inspector is a window, too; the unit's own decides.
     QApplication::setQuitOnLastWindowClosed(false);
+    // Outlives the unit and its store: a signal that comes twice must not cut the orderly exit short.
+    const QuitSignals quitSignals;
+    QObject::connect(&quitSignals, &QuitSignals::quitRequested, &application, &QCoreApplication::quit);
     cm::UnitStyle::install(application);
     cm::Journal::instance()->setPrinting(options.trace);
     StartupTrace::reached("application");

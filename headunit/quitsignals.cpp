@@ -48,7 +48,7 @@ QuitSignals::~QuitSignals()
     if (!m_notifier)
         return;
     for (const int number : quitSignals)
-        std::signal(number, SIG_DFL);
+        std::signal(number, SIG_IGN);
     delete m_notifier;
     for (int& socket : sockets) {
         close(socket);

@@ -14,7 +14,7 @@ class QuitSignals : public QObject
     Q_OBJECT
 public:
     explicit QuitSignals(QObject* parent = nullptr);
-    /// Gives the signals their usual effect back.
+    /// The signals are ignored from then on: what they ask for is under way.
     ~QuitSignals() override;
 
 signals:

@@ -89,6 +89,7 @@ bool Shell::openWindow(int id)
     if (m_front == wanted)
         return true;
     leaveApplication();
+    StartupTrace::reached("window-opening");
     Screen* screen = m_unit->screen();
     screen->showApplication(); // first, so that the root widget becomes visible when it is shown
     if (!wanted->open()) {

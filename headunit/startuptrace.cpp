@@ -9,6 +9,7 @@
 
 #include <chrono>
 #include <cstdio>
+#include <utility>
 
 namespace headunit {
 
@@ -18,8 +19,8 @@ struct Steps
 {
     QElapsedTimer clock;
     qint64 wallClockUs = 0;
-    QVector<QPair<qint64, const char*>> reached; ///< ns since main, step
-    bool printing = false;
+    QVector<QPair<qint64, const char*>> early; ///< ns since main, step; before it is known whether to print
+    bool known = false, printing = false;
 };
 
 Steps& steps()
@@ -74,21 +75,25 @@ void StartupTrace::begin()
 
 void StartupTrace::setPrinting(bool on)
 {
+    steps().known = true;
     steps().printing = on;
+    const auto early = std::exchange(steps().early, {});
     if (!on)
         return;
     std::printf("startup-main-at-us %lld\n", static_cast<long long>(steps().wallClockUs));
-    for (const auto& step : qAsConst(steps().reached))
+    for (const auto& step : early)
         print(step);
 }
 
 void StartupTrace::reached(const char* step)
 {
-    if (!steps().clock.isValid())
+    if (!steps().clock.isValid() || (steps().known && !steps().printing))
         return;
-    steps().reached.append({steps().clock.nsecsElapsed(), step});
+    const QPair<qint64, const char*> now{steps().clock.nsecsElapsed(), step};
     if (steps().printing)
-        print(steps().reached.last());
+        print(now);
+    else
+        steps().early.append(now);
 }
 
 void StartupTrace::reachedWhenPainted(QWidget* widget, const char* step)

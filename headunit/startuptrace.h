@@ -16,7 +16,7 @@ class StartupTrace
 public:
     /// First statement of main().
     static void begin();
-    /// Prints the steps so far and each further one at once.
+    /// true: prints the steps so far and each further one at once; false: forgets them all.
     static void setPrinting(bool on);
     /// step: one of few fixed names without blanks; stays the caller's.
     static void reached(const char* step);

@@ -207,7 +207,11 @@ void TestShellRun::signalEndsInAnOrderlyExit()
     Process unit(m_environment);
     unit.start(HEADUNIT, withStore({"--page", "1", "--trace", "--trace-startup"}));
     QVERIFY2(unit.says(" window-painted"), unit.errors());
+    // More than once, as from a terminal and from the script that started the unit.
     unit.raise(signal);
+    QVERIFY(unit.says("onExit()"));
+    unit.raise(signal);
+    unit.raise(SIGTERM);
     QCOMPARE(unit.exitCode(), 0);
     // Through the whole life cycle, and the store let go in order.
     const QByteArray output = unit.output();
