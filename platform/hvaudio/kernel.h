@@ -9,12 +9,13 @@ namespace hvaudio::dsp {
 ///
 /// All filters are second-order state-variable sections (trapezoidal integrators; A. Simper, "Solving the
 /// continuous SVF equations using trapezoidal integration and equivalent currents", Cytomic 2013), written in
-/// the form that changes its memory by small increments, which keeps single precision clean at 32 Hz:
+/// the form that changes its memory by small amounts, whose coefficients single precision holds well at 32
+/// Hz:
 ///
 ///     v3   = x - ic2
 ///     y    = q3 * ic2 + q1 * v3 + q2 * ic1
-///     ic2 += b2 * ic1 + b3 * v3
-///     ic1 += b2 * v3  - c1 * ic1           (both right-hand sides use the old ic1)
+///     ic2' = (ic2 + b2 * ic1) + b3 * v3    added in this order: the parentheses don't wait for v3, which is
+///     the ic1' = (ic1 - c1 * ic1) + b2 * v3    longest way from one frame to the next
 ///
 /// With trapezoidal integrators the memory's energy never grows, whatever the coefficients; that property is
 /// convex, so gliding linearly between two sets of coefficients is stable too.
@@ -44,7 +45,7 @@ struct alignas(64) Parameters
     float cascade[cascadeRows][cascadeLanes] = {};
     float highPass[crossoverRows][8] = {};  ///< lane: 4 * section + cabin speaker
     float lowPass[crossoverRows][8] = {};   ///< likewise
-    float subwoofer[crossoverRows][4] = {}; ///< lane: section; two lanes idle
+    float subwoofer[crossoverRows][4] = {}; ///< lane: 2 * section + channel, summed behind the filter
     float speakerGain[8] = {};              ///< balance, fader, level, polarity, power; order of `Speaker`
     float allPass[8] = {}; ///< first-order all-pass of the delay's fraction; order of `Speaker`
     float bus[8] = {};     ///< factor of the programme, then of the prompts in order of `Prompt`

@@ -13,10 +13,10 @@ float runSection(float x, const float* c, int lanes, bool hasQ3, float& ic1, flo
     const float q1 = c[Q1 * lanes], q2 = c[Q2 * lanes], q3 = hasQ3 ? c[Q3 * lanes] : 1.0f;
     const float v3 = x - ic2;
     const float y = q3 * ic2 + (q1 * v3 + q2 * ic1);
-    const float rise2 = b2 * ic1 + b3 * v3;
-    const float rise1 = b2 * v3 - c1 * ic1;
-    ic2 += rise2;
-    ic1 += rise1;
+    const float ahead2 = ic2 + b2 * ic1;
+    const float ahead1 = ic1 - c1 * ic1;
+    ic2 = ahead2 + b3 * v3;
+    ic1 = ahead1 + b2 * v3;
     return y;
 }
 
@@ -70,11 +70,11 @@ void crossover(const float* pairs, float* const out[speakerCount], int frames, P
             }
             out[i][n] = allPass(i, low.y[4 + i]);
         }
-        const float x[2] = {(left + right) * now.speakerGain[Subwoofer], sub.y[0]};
-        for (int section = 0; section < 2; ++section)
-            sub.y[section] = runSection(x[section], &now.subwoofer[0][section], 4, true, sub.ic1[section],
-                                        sub.ic2[section]);
-        out[Subwoofer][n] = allPass(Subwoofer, sub.y[1]);
+        const float gain = now.speakerGain[Subwoofer];
+        const float x[4] = {left * gain, right * gain, sub.y[0], sub.y[1]};
+        for (int lane = 0; lane < 4; ++lane)
+            sub.y[lane] = runSection(x[lane], &now.subwoofer[0][lane], 4, true, sub.ic1[lane], sub.ic2[lane]);
+        out[Subwoofer][n] = allPass(Subwoofer, sub.y[2] + sub.y[3]);
         if (step)
             advance(&now.highPass[0][0], &step->highPass[0][0], crossoverRows * (8 + 8 + 4) + 8 + 8);
     }

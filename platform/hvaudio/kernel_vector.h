@@ -110,10 +110,11 @@ inline V runSections(V x, const VectorCoefficients<V, rows>& c, V& ic1, V& ic2)
         y = c.row[Q3] * ic2 + (c.row[Q1] * v3 + c.row[Q2] * ic1);
     else
         y = ic2 + (c.row[Q1] * v3 + c.row[Q2] * ic1);
-    const V rise2 = c.row[B2] * ic1 + c.row[B3] * v3;
-    const V rise1 = c.row[B2] * v3 - c.row[C1] * ic1;
-    ic2 += rise2;
-    ic1 += rise1;
+    // What doesn't need v3 first: that is the longest way from frame to frame.
+    const V ahead2 = ic2 + c.row[B2] * ic1;
+    const V ahead1 = ic1 - c.row[C1] * ic1;
+    ic2 = ahead2 + c.row[B3] * v3;
+    ic1 = ahead1 + c.row[B2] * v3;
     return y;
 }
 
@@ -255,8 +256,8 @@ struct TwoSectionVectors<8>
     }
     F8 input(F4 x) const
     {
-        const F8 wide = __builtin_shufflevector(x, x, 0, 1, 2, 3, 0, 1, 2, 3);
-        return __builtin_shufflevector(wide, y, 0, 1, 2, 3, 8, 9, 10, 11);
+        const F4 firstSection = __builtin_shufflevector(y, y, 0, 1, 2, 3);
+        return __builtin_shufflevector(x, firstSection, 0, 1, 2, 3, 4, 5, 6, 7);
     }
     void run(F4 x) { y = runSections(input(x), c, ic1, ic2); }
     void pass(F4 x) { y = input(x); }
@@ -301,10 +302,10 @@ void crossoverPass(const float* pairs, float* const out[speakerCount], int frame
         apX = apIn;
         apY = y;
 
-        const F4 subIn = {(x[0] + x[1]) * subGain, subY[0], 0, 0};
-        subY = runSections(subIn, subC, subIc1, subIc2);
-        const float z = subAllPass * (subY[1] - subApY) + subApX;
-        subApX = subY[1];
+        subY = runSections(__builtin_shufflevector(x * subGain, subY, 0, 1, 4, 5), subC, subIc1, subIc2);
+        const float subSum = subY[2] + subY[3];
+        const float z = subAllPass * (subSum - subApY) + subApX;
+        subApX = subSum;
         subApY = z;
         sub[n] = z;
         if constexpr (gliding) {

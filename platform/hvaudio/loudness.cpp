@@ -41,8 +41,8 @@ double levelOf(const Contour& row, double phon)
 }
 
 /// The three shelves: where their gain is half, how steep they are, and where their sum meets the contour.
-/// Chosen by search over the whole contour, which the sum follows within 0.7 dB at 44.1 to 96 kHz: it falls by
-/// about 4 dB an octave over four octaves, which one shelf can't do.
+/// Chosen by search over the whole contour, which the sum follows within 0.7 dB at 44.1 to 96 kHz: it falls
+/// by about 4 dB an octave over four octaves, which one shelf can't do.
 struct Shelf
 {
     double hz, q, meetsHz;

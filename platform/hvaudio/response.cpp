@@ -25,7 +25,7 @@ std::complex<double> responseOf(const Snapshot& snapshot, Speaker speaker, doubl
     if (speaker == Subwoofer) {
         h *= 2.0; // the gain is that of the mean
         for (int section = 0; section < 2; ++section)
-            h *= laneResponse(p.subwoofer, section, hz, rate);
+            h *= laneResponse(p.subwoofer, 2 * section, hz, rate);
     } else {
         for (int section = 0; section < 2; ++section)
             h *= laneResponse(p.highPass, 4 * section + speaker, hz, rate) *

@@ -75,7 +75,8 @@ Snapshot makeSnapshot(const Settings& s, const EqualizerDesign& equalizer, doubl
             place(p.lowPass, 4 * section + i, exact.lowPass[i][section]);
             snapshot.lowPassUsed |= lowPassHz(s.tables, s.cabin[i].lowPass.frequency) > 0;
         }
-        place(p.subwoofer, section, exact.subwoofer[section]);
+        for (int channel = 0; channel < 2; ++channel)
+            place(p.subwoofer, 2 * section + channel, exact.subwoofer[section]);
     }
     for (int i = 0; i < speakerCount; ++i) {
         // The subwoofer hears the mean of both sides; its shorter path waits for the others.
