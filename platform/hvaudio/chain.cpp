@@ -92,7 +92,7 @@ void Chain::jumpUnheard() noexcept
     first_ = next_ = now_;
     memory_ = FilterMemory{};
     delay_.jump();
-    source_.jump(wanted_.source, wanted_.sourceFactor);
+    source_.jumpUnheard(wanted_.source, wanted_.sourceFactor);
 }
 
 void Chain::takeSnapshot() noexcept

@@ -39,7 +39,7 @@ void SourceSwitch::prepare(double rate) noexcept
 {
     fade_.setLaw(GlideLaw(rate, glideMs));
     gain_.setLaw(GlideLaw(rate, glideMs));
-    jump(0, 1);
+    jump(Settings().source, 1);
 }
 
 void SourceSwitch::jump(int source, float factor) noexcept
@@ -49,6 +49,18 @@ void SourceSwitch::jump(int source, float factor) noexcept
     state_ = Playing;
     fade_.jump(1);
     gain_.jump(factor);
+}
+
+void SourceSwitch::jumpUnheard(int source, float factor) noexcept
+{
+    const bool other = source != audible_;
+    jump(source, factor);
+    if (other) {
+        // The rest of the block that is under way still carries the old one.
+        state_ = Waiting;
+        seen_ = false;
+        fade_.jump(0);
+    }
 }
 
 void SourceSwitch::aim(int source, float factor) noexcept

@@ -13,8 +13,10 @@ class SourceSwitch
 {
 public:
     void prepare(double rate) noexcept;
-    /// Takes the source without fade; for the first settings.
+    /// Takes the source at once and plays it.
     void jump(int source, float factor) noexcept;
+    /// Takes the source at once while nothing is heard, and waits for its feeder if it is another one.
+    void jumpUnheard(int source, float factor) noexcept;
     /// The wanted source and its gain. A gain change of the sounding source glides.
     void aim(int source, float factor) noexcept;
     /// Whoever feeds the programme has had a look at `audible` since the last call.

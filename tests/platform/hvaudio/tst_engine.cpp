@@ -27,6 +27,8 @@ private slots:
     void powerOnIsARamp();
     void powerOnNeverExceedsTheStartVolume();
     void sourceChangesOnlyInSilence();
+    void sourceChangeWhileOffIsNotHeardFromTheOldOne();
+    void settingsMayComeBeforePrepare();
     void promptsAreHeardOverMuteAndFollowTheirVolume_data();
     void promptsAreHeardOverMuteAndFollowTheirVolume();
     void programmeDucksWhileAPromptSounds_data();
@@ -235,6 +237,38 @@ void TestEngine::sourceChangesOnlyInSilence()
         QVERIFY(std::abs(all[n] - all[n - 1]) < 0.004f);
     QVERIFY(all.front() > 0.4f);
     QVERIFY2(std::abs(all.back() + 0.988f) < 0.02f, qPrintable(QString::number(all.back()))); // 6 dB more
+}
+
+void TestEngine::sourceChangeWhileOffIsNotHeardFromTheOldOne()
+{
+    Settings s = flat();
+    s.source = 6;
+    Rig rig(s);
+    const Signal in(48000, 0.5f);
+    s.power = false;
+    rig.engine.set(s);
+    rig.play(in, 48000);
+    s.power = true;
+    s.source = 18;
+    rig.engine.set(s);
+    // The block in which it changes is still filled by the old one, to its end.
+    QCOMPARE(peak(rig.play(in, 48000)[FrontLeft], size_t(rig.latency())), 0.0f);
+    QCOMPARE(rig.engine.audibleSource(), 18);
+    QVERIFY(peak(rig.play(in, 48000)[FrontLeft]) > 0.49f);
+}
+
+void TestEngine::settingsMayComeBeforePrepare()
+{
+    Rig rig;
+    Engine engine;
+    Settings s = flat();
+    s.mainVolume = 30;
+    s.source = 7;
+    engine.set(s);
+    QVERIFY(engine.prepare(44100));
+    engine.settle();
+    QCOMPARE(engine.audibleSource(), 7);
+    QVERIFY(std::abs(db(std::abs(engine.response(RearLeft, 500))) + 24) < 0.01);
 }
 
 static Signal playPrompt(Rig& rig, const Signal& programme, const Signal& prompt, int which, bool mono = true)

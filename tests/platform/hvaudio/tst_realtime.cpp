@@ -12,10 +12,6 @@
 #include <thread>
 #include <unistd.h>
 
-#if defined(__SANITIZE_ADDRESS__)
-#include <sanitizer/allocator_interface.h>
-#endif
-
 // What the audio thread must not do is trapped in this process: the allocator, locks, waits and writes count
 // when the calling thread says that it is the audio thread.
 
@@ -45,6 +41,8 @@ F next(const char* name)
 
 #if defined(__SANITIZE_ADDRESS__)
 // The sanitizer's own allocator stays; it tells of each use.
+extern "C" int __sanitizer_install_malloc_and_free_hooks(void (*)(const volatile void*, size_t),
+                                                         void (*)(const volatile void*));
 static void allocated(const volatile void*, size_t)
 {
     note("malloc");
@@ -53,7 +51,7 @@ static void freed(const volatile void*)
 {
     note("free");
 }
-static const int hooked = __sanitizer_install_malloc_and_free_hooks(allocated, freed);
+[[maybe_unused]] static const int hooked = __sanitizer_install_malloc_and_free_hooks(allocated, freed);
 #else
 extern "C" void* __libc_malloc(size_t);
 extern "C" void* __libc_calloc(size_t, size_t);
