@@ -1,0 +1,235 @@
+#include "files.h"
+
+#include "hvaudio/engine.h"
+#include "hvaudio/render.h"
+
+#include <QtTest>
+
+#include <algorithm>
+#include <cmath>
+
+using namespace hvaudio;
+
+namespace {
+
+/// Everything open and neutral.
+dsp::Settings neutral()
+{
+    dsp::Settings settings;
+    settings.mainVolume = 50;
+    settings.subwoofer.filter = 1;
+    settings.subwoofer.attenuation = 0;
+    return settings;
+}
+
+} // namespace
+
+class TestRender : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void neutralSettingsGiveTheInputOnFiveSpeakers();
+    void rateIsKeptWhereTheProcessorKnowsIt_data();
+    void rateIsKeptWhereTheProcessorKnowsIt();
+    void settingsAreHeard();
+    void stereoIsTheFold();
+    void muteAndPowerDontSilenceTheRendering();
+    void limiterIsRemarked();
+    void failureLeavesNoFileAndAnOldOneAsItWas();
+    void inputAsOutputIsRefused();
+
+private:
+    std::string path(const char* name) const { return folder.filePath(name).toStdString(); }
+    std::string noise(int rate, int frames, float level = 0.1f) const;
+    QTemporaryDir folder;
+};
+
+std::string TestRender::noise(int rate, int frames, float level) const
+{
+    std::vector<float> samples;
+    unsigned state = 1;
+    for (int n = 0; n < 2 * frames; ++n) {
+        state = state * 1664525u + 1013904223u;
+        samples.push_back(level * (float(state >> 8) / 8388608.0f - 1));
+    }
+    return files::write(path("in.wav"), SF_FORMAT_WAV | SF_FORMAT_FLOAT, rate, 2, samples);
+}
+
+void TestRender::neutralSettingsGiveTheInputOnFiveSpeakers()
+{
+    RenderReport report;
+    std::string error;
+    QVERIFY2(render({noise(48000, 48000), path("out.wav"), neutral(), false}, report, error), error.c_str());
+    const auto in = files::read(path("in.wav")), out = files::read(path("out.wav"));
+    QCOMPARE(out.info.channels, 5);
+    QCOMPARE(out.info.format & SF_FORMAT_SUBMASK, int(SF_FORMAT_FLOAT));
+    QCOMPARE(out.info.samplerate, 48000);
+    QCOMPARE(int(out.info.frames), 48000 + 4800);
+    QCOMPARE(report.frames, (long long)(out.info.frames));
+    QVERIFY(report.remark.empty());
+    for (int n = 0; n < 48000; ++n) {
+        const float left = in.channels[0][n], right = in.channels[1][n];
+        const float wanted[5] = {left, right, left, right, (left + right) / 2};
+        for (int c = 0; c < 5; ++c)
+            QVERIFY2(
+                std::abs(out.channels[c][n] - wanted[c]) < 2e-6,
+                qPrintable(QString("%1 %2: %3 %4").arg(c).arg(n).arg(out.channels[c][n]).arg(wanted[c])));
+    }
+}
+
+void TestRender::rateIsKeptWhereTheProcessorKnowsIt_data()
+{
+    QTest::addColumn<int>("in");
+    QTest::addColumn<int>("out");
+    for (int rate : {44100, 48000, 96000})
+        QTest::addRow("%d", rate) << rate << rate;
+    for (int rate : {8000, 22050, 37800, 192000})
+        QTest::addRow("%d", rate) << rate << 48000;
+}
+
+void TestRender::rateIsKeptWhereTheProcessorKnowsIt()
+{
+    QFETCH(int, in);
+    QFETCH(int, out);
+    RenderReport report;
+    std::string error;
+    QVERIFY2(render({noise(in, in / 2), path("out.wav"), neutral(), false}, report, error), error.c_str());
+    const auto result = files::read(path("out.wav"));
+    QCOMPARE(result.info.samplerate, out);
+    QVERIFY(std::abs(double(result.info.frames) - 0.6 * out) <= 2);
+    QCOMPARE(int(report.inputRate), in);
+}
+
+void TestRender::settingsAreHeard()
+{
+    // An impulse through the rendering shows the response that the processor computes for these settings.
+    std::vector<float> samples(2 * 48000, 0.0f);
+    samples[0] = samples[1] = 0.01f;
+    const std::string in =
+        files::write(path("impulse.wav"), SF_FORMAT_WAV | SF_FORMAT_FLOAT, 48000, 2, samples);
+    dsp::Settings settings = neutral();
+    settings.equalizer = {6, 0, -4, 0, 3, 8, 0, -6, 0, 5, 0, -3, 2};
+    settings.cabin[dsp::RearLeft].highPass = {4, 3};
+    settings.cabin[dsp::RearLeft].delayMs = 2.5;
+    settings.balance = 6;
+    settings.subwoofer.filter = 5;
+    RenderReport report;
+    std::string error;
+    QVERIFY2(render({in, path("out.wav"), settings, false}, report, error), error.c_str());
+    const auto out = files::read(path("out.wav"));
+
+    dsp::Engine engine;
+    engine.prepare(48000);
+    settings.power = true;
+    engine.set(settings);
+    for (int speaker = 0; speaker < dsp::speakerCount; ++speaker)
+        for (double hz : {40.0, 100.0, 250.0, 1000.0, 4000.0, 10000.0}) {
+            double re = 0, im = 0;
+            for (std::size_t n = 0; n < out.channels[speaker].size(); ++n) {
+                re += out.channels[speaker][n] * std::cos(2 * M_PI * hz * double(n) / 48000) / 0.01;
+                im += out.channels[speaker][n] * std::sin(2 * M_PI * hz * double(n) / 48000) / 0.01;
+            }
+            const double wanted = 20 * std::log10(std::abs(engine.response(dsp::Speaker(speaker), hz)));
+            const double measured = 20 * std::log10(std::hypot(re, im));
+            QVERIFY2(std::abs(measured - wanted) < 0.1 || (wanted < -80 && measured < -80),
+                     qPrintable(QString("%1, %2 Hz: %3 instead of %4 dB")
+                                    .arg(speaker)
+                                    .arg(hz)
+                                    .arg(measured)
+                                    .arg(wanted)));
+        }
+    // Its delay is kept: the rear left speaker begins 2.5 ms later than the front one.
+    const auto first = [&](int speaker) {
+        const auto& channel = out.channels[std::size_t(speaker)];
+        return std::max_element(channel.begin(), channel.end(),
+                                [](float a, float b) { return std::abs(a) < std::abs(b); }) -
+               channel.begin();
+    };
+    QCOMPARE(int(first(dsp::RearLeft) - first(dsp::RearRight)), 120);
+}
+
+void TestRender::stereoIsTheFold()
+{
+    RenderReport report;
+    std::string error;
+    const std::string in = noise(48000, 20000);
+    QVERIFY2(render({in, path("five.wav"), neutral(), false}, report, error), error.c_str());
+    QVERIFY2(render({in, path("two.wav"), neutral(), true}, report, error), error.c_str());
+    const auto five = files::read(path("five.wav")), two = files::read(path("two.wav"));
+    QCOMPARE(two.info.channels, 2);
+    QCOMPARE(two.info.frames, five.info.frames);
+    for (std::size_t n = 0; n < two.channels[0].size(); ++n)
+        for (std::size_t side : {0, 1}) {
+            const float wanted =
+                0.25f * (five.channels[side][n] + five.channels[2 + side][n]) + 0.5f * five.channels[4][n];
+            QVERIFY(std::abs(two.channels[side][n] - wanted) < 1e-6f);
+        }
+}
+
+void TestRender::muteAndPowerDontSilenceTheRendering()
+{
+    dsp::Settings settings = neutral();
+    settings.power = false;
+    settings.mute = true;
+    RenderReport report;
+    std::string error;
+    QVERIFY2(render({noise(48000, 10000), path("out.wav"), settings, false}, report, error), error.c_str());
+    const auto in = files::read(path("in.wav")), out = files::read(path("out.wav"));
+    QVERIFY(std::abs(out.channels[0][0] - in.channels[0][0]) < 1e-5f); // from the first frame on
+}
+
+void TestRender::limiterIsRemarked()
+{
+    dsp::Settings settings = neutral();
+    settings.sourceGain = 15;
+    RenderReport report;
+    std::string error;
+    QVERIFY2(render({noise(48000, 20000, 0.9f), path("out.wav"), settings, false}, report, error),
+             error.c_str());
+    QVERIFY2(report.remark.find("limiter") != std::string::npos, report.remark.c_str());
+    for (const auto& channel : files::read(path("out.wav")).channels)
+        for (float x : channel)
+            QVERIFY(std::abs(x) <= std::pow(10.0f, -0.1f / 20));
+}
+
+void TestRender::failureLeavesNoFileAndAnOldOneAsItWas()
+{
+    RenderReport report;
+    std::string error;
+    QFile old(folder.filePath("old.wav"));
+    QVERIFY(old.open(QIODevice::WriteOnly));
+    old.write("precious");
+    old.close();
+    QVERIFY(!render({path("missing.wav"), path("old.wav"), neutral(), false}, report, error));
+    QVERIFY2(error.find("missing.wav") != std::string::npos, error.c_str());
+    QVERIFY(old.open(QIODevice::ReadOnly));
+    QCOMPARE(old.readAll(), QByteArray("precious"));
+
+    // A folder that doesn't exist, a folder, a full medium.
+    const std::string in = noise(48000, 200000);
+    for (const std::string& out :
+         {path("no/such/folder.wav"), folder.path().toStdString(), path("full.wav")}) {
+        if (out == path("full.wav"))
+            QVERIFY(QFile::link("/dev/full", folder.filePath("full.wav.part")));
+        error.clear();
+        QVERIFY2(!render({in, out, neutral(), false}, report, error), out.c_str());
+        QVERIFY2(error.find(out) != std::string::npos && error.find(".part") == std::string::npos,
+                 error.c_str());
+    }
+    QVERIFY(!QFile::exists(folder.filePath("full.wav")));
+    QVERIFY(!QFileInfo(folder.filePath("full.wav.part")).isSymLink());
+}
+
+void TestRender::inputAsOutputIsRefused()
+{
+    RenderReport report;
+    std::string error;
+    const std::string in = noise(48000, 100);
+    QVERIFY(!render({in, in, neutral(), false}, report, error));
+    QVERIFY(!error.empty());
+    QCOMPARE(int(files::read(in).info.frames), 100);
+}
+
+QTEST_GUILESS_MAIN(TestRender)
+#include "tst_render.moc"
