@@ -61,7 +61,7 @@ QString pluginFolder(const Options& options)
         return options.plugins;
     const QDir here(QCoreApplication::applicationDirPath());
     const QString installed = here.filePath(QStringLiteral("../" HEADUNIT_PLUGIN_FOLDER));
-    return QDir(installed).exists() ? installed : here.filePath(QStringLiteral("../lib"));
+    return QDir(installed).exists() ? installed : here.filePath(QStringLiteral("../lib/headunit"));
 }
 
 int runUnit(const Options& options)

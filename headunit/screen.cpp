@@ -3,18 +3,20 @@
 #include "headunit/launcher.h"
 #include "headunit/statusbar.h"
 
+#include "common/palette.h"
+
 namespace headunit {
 
 namespace {
 
-/// A layer in plain black, whatever style sheets stand above it.
-QWidget* blackLayer(QWidget* parent, const char* name)
+/// A layer in one colour, whatever style sheets stand above it.
+QWidget* plainLayer(QWidget* parent, const char* name, const QColor& color)
 {
     auto* layer = new QWidget(parent);
     layer->setObjectName(QLatin1String(name));
-    QPalette black;
-    black.setColor(QPalette::Window, Qt::black);
-    layer->setPalette(black);
+    QPalette plain = parent->palette();
+    plain.setColor(QPalette::Window, color);
+    layer->setPalette(plain);
     layer->setAutoFillBackground(true);
     layer->setGeometry(parent->rect());
     layer->hide();
@@ -30,10 +32,10 @@ Screen::Screen(const MasterVolume* volume, QWidget* parent)
     setFixedSize(screenWidth, screenHeight);
     m_launcher = new Launcher(this);
     m_launcher->setGeometry(rect());
-    m_area = blackLayer(this, "application_area");
+    m_area = plainLayer(this, "application_area", cm::palette::page);
     m_statusBar = new StatusBar(volume, this);
     m_statusBar->setGeometry(0, 0, screenWidth, StatusBar::barHeight);
-    m_darkness = blackLayer(this, "darkness");
+    m_darkness = plainLayer(this, "darkness", Qt::black);
 }
 
 Screen::~Screen() = default;
