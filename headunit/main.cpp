@@ -1,3 +1,4 @@
+#include "headunit/offline.h"
 #include "headunit/options.h"
 #include "headunit/quitsignals.h"
 #include "headunit/shell.h"
@@ -27,6 +28,7 @@ enum ExitCode {
     ExitUsage       = 2,
     ExitStoreInUse  = 3,
     ExitNotShown    = 4, ///< --tour, --page: something couldn't be shown
+    ExitNotRendered = 5, ///< --render, --plot: a file can't be read or written
 };
 // clang-format on
 
@@ -43,12 +45,22 @@ OptionsResult optionsOf(int argc, char** argv)
     return readOptions(QCoreApplication::arguments());
 }
 
+/// --render and --plot; the unit isn't started.
+int workOffline(const Options& options)
+{
+    QString message;
+    if (!(options.plot.isEmpty() ? renderFile(options, &message) : plotResponses(options, &message)))
+        return complain(ExitNotRendered, message);
+    std::printf("%s\n", qPrintable(message));
+    return ExitOk;
+}
+
 /// Qt aborts without a display; an exit with a message is better. False when there is none.
 bool findDisplay(const Options& options)
 {
     if (qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
         return true;
-    if (!options.tour.isEmpty()) {
+    if (!options.tour.isEmpty() || !options.render.isEmpty() || !options.plot.isEmpty()) {
         qputenv("QT_QPA_PLATFORM", "offscreen");
         return true;
     }
@@ -117,6 +129,9 @@ int main(int argc, char** argv)
     cm::UnitStyle::install(application);
     cm::Journal::instance()->setPrinting(options.trace);
     StartupTrace::reached("application");
+
+    if (!options.render.isEmpty() || !options.plot.isEmpty())
+        return workOffline(options);
 
     QString message;
     const auto opened = mem::SettingsStore::instance()->open(options.settings, &message);

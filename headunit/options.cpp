@@ -26,6 +26,9 @@ OptionsResult readOptions(const QStringList& arguments)
     const QCommandLineOption page(QStringLiteral("page"), QStringLiteral("Open the audio settings at this page, 0 to %1. The remembered page stays as it is.").arg(audioPageCount - 1), QStringLiteral("n"));
     const QCommandLineOption tour(QStringLiteral("tour"), QStringLiteral("Touch through launcher and pages, save a picture of each in this folder, and exit."), QStringLiteral("dir"));
     const QCommandLineOption screenOnly(QStringLiteral("screen-only"), QStringLiteral("Show the 1024 x 600 screen without the unit around it."));
+    const QCommandLineOption render(QStringLiteral("render"), QStringLiteral("Play this sound file with the stored settings into the WAV file out (FL FR RL RR SUB, 32 bit float), and exit."), QStringLiteral("in> <out"));
+    const QCommandLineOption stereo(QStringLiteral("stereo"), QStringLiteral("With --render: fold the five speakers to two channels."));
+    const QCommandLineOption plot(QStringLiteral("plot"), QStringLiteral("Draw the response of each speaker with the stored settings into this PNG file, and exit."), QStringLiteral("file"));
     const QCommandLineOption inspector(QStringLiteral("inspector"), QStringLiteral("Open the inspector (F12 does so at any time)."));
     const QCommandLineOption trace(QStringLiteral("trace"), QStringLiteral("Print every platform call."));
     const QCommandLineOption traceStartup(QStringLiteral("trace-startup"), QStringLiteral("Print the time at which each step of the start was reached."));
@@ -35,8 +38,8 @@ OptionsResult readOptions(const QStringList& arguments)
 
     QCommandLineParser parser;
     parser.setApplicationDescription(QStringLiteral("Reference head unit."));
-    parser.addOptions(
-        {plugins, settings, language, page, tour, screenOnly, inspector, trace, traceStartup, help, version});
+    parser.addOptions({plugins, settings, language, page, tour, render, stereo, plot, screenOnly, inspector,
+                       trace, traceStartup, help, version});
     if (!parser.parse(arguments))
         return failure(parser.errorText());
     if (parser.isSet(help))
@@ -45,10 +48,18 @@ OptionsResult readOptions(const QStringList& arguments)
         return {OptionsResult::Action::Tell,
                 QStringLiteral("headunit %1\n").arg(QLatin1String(HEADUNIT_VERSION)),
                 {}};
-    if (!parser.positionalArguments().isEmpty())
-        return failure(QStringLiteral("Unexpected argument '%1'.").arg(parser.positionalArguments().first()));
+    // Only --render takes an argument of its own: where to.
+    QStringList rest = parser.positionalArguments();
+    const QString renderTo = parser.isSet(render) && !rest.isEmpty() ? rest.takeFirst() : QString();
+    if (!rest.isEmpty())
+        return failure(QStringLiteral("Unexpected argument '%1'.").arg(rest.first()));
+    if (parser.isSet(render) && renderTo.isEmpty())
+        return failure(
+            QStringLiteral("Option 'render' needs two values: the file to read and the one to write."));
+    if (parser.isSet(stereo) && !parser.isSet(render))
+        return failure(QStringLiteral("--stereo belongs to --render."));
 
-    for (const QCommandLineOption* option : {&plugins, &settings, &language, &page, &tour}) {
+    for (const QCommandLineOption* option : {&plugins, &settings, &language, &page, &tour, &render, &plot}) {
         if (parser.isSet(*option) && parser.value(*option).isEmpty())
             return failure(QStringLiteral("Option '%1' needs a value.").arg(option->names().last()));
     }
@@ -59,6 +70,10 @@ OptionsResult readOptions(const QStringList& arguments)
     options.settings = parser.value(settings);
     options.language = parser.value(language);
     options.tour = parser.value(tour);
+    options.render = parser.value(render);
+    options.renderTo = renderTo;
+    options.plot = parser.value(plot);
+    options.stereo = parser.isSet(stereo);
     options.inspector = parser.isSet(inspector);
     options.trace = parser.isSet(trace);
     options.traceStartup = parser.isSet(traceStartup);
@@ -77,6 +92,8 @@ OptionsResult readOptions(const QStringList& arguments)
     }
     if (parser.isSet(page) && parser.isSet(tour))
         return failure(QStringLiteral("--page and --tour exclude each other."));
+    if (int(parser.isSet(tour)) + int(parser.isSet(render)) + int(parser.isSet(plot)) > 1)
+        return failure(QStringLiteral("--tour, --render and --plot exclude each other."));
     return result;
 }
 

@@ -12,10 +12,14 @@ struct Options
     QString settings; ///< file of the settings store; empty: the user's own
     QString language; ///< code of the unit's languages; empty: the stored one, then the system's
     QString tour;     ///< folder for pictures; empty: no tour
+    QString render;   ///< sound file to render; empty: none
+    QString renderTo; ///< WAV file that it becomes
+    QString plot;     ///< PNG file for the speakers' responses; empty: none
     int page = -1;    ///< 0..5: open the audio settings at that page; -1: start with the launcher
     bool inspector = false;
     bool trace = false;        ///< print the journal
     bool traceStartup = false; ///< print when which step of the start was reached
+    bool stereo = false;       ///< rendering is folded to two channels
     bool screenOnly = false;   ///< the screen without the unit around it
 };
 

@@ -1,0 +1,12 @@
+#pragma once
+
+#include "headunit/options.h"
+
+namespace headunit {
+
+/// --render and --plot: work that needs no screen and no driver. Thread: GUI.
+/// Returns false and a sentence in `message` when it failed; else `message` says what was done.
+bool renderFile(const Options& options, QString* message);
+bool plotResponses(const Options& options, QString* message);
+
+} // namespace headunit

@@ -1,0 +1,55 @@
+#include "headunit/storedsettings.h"
+
+#include "common/settingsstore.h"
+#include "hvaudioservice/audioservicehost.h"
+
+#include <QFile>
+#include <QTemporaryDir>
+
+namespace headunit {
+
+bool readStoredSettings(const QString& path, hvaudio::dsp::Settings* settings, QString* error)
+{
+    const QString original = path.isEmpty() ? mem::SettingsStore::defaultPath() : path;
+    const QTemporaryDir folder;
+    const QString copy = folder.filePath(QStringLiteral("settings.db"));
+    if (!folder.isValid()) {
+        *error = QStringLiteral("can't make a temporary folder: %1").arg(folder.errorString());
+        return false;
+    }
+    if (!path.isEmpty() || QFile::exists(original)) {
+        QFile file(original);
+        if (!file.copy(copy)) {
+            *error = QStringLiteral("can't read the settings in '%1': %2").arg(original, file.errorString());
+            return false;
+        }
+        // What the database keeps beside it belongs to it.
+        for (const char* const suffix : {"-wal", "-journal"})
+            QFile::copy(original + QLatin1String(suffix), copy + QLatin1String(suffix));
+    }
+
+    auto* const store = mem::SettingsStore::instance();
+    QString message;
+    const bool durable = store->open(copy, &message) == mem::SettingsStore::Opened::Durable;
+    // A copy that had to be moved aside isn't a settings file.
+    if (!durable || !message.isEmpty()) {
+        store->close();
+        *error = QStringLiteral("can't read the settings in '%1': it is damaged or no settings file")
+                     .arg(original);
+        return false;
+    }
+    bool given = false;
+    hvaudio::AudioServiceHost::setSink([&](const hvaudio::dsp::Settings& wanted) {
+        *settings = wanted;
+        given = true;
+    });
+    hvaudio::AudioServiceHost::powerOn();
+    hvaudio::AudioServiceHost::setSink({});
+    hvaudio::AudioServiceHost::shutdown();
+    store->close();
+    if (!given)
+        *error = QStringLiteral("the audio service gives no settings");
+    return given;
+}
+
+} // namespace headunit
