@@ -13,6 +13,7 @@ namespace audiosetting {
 
 namespace {
 
+constexpr int pageCount = 6;
 constexpr int eqTypeCount = 9;
 static_assert(sizeof(cm::eqNameStrId) / sizeof(cm::eqNameStrId[0]) == eqTypeCount,
               "every EQ type has a name");
@@ -86,7 +87,7 @@ m5qx_eq_tab_widget::m5qx_eq_tab_widget(QWidget* parent)
     : QWidget(parent)
     , ui(new Ui::m5qx_audiosetting_tab_widget)
 {
-    static_assert(sizeof(pageKeys) / sizeof(pageKeys[0]) == 6, "six pages");
+    static_assert(sizeof(pageKeys) / sizeof(pageKeys[0]) == pageCount, "one row a page");
     ui->setupUi(this);
     init();
 }
@@ -151,8 +152,10 @@ void m5qx_eq_tab_widget::onPageButGroupClicked(int id)
 {
     AS_DEBUG() << "page id" << id;
     soundClickedBeep();
-    if (id >= 0 && id < m_pages->buttons().size())
-        emit(this->*pageKeys[id].show)();
+    if (id < 0 || id >= pageCount)
+        return;
+    const auto show = pageKeys[id].show;
+    emit(this->*show)();
 }
 
 void m5qx_eq_tab_widget::onNextEQType()
