@@ -58,7 +58,6 @@ JournalPanel::JournalPanel(QWidget* parent)
     auto* filter = new QLineEdit(this);
     filter->setObjectName(QStringLiteral("journal_filter"));
     filter->setPlaceholderText(tr("Filter: words of subsystem or operation"));
-    filter->setClearButtonEnabled(true);
     connect(filter, &QLineEdit::textChanged, filtered, &WordFilter::setWords);
     auto* clear = new QPushButton(tr("Clear"), this);
     connect(clear, &QPushButton::clicked, model, &JournalModel::clear);

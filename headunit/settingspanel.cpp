@@ -23,7 +23,6 @@ SettingsPanel::SettingsPanel(QWidget* parent)
     auto* filter = new QLineEdit(this);
     filter->setObjectName(QStringLiteral("settings_filter"));
     filter->setPlaceholderText(tr("Filter: part of a key"));
-    filter->setClearButtonEnabled(true);
     connect(filter, &QLineEdit::textChanged, filtered, &QSortFilterProxyModel::setFilterFixedString);
 
     auto* table = new QTableView(this);

@@ -83,6 +83,9 @@ bool TestShellRun::startDisplay()
         return false;
     m_environment.insert("DISPLAY", ":" + QString::fromLatin1(m_display->output().trimmed()));
     m_environment.insert("QT_QPA_PLATFORM", "xcb");
+    // The X and D-Bus client libraries keep memory for good, partly in modules that are unloaded by the end
+    // and can't be named. The same program is searched for leaks where it runs offscreen.
+    m_environment.insert("ASAN_OPTIONS", "detect_leaks=0");
     return true;
 }
 
