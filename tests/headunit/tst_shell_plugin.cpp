@@ -1,0 +1,172 @@
+#include "headunit/shell.h"
+
+#include "common/language.h"
+#include "common/settingsstore.h"
+#include "headunit/screen.h"
+#include "headunit/windowhost.h"
+#include "hvaudioservice/audioservicehost.h"
+
+#include <QAbstractButton>
+#include <QLabel>
+#include <QtTest>
+
+using namespace headunit;
+
+/// The shell with the plug-in that ships, loaded from its library, all in this process.
+class TestShellPlugin : public QObject
+{
+    Q_OBJECT
+private slots:
+    void init();
+    void cleanup();
+    void libraryOffersTheOneWindow();
+    void statusBarGoesWhileTheApplicationIsInFront();
+    void backKeyLeaves();
+    void languageSwitchRenewsTexts_data();
+    void languageSwitchRenewsTexts();
+    void powerCycleComesBackToTheSamePage();
+    void factoryResetStartsOnTheFirstPage();
+    void pageForALookIsNotRemembered();
+
+private:
+    void press(KeyEvent::Key key)
+    {
+        m_shell->onHardKey(key, KeyEvent::Press);
+        m_shell->onHardKey(key, KeyEvent::Release);
+        settle();
+    }
+    static void settle()
+    {
+        QCoreApplication::processEvents();
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    }
+    QWidget* root() const { return m_shell->front() ? m_shell->front()->root() : nullptr; }
+    QAbstractButton* tab(const char* name) const
+    {
+        return root() ? root()->findChild<QAbstractButton*>(name) : nullptr;
+    }
+
+    QScopedPointer<QTemporaryDir> m_folder;
+    QScopedPointer<Shell> m_shell;
+};
+
+static mem::SettingsStore* store()
+{
+    return mem::SettingsStore::instance();
+}
+
+void TestShellPlugin::init()
+{
+    m_folder.reset(new QTemporaryDir);
+    QCOMPARE(int(store()->open(m_folder->filePath("settings.db"))), int(mem::SettingsStore::Opened::Durable));
+    cm::Language::instance()->setCurrent("en");
+    m_shell.reset(new Shell(true));
+    QCOMPARE(m_shell->loadApplications(APPLICATIONS), 1);
+    m_shell->unit()->show();
+    settle();
+}
+
+void TestShellPlugin::cleanup()
+{
+    m_shell.reset();
+    hvaudio::AudioServiceHost::shutdown();
+    store()->clear();
+    store()->close();
+}
+
+void TestShellPlugin::libraryOffersTheOneWindow()
+{
+    QCOMPARE(m_shell->plugins().loaded().size(), 1);
+    QVERIFY(m_shell->host(33));
+    QCOMPARE(m_shell->host(33)->name(), QStringLiteral("EQ"));
+    for (const PluginLoader::Refused& refused : m_shell->plugins().refused())
+        QCOMPARE(refused.reason, PluginLoader::refusal({})); // the platform's own libraries lie there, too
+}
+
+void TestShellPlugin::statusBarGoesWhileTheApplicationIsInFront()
+{
+    QVERIFY(m_shell->unit()->screen()->isStatusBarShown());
+    QVERIFY(m_shell->openWindow(33));
+    settle();
+    QVERIFY(!m_shell->unit()->screen()->isStatusBarShown());
+    m_shell->leaveApplication();
+    settle();
+    QVERIFY(m_shell->unit()->screen()->isStatusBarShown());
+}
+
+void TestShellPlugin::backKeyLeaves()
+{
+    m_shell->openWindow(33);
+    press(KeyEvent::Key_Back);
+    QVERIFY(!m_shell->front());
+}
+
+void TestShellPlugin::languageSwitchRenewsTexts_data()
+{
+    QTest::addColumn<int>("page");
+    QTest::newRow("over a page that is kept") << 1;
+    QTest::newRow("over a page that is made anew") << 5;
+}
+
+void TestShellPlugin::languageSwitchRenewsTexts()
+{
+    QFETCH(int, page);
+    store()->setValue("AudioSetting_Page", page, true);
+    m_shell->openWindow(33);
+    settle();
+    const auto texts = [this] {
+        QStringList all;
+        for (const QLabel* label : root()->findChildren<QLabel*>()) {
+            if (label->isVisible() && !label->text().isEmpty())
+                all.append(label->text());
+        }
+        return all;
+    };
+    const QStringList english = texts();
+    QVERIFY(english.contains("EQ\nPRESET"));
+    QVERIFY(m_shell->setLanguage("ru"));
+    settle();
+    const QStringList russian = texts();
+    QVERIFY(!russian.contains("EQ\nPRESET"));
+    QVERIFY(russian != english);
+    QVERIFY(m_shell->setLanguage("en"));
+    settle();
+    QCOMPARE(texts(), english);
+}
+
+void TestShellPlugin::powerCycleComesBackToTheSamePage()
+{
+    store()->setValue("AudioSetting_Page", 4, true);
+    m_shell->openWindow(33);
+    settle();
+    const QPointer<QWidget> before = root();
+    press(KeyEvent::Key_Power);
+    QVERIFY(!before);
+    press(KeyEvent::Key_Power);
+    QVERIFY(root());
+    QVERIFY(tab("key_eq_preset"));
+    QVERIFY(tab("key_eq_preset")->isChecked());
+}
+
+void TestShellPlugin::factoryResetStartsOnTheFirstPage()
+{
+    store()->setValue("AudioSetting_Page", 4, true);
+    m_shell->openWindow(33);
+    settle();
+    m_shell->resetToFactory();
+    settle();
+    QVERIFY(!root());
+    m_shell->openWindow(33);
+    QVERIFY(tab("key_balance_setting")->isChecked());
+}
+
+void TestShellPlugin::pageForALookIsNotRemembered()
+{
+    store()->setValue("AudioSetting_Page", 0, true);
+    QVERIFY(m_shell->openAudioPage(3));
+    QVERIFY(tab("key_time_alignment")->isChecked());
+    QCOMPARE(store()->value("AudioSetting_Page"), QVariant(0));
+}
+
+QTEST_MAIN(TestShellPlugin)
+#include "tst_shell_plugin.moc"
