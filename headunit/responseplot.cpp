@@ -75,7 +75,9 @@ ResponsePlot::ResponsePlot(QWidget* parent)
         QwtText title(tr(look.name));
         title.setColor(QColor(0xe6, 0xe9, 0xee));
         auto* const line = new QwtPlotCurve(title);
-        line->setPen(QColor(look.colour), 2);
+        // The later a speaker is drawn the thinner, so that those of equal speakers are all seen.
+        line->setPen(QColor(look.colour), 1.5 * (speakerCount - look.speaker));
+        line->setLegendIconSize(QSize(24, 8));
         line->setRenderHint(QwtPlotItem::RenderAntialiased);
         line->setLegendAttribute(QwtPlotCurve::LegendShowLine);
         line->attach(this);
@@ -83,8 +85,7 @@ ResponsePlot::ResponsePlot(QWidget* parent)
 
         auto* const dots = new QwtPlotCurve;
         dots->setStyle(QwtPlotCurve::NoCurve);
-        // Each speaker's dots have a size of their own, so that those of equal speakers are all seen.
-        const int size = 4 + 2 * (speakerCount - 1 - look.speaker);
+        const int size = 5 + 4 * (speakerCount - 1 - look.speaker);
         dots->setSymbol(
             new QwtSymbol(QwtSymbol::Ellipse, Qt::NoBrush, QPen(QColor(look.colour), 1), QSize(size, size)));
         dots->setItemAttribute(QwtPlotItem::Legend, false);

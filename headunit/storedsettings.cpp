@@ -19,8 +19,18 @@ bool readStoredSettings(const QString& path, hvaudio::dsp::Settings* settings, Q
     }
     if (!path.isEmpty() || QFile::exists(original)) {
         QFile file(original);
-        if (!file.copy(copy)) {
+        if (!file.open(QIODevice::ReadOnly)) {
             *error = QStringLiteral("can't read the settings in '%1': %2").arg(original, file.errorString());
+            return false;
+        }
+        // Told here, because the store would move the copy aside and say so.
+        if (file.size() > 0 && file.peek(15) != "SQLite format 3") {
+            *error = QStringLiteral("can't read the settings in '%1': it is no settings file").arg(original);
+            return false;
+        }
+        file.close();
+        if (!file.copy(copy)) {
+            *error = QStringLiteral("can't copy the settings in '%1': %2").arg(original, file.errorString());
             return false;
         }
         // What the database keeps beside it belongs to it.

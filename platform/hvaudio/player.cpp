@@ -232,17 +232,29 @@ bool Player::start(const std::string& name)
         output = std::make_unique<NullOutput>();
         asAsked = false;
     }
+    const bool began = begin(std::move(output), name == "auto");
+    return asAsked && (began || name == "auto");
+}
+
+bool Player::start(std::unique_ptr<Output> output)
+{
+    stop();
+    return begin(std::move(output), false);
+}
+
+bool Player::begin(std::unique_ptr<Output> output, bool mayFail)
+{
     std::string error;
-    if (!output->start(*d, error)) {
+    const bool began = output->start(*d, error);
+    if (!began) {
         // Without a sound server everything else goes on; that is a normal case when nobody asked for one.
-        asAsked = name == "auto";
-        d->say(asAsked ? LogLevel::Info : LogLevel::Warning, error + "; continuing without sound output");
+        d->say(mayFail ? LogLevel::Info : LogLevel::Warning, error + "; continuing without sound output");
         output = std::make_unique<NullOutput>();
         output->start(*d, error);
     }
     d->engine.set(d->wanted);
     d->output = std::move(output);
-    return asAsked;
+    return began;
 }
 
 void Player::stop()

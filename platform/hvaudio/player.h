@@ -48,6 +48,8 @@ public:
     /// line in the log, when that output can't be had; the unit then plays to none, so that everything else
     /// works. Starting a started player changes the output.
     bool start(const std::string& output = "auto");
+    /// The same with an output of the caller's own.
+    bool start(std::unique_ptr<Output> output);
     /// Fades out (at most 0.4 s) and lets the output go. The destructor does the same.
     void stop();
     bool started() const;
@@ -87,6 +89,7 @@ public:
     std::string status() const;
 
 private:
+    bool begin(std::unique_ptr<Output> output, bool mayFail);
     struct Private;
     const std::unique_ptr<Private> d;
 };

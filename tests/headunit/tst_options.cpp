@@ -48,6 +48,12 @@ void TestOptions::everyOptionIsRead()
     QVERIFY(result.options.inspector && result.options.trace && result.options.traceStartup &&
             result.options.screenOnly);
     QCOMPARE(read({"--tour", "t"}).options.tour, QStringLiteral("t"));
+    const OptionsResult render = read({"--render", "in.ogg", "out.wav", "--stereo", "--settings", "s"});
+    QCOMPARE(render.action, Action::Run);
+    QCOMPARE(render.options.render, QStringLiteral("in.ogg"));
+    QCOMPARE(render.options.renderTo, QStringLiteral("out.wav"));
+    QVERIFY(render.options.stereo);
+    QCOMPARE(read({"--plot", "p.png"}).options.plot, QStringLiteral("p.png"));
 }
 
 void TestOptions::valuesAfterAnEqualsSignAreRead()
@@ -86,6 +92,10 @@ void TestOptions::mistakesAreRefusedWithAMessage_data()
     QTest::newRow("empty settings path") << QStringList{"--settings", ""} << "settings";
     QTest::newRow("empty tour folder") << QStringList{"--tour", ""} << "tour";
     QTest::newRow("value for a switch") << QStringList{"--trace=1"} << "trace";
+    QTest::newRow("rendering to nowhere") << QStringList{"--render", "in"} << "two values";
+    QTest::newRow("rendering to two files") << QStringList{"--render", "in", "a", "b"} << "'b'";
+    QTest::newRow("folding nothing") << QStringList{"--stereo"} << "--render";
+    QTest::newRow("rendering and plotting") << QStringList{"--render", "i", "o", "--plot", "p"} << "--plot";
     QTest::newRow("page during a tour") << QStringList{"--tour", "t", "--page", "1"} << "--tour";
 }
 

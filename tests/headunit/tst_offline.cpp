@@ -1,0 +1,217 @@
+#include "headunit/offline.h"
+#include "headunit/responseplot.h"
+#include "headunit/storedsettings.h"
+
+#include "common/settingsstore.h"
+
+#include <QImage>
+#include <QProcess>
+#include <QtTest>
+
+#include <cmath>
+#include <cstring>
+
+using namespace headunit;
+using hvaudio::dsp::Settings;
+
+/// --render and --plot.
+class TestOffline : public QObject
+{
+    Q_OBJECT
+private slots:
+    void init();
+    void storedSettingsAreThoseOfTheFile();
+    void fileOfTheSettingsIsNeverChanged();
+    void settingsThatCantBeReadAreRefused_data();
+    void settingsThatCantBeReadAreRefused();
+    void renderingFollowsTheStoredSettings();
+    void programTellsSuccessAndFailureByItsExitCode();
+    void plotShowsALineForEachSpeakerAndDotsOverIt();
+
+private:
+    /// A settings file with these values.
+    QString store(const QMap<QString, QVariant>& values);
+    QString sound() const;
+    std::unique_ptr<QTemporaryDir> folder;
+};
+
+void TestOffline::init()
+{
+    folder = std::make_unique<QTemporaryDir>();
+    qputenv("XDG_DATA_HOME", QFile::encodeName(folder->path()));
+}
+
+QString TestOffline::store(const QMap<QString, QVariant>& values)
+{
+    const QString path = folder->filePath("settings.db");
+    auto* const settings = mem::SettingsStore::instance();
+    settings->open(path);
+    for (auto i = values.begin(); i != values.end(); ++i)
+        settings->setValue(i.key(), i.value(), true);
+    settings->close();
+    return path;
+}
+
+QString TestOffline::sound() const
+{
+    // 0.1 s of a 16 bit mono WAV.
+    const QString path = folder->filePath("in.wav");
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly))
+        return {};
+    QDataStream out(&file);
+    out.setByteOrder(QDataStream::LittleEndian);
+    const quint32 bytes = 2 * 4800;
+    out.writeRawData("RIFF", 4);
+    out << quint32(36 + bytes);
+    out.writeRawData("WAVEfmt ", 8);
+    out << quint32(16) << quint16(1) << quint16(1) << quint32(48000) << quint32(96000) << quint16(2)
+        << quint16(16);
+    out.writeRawData("data", 4);
+    out << bytes;
+    for (int n = 0; n < 4800; ++n)
+        out << qint16(n % 48 < 24 ? 3000 : -3000);
+    return path;
+}
+
+void TestOffline::storedSettingsAreThoseOfTheFile()
+{
+    const QString path = store({{"Setup_Main_Volume", 37}, {"customloudnes", true}});
+    Settings settings;
+    QString error;
+    QVERIFY2(readStoredSettings(path, &settings, &error), qPrintable(error));
+    QCOMPARE(settings.mainVolume, 37);
+    QVERIFY(settings.loudness);
+    QVERIFY(settings.power);
+    // Without a file they are the factory's.
+    Settings factory;
+    QVERIFY(QFile::remove(path));
+    QVERIFY2(readStoredSettings(QString(), &factory, &error), qPrintable(error));
+    QVERIFY(!factory.loudness);
+}
+
+void TestOffline::fileOfTheSettingsIsNeverChanged()
+{
+    const QString path = store({{"Setup_Main_Volume", 37}});
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    const QByteArray before = file.readAll();
+    const QStringList entries = QDir(folder->path()).entryList(QDir::Files);
+    Settings settings;
+    QString error;
+    QVERIFY2(readStoredSettings(path, &settings, &error), qPrintable(error));
+    QVERIFY(file.seek(0));
+    QCOMPARE(file.readAll(), before);
+    QCOMPARE(QDir(folder->path()).entryList(QDir::Files), entries);
+}
+
+void TestOffline::settingsThatCantBeReadAreRefused_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QString>("says");
+    QTest::newRow("not there") << "missing.db"
+                               << "can't read the settings";
+    QTest::newRow("a sound") << "in.wav"
+                             << "no settings file";
+    QTest::newRow("a folder") << "."
+                              << "can't read the settings";
+}
+
+void TestOffline::settingsThatCantBeReadAreRefused()
+{
+    QFETCH(QString, name);
+    QFETCH(QString, says);
+    QVERIFY(!sound().isEmpty());
+    Settings settings;
+    QString error;
+    QVERIFY(!readStoredSettings(folder->filePath(name), &settings, &error));
+    QVERIFY2(error.contains(says) && error.contains(name), qPrintable(error));
+}
+
+void TestOffline::renderingFollowsTheStoredSettings()
+{
+    const auto loudest = [this](int volume) {
+        Options options;
+        options.settings = store({{"Setup_Main_Volume", volume}});
+        options.render = sound();
+        options.renderTo = folder->filePath("out.wav");
+        QString message;
+        if (!renderFile(options, &message))
+            return -1.0f;
+        QFile file(options.renderTo);
+        if (!file.open(QIODevice::ReadOnly))
+            return -1.0f;
+        const QByteArray all = file.readAll();
+        const int start = all.indexOf("data") + 8;
+        float largest = 0;
+        for (int at = start; at + 4 <= all.size(); at += 4) {
+            float x = 0;
+            std::memcpy(&x, all.constData() + at, 4);
+            largest = qMax(largest, qAbs(x));
+        }
+        return largest;
+    };
+    const float loud = loudest(40), soft = loudest(20);
+    QVERIFY(soft > 0);
+    QVERIFY2(qAbs(20 * std::log10(double(loud / soft)) - 24) < 1,
+             qPrintable(QString("%1 %2").arg(loud).arg(soft)));
+}
+
+void TestOffline::programTellsSuccessAndFailureByItsExitCode()
+{
+    const auto run = [](const QStringList& arguments, QByteArray* out, QByteArray* err) {
+        QProcess process;
+        process.start(QStringLiteral(HEADUNIT), arguments);
+        if (!process.waitForFinished(30000))
+            return -1;
+        *out = process.readAllStandardOutput();
+        *err = process.readAllStandardError();
+        return process.exitCode();
+    };
+    QByteArray out, err;
+    const QString to = folder->filePath("out.wav");
+    QVERIFY2(run({"--render", sound(), to}, &out, &err) == 0, err);
+    QVERIFY2(out.contains("FL FR RL RR SUB"), out);
+    QVERIFY(QFile::exists(to));
+    QCOMPARE(run({"--render", folder->filePath("missing.flac"), to}, &out, &err), 5);
+    QVERIFY2(err.contains("missing.flac"), err);
+    QCOMPARE(run({"--render", sound(), to, "--settings", folder->filePath("missing.db")}, &out, &err), 5);
+    QCOMPARE(run({"--render", sound()}, &out, &err), 2);
+    QVERIFY2(run({"--plot", folder->filePath("p.png")}, &out, &err) == 0, err);
+    QCOMPARE(QImage(folder->filePath("p.png")).size(), QSize(1280, 720));
+    QCOMPARE(run({"--plot", "/no/such/folder/p.png"}, &out, &err), 5);
+}
+
+void TestOffline::plotShowsALineForEachSpeakerAndDotsOverIt()
+{
+    const auto near = [](const QColor& a, const QColor& b) { // edges are smoothed
+        return qAbs(a.red() - b.red()) + qAbs(a.green() - b.green()) + qAbs(a.blue() - b.blue()) < 90;
+    };
+    const auto pixelsOf = [this](bool line, bool dots, int speaker) {
+        ResponsePlot plot;
+        const auto lineHz = ResponsePlot::frequencies(200), dotHz = ResponsePlot::frequencies(40);
+        if (line)
+            plot.setComputed(hvaudio::dsp::Speaker(speaker), lineHz, std::vector<double>(200, 0.1));
+        if (dots)
+            plot.setMeasured(hvaudio::dsp::Speaker(speaker), dotHz, std::vector<double>(40, 0.5));
+        const QString path = folder->filePath("plot.png");
+        if (!plot.savePng(path))
+            return -1;
+        const QImage picture(path);
+        // Above the legend, which shows every colour.
+        const QColor colour = ResponsePlot::colour(hvaudio::dsp::Speaker(speaker));
+        int count = 0;
+        for (int y = 0; y < 620; ++y)
+            for (int x = 0; x < picture.width(); ++x)
+                count += near(QColor(picture.pixel(x, y)), colour);
+        return count;
+    };
+    for (int speaker = 0; speaker < hvaudio::dsp::speakerCount; ++speaker) {
+        const int nothing = pixelsOf(false, false, speaker);
+        QVERIFY(pixelsOf(true, false, speaker) > nothing + 1000);
+        QVERIFY(pixelsOf(false, true, speaker) > nothing + 200);
+    }
+}
+
+QTEST_MAIN(TestOffline)
+#include "tst_offline.moc"
