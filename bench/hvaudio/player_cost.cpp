@@ -1,0 +1,220 @@
+// What the unit's sound costs while it runs: player_cost [seconds of sound, default 600]
+//
+//   set to sound    from Player::setSettings on one thread to the first changed sample of the block that
+//   another
+//                   thread pulls: wall time (blocks of 64 frames, without pause) and frames from the block's
+//                   start
+//   worst block     of 512 frames, while settings, sources and prompts change all the while: the slowest and
+//   the
+//                   quantiles; what the scheduler takes from the pulling thread is in it, so thread time is
+//                   given too
+//   idle            a block of 512 frames of silence, after everything has rung out
+//   memory          resident set before and after the player is made and has played
+#include "hvaudio/player.h"
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <string>
+#include <thread>
+#include <time.h>
+#include <vector>
+
+using namespace hvaudio;
+
+namespace {
+
+constexpr double rate = 48000;
+
+double now()
+{
+    return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
+}
+
+double threadTime()
+{
+    timespec t;
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &t);
+    return double(t.tv_sec) + 1e-9 * double(t.tv_nsec);
+}
+
+long residentKiB()
+{
+    std::ifstream status("/proc/self/status");
+    for (std::string line; std::getline(status, line);)
+        if (line.rfind("VmRSS:", 0) == 0)
+            return std::atol(line.c_str() + 6);
+    return 0;
+}
+
+/// Pulls when it is told to.
+class Puller final : public Output
+{
+public:
+    bool start(Feed& feed, std::string&) override
+    {
+        feed_ = &feed;
+        return feed.prepare(rate);
+    }
+    void stop() override {}
+    bool pulling() const override { return false; }
+    std::string status() const override { return "measured"; }
+    const float* pull(int frames, const float* in = nullptr)
+    {
+        const float* const from[2] = {in, in};
+        float* out[dsp::speakerCount];
+        for (int i = 0; i < dsp::speakerCount; ++i)
+            out[i] = samples_[i];
+        feed_->pull(from, out, frames);
+        return samples_[0];
+    }
+
+private:
+    Feed* feed_ = nullptr;
+    float samples_[dsp::speakerCount][8192];
+};
+
+dsp::Settings loud()
+{
+    dsp::Settings settings;
+    settings.power = true;
+    settings.mainVolume = 40;
+    settings.loudness = true;
+    for (auto& speaker : settings.cabin) {
+        speaker.highPass = {4, 3};
+        speaker.delayMs = 2.3;
+    }
+    return settings;
+}
+
+void setToSound(Player& player, Puller& puller)
+{
+    // A constant input, so that every sample that differs from the one before shows the change.
+    std::vector<float> in(64, 0.1f);
+    player.setSource(7, SourceKind::Input);
+    dsp::Settings settings;
+    settings.power = true;
+    settings.source = 7;
+    settings.mainVolume = 40;
+    settings.subwoofer.filter = 1;
+    std::vector<double> wall;
+    for (int round = 0; round < 200; ++round) {
+        settings.mainVolume = 40 + round % 2 * 5;
+        std::atomic<double> asked{0};
+        for (int n = 0; n < 2000; ++n)
+            puller.pull(64, in.data());
+        std::thread gui([&] {
+            std::this_thread::sleep_for(std::chrono::microseconds(500));
+            asked = now();
+            player.setSettings(settings);
+        });
+        const float before = puller.pull(64, in.data())[63];
+        for (bool found = false; !found;) {
+            const float* const out = puller.pull(64, in.data());
+            for (int i = 0; i < 64 && !found; ++i)
+                if (std::abs(out[i] - before) > 1e-6f) {
+                    found = true;
+                    if (round)
+                        wall.push_back(now() - asked.load());
+                }
+        }
+        gui.join();
+    }
+    std::sort(wall.begin(), wall.end());
+    std::printf(
+        "set to sound    median %.0f us, worst %.0f us of wall time; the processor's own look-ahead is %d "
+        "frames (%.2f ms), the output's block comes on top\n",
+        1e6 * wall[wall.size() / 2], 1e6 * wall.back(), player.engine().latencyFrames(),
+        1e3 * player.engine().latencyFrames() / rate);
+}
+
+void worstBlock(Player& player, Puller& puller, double seconds)
+{
+    std::atomic<bool> ends{false};
+    std::atomic<long> changes{0};
+    std::thread gui([&] {
+        for (unsigned n = 0; !ends; ++n) {
+            dsp::Settings settings = loud();
+            settings.equalizer[n % dsp::bandCount] = int(n * 7 % 21) - 10;
+            settings.balance = int(n * 3 % 31) - 15;
+            settings.mainVolume = int(n * 11 % 51);
+            settings.cabin[n % 4].delayMs = n % 100 / 10.0;
+            settings.cabin[n % 4].highPass = {int(n % 9), int(n % 4)};
+            settings.source = n % 64 < 32 ? 6 : 18;
+            player.setSettings(settings);
+            if (n % 50 == 0)
+                player.prompt(dsp::Prompt(n / 50 % dsp::promptCount));
+            if (n % 200 == 0)
+                player.setSource(n % 400 ? 6 : 18, n % 3 ? SourceKind::PinkNoise : SourceKind::Sweep);
+            ++changes;
+            std::this_thread::sleep_for(std::chrono::microseconds(300));
+        }
+    });
+    const int blocks = int(seconds * rate / 512);
+    std::vector<double> wall, own;
+    wall.reserve(std::size_t(blocks));
+    own.reserve(std::size_t(blocks));
+    for (int n = 0; n < blocks; ++n) {
+        const double start = now(), startOwn = threadTime();
+        puller.pull(512);
+        own.push_back(threadTime() - startOwn);
+        wall.push_back(now() - start);
+    }
+    ends = true;
+    gui.join();
+    std::sort(wall.begin(), wall.end());
+    std::sort(own.begin(), own.end());
+    const auto at = [](const std::vector<double>& v, double q) {
+        return 1e6 * v[std::size_t(q * double(v.size() - 1))];
+    };
+    std::printf(
+        "worst block     of %d, %ld changes meanwhile: thread time median %.0f us, 99.9 %% %.0f us, worst "
+        "%.0f us; wall time worst %.0f us; a block lasts %.0f us\n",
+        blocks, changes.load(), at(own, 0.5), at(own, 0.999), at(own, 1), at(wall, 1), 1e6 * 512 / rate);
+}
+
+void idle(Player& player, Puller& puller)
+{
+    player.setSource(6, SourceKind::Silence);
+    player.setSource(18, SourceKind::Silence);
+    for (int n = 0; n < 20000 && !player.engine().idle(); ++n)
+        puller.pull(512);
+    constexpr int blocks = 20000;
+    const double start = threadTime();
+    for (int n = 0; n < blocks; ++n)
+        puller.pull(512);
+    const double each = (threadTime() - start) / blocks;
+    std::printf("idle            %s, %.2f us for a block of 512 frames, %.4f %% of one core\n",
+                player.engine().idle() ? "silent" : "NOT SILENT", 1e6 * each, 100 * each * rate / 512);
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    const double seconds = argc > 1 ? std::atof(argv[1]) : 600;
+    if (!(seconds > 0)) {
+        std::fprintf(stderr, "player_cost: '%s' is no number of seconds\n", argv[1]);
+        return 2;
+    }
+    const long before = residentKiB();
+    Player player;
+    auto own = std::make_unique<Puller>();
+    Puller& puller = *own;
+    player.setSettings(loud());
+    player.setSource(6, SourceKind::PinkNoise);
+    player.setSource(18, SourceKind::Sweep);
+    player.start(std::move(own));
+    for (int n = 0; n < 200; ++n)
+        puller.pull(512);
+    std::printf("memory          %ld KiB resident more than before the player was made\n",
+                residentKiB() - before);
+    setToSound(player, puller);
+    worstBlock(player, puller, seconds);
+    idle(player, puller);
+    return 0;
+}
