@@ -252,6 +252,10 @@ void VolumeSettingWidget::setupWidget()
         } else {
             row->setGeometry(row->geometry().translated(0, -LiveRowsHeight));
             height += row->height();
+            if (row->size().isEmpty()) { // never seen, so no place for the keyboard to stop at
+                for (QWidget* child : row->findChildren<QWidget*>())
+                    child->setFocusPolicy(Qt::NoFocus);
+            }
         }
     }
     ui->scrollAreaWidgetContents->setGeometry(0, 0, 1024, height + 70);

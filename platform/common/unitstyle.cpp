@@ -3,11 +3,15 @@
 #include "language.h"
 #include "palette.h"
 
+#include <QAbstractButton>
 #include <QApplication>
+#include <QButtonGroup>
 #include <QEvent>
 #include <QFontDatabase>
+#include <QKeyEvent>
 #include <QPainter>
 #include <QPushButton>
+#include <QScrollArea>
 #include <QStyleFactory>
 #include <QStyleOption>
 
@@ -18,6 +22,7 @@ namespace {
 constexpr int kBaseSize = 11; ///< pt; fills the lowest captions, 20 px high, without being cut
 constexpr int kFaceRadius = 8;
 constexpr int kRingWidth = 3;
+constexpr int kScrollMargin = 20; ///< px above or below what the keyboard scrolls to
 
 constexpr char kLatin[] = "Noto Sans"; // with Greek and Cyrillic
 constexpr char kArabic[] =
@@ -77,6 +82,28 @@ QPixmap picture(const QStyleOptionButton& key, const QWidget* widget)
     }
     QWindow* window = widget ? widget->window()->windowHandle() : nullptr;
     return key.icon.pixmap(window, key.iconSize, mode, state);
+}
+
+/// Marks the keys that the keyboard stops at.
+constexpr char kTabStop[] = "unitStyleTabStop";
+
+/// Qt leaves an exclusive group one tab stop, the key that had the focus last; the arrow keys would go on, and
+/// each step would also act. On this unit every key is looked at before it is worked.
+void restoreTabStops(const QWidget* window)
+{
+    for (QAbstractButton* key : window->findChildren<QAbstractButton*>()) {
+        if (key->group() && key->group()->exclusive() && key->property(kTabStop).toBool())
+            key->setFocusPolicy(Qt::FocusPolicy(key->focusPolicy() | Qt::TabFocus));
+    }
+}
+
+/// A scroll area does so by itself only for steps within it, not for one that enters it from outside.
+void bringIntoView(QWidget* focused)
+{
+    for (QWidget* parent = focused->parentWidget(); parent; parent = parent->parentWidget()) {
+        if (auto* area = qobject_cast<QScrollArea*>(parent))
+            area->ensureWidgetVisible(focused, 0, kScrollMargin);
+    }
 }
 
 void drawFocusRing(const QStyleOption& option, QPainter* painter)
@@ -250,6 +277,8 @@ void UnitStyle::polish(QWidget* widget)
     key->setAttribute(Qt::WA_Hover, false); // a finger doesn't hover
     if (key->focusPolicy() == Qt::StrongFocus)
         key->setFocusPolicy(Qt::TabFocus);
+    if (key->focusPolicy() & Qt::TabFocus)
+        key->setProperty(kTabStop, true);
 }
 
 void UnitStyle::polish(QApplication* application)
@@ -274,6 +303,16 @@ bool UnitStyle::eventFilter(QObject* watched, QEvent* event)
             if (QWidget* focused = window->focusWidget())
                 focused->update();
         }
+    }
+    if (event->type() == QEvent::FocusIn && watched->isWidgetType()) {
+        const Qt::FocusReason reason = static_cast<QFocusEvent*>(event)->reason();
+        if (reason == Qt::TabFocusReason || reason == Qt::BacktabFocusReason)
+            bringIntoView(static_cast<QWidget*>(watched));
+    }
+    if (event->type() == QEvent::KeyPress && watched->isWidgetType()) {
+        const int pressed = static_cast<QKeyEvent*>(event)->key();
+        if (pressed == Qt::Key_Tab || pressed == Qt::Key_Backtab)
+            restoreTabStops(static_cast<QWidget*>(watched)->window());
     }
     return QProxyStyle::eventFilter(watched, event);
 }

@@ -8,6 +8,10 @@ set(well            "#090B10")
 set(panel           "#262933")   # rgb(38,41,51), the fill of the value fields between two keys
 set(line            "#1F2531")   # grid lines, tracks: seen, not read
 set(line_strong     "#39414F")   # axes, zero lines, separators
+# The crossover's grid: the grey curve, rgb(100,100,100), keeps 3:1 on its ground and on its lines, which leaves lines
+# as dark as these, and a ground that is black so that they are seen at all.
+set(grid_ground     "#000000")
+set(grid_line       "#14181E")
 set(scale           "#566176")   # main ticks of a scale
 set(ink             "#EEEEEC")
 set(ink_dim         "#A7AFBF")   # numbers on scales; 4.5:1 and more on well, page and panel
@@ -32,6 +36,8 @@ set(edge_n          "#414A5A")
 set(edge_p          "#2FB2F5")
 set(glyph_ink_n     "#EEEEEC")
 set(glyph_ink_p     "#FFFFFF")
+set(tab_lamp_n      "none")
+set(tab_lamp_p      "#5CC8FF")
 set(lamp_n          "#39414F")
 set(lamp_p          "#5CC8FF")
 set(motif_n         "#8E98AB")

@@ -29,7 +29,7 @@ enum Condition {
 const char* name(Page page);
 const char* name(Condition condition);
 
-/// Before the application object: platform, fonts, and log lines that would hide a report are kept back.
+/// Before the application object: platform, fonts, and the log kept quiet.
 void prepare();
 /// After it: the unit's style.
 void dress(QApplication& application);

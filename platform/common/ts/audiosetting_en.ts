@@ -91,7 +91,7 @@
     <message id="txt_387">
         <source>Equalizer</source>
         <extracomment>Title of the equalizer page, and upper-cased the second line of its tab below 195. 150 px at 16 pt</extracomment>
-        <translation>Equalizer</translation>
+        <translation>EQUALIZER</translation>
     </message>
     <message id="txt_421">
         <source>Bal/Fader</source>

@@ -256,12 +256,12 @@
     <message id="txt_1258">
         <source>User 1</source>
         <extracomment>Equalizer curve drawn by the user; upper-cased on its tile, 217 px at 32 pt bold</extracomment>
-        <translation>ユーザー 1</translation>
+        <translation>ユーザー1</translation>
     </message>
     <message id="txt_1259">
         <source>User 2</source>
         <extracomment>Equalizer curve drawn by the user; upper-cased on its tile, 217 px at 32 pt bold</extracomment>
-        <translation>ユーザー 2</translation>
+        <translation>ユーザー2</translation>
     </message>
 </context>
 </TS>
