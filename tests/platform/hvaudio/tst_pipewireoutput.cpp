@@ -1,4 +1,4 @@
-#include "../../system/privatepipewire.h"
+#include "../../system/unitonpipewire.h"
 
 #include "hvaudio/pipewireoutput.h"
 #include "hvaudio/player.h"
@@ -11,12 +11,9 @@
 #include <mutex>
 
 using namespace hvaudio;
+using namespace unitonpipewire;
 
 namespace {
-
-constexpr double rate = 48000;
-const QStringList five = {"FL", "FR", "RL", "RR", "LFE"};
-const QStringList two = {"FL", "FR"};
 
 /// Everything open and neutral: what is heard is what was set.
 dsp::Settings neutral()
@@ -48,32 +45,6 @@ struct Lines
     QStringList lines;
 };
 
-constexpr double toneLevel = 0.02;
-
-/// Half a second of a recording of the tones in which nothing was lost: pw-cat reads and writes files on a
-/// thread that a busy machine may hold up. Found by how much of the energy is in the tones; 0 when there is
-/// none.
-constexpr std::size_t pieceLength = std::size_t(rate / 2);
-std::size_t cleanPiece(const std::vector<float>& signal)
-{
-    std::size_t best = 0;
-    double bestShare = 0.999;
-    for (std::size_t start = 1; start + pieceLength < signal.size(); start += std::size_t(rate / 10)) {
-        double all = 0, tones = 0;
-        for (std::size_t n = 0; n < pieceLength; ++n) {
-            const double window = 1 - std::cos(2 * M_PI * double(n) / double(pieceLength));
-            all += window * double(signal[start + n]) * double(signal[start + n]) / double(pieceLength);
-        }
-        for (double hz : dsp::bandHz)
-            tones += std::pow(amplitudeAt(signal, start, pieceLength, hz, rate), 2) / 2;
-        if (const double share = tones / all; all > 1e-5 && share < 1.001 && share > bestShare) {
-            bestShare = share;
-            best = start;
-        }
-    }
-    return best;
-}
-
 } // namespace
 
 class TestPipeWireOutput : public QObject
@@ -95,11 +66,6 @@ private slots:
     void stopWhilePlayingEndsInSilenceAndTakesTheSinkAway();
 
 private:
-    /// A file of a sine at each centre of the equalizer's bands, all of one level.
-    QString tones(double seconds) const;
-    /// Plays a file into the unit and returns at its end.
-    bool playIntoUnit(const QString& path, const QStringList& alsoTo = {}) const;
-    bool linkUnitTo(const QString& sink, const QStringList& channels) const;
     bool waitForStatus(Player& player, const QString& status) const
     {
         return PrivatePipeWire::waitFor([&] { return QString::fromStdString(player.status()) == status; });
@@ -121,45 +87,6 @@ void TestPipeWireOutput::init()
 void TestPipeWireOutput::cleanup()
 {
     server.reset();
-}
-
-QString TestPipeWireOutput::tones(double seconds) const
-{
-    const QString path = server->path("tones.wav");
-    std::string error;
-    const auto writer = WavWriter::create(path.toStdString(), rate, 2, error);
-    std::vector<float> samples(std::size_t(seconds * rate));
-    for (std::size_t n = 0; n < samples.size(); ++n) {
-        double x = 0;
-        for (int band = 0; band < dsp::bandCount; ++band)
-            x += toneLevel * std::sin(2 * M_PI * dsp::bandHz[band] * double(n) / rate + band * band);
-        samples[n] = float(x);
-    }
-    const float* const channels[2] = {samples.data(), samples.data()};
-    writer->write(channels, int(samples.size()));
-    return writer->finish(error) ? path : QString();
-}
-
-bool TestPipeWireOutput::playIntoUnit(const QString& path, const QStringList& alsoTo) const
-{
-    QProcess cat;
-    cat.start("pw-cat", {"-p", "--target", "0", "-P", "{ node.name = player }", path});
-    if (!PrivatePipeWire::waitForPorts({"player:output_FL", "player:output_FR"}))
-        return false;
-    for (const QString& port : alsoTo)
-        if (!PrivatePipeWire::link("player:output_FL", port))
-            return false;
-    for (const QString& channel : two)
-        PrivatePipeWire::output("pw-link", {"player:output_" + channel, "headunit:playback_" + channel});
-    return cat.waitForFinished(20000);
-}
-
-bool TestPipeWireOutput::linkUnitTo(const QString& sink, const QStringList& channels) const
-{
-    bool ok = PrivatePipeWire::waitForPorts({"headunit-output:output_LFE"});
-    for (const QString& channel : channels)
-        ok = ok && PrivatePipeWire::link("headunit-output:output_" + channel, sink + ":playback_" + channel);
-    return ok;
 }
 
 bool TestPipeWireOutput::soundArrives(Player& player) const
@@ -217,7 +144,9 @@ void TestPipeWireOutput::fileFromPlayerIsHeardWithTheCurveThatWasSet()
     for (const QString& channel : five)
         QVERIFY(PrivatePipeWire::link("out-sink:monitor_" + channel, "rec:input_" + channel));
 
-    QVERIFY(playIntoUnit(tones(3)));
+    const QString tones = server->path("tones.wav");
+    QVERIFY(writeTones(tones, 3));
+    QVERIFY(playIntoUnit(tones));
     const auto heard = recording.stop();
 
     const std::size_t start = cleanPiece(heard[0]);
@@ -255,7 +184,9 @@ void TestPipeWireOutput::deviceWithoutRearAndSubwooferGetsTheFold()
     QVERIFY(recording.ready());
     for (const QString& channel : two)
         QVERIFY(PrivatePipeWire::link("test-sink:monitor_" + channel, "rec:input_" + channel));
-    QVERIFY(playIntoUnit(tones(3)));
+    const QString tones = server->path("tones.wav");
+    QVERIFY(writeTones(tones, 3));
+    QVERIFY(playIntoUnit(tones));
     const auto heard = recording.stop();
     const std::size_t start = cleanPiece(heard[0]);
     QVERIFY(start > 0);
