@@ -190,6 +190,18 @@ void sendSub(int freq, int level)
     AudioService::instance()->setSubFilter(level & LevelOn ? freq : 0, level & LevelBits, 0);
 }
 
+// A line of the title's size is higher than its label, what is drawn isn't: an accent needs the room above,
+// an Arabic tail that below. So the ink is centred instead of the line.
+void centreInk(QLabel* label)
+{
+    const QFontMetrics line(label->font());
+    const QRect ink = line.tightBoundingRect(label->text());
+    const int unusedAbove = line.ascent() + ink.top();
+    const int unusedBelow = line.descent() - ink.bottom();
+    const int down = unusedBelow - unusedAbove; // twice the way, for it moves by half of a margin
+    label->setContentsMargins(0, qMax(0, down), 0, qMax(0, -down));
+}
+
 } // namespace
 
 m5qx_eq_crossover_setting_page::m5qx_eq_crossover_setting_page(QWidget* parent)
@@ -243,6 +255,7 @@ void Page::retranslateUi()
 {
     ui->text_titel->setText(Translator::translate(CrossoverText) +
                             Translator::translate(SettingsText).toUpper());
+    centreInk(ui->text_titel);
     for (QLabel* title : {ui->text_hpf_main_audio, ui->text_low_main_audio})
         title->setText(Translator::translate(MainAudioText).toUpper());
     ui->text_subwoofer->setText(Translator::translate(SubwooferText).toUpper());

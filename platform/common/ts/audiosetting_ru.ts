@@ -171,7 +171,7 @@
     <message id="txt_1229">
         <source>Crossover </source>
         <extracomment>The word for crossover, with its blank at the end: 141 or 1247 follows directly. With 141 upper-cased 400 px at 28 pt</extracomment>
-        <translation>Фильтр </translation>
+        <translation>СРЕЗ </translation>
     </message>
     <message id="txt_1230">
         <source>SUB Filter</source>
