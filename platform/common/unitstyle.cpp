@@ -87,8 +87,8 @@ QPixmap picture(const QStyleOptionButton& key, const QWidget* widget)
 /// Marks the keys that the keyboard stops at.
 constexpr char kTabStop[] = "unitStyleTabStop";
 
-/// Qt leaves an exclusive group one tab stop, the key that had the focus last; the arrow keys would go on, and
-/// each step would also act. On this unit every key is looked at before it is worked.
+/// Qt leaves an exclusive group one tab stop, the key that had the focus last; the arrow keys would go on,
+/// and each step would also act. On this unit every key is looked at before it is worked.
 void restoreTabStops(const QWidget* window)
 {
     for (QAbstractButton* key : window->findChildren<QAbstractButton*>()) {

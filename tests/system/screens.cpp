@@ -98,13 +98,14 @@ void fillStore(Condition condition)
     }
     if (!end)
         return;
-    for (const char* key : {"Setup_Main_Volume", "Setup_Volume_Type_BT_Ringer", "Setup_Volume_Type_BT_Talking",
-                            "Setup_Volume_Type_Navi", "Setup_Volume_Type_Voice"})
+    for (const char* key :
+         {"Setup_Main_Volume", "Setup_Volume_Type_BT_Ringer", "Setup_Volume_Type_BT_Talking",
+          "Setup_Volume_Type_Navi", "Setup_Volume_Type_Voice"})
         store(QLatin1String(key), low ? 0 : 50);
-    for (const char* key : {"Setup_Input_Gain_Type_Radio", "Setup_Input_Gain_Type_USB",
-                            "Setup_Input_Gain_Type_BT_Audio", "Setup_Input_Gain_Type_AUX",
-                            "Setup_Input_Gain_Type_Carplay", "Setup_Input_Gain_Type_Android_Auto",
-                            "Setup_Input_Gain_Type_DAB"})
+    for (const char* key :
+         {"Setup_Input_Gain_Type_Radio", "Setup_Input_Gain_Type_USB", "Setup_Input_Gain_Type_BT_Audio",
+          "Setup_Input_Gain_Type_AUX", "Setup_Input_Gain_Type_Carplay", "Setup_Input_Gain_Type_Android_Auto",
+          "Setup_Input_Gain_Type_DAB"})
         store(QLatin1String(key), low ? 0 : 15);
 }
 
@@ -170,7 +171,8 @@ void prepare()
 {
     qputenv("QT_QPA_PLATFORM", "offscreen");
     qputenv("FONTCONFIG_FILE", AUDIOSETTING_TESTS "/golden/fonts.conf");
-    for (const char* scale : {"QT_SCALE_FACTOR", "QT_FONT_DPI", "QT_SCREEN_SCALE_FACTORS", "QT_STYLE_OVERRIDE"})
+    for (const char* scale :
+         {"QT_SCALE_FACTOR", "QT_FONT_DPI", "QT_SCREEN_SCALE_FACTORS", "QT_STYLE_OVERRIDE"})
         qunsetenv(scale);
     QCoreApplication::setAttribute(Qt::AA_DisableHighDpiScaling);
     // The pages write a line for almost every slot; a report would drown in them.
@@ -294,7 +296,8 @@ QVector<Text> texts(const Screen& screen)
         const QPoint origin = widget->mapTo(window, QPoint());
         const QRect rect(origin, widget->size());
         QRect seen = window->rect() & rect;
-        for (QWidget* parent = widget->parentWidget(); parent && parent != window; parent = parent->parentWidget())
+        for (QWidget* parent = widget->parentWidget(); parent && parent != window;
+             parent = parent->parentWidget())
             seen &= QRect(parent->mapTo(window, QPoint()), parent->size());
         if (seen.isEmpty())
             continue;

@@ -1,7 +1,7 @@
 #pragma once
 
-// Every screen of the unit in the conditions in which its looks are tested: built on the reference platform, with a
-// store in memory, the unit's style and pinned fonts.
+// Every screen of the unit in the conditions in which its looks are tested: built on the reference platform,
+// with a store in memory, the unit's style and pinned fonts.
 
 #include <QImage>
 #include <QString>

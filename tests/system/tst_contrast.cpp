@@ -1,5 +1,5 @@
-// Contrast as WCAG 2.1 counts it, measured on the rendered screen: a text's strongest pixel against every pixel that lies
-// under or beside its glyphs when the text is taken away.
+// Contrast as WCAG 2.1 counts it, measured on the rendered screen: a text's strongest pixel against every
+// pixel that lies under or beside its glyphs when the text is taken away.
 
 #include "system/screens.h"
 
@@ -18,7 +18,8 @@ using namespace screens;
 namespace {
 
 constexpr double textContrast = 4.5;
-constexpr double valueContrast = 7; ///< of values and titles, and of every other text that has no colour given
+constexpr double valueContrast =
+    7; ///< of values and titles, and of every other text that has no colour given
 constexpr double curveContrast = 3;
 
 /// Labels whose colour is given and can't reach the higher one: the filters' green and blue.

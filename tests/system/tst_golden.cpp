@@ -1,8 +1,9 @@
 // The looks of every screen, compared with the pictures in tests/golden. tests/golden/renew makes them anew.
 //
-// Tolerance: a pixel may differ by 24 of 255 in each channel (rasterizers round differently), and at most 64 pixels of a
-// picture by more: a glyph's edge here and there, less than the smallest glyph. What differs is written as three pictures
-// side by side - expected, shown, difference - to golden-differences/ beside the test.
+// Tolerance: a pixel may differ by 24 of 255 in each channel (rasterizers round differently), and at most 64
+// pixels of a picture by more: a glyph's edge here and there, less than the smallest glyph. What differs is
+// written as three pictures side by side - expected, shown, difference - to golden-differences/ beside the
+// test.
 
 #include "system/screens.h"
 
@@ -50,7 +51,8 @@ void hold(QWidget* target)
         key->setDown(true);
         return;
     }
-    QMouseEvent event(QEvent::MouseButtonPress, QPoint(400, 300), Qt::LeftButton, Qt::LeftButton, Qt::NoModifier);
+    QMouseEvent event(QEvent::MouseButtonPress, QPoint(400, 300), Qt::LeftButton, Qt::LeftButton,
+                      Qt::NoModifier);
     QCoreApplication::sendEvent(target, &event);
 }
 
@@ -88,7 +90,8 @@ int difference(const QImage& expected, const QImage& shown, QImage* picture)
     return count;
 }
 
-QString writeDifference(const QString& name, const QImage& expected, const QImage& shown, const QImage& picture)
+QString writeDifference(const QString& name, const QImage& expected, const QImage& shown,
+                        const QImage& picture)
 {
     QDir folder(QCoreApplication::applicationDirPath());
     folder.mkpath(QStringLiteral("golden-differences"));
@@ -131,7 +134,8 @@ void TestGolden::screenLooksAsItsPicture_data()
         const auto row = [&](const QString& what, int condition, const char* held = "", bool longest = false,
                              int view = 0) {
             const QString name = QLatin1String(screens::name(Page(page))) + QLatin1Char('-') + what;
-            QTest::newRow(qPrintable(name)) << page << condition << QString::fromLatin1(held) << longest << view;
+            QTest::newRow(qPrintable(name))
+                << page << condition << QString::fromLatin1(held) << longest << view;
         };
         for (int condition = 0; condition < ConditionCount; ++condition) {
             if (hasLooksOfItsOwn(Page(page), Condition(condition)))

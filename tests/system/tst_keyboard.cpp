@@ -1,5 +1,5 @@
-// The keyboard and the screen reader on every screen: Tab goes through what can be worked, in reading order, and each
-// of it says what it is.
+// The keyboard and the screen reader on every screen: Tab goes through what can be worked, in reading order,
+// and each of it says what it is.
 
 #include "system/screens.h"
 
@@ -54,16 +54,18 @@ bool isSeen(const QWidget* widget)
     return true;
 }
 
-/// Keys and sliders that are seen, or can be scrolled to, and are enabled. Without the emblem of a title, a key by its
-/// kind only; scroll bars, which follow; and the touch pad, whose work the four arrow keys do.
+/// Keys and sliders that are seen, or can be scrolled to, and are enabled. Without the emblem of a title, a
+/// key by its kind only; scroll bars, which follow; and the touch pad, whose work the four arrow keys do.
 QList<QWidget*> controls(const Screen& screen)
 {
     QList<QWidget*> list;
     for (QWidget* widget : screen.window()->findChildren<QWidget*>()) {
         const bool control = qobject_cast<QAbstractButton*>(widget) || qobject_cast<QAbstractSlider*>(widget);
         const bool emblem = widget->objectName() == QLatin1String("key_back") && widget->x() < 100;
-        const bool pad = widget->inherits("k41_audio_root_bf") || widget->inherits("audiosetting::balanceFaderControl");
-        if (control && !emblem && !pad && !qobject_cast<QScrollBar*>(widget) && widget->isEnabled() && isSeen(widget))
+        const bool pad =
+            widget->inherits("k41_audio_root_bf") || widget->inherits("audiosetting::balanceFaderControl");
+        if (control && !emblem && !pad && !qobject_cast<QScrollBar*>(widget) && widget->isEnabled() &&
+            isSeen(widget))
             list.append(widget);
     }
     return list;
@@ -80,8 +82,9 @@ QString nameOf(const QWidget* widget)
 {
     if (!widget)
         return QString();
-    return widget->objectName().isEmpty() ? widget->accessibleName().replace(QLatin1Char(' '), QLatin1Char('_'))
-                                          : widget->objectName();
+    return widget->objectName().isEmpty()
+               ? widget->accessibleName().replace(QLatin1Char(' '), QLatin1Char('_'))
+               : widget->objectName();
 }
 
 /// The order in which the page is read, without what isn't there or is disabled.
@@ -91,7 +94,8 @@ QStringList readingOrder(const Screen& screen, Page page)
     for (const QWidget* widget : controls(screen))
         there.append(nameOf(widget));
     QStringList order;
-    const QString all = QLatin1String(orders[page]) + (page == MainCrossover ? QString() : QLatin1String(tabBar));
+    const QString all =
+        QLatin1String(orders[page]) + (page == MainCrossover ? QString() : QLatin1String(tabBar));
     for (const QString& one : all.split(QLatin1Char(' '))) {
         if (there.contains(one))
             order.append(one);
@@ -124,7 +128,6 @@ QStringList stops(const Screen& screen, Qt::Key key, const QString& first)
 }
 
 } // namespace
-
 
 class TestKeyboard : public QObject
 {
@@ -198,8 +201,9 @@ void TestKeyboard::everyControlHasANameOfItsOwn()
         const QString spoken = spokenName(widget);
         QVERIFY2(spoken.contains(QRegularExpression(QStringLiteral("\\w"))), qPrintable(nameOf(widget)));
         // Two keys of the same name couldn't be told apart.
-        QVERIFY2(!owners.contains(spoken),
-                 qPrintable(QStringLiteral("%1: %2 and %3").arg(spoken, nameOf(widget), owners.value(spoken))));
+        QVERIFY2(
+            !owners.contains(spoken),
+            qPrintable(QStringLiteral("%1: %2 and %3").arg(spoken, nameOf(widget), owners.value(spoken))));
         owners.insert(spoken, nameOf(widget));
     }
 }

@@ -1,5 +1,5 @@
-// Every text of every screen, in every language, measured against the rectangle that the page gives it. What is measured is
-// the ink: a line's unused height above and below may stand out, a glyph may not.
+// Every text of every screen, in every language, measured against the rectangle that the page gives it. What
+// is measured is the ink: a line's unused height above and below may stand out, a glyph may not.
 
 #include "system/screens.h"
 
@@ -69,7 +69,8 @@ QStringList faults(const Screen& screen)
             // A pixel of air, or two words become one.
             if (text.drawn.adjusted(-1, -1, 1, 1).intersects(all.at(other).drawn) &&
                 !isHalfScrolledAway(all.at(other).widget))
-                list.append(QStringLiteral("overlap: ") + say(text) + QStringLiteral(" and ") + say(all.at(other)));
+                list.append(QStringLiteral("overlap: ") + say(text) + QStringLiteral(" and ") +
+                            say(all.at(other)));
         }
     }
     return list;
