@@ -74,11 +74,18 @@ std::vector<float> makeTable(dsp::Prompt prompt, double seconds, double rate)
             if (hz > highestHz || hz > 0.4 * rate)
                 continue;
             const double fall = std::log(1000.0) * partial.sooner / (note.decay * rate);
+            // A sine that decays is a recursion of two terms; the unit would wait for a call of exp and sin
+            // for each of five million samples when it starts.
+            const double turn = 2 * pi * hz / rate, shrink = std::exp(-fall);
+            const double last = 2 * shrink * std::cos(turn), beforeLast = -shrink * shrink;
+            double y = 0, before = -std::sin(turn) / shrink; // sample 0, and the one that would precede it
             for (int n = start; n < frames; ++n) {
                 const int t = n - start;
                 const double rise = t < attack ? smoothStep(float(t) / float(attack)) : 1;
-                sum[n] += note.level * partial.level * rise * std::exp(-fall * t) *
-                          std::sin(2 * pi * hz / rate * t);
+                sum[n] += note.level * partial.level * rise * y;
+                const double next = last * y + beforeLast * before;
+                before = y;
+                y = next;
             }
         }
     }
