@@ -3,6 +3,8 @@
 #include "headunit/journalpanel.h"
 #include "headunit/settingspanel.h"
 #include "headunit/shell.h"
+#include "headunit/soundpanel.h"
+#include "headunit/sourcepanel.h"
 #include "headunit/unitpanel.h"
 
 #include <QTabWidget>
@@ -26,6 +28,10 @@ Inspector::Inspector(Shell* shell)
     m_panels->addTab(new JournalPanel(m_panels), tr("Journal"));
     m_panels->addTab(new SettingsPanel(m_panels), tr("Settings"));
     m_panels->addTab(new UnitPanel(shell, m_panels), tr("Unit"));
+    if (shell->sound()) {
+        m_panels->addTab(new SourcePanel(shell->sound(), m_panels), tr("Sources"));
+        m_panels->addTab(new SoundPanel(shell->sound(), m_panels), tr("Sound"));
+    }
 }
 
 Inspector::~Inspector() = default;

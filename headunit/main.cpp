@@ -5,6 +5,7 @@
 #include "headunit/startuptrace.h"
 #include "headunit/tour.h"
 #include "headunit/unitlanguage.h"
+#include "headunit/unitsound.h"
 
 #include "common/journal.h"
 #include "common/settingsstore.h"
@@ -78,7 +79,10 @@ QString pluginFolder(const Options& options)
 
 int runUnit(const Options& options)
 {
-    Shell shell(!options.screenOnly);
+    UnitSound sound;
+    sound.start(options.output);
+    StartupTrace::reached("sound-started");
+    Shell shell(!options.screenOnly, &sound);
     StartupTrace::reached("shell-built");
     shell.loadApplications(pluginFolder(options));
     StartupTrace::reached("applications-ready");

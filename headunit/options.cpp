@@ -29,6 +29,7 @@ OptionsResult readOptions(const QStringList& arguments)
     const QCommandLineOption render(QStringLiteral("render"), QStringLiteral("Play this sound file with the stored settings into the WAV file out (FL FR RL RR SUB, 32 bit float), and exit."), QStringLiteral("in> <out"));
     const QCommandLineOption stereo(QStringLiteral("stereo"), QStringLiteral("With --render: fold the five speakers to two channels."));
     const QCommandLineOption plot(QStringLiteral("plot"), QStringLiteral("Draw the response of each speaker with the stored settings into this PNG file, and exit."), QStringLiteral("file"));
+    const QCommandLineOption output(QStringLiteral("output"), QStringLiteral("Where the sound goes: pipewire, none or the WAV file that it is written to (default: pipewire where it runs, else none)."), QStringLiteral("output"));
     const QCommandLineOption inspector(QStringLiteral("inspector"), QStringLiteral("Open the inspector (F12 does so at any time)."));
     const QCommandLineOption trace(QStringLiteral("trace"), QStringLiteral("Print every platform call."));
     const QCommandLineOption traceStartup(QStringLiteral("trace-startup"), QStringLiteral("Print the time at which each step of the start was reached."));
@@ -38,8 +39,8 @@ OptionsResult readOptions(const QStringList& arguments)
 
     QCommandLineParser parser;
     parser.setApplicationDescription(QStringLiteral("Reference head unit."));
-    parser.addOptions({plugins, settings, language, page, tour, render, stereo, plot, screenOnly, inspector,
-                       trace, traceStartup, help, version});
+    parser.addOptions({plugins, settings, language, page, tour, render, stereo, plot, output, screenOnly,
+                       inspector, trace, traceStartup, help, version});
     if (!parser.parse(arguments))
         return failure(parser.errorText());
     if (parser.isSet(help))
@@ -59,7 +60,8 @@ OptionsResult readOptions(const QStringList& arguments)
     if (parser.isSet(stereo) && !parser.isSet(render))
         return failure(QStringLiteral("--stereo belongs to --render."));
 
-    for (const QCommandLineOption* option : {&plugins, &settings, &language, &page, &tour, &render, &plot}) {
+    for (const QCommandLineOption* option :
+         {&plugins, &settings, &language, &page, &tour, &render, &plot, &output}) {
         if (parser.isSet(*option) && parser.value(*option).isEmpty())
             return failure(QStringLiteral("Option '%1' needs a value.").arg(option->names().last()));
     }
@@ -74,6 +76,11 @@ OptionsResult readOptions(const QStringList& arguments)
     options.renderTo = renderTo;
     options.plot = parser.value(plot);
     options.stereo = parser.isSet(stereo);
+    // The tour's pictures are wanted, not its beeps.
+    if (parser.isSet(output))
+        options.output = parser.value(output);
+    else if (parser.isSet(tour))
+        options.output = QStringLiteral("none");
     options.inspector = parser.isSet(inspector);
     options.trace = parser.isSet(trace);
     options.traceStartup = parser.isSet(traceStartup);
@@ -90,6 +97,12 @@ OptionsResult readOptions(const QStringList& arguments)
                                .arg(parser.value(page))
                                .arg(audioPageCount - 1));
     }
+    static const QStringList outputs{QStringLiteral("auto"), QStringLiteral("pipewire"),
+                                     QStringLiteral("none")};
+    if (!outputs.contains(options.output) && !options.output.endsWith(QLatin1String(".wav")))
+        return failure(
+            QStringLiteral("Output '%1' is not pipewire, none or the name of a file that ends with .wav.")
+                .arg(options.output));
     if (parser.isSet(page) && parser.isSet(tour))
         return failure(QStringLiteral("--page and --tour exclude each other."));
     if (int(parser.isSet(tour)) + int(parser.isSet(render)) + int(parser.isSet(plot)) > 1)

@@ -15,7 +15,8 @@ struct Options
     QString render;   ///< sound file to render; empty: none
     QString renderTo; ///< WAV file that it becomes
     QString plot;     ///< PNG file for the speakers' responses; empty: none
-    int page = -1;    ///< 0..5: open the audio settings at that page; -1: start with the launcher
+    QString output = QStringLiteral("auto"); ///< as hvaudio::Player::start
+    int page = -1; ///< 0..5: open the audio settings at that page; -1: start with the launcher
     bool inspector = false;
     bool trace = false;        ///< print the journal
     bool traceStartup = false; ///< print when which step of the start was reached

@@ -4,6 +4,7 @@
 #include "headunit/inspector.h"
 #include "headunit/launcher.h"
 #include "headunit/screen.h"
+#include "headunit/soundcontrol.h"
 #include "headunit/startuptrace.h"
 #include "headunit/unitlanguage.h"
 #include "headunit/windowhost.h"
@@ -20,7 +21,8 @@
 
 namespace headunit {
 
-Shell::Shell(bool withFront)
+Shell::Shell(bool withFront, SoundControl* sound)
+    : m_sound(sound)
 {
     hvaudio::AudioServiceHost::powerOn();
     m_volume.reload();
@@ -177,6 +179,14 @@ void Shell::onHardKey(KeyEvent::Key key, KeyEvent::Action action)
     }
 }
 
+void Shell::endPrompts()
+{
+    for (int i = 0; m_sound && i < hvaudio::dsp::promptCount; ++i) {
+        if (m_sound->promptSounds(hvaudio::dsp::Prompt(i)))
+            m_sound->endPrompt(hvaudio::dsp::Prompt(i));
+    }
+}
+
 void Shell::setPowered(bool on)
 {
     if (on == m_powered)
@@ -186,6 +196,7 @@ void Shell::setPowered(bool on)
         leaveApplication();
         for (WindowHost* window : qAsConst(m_hosts))
             window->destroy();
+        endPrompts(); // a ring tone would go on when the unit comes back
         hvaudio::AudioServiceHost::powerOff();
         mem::SettingsStore::instance()->commit();
     } else {

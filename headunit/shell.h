@@ -13,6 +13,7 @@ class WindowInterface;
 namespace headunit {
 
 class Inspector;
+class SoundControl;
 class WindowHost;
 
 /// The framework's side of the unit: which window is in front, what a hard key does, power, language. Stands
@@ -25,8 +26,9 @@ class Shell : public QObject
 {
     Q_OBJECT
 public:
-    /// withFront: false shows the bare screen. Switches the audio service on.
-    explicit Shell(bool withFront);
+    /// withFront: false shows the bare screen. sound: outlives the shell; without one the inspector lacks
+    /// what shows it. Switches the audio service on.
+    explicit Shell(bool withFront, SoundControl* sound = nullptr);
     /// shutDown(), when that has not been called.
     ~Shell() override;
 
@@ -43,6 +45,8 @@ public:
     WindowHost* front() const { return m_front; }
     WindowHost* host(int windowId) const;
     bool isPowered() const { return m_powered; }
+    /// May be null.
+    SoundControl* sound() const { return m_sound; }
 
     /// The order of this end: windows destroyed, plug-ins unloaded, audio service off. Nothing may be called
     /// afterwards.
@@ -72,8 +76,10 @@ signals:
 private:
     void onStatusBarHideRequested(bool hide);
     void onLanguageChanged();
+    void endPrompts();
     bool passToWindow(KeyEvent::Key key, KeyEvent::Action action);
 
+    SoundControl* const m_sound;
     MasterVolume m_volume;
     PluginLoader m_plugins;
     FrameworkEvents m_events;

@@ -12,6 +12,8 @@ private slots:
     void nothingAskedForIsTheLauncherOnDefaults();
     void everyOptionIsRead();
     void valuesAfterAnEqualsSignAreRead();
+    void outputIsRead_data();
+    void outputIsRead();
     void helpListsEveryOption();
     void versionIsTold();
     void mistakesAreRefusedWithAMessage_data();
@@ -61,6 +63,28 @@ void TestOptions::valuesAfterAnEqualsSignAreRead()
     QCOMPARE(read({"--page=5"}).options.page, 5);
 }
 
+void TestOptions::outputIsRead_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<QString>("output");
+    QTest::newRow("PipeWire where it runs") << QStringList{} << "auto";
+    QTest::newRow("PipeWire") << QStringList{"--output", "pipewire"} << "pipewire";
+    QTest::newRow("none") << QStringList{"--output", "none"} << "none";
+    QTest::newRow("file") << QStringList{"--output", "drive/out.wav"} << "drive/out.wav";
+    QTest::newRow("tour is silent") << QStringList{"--tour", "t"} << "none";
+    QTest::newRow("tour with sound") << QStringList{"--tour", "t", "--output", "pipewire"} << "pipewire";
+}
+
+void TestOptions::outputIsRead()
+{
+    QFETCH(QStringList, arguments);
+    QFETCH(QString, output);
+    const OptionsResult result = read(arguments);
+    QCOMPARE(result.action, Action::Run);
+    QCOMPARE(result.options.output, output);
+    QVERIFY(read({"--help"}).text.contains("--output"));
+}
+
 void TestOptions::helpListsEveryOption()
 {
     const OptionsResult result = read({"--help"});
@@ -96,6 +120,9 @@ void TestOptions::mistakesAreRefusedWithAMessage_data()
     QTest::newRow("rendering to two files") << QStringList{"--render", "in", "a", "b"} << "'b'";
     QTest::newRow("folding nothing") << QStringList{"--stereo"} << "--render";
     QTest::newRow("rendering and plotting") << QStringList{"--render", "i", "o", "--plot", "p"} << "--plot";
+    QTest::newRow("output that is none") << QStringList{"--output", "alsa"} << "'alsa'";
+    QTest::newRow("output that is no WAV file") << QStringList{"--output", "out.mp3"} << "'out.mp3'";
+    QTest::newRow("empty output") << QStringList{"--output", ""} << "output";
     QTest::newRow("page during a tour") << QStringList{"--tour", "t", "--page", "1"} << "--tour";
 }
 

@@ -27,6 +27,7 @@ private slots:
     void realPointerDrivesTheWholeUnit();
     void pageSurvivesKill9();
     void hardKeysWorkByPointer();
+    void soundGoesIntoAFile();
 
 private:
     QStringList withStore(const QStringList& arguments) const
@@ -330,6 +331,25 @@ void TestShellRun::hardKeysWorkByPointer()
     QVERIFY(clickAndHear(&unit, power, "BaseWindow.onEnter()"));
     unit.raise(SIGTERM);
     QCOMPARE(unit.exitCode(), 0);
+}
+
+void TestShellRun::soundGoesIntoAFile()
+{
+    const QString path = m_folder->filePath("out.wav");
+    Process unit(m_environment);
+    unit.start(HEADUNIT, withStore({"--output", path, "--trace-startup"}));
+    QVERIFY2(unit.says(" launcher-painted"), unit.errors());
+    QTRY_VERIFY(QFileInfo(path).size() > 0);
+    unit.raise(SIGTERM);
+    QCOMPARE(unit.exitCode(), 0);
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    const QByteArray header = file.read(200);
+    QVERIFY(header.startsWith("R")); // RIFF, or RF64 for what may become long
+    const int format = header.indexOf("fmt ");
+    QVERIFY(format > 0);
+    QCOMPARE(int(header[format + 10]), 5); // channels
+    QVERIFY(file.size() > 1000);
 }
 
 QTEST_GUILESS_MAIN(TestShellRun)

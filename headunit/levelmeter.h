@@ -1,0 +1,48 @@
+#pragma once
+
+#include <QColor>
+#include <QElapsedTimer>
+#include <QWidget>
+
+namespace headunit {
+
+/// A bar of a level in dB with the number behind it. It jumps up and falls slowly, so that a peak is seen,
+/// and keeps a mark of the highest for a while. Thread: GUI.
+class LevelMeter : public QWidget
+{
+    Q_OBJECT
+public:
+    enum Kind {
+        Level,     ///< peaks of samples, -60..0 dB, from the left
+        Reduction, ///< what a limiter takes away, 0..12 dB, from the right
+    };
+    LevelMeter(Kind kind, const QColor& colour, QWidget* parent);
+    ~LevelMeter() override;
+
+    /// factor: 0..1, the largest since the last call (Reduction: the smallest); beyond counts as its end.
+    void setFactor(double factor);
+    /// Back to rest at once.
+    void reset();
+    /// What the number says, in dB; at rest the scale's quiet end.
+    double shownDb() const { return m_db; }
+    QString text() const;
+
+    QSize sizeHint() const override;
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+
+private:
+    double restDb() const;
+    /// 0..1 of the bar's length.
+    double lengthOf(double db) const;
+
+    const Kind m_kind;
+    const QColor m_colour;
+    double m_db = 0;     ///< the bar
+    double m_holdDb = 0; ///< the mark
+    QElapsedTimer m_sinceShown, m_sinceHeld;
+    Q_DISABLE_COPY(LevelMeter)
+};
+
+} // namespace headunit
