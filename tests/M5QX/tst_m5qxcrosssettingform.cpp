@@ -52,7 +52,7 @@ const Place places[] = {
     {"label_subwoofer",       "QLabel",      "widget_button",          {0, 153, 173, 70}},
     {"key_back",              "QPushButton", "M5QXCrossSettingWidget", {28, 22, 52, 52}},
     {"key_exit",              "QPushButton", "M5QXCrossSettingWidget", {938, 13, 74, 60}},
-    {"label_title",           "QLabel",      "M5QXCrossSettingWidget", {95, 28, 834, 41}},
+    {"label_title",           "QLabel",      "M5QXCrossSettingWidget", {95, 28, 400, 41}},
     {"phase_widget",          "QWidget",     "M5QXCrossSettingWidget", {804, 322, 211, 51}},
     {"Key_troggle_phase",     "QPushButton", "phase_widget",           {31, 0, 136, 51}},
     {"Txt_0",                 "QLabel",      "phase_widget",           {0, 0, 31, 51}},
