@@ -672,7 +672,8 @@ void TestVolumeSettingWidget::keysAreNamedAndReachedInReadingOrder()
     for (QPushButton* button : m_page->findChildren<QPushButton*>()) {
         QVERIFY2(!button->accessibleName().isEmpty(), qPrintable(button->objectName()));
         const bool emblem = button->objectName() == QLatin1String("key_back");
-        QCOMPARE(button->focusPolicy(), emblem ? Qt::NoFocus : Qt::TabFocus);
+        const bool neverSeen = button->parentWidget() == widget(Dab);
+        QCOMPARE(button->focusPolicy(), emblem || neverSeen ? Qt::NoFocus : Qt::TabFocus);
     }
     for (int i = 0; i < RowCount; ++i) {
         QVERIFY(!slider(i)->accessibleName().isEmpty());
@@ -684,10 +685,10 @@ void TestVolumeSettingWidget::keysAreNamedAndReachedInReadingOrder()
         while (from->focusPolicy() == Qt::NoFocus);
         return from;
     };
-    for (int i = 0; i < RowCount; ++i) {
+    for (int i = 0; i < Dab; ++i) {
         QCOMPARE(nextWithFocus(key(i, "down")), slider(i));
         QCOMPARE(nextWithFocus(slider(i)), key(i, "up"));
-        if (i + 1 < RowCount)
+        if (i + 1 < Dab)
             QCOMPARE(nextWithFocus(key(i, "up")), key(i + 1, "down"));
     }
 }
