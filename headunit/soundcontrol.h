@@ -27,7 +27,8 @@ public:
     virtual void play(HVAudio_source_id_e id) = 0;
     virtual HVAudio_source_id_e playing() const = 0;
 
-    /// Sounds a chime on its channel, once or until it is ended; the programme steps back meanwhile.
+    /// Sounds a chime on its channel, once or until it is ended; the programme steps back meanwhile. A unit
+    /// that is off gives none.
     virtual void prompt(hvaudio::dsp::Prompt which, bool repeated) = 0;
     virtual void endPrompt(hvaudio::dsp::Prompt which) = 0;
     virtual bool promptSounds(hvaudio::dsp::Prompt which) const = 0;

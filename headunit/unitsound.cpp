@@ -87,7 +87,8 @@ void UnitSound::prompt(dsp::Prompt which, bool repeated)
 {
     report(
         QStringLiteral("prompt(%1, %2)").arg(int(which)).arg(QLatin1String(repeated ? "repeated" : "once")));
-    m_player.prompt(which, repeated);
+    if (settings().power) // else it would be heard when the unit is switched on, and surprise
+        m_player.prompt(which, repeated);
 }
 
 void UnitSound::endPrompt(dsp::Prompt which)

@@ -262,6 +262,8 @@ void TestUnitSound::powerOffFallsSilentAndEndsPrompts()
     QVERIFY(!m_sound->settings().power);
     QTRY_VERIFY(isSilent());
     QTRY_VERIFY(!m_sound->promptSounds(dsp::Ring));
+    m_sound->prompt(dsp::Ring, true);
+    QVERIFY(!m_sound->promptSounds(dsp::Ring));
 }
 
 void TestUnitSound::powerOnComesBackAtItsStartVolume()
