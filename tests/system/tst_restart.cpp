@@ -141,6 +141,9 @@ bool TestRestart::startDisplay()
 {
     m_environment = QProcessEnvironment::systemEnvironment();
     m_environment.insert("LANG", "C");
+    // Qt's X platform and D-Bus keep some memory for the life of the process; a build with the leak checker
+    // would say so in the exit code. Leaks of the pages are looked for where they are tested without X.
+    m_environment.insert("ASAN_OPTIONS", "detect_leaks=0");
     for (const char* name : {"DISPLAY", "WAYLAND_DISPLAY", "LC_ALL", "LANGUAGE"})
         m_environment.remove(name);
     m_display.reset(new Process(m_environment));
@@ -208,7 +211,8 @@ void TestRestart::whatWasSetOnEachPageSurvives()
             QVERIFY2(act(&unit, m_pointers[i], steps[i].heard),
                      "no " + QByteArray(steps[i].heard) + " in\n" + unit.output().right(1000));
         unit.raise(signal);
-        QCOMPARE(unit.exitCode(), signal == SIGKILL ? -1 : 0);
+        const int code = unit.exitCode();
+        QVERIFY2(code == (signal == SIGKILL ? -1 : 0), unit.errors().right(6000));
     }
     QMap<QString, QString> first = file();
     for (const auto& row : stored)
@@ -222,7 +226,8 @@ void TestRestart::whatWasSetOnEachPageSurvives()
         for (const QString& tab : tabs)
             QVERIFY2(act(&unit, {m_tabs[tab], m_tabs[tab]}, "AudioSetting_Page"), qPrintable(tab));
         unit.raise(SIGTERM);
-        QCOMPARE(unit.exitCode(), 0);
+        const int code = unit.exitCode();
+        QVERIFY2(code == 0, unit.errors().right(6000));
     }
     QMap<QString, QString> second = file();
     QCOMPARE(second.value("volume0"), QString("27"));
