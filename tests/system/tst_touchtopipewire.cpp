@@ -52,24 +52,17 @@ void TestTouchToPipeWire::curveTouchedOnThePageIsHeardAtTheDevice()
     QVERIFY(linkUnitTo("out-sink", five));
     QVERIFY(PrivatePipeWire::waitFor([&] { return player.status() == "PipeWire, 48000 Hz, 5.1"; }));
 
-    Recording recording(server.path("rec.wav"), five);
-    QVERIFY(recording.ready());
-    for (const QString& channel : five)
-        QVERIFY(PrivatePipeWire::link("out-sink:monitor_" + channel, "rec:input_" + channel));
-    const QString tones = server.path("tones.wav");
-    QVERIFY(writeTones(tones, 3));
-    QVERIFY(playIntoUnit(tones));
-    const auto heard = recording.stop();
+    const Heard heard = hearTones(server, "out-sink", five);
     AudioServiceHost::setSink(nullptr);
 
     // The four speakers of the cabin; the subwoofer's filter leaves little of the tones there.
-    const std::size_t start = cleanPiece(heard[0]);
-    QVERIFY(start > 0);
+    QVERIFY(heard.start > 0);
     for (int channel = 0; channel < 4; ++channel) {
         for (int band = 0; band < hvaudio::dsp::bandCount; ++band) {
             const double hz = hvaudio::dsp::bandHz[std::size_t(band)];
             const double amplitude =
-                amplitudeAt(heard[std::size_t(channel)], start, pieceLength, hz, rate) / toneLevel;
+                amplitudeAt(heard.channels[std::size_t(channel)], heard.start, pieceLength, hz, rate) /
+                toneLevel;
             const double db = 20 * std::log10(amplitude);
             QVERIFY2(std::abs(db - curve[band]) < 0.6, qPrintable(QString("%1, %2 Hz: %3 dB instead of %4")
                                                                       .arg(five[channel])

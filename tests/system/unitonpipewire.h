@@ -82,4 +82,33 @@ inline bool linkUnitTo(const QString& sink, const QStringList& channels)
     return ok;
 }
 
+struct Heard
+{
+    std::vector<std::vector<float>> channels;
+    std::size_t start = 0; ///< of the clean piece; 0: there is none
+};
+
+/// Plays the tones into the unit and records what the sink gets. Once more, five times at most, when a busy
+/// machine let neither player nor recorder have an undisturbed half second.
+inline Heard hearTones(PrivatePipeWire& server, const QString& sink, const QStringList& channels)
+{
+    Heard heard;
+    const QString tones = server.path("tones.wav");
+    if (!writeTones(tones, 3))
+        return heard;
+    for (int attempt = 0; attempt < 5 && heard.start == 0; ++attempt) {
+        Recording recording(server.path("rec.wav"), channels);
+        if (!recording.ready())
+            return heard;
+        for (const QString& channel : channels)
+            if (!PrivatePipeWire::link(sink + ":monitor_" + channel, "rec:input_" + channel))
+                return heard;
+        if (!playIntoUnit(tones))
+            return heard;
+        heard.channels = recording.stop();
+        heard.start = cleanPiece(heard.channels[0]);
+    }
+    return heard;
+}
+
 } // namespace unitonpipewire

@@ -139,22 +139,12 @@ void TestPipeWireOutput::fileFromPlayerIsHeardWithTheCurveThatWasSet()
     QVERIFY(linkUnitTo("out-sink", five));
     QVERIFY(waitForStatus(player, "PipeWire, 48000 Hz, 5.1"));
 
-    Recording recording(server->path("rec.wav"), five);
-    QVERIFY(recording.ready());
-    for (const QString& channel : five)
-        QVERIFY(PrivatePipeWire::link("out-sink:monitor_" + channel, "rec:input_" + channel));
-
-    const QString tones = server->path("tones.wav");
-    QVERIFY(writeTones(tones, 3));
-    QVERIFY(playIntoUnit(tones));
-    const auto heard = recording.stop();
-
-    const std::size_t start = cleanPiece(heard[0]);
-    QVERIFY(start > 0);
+    const Heard heard = hearTones(*server, "out-sink", five);
+    QVERIFY(heard.start > 0);
     for (int channel = 0; channel < five.size(); ++channel)
         for (int band = 0; band < dsp::bandCount; ++band) {
-            const double level =
-                amplitudeAt(heard[std::size_t(channel)], start, std::size_t(rate), dsp::bandHz[band], rate);
+            const double level = amplitudeAt(heard.channels[std::size_t(channel)], heard.start, pieceLength,
+                                             dsp::bandHz[band], rate);
             const double db = 20 * std::log10(level / toneLevel);
             QVERIFY2(std::abs(db - settings.equalizer[band]) < 0.6,
                      qPrintable(QString("%1, %2 Hz: %3 dB instead of %4")
@@ -180,18 +170,10 @@ void TestPipeWireOutput::deviceWithoutRearAndSubwooferGetsTheFold()
     QVERIFY(linkUnitTo("test-sink", two));
     QVERIFY(waitForStatus(player, "PipeWire, 48000 Hz, stereo"));
 
-    Recording recording(server->path("rec.wav"), two);
-    QVERIFY(recording.ready());
-    for (const QString& channel : two)
-        QVERIFY(PrivatePipeWire::link("test-sink:monitor_" + channel, "rec:input_" + channel));
-    const QString tones = server->path("tones.wav");
-    QVERIFY(writeTones(tones, 3));
-    QVERIFY(playIntoUnit(tones));
-    const auto heard = recording.stop();
-    const std::size_t start = cleanPiece(heard[0]);
-    QVERIFY(start > 0);
-    for (const auto& channel : heard) {
-        const double level = amplitudeAt(channel, start, pieceLength, 1000, rate) / toneLevel;
+    const Heard heard = hearTones(*server, "test-sink", two);
+    QVERIFY(heard.start > 0);
+    for (const auto& channel : heard.channels) {
+        const double level = amplitudeAt(channel, heard.start, pieceLength, 1000, rate) / toneLevel;
         QVERIFY2(std::abs(level - 0.25 * (std::pow(10, -12 / 20.0) + 1)) < 0.002,
                  qPrintable(QString::number(level)));
     }
