@@ -8,9 +8,11 @@
 #   audiosetting_add_optional(folder)           add_subdirectory when the folder has a CMakeLists.txt
 
 function(audiosetting_flags target)
+    file(RELATIVE_PATH to_source ${CMAKE_BINARY_DIR} ${CMAKE_SOURCE_DIR}/.)
     target_compile_options(${target} PRIVATE -Wall -Wextra $<$<BOOL:${AUDIOSETTING_WERROR}>:-Werror>
-        # Log lines name files relative to the source root, whoever builds wherever.
-        -ffile-prefix-map=${CMAKE_SOURCE_DIR}/= -ffile-prefix-map=${CMAKE_BINARY_DIR}/=)
+        # Log lines name files relative to the source root, whoever builds wherever; ccache hands the compiler paths
+        # relative to the build folder.
+        -ffile-prefix-map=${CMAKE_SOURCE_DIR}/= -ffile-prefix-map=${CMAKE_BINARY_DIR}/= -ffile-prefix-map=${to_source}=)
     if(AUDIOSETTING_SANITIZE)
         target_compile_options(${target} PRIVATE -fsanitize=address,undefined -fno-sanitize-recover=all
             -fno-omit-frame-pointer)

@@ -14,6 +14,7 @@
 
 #include <QApplication>
 #include <QDir>
+#include <QLoggingCategory>
 #include <QTimer>
 
 #include <cstdio>
@@ -103,6 +104,17 @@ int runUnit(const Options& options)
     return QCoreApplication::exec();
 }
 
+/// Where a line comes from stands before it. The diagnostic lines, one for each touch, are for those who ask;
+/// Qt's own variables QT_LOGGING_RULES and QT_MESSAGE_PATTERN go before.
+void setUpLog(const Options& options)
+{
+    if (!qEnvironmentVariableIsSet("QT_MESSAGE_PATTERN"))
+        qSetMessagePattern(QStringLiteral("%{if-debug}%{file}:%{line} %{endif}%{if-critical}%{file}:%{line} "
+                                          "%{endif}%{message}"));
+    if (!options.log)
+        QLoggingCategory::setFilterRules(QStringLiteral("default.debug=false"));
+}
+
 } // namespace
 
 int main(int argc, char** argv)
@@ -117,11 +129,13 @@ int main(int argc, char** argv)
     }
     const Options& options = result.options;
     StartupTrace::setPrinting(options.traceStartup);
+    setUpLog(options);
     if (!findDisplay(options))
         return complain(ExitNoDisplay, QStringLiteral("no display; ./run makes a virtual one"));
 
     // The screen is 1024 x 600 pixels, whatever the desk's scale.
     QCoreApplication::setAttribute(Qt::AA_DisableHighDpiScaling);
+    QCoreApplication::setAttribute(Qt::AA_Use96Dpi);
     QApplication application(argc, argv);
     QApplication::setApplicationName(QStringLiteral("headunit"));
     QApplication::setApplicationVersion(QStringLiteral(HEADUNIT_VERSION));

@@ -32,6 +32,7 @@ OptionsResult readOptions(const QStringList& arguments)
     const QCommandLineOption output(QStringLiteral("output"), QStringLiteral("Where the sound goes: pipewire, none or the WAV file that it is written to (default: pipewire where it runs, else none)."), QStringLiteral("output"));
     const QCommandLineOption inspector(QStringLiteral("inspector"), QStringLiteral("Open the inspector (F12 does so at any time)."));
     const QCommandLineOption trace(QStringLiteral("trace"), QStringLiteral("Print every platform call."));
+    const QCommandLineOption log(QStringLiteral("log"), QStringLiteral("Print the applications' diagnostic lines, too."));
     const QCommandLineOption traceStartup(QStringLiteral("trace-startup"), QStringLiteral("Print the time at which each step of the start was reached."));
     const QCommandLineOption help({QStringLiteral("h"), QStringLiteral("help")}, QStringLiteral("Show this help."));
     const QCommandLineOption version({QStringLiteral("v"), QStringLiteral("version")}, QStringLiteral("Show the version."));
@@ -40,7 +41,7 @@ OptionsResult readOptions(const QStringList& arguments)
     QCommandLineParser parser;
     parser.setApplicationDescription(QStringLiteral("Reference head unit."));
     parser.addOptions({plugins, settings, language, page, tour, render, stereo, plot, output, screenOnly,
-                       inspector, trace, traceStartup, help, version});
+                       inspector, trace, log, traceStartup, help, version});
     if (!parser.parse(arguments))
         return failure(parser.errorText());
     if (parser.isSet(help))
@@ -83,6 +84,7 @@ OptionsResult readOptions(const QStringList& arguments)
         options.output = QStringLiteral("none");
     options.inspector = parser.isSet(inspector);
     options.trace = parser.isSet(trace);
+    options.log = parser.isSet(log);
     options.traceStartup = parser.isSet(traceStartup);
     options.screenOnly = parser.isSet(screenOnly);
 

@@ -18,6 +18,7 @@ struct Options
     QString output = QStringLiteral("auto"); ///< as hvaudio::Player::start
     int page = -1; ///< 0..5: open the audio settings at that page; -1: start with the launcher
     bool inspector = false;
+    bool log = false;          ///< print the diagnostic lines
     bool trace = false;        ///< print the journal
     bool traceStartup = false; ///< print when which step of the start was reached
     bool stereo = false;       ///< rendering is folded to two channels

@@ -30,6 +30,7 @@ private slots:
     void setCheckedPageOutsideRangeLogsAnErrorAndChangesNothing_data();
     void setCheckedPageOutsideRangeLogsAnErrorAndChangesNothing();
     void anIdWithoutPageLogsAndBeepsAndEmitsNothing();
+    void logNamesTheSourceFileFromTheRootOfTheTree();
     void typeKeysWrapAround_data();
     void typeKeysWrapAround();
     void typeNameFollowsThePlatformsSignal();
@@ -231,6 +232,15 @@ void TestTabWidget::anIdWithoutPageLogsAndBeepsAndEmitsNothing()
     for (QSignalSpy* spy : qAsConst(spies))
         QCOMPARE(spy->count(), 0);
     qDeleteAll(spies);
+}
+
+void TestTabWidget::logNamesTheSourceFileFromTheRootOfTheTree()
+{
+    takeLogFiles();
+    m_bar->onPageButGroupClicked(0);
+    m_bar->setCheckedPage(6);
+    QCOMPARE(takeLogFiles(),
+             QStringList({"M5QX/m5qx_audiosetting_tab_widget.cpp", "M5QX/m5qx_audiosetting_tab_widget.cpp"}));
 }
 
 void TestTabWidget::typeKeysWrapAround_data()

@@ -34,21 +34,22 @@ void TestOptions::nothingAskedForIsTheLauncherOnDefaults()
     QVERIFY(result.options.language.isEmpty());
     QVERIFY(result.options.tour.isEmpty());
     QCOMPARE(result.options.page, -1);
-    QVERIFY(!result.options.inspector && !result.options.trace && !result.options.traceStartup &&
-            !result.options.screenOnly);
+    QVERIFY(!result.options.inspector && !result.options.trace && !result.options.log &&
+            !result.options.traceStartup && !result.options.screenOnly);
 }
 
 void TestOptions::everyOptionIsRead()
 {
-    const OptionsResult result = read({"--plugins", "p", "--settings", "s", "--language", "zh_CN", "--page",
-                                       "0", "--inspector", "--trace", "--trace-startup", "--screen-only"});
+    const OptionsResult result =
+        read({"--plugins", "p", "--settings", "s", "--language", "zh_CN", "--page", "0", "--inspector",
+              "--trace", "--log", "--trace-startup", "--screen-only"});
     QCOMPARE(result.action, Action::Run);
     QCOMPARE(result.options.plugins, QStringLiteral("p"));
     QCOMPARE(result.options.settings, QStringLiteral("s"));
     QCOMPARE(result.options.language, QStringLiteral("zh_CN"));
     QCOMPARE(result.options.page, 0);
-    QVERIFY(result.options.inspector && result.options.trace && result.options.traceStartup &&
-            result.options.screenOnly);
+    QVERIFY(result.options.inspector && result.options.trace && result.options.log &&
+            result.options.traceStartup && result.options.screenOnly);
     QCOMPARE(read({"--tour", "t"}).options.tour, QStringLiteral("t"));
     const OptionsResult render = read({"--render", "in.ogg", "out.wav", "--stereo", "--settings", "s"});
     QCOMPARE(render.action, Action::Run);
@@ -90,7 +91,7 @@ void TestOptions::helpListsEveryOption()
     const OptionsResult result = read({"--help"});
     QCOMPARE(result.action, Action::Tell);
     for (const char* option : {"--plugins", "--settings", "--language", "--page", "--tour", "--screen-only",
-                               "--inspector", "--trace", "--trace-startup", "--help", "--version"})
+                               "--inspector", "--trace", "--log", "--trace-startup", "--help", "--version"})
         QVERIFY2(result.text.contains(QLatin1String(option)), option);
 }
 
