@@ -297,8 +297,10 @@ void m5qx_EQ_settings_page::touchEvent(const QEvent* event)
 void m5qx_EQ_settings_page::touchPressed(const QPoint& point)
 {
     const int band = touchIndexByPoint(point);
-    if (band < 0)
+    if (band < 0) {
+        forgetTouch(); // the release of an earlier touch may have gone elsewhere
         return;
+    }
     // Sent also while it is current already: a press makes sure of the type in the service.
     setEqType(getCurrEqType());
     m_touchBand = band;

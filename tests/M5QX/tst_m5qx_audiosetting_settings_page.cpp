@@ -91,6 +91,7 @@ private slots:
     void aDragOffTheBarKeepsTheLastValue();
     void aPressOutsideEveryBarDoesNothing_data();
     void aPressOutsideEveryBarDoesNothing();
+    void aPressOutsideEveryBarEndsATouchWhoseReleaseWasLost();
     void aTouchOnWhatLiesInABarIsATouchOnTheBar_data();
     void aTouchOnWhatLiesInABarIsATouchOnTheBar();
     void theSecondOfTwoQuickTouchesCounts();
@@ -519,6 +520,19 @@ void TestEqSettingsPage::aPressOutsideEveryBarDoesNothing()
     QCOMPARE(take(All), QStringList());
     QVERIFY(bubble()->isHidden());
     QCOMPARE(drawn(), QVector<int>(13, 0));
+}
+
+void TestEqSettingsPage::aPressOutsideEveryBarEndsATouchWhoseReleaseWasLost()
+{
+    touch::press(m_page, onBar(4, 4));
+    take();
+    const QPoint outside(barLeft[3] + 30, BarTop - 1);
+    QTest::mousePress(m_page, Qt::LeftButton, Qt::NoModifier, outside);
+    QVERIFY(bubble()->isHidden());
+    touch::move(m_page, onBar(4, -4));
+    QTest::mouseRelease(m_page, Qt::LeftButton, Qt::NoModifier, onBar(4, -4));
+    QCOMPARE(take(), QStringList());
+    QCOMPARE(drawn().at(4), 4);
 }
 
 void TestEqSettingsPage::aTouchOnWhatLiesInABarIsATouchOnTheBar_data()
