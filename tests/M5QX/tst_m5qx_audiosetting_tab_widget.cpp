@@ -1,4 +1,5 @@
 #include "M5QX/m5qx_audiosetting_tab_widget.h"
+#include "formcheck.h"
 #include "platform_double/platform_double.h"
 #include "platform_double/touch.h"
 
@@ -19,7 +20,10 @@ private slots:
     void signalsAndSlotsAreDeclaredInOrder();
     void formHasTheTablesPlaces_data();
     void formHasTheTablesPlaces();
+    void pageKeysShowTheTablesPictures_data();
+    void pageKeysShowTheTablesPictures();
     void typeSelectorTakesNoRoom();
+    void typeKeysShowTheirPictures();
     void captionsComeFromTheTranslator_data();
     void captionsComeFromTheTranslator();
     void captionsFollowTheLanguageAtEachShow();
@@ -115,6 +119,23 @@ void TestTabWidget::formHasTheTablesPlaces()
     QCOMPARE(int(l->alignment()), int(Qt::AlignCenter));
 }
 
+void TestTabWidget::pageKeysShowTheTablesPictures_data()
+{
+    formHasTheTablesPlaces_data();
+}
+
+void TestTabWidget::pageKeysShowTheTablesPictures()
+{
+    QFETCH(int, row);
+    const QString normal = QStringLiteral(":/vexa_m5qx_audiosettingicon/eq_btn_n.png");
+    const QString marked = QStringLiteral(":/vexa_m5qx_audiosettingicon/eq_btn_p.png");
+    const QIcon icon = key(rows[row].key)->icon();
+    QVERIFY(formcheck::holds(icon, QIcon::Normal, QIcon::Off, normal));
+    QVERIFY(formcheck::holds(icon, QIcon::Normal, QIcon::On, marked));
+    QVERIFY(formcheck::holds(icon, QIcon::Selected, QIcon::Off, marked));
+    QVERIFY(key(rows[row].key)->isFlat());
+}
+
 void TestTabWidget::typeSelectorTakesNoRoom()
 {
     const QPair<const char*, QRect> places[] = {{"audio_setting_widget", QRect(0, 0, 0, 71)},
@@ -127,6 +148,17 @@ void TestTabWidget::typeSelectorTakesNoRoom()
     QCOMPARE(label("text_EQ_type")->styleSheet(), QStringLiteral("color:rgb(238, 238, 236)"));
     QCOMPARE(key("key_audio_setting_left")->iconSize(), QSize(75, 71));
     QCOMPARE(key("key_audio_setting_right")->iconSize(), QSize(75, 71));
+}
+
+void TestTabWidget::typeKeysShowTheirPictures()
+{
+    const QString normal = QStringLiteral(":/vexa_m5qx_audiosettingicon/eq_icon_%1_n.png");
+    const QString pressed = QStringLiteral(":/icon/eq_icon/eq_icon_%1_p.png");
+    const QPair<const char*, QString> keys[] = {{"key_audio_setting_left", QStringLiteral("pre")},
+                                                {"key_audio_setting_right", QStringLiteral("next")}};
+    for (const auto& row : keys)
+        QVERIFY(formcheck::isPlainKeyIcon(key(row.first)->icon(), normal.arg(row.second),
+                                          pressed.arg(row.second)));
 }
 
 void TestTabWidget::captionsComeFromTheTranslator_data()

@@ -62,6 +62,8 @@ private slots:
     void unknownStoredPageShowsNone();
     void tabKeyShowsItsPageAloneAndStoresIt_data();
     void tabKeyShowsItsPageAloneAndStoresIt();
+    void onlyTheCrossoverRaisesTheTabBarAboveItsSiblings_data();
+    void onlyTheCrossoverRaisesTheTabBarAboveItsSiblings();
     void pagesLieAboveTheTabBarAndLeaveEveryTabTouchable_data();
     void pagesLieAboveTheTabBarAndLeaveEveryTabTouchable();
     void keptPagesAreBuiltOnce_data();
@@ -263,6 +265,23 @@ void TestMainWidget::tabKeyShowsItsPageAloneAndStoresIt()
     QCOMPARE(calls.size(), 2);
     QVERIFY(page<m5qx_audiosetting_container>()->isVisible());
     QVERIFY(page<m5qx_eq_tab_widget>()->isVisible());
+}
+
+void TestMainWidget::onlyTheCrossoverRaisesTheTabBarAboveItsSiblings_data()
+{
+    pageRows();
+}
+
+void TestMainWidget::onlyTheCrossoverRaisesTheTabBarAboveItsSiblings()
+{
+    QFETCH(int, index);
+    setStored(pageKey, 6);
+    m_hub.reset(new m5qx_mainwidget(nullptr));
+    auto* tabs = page<m5qx_eq_tab_widget>();
+    auto* sibling = new QWidget(tabs->parentWidget());
+    QVERIFY(QMetaObject::invokeMethod(m_hub.data(), pages[index].show));
+    QObject* const top = tabs->parentWidget()->children().last();
+    QCOMPARE(top, index == 2 ? static_cast<QObject*>(tabs) : sibling);
 }
 
 void TestMainWidget::pagesLieAboveTheTabBarAndLeaveEveryTabTouchable_data()
