@@ -1,6 +1,5 @@
 #include "M5QX/pa_balancefadercontrol.h"
 
-#include "M5QX/diagnostic.h"
 #include "M5QX/filelocal.h"
 #include "common/mcumanager.h"
 #include "hvaudio/audioservice.h"

@@ -20,8 +20,7 @@ enum Touch : int {
 } // namespace Qx
 
 /// An event that is one value, with a byte payload for a receiver that doesn't share the type. Values have no
-/// behaviour, so this is the one header of the interface with bodies. Thread: made on any, delivered on the
-/// GUI one.
+/// behaviour, so this header of the interface has bodies. Thread: made on any, delivered on the GUI one.
 template <typename T>
 class SimpleEvent : public QEvent
 {
