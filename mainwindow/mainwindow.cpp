@@ -57,7 +57,8 @@ int MainWindow::backEvent()
 
 int MainWindow::keyEvent(KeyEvent* event)
 {
-    AS_DEBUG() << "key:" << event->key() << "type:" << event->type();
+    if (event) // what is none, the base says
+        AS_DEBUG() << "key:" << event->key() << "type:" << event->type();
     return cm::BaseWindow::keyEvent(event);
 }
 

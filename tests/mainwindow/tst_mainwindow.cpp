@@ -26,6 +26,7 @@ private slots:
     void backEventAfterTheRootWidgetWentIsNotHandled();
     void keyEventReturnsExactlyTheBasesResult_data();
     void keyEventReturnsExactlyTheBasesResult();
+    void aKeyEventThatIsNoneIsLeftToTheBase();
     void rootWidgetCarriesItsConstructorsSignatureAsName();
     void rootWidgetIsDeletedWithAWindowThatNoShellTookItFrom();
 };
@@ -149,6 +150,14 @@ void TestMainWindow::keyEventReturnsExactlyTheBasesResult()
                  qPrintable(log.first()));
     }
     QCOMPARE(take(All).size(), 3);
+}
+
+void TestMainWindow::aKeyEventThatIsNoneIsLeftToTheBase()
+{
+    MainWindow window;
+    setKeyEventResult(0);
+    QCOMPARE(window.keyEvent(nullptr), 0);
+    QCOMPARE(take(All).size(), 1);
 }
 
 void TestMainWindow::rootWidgetCarriesItsConstructorsSignatureAsName()

@@ -125,7 +125,7 @@ int BaseWindow::backEvent()
 
 int BaseWindow::keyEvent(KeyEvent* event)
 {
-    record(platform_double::Window, QStringLiteral("BaseWindow.keyEvent(%1)").arg(event->key()));
+    record(platform_double::Window, QStringLiteral("BaseWindow.keyEvent(%1)").arg(event ? event->key() : 0));
     return keyEventResult;
 }
 
