@@ -15,6 +15,7 @@ private slots:
     void outputIsRead_data();
     void outputIsRead();
     void helpListsEveryOption();
+    void theReadmeListsTheOptionsAsTheHelpDoes();
     void versionIsTold();
     void mistakesAreRefusedWithAMessage_data();
     void mistakesAreRefusedWithAMessage();
@@ -93,6 +94,17 @@ void TestOptions::helpListsEveryOption()
     for (const char* option : {"--plugins", "--settings", "--language", "--page", "--tour", "--screen-only",
                                "--inspector", "--trace", "--log", "--trace-startup", "--help", "--version"})
         QVERIFY2(result.text.contains(QLatin1String(option)), option);
+}
+
+void TestOptions::theReadmeListsTheOptionsAsTheHelpDoes()
+{
+    QString options = read({"--help"}).text.section(QStringLiteral("Options:\n"), 1);
+    options.replace(QRegularExpression(QStringLiteral("^  "), QRegularExpression::MultilineOption),
+                    QStringLiteral("    ")); // a code block
+    QVERIFY(options.contains(QLatin1String("--plugins")));
+    QFile readme(QStringLiteral(README));
+    QVERIFY2(readme.open(QIODevice::ReadOnly), README);
+    QVERIFY2(QString::fromUtf8(readme.readAll()).contains(options), qPrintable(options));
 }
 
 void TestOptions::versionIsTold()
