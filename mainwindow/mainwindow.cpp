@@ -13,6 +13,13 @@ MainWindow::MainWindow(QObject* parent)
 {
 }
 
+MainWindow::~MainWindow()
+{
+    // A root widget that no shell has taken goes with the base, when this is no MainWindow any more.
+    if (m_widget)
+        disconnect(m_widget, SIGNAL(destroyed()), this, SLOT(onDestroyObj()));
+}
+
 void MainWindow::onCreate()
 {
     if (m_widget) {

@@ -14,6 +14,7 @@ class MainWindow : public cm::BaseWindow
     Q_OBJECT
 public:
     explicit MainWindow(QObject* parent = nullptr);
+    ~MainWindow() override;
 
     void onCreate() override;
     void onDestroy() override;
