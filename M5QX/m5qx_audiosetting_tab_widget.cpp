@@ -179,8 +179,7 @@ void m5qx_eq_tab_widget::onEQTypeChanged(int type)
     showEQTypeText();
 }
 
-// The keys run against the numbering: "next" steps down, so that the driver walks the list of names as the
-// tiles of the preset page order it (user curves first, flat last).
+// The keys run against the numbering, on purpose: "next" steps down and "previous" up.
 void m5qx_eq_tab_widget::nextEQType()
 {
     const int type = currEQType();

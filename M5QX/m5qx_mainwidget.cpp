@@ -153,9 +153,9 @@ void m5qx_mainwidget::markPage(Page page)
     m_tabs->show();
 }
 
-/// Requests from a time when the hub itself passed loudness and subwoofer switching on. It has no such slots
-/// any more (and not every page has the signals), so Qt refuses them with a warning; they stay as the marker
-/// of that seam.
+/// Requests that can't succeed: the hub has no such slots, and not every page has the signals. Qt refuses
+/// them with a warning that a test names. They are kept, since they mark where a hub would pass loudness and
+/// subwoofer switching on.
 void m5qx_mainwidget::connectSwitches(QWidget* page)
 {
     connect(page, SIGNAL(trigSubwooferOutputOnOff(bool)), this, SLOT(onAudioTrigSubwooferOutputOnOff(bool)));

@@ -8,8 +8,7 @@ namespace audiosetting {
 MainWidget::MainWidget(QWidget* parent)
     : QWidget(parent)
 {
-    // The constructor's own signature: the framework's widget dumps find the root widget of an application by
-    // it.
+    // The constructor's own signature; the name is part of the interface.
     if (objectName().isEmpty())
         setObjectName(QStringLiteral("audiosetting::MainWidget::MainWidget(QWidget*)"));
     m_hub = new m5qx_mainwidget(this);
