@@ -5,6 +5,7 @@
 #include "M5QX/filelocal.h"
 #include "M5QX/k41_audio_root_bf.h"
 #include "M5QX/pa_balancefadercontrol.h"
+#include "M5QX/subwoofersettings.h"
 #include "common/customslider.h"
 #include "common/mcumanager.h"
 #include "common/pushbutton.h"
@@ -19,20 +20,12 @@ namespace {
 
 constexpr int MaxBalanceFader = 15; // to either side
 constexpr int MaxLevel = 12;        // attenuation steps of the subwoofer, 0 the loudest
-constexpr int LevelMask = 127;      // the level within "subwooferLevel"
-constexpr int WrittenWhileOn = 128; // the flag within "subwooferLevel"
 constexpr int KeyMask = 15;         // what the two level keys take from level and frequency
 constexpr int FrequencyOff = 0;     // subwoofer filter index that silences it
 
-// Keys of the store with what their absence means.
+// Key of the store with what its absence means.
 const QString loudnessKey = QStringLiteral("customloudnes");
 constexpr bool loudnessDefault = false;
-const QString subwooferKey = QStringLiteral("subwooferOnOff");
-constexpr bool subwooferDefault = true;
-const QString levelKey = QStringLiteral("subwooferLevel");
-constexpr int levelDefault = 11;
-const QString frequencyKey = QStringLiteral("subwooferFreq");
-constexpr int frequencyDefault = 7;
 
 mem::SettingsFunc* store()
 {
@@ -135,9 +128,9 @@ void m5qx_eq_audio_levels_page::resume()
     onUpdateBF(balance(), fader());
     showSwitches();
     // Bit 7 tells how the level was last written; the switch itself has a key of its own.
-    const int level = store()->getValue(levelKey, levelDefault) & LevelMask;
+    const int level = store()->getValue(subwoofer::LevelKey, subwoofer::LevelDefault) & subwoofer::LevelBits;
     m_slider->setValue(qBound(0, sliderOfLevel(level), MaxLevel));
-    setSubwooferSliderEnable(store()->getValue(subwooferKey, subwooferDefault));
+    setSubwooferSliderEnable(store()->getValue(subwoofer::OnKey, subwoofer::OnDefault));
 }
 
 void m5qx_eq_audio_levels_page::showEvent(QShowEvent*)
@@ -330,7 +323,7 @@ void m5qx_eq_audio_levels_page::soundClickedBeep()
 void m5qx_eq_audio_levels_page::showSwitches()
 {
     ui->key_loudness->setChecked(store()->getValue(loudnessKey, loudnessDefault));
-    ui->key_subwoofer->setChecked(store()->getValue(subwooferKey, subwooferDefault));
+    ui->key_subwoofer->setChecked(store()->getValue(subwoofer::OnKey, subwoofer::OnDefault));
 }
 
 void m5qx_eq_audio_levels_page::on_key_loudness_clicked()
@@ -346,15 +339,15 @@ void m5qx_eq_audio_levels_page::on_key_subwoofer_clicked()
     const bool on = ui->key_subwoofer->isChecked();
     AS_DEBUG() << on;
     McuManager::instance()->triggerBeep(0);
-    store()->setValue(subwooferKey, subwooferDefault, on, true);
-    const int level = store()->getValue(levelKey, levelDefault);
-    const int frequency = store()->getValue(frequencyKey, frequencyDefault);
+    store()->setValue(subwoofer::OnKey, subwoofer::OnDefault, on, true);
+    const int level = store()->getValue(subwoofer::LevelKey, subwoofer::LevelDefault);
+    const int frequency = store()->getValue(subwoofer::FreqKey, subwoofer::FreqDefault);
     if (on) {
         sendSubwooferLevel(level, frequency);
     } else {
         // No hurry with this one: the switch itself is already durable, and the level is what it was.
-        store()->setValue(levelKey, levelDefault, level & LevelMask, false);
-        hvaudio::AudioService::instance()->setSubFilter(FrequencyOff, level & LevelMask, 0);
+        store()->setValue(subwoofer::LevelKey, subwoofer::LevelDefault, level & subwoofer::LevelBits, false);
+        hvaudio::AudioService::instance()->setSubFilter(FrequencyOff, level & subwoofer::LevelBits, 0);
     }
     setSubwooferSliderEnable(on);
 }
@@ -364,7 +357,7 @@ void m5qx_eq_audio_levels_page::onSliderOnSave(int value)
     AS_DEBUG() << value;
     switchSubwooferOn();
     const int level = sliderOfLevel(qBound(0, value, MaxLevel));
-    sendSubwooferLevel(level, store()->getValue(frequencyKey, frequencyDefault));
+    sendSubwooferLevel(level, store()->getValue(subwoofer::FreqKey, subwoofer::FreqDefault));
 }
 
 void m5qx_eq_audio_levels_page::on_key_sub_level_up_clicked()
@@ -385,8 +378,8 @@ void m5qx_eq_audio_levels_page::stepSubwooferLevel(int step)
 {
     soundClickedBeep();
     switchSubwooferOn();
-    int level = store()->getValue(levelKey, levelDefault) & KeyMask;
-    const int frequency = store()->getValue(frequencyKey, frequencyDefault) & KeyMask;
+    int level = store()->getValue(subwoofer::LevelKey, subwoofer::LevelDefault) & KeyMask;
+    const int frequency = store()->getValue(subwoofer::FreqKey, subwoofer::FreqDefault) & KeyMask;
     if (step < 0 ? level > 0 : level < MaxLevel)
         level += step;
     m_slider->setValue(sliderOfLevel(level));
@@ -397,14 +390,14 @@ void m5qx_eq_audio_levels_page::stepSubwooferLevel(int step)
 // or the switch.
 void m5qx_eq_audio_levels_page::switchSubwooferOn()
 {
-    store()->setValue(subwooferKey, subwooferDefault, true, true);
+    store()->setValue(subwoofer::OnKey, subwoofer::OnDefault, true, true);
     ui->key_subwoofer->setChecked(true);
 }
 
 void m5qx_eq_audio_levels_page::sendSubwooferLevel(int level, int frequency)
 {
-    store()->setValue(levelKey, levelDefault, level | WrittenWhileOn, true);
-    hvaudio::AudioService::instance()->setSubFilter(frequency, level & LevelMask, 0);
+    store()->setValue(subwoofer::LevelKey, subwoofer::LevelDefault, level | subwoofer::WrittenWhileOn, true);
+    hvaudio::AudioService::instance()->setSubFilter(frequency, level & subwoofer::LevelBits, 0);
 }
 
 void m5qx_eq_audio_levels_page::setSubwooferSliderEnable(bool on)

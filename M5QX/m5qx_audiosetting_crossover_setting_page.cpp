@@ -5,6 +5,7 @@
 #include "diagnostic.h"
 #include "filelocal.h"
 #include "pasetuptogglekey.h"
+#include "subwoofersettings.h"
 
 #include "common/settings.h"
 #include "common/translator.h"
@@ -30,16 +31,6 @@ constexpr int CrossoverText = 1229;
 constexpr int SubFreqText = 1230;
 constexpr int SubLevelText = 1231;
 
-constexpr QLatin1String SubFreqKey("subwooferFreq");
-constexpr int SubFreqDefault = 7; ///< not among this page's steps: the speaker groups' page counts so
-constexpr QLatin1String SubLevelKey("subwooferLevel");
-constexpr int SubLevelDefault = 11;
-constexpr QLatin1String SubOnKey("subwooferOnOff");
-constexpr bool SubOnDefault = true;
-
-constexpr int LevelBits = 0x7F;
-constexpr int LevelOn = 0x80;
-
 // What the step keys reach.
 constexpr int FreqMin = 1;
 constexpr int FreqMax = 5;
@@ -49,6 +40,7 @@ constexpr int SubLevelMin = 1;
 constexpr int SubLevelMax = 14;
 
 constexpr int SlopeCount = 3;
+constexpr int FreqBits = 0x7F;   ///< what a filter's second argument takes of the frequency
 constexpr int LineIconStep = 44; ///< pixels of the sketch between two frequencies
 constexpr int Speakers[] = {1, 2, 4, 8};
 
@@ -181,13 +173,14 @@ int down(int value, int min)
 void send(const Filter& filter, int freq, int slope)
 {
     for (const int speaker : Speakers)
-        (AudioService::instance()->*filter.send)(freq, freq & LevelBits, speaker, slope);
+        (AudioService::instance()->*filter.send)(freq, freq & FreqBits, speaker, slope);
 }
 
 /// level: with its flag; without it the subwoofer is silent.
 void sendSub(int freq, int level)
 {
-    AudioService::instance()->setSubFilter(level & LevelOn ? freq : 0, level & LevelBits, 0);
+    AudioService::instance()->setSubFilter(level & subwoofer::WrittenWhileOn ? freq : 0,
+                                           level & subwoofer::LevelBits, 0);
 }
 
 // A line of the title's size is higher than its label, what is drawn isn't: an accent needs the room above,
@@ -303,8 +296,8 @@ void Page::updateAll()
     updateCurrSubWooferText();
     updateCurrSubFreqText(getSubFreq());
     updateCurrSubFreqBtnState(getSubFreq());
-    updateCurrSubLevelText(getSubLevel() & LevelBits);
-    updateCurrSubLevelBtnState(getSubLevel() & LevelBits);
+    updateCurrSubLevelText(getSubLevel() & subwoofer::LevelBits);
+    updateCurrSubLevelBtnState(getSubLevel() & subwoofer::LevelBits);
 }
 
 // Some log texts name another value than the one at hand; log collectors know them so.
@@ -392,22 +385,22 @@ void Page::updateSubButtonState(QPushButton* next, QPushButton* prev, int max, i
 }
 
 // clang-format off
-bool Page::getHpfState() { const bool on   = m_settings->getValue(hpf.stateKey, hpf.stateDefault); AS_DEBUG() << "get current hpf state:" << on;    return on; }
-int  Page::getHpfFreq()  { const int freq  = m_settings->getValue(hpf.freqKey, hpf.freqDefault);   AS_DEBUG() << "get current hpf freq:" << freq;   return freq; }
-int  Page::getHpfSlope() { const int slope = m_settings->getValue(hpf.slopeKey, hpf.slopeDefault); AS_DEBUG() << "get current hpf slope:" << slope; return slope; }
-bool Page::getLpfState() { const bool on   = m_settings->getValue(lpf.stateKey, lpf.stateDefault); AS_DEBUG() << "get current hpf state:" << on;    return on; }
-int  Page::getLpfFreq()  { const int freq  = m_settings->getValue(lpf.freqKey, lpf.freqDefault);   AS_DEBUG() << "get current hpf freq:" << freq;   return freq; }
-int  Page::getLpfSlope() { const int slope = m_settings->getValue(lpf.slopeKey, lpf.slopeDefault); AS_DEBUG() << "get current lpf slope:" << slope; return slope; }
-int  Page::getSubFreq()  { const int freq  = m_settings->getValue(SubFreqKey, SubFreqDefault);     AS_DEBUG() << "current subwoofer freq:" << freq; return freq; }
-int  Page::getSubLevel() { const int level = m_settings->getValue(SubLevelKey, SubLevelDefault);   AS_DEBUG() << "current subwoofer level:" << level; return level; }
+bool Page::getHpfState() { const bool on   = m_settings->getValue(hpf.stateKey, hpf.stateDefault);               AS_DEBUG() << "get current hpf state:" << on;    return on; }
+int  Page::getHpfFreq()  { const int freq  = m_settings->getValue(hpf.freqKey, hpf.freqDefault);                 AS_DEBUG() << "get current hpf freq:" << freq;   return freq; }
+int  Page::getHpfSlope() { const int slope = m_settings->getValue(hpf.slopeKey, hpf.slopeDefault);               AS_DEBUG() << "get current hpf slope:" << slope; return slope; }
+bool Page::getLpfState() { const bool on   = m_settings->getValue(lpf.stateKey, lpf.stateDefault);               AS_DEBUG() << "get current hpf state:" << on;    return on; }
+int  Page::getLpfFreq()  { const int freq  = m_settings->getValue(lpf.freqKey, lpf.freqDefault);                 AS_DEBUG() << "get current hpf freq:" << freq;   return freq; }
+int  Page::getLpfSlope() { const int slope = m_settings->getValue(lpf.slopeKey, lpf.slopeDefault);               AS_DEBUG() << "get current lpf slope:" << slope; return slope; }
+int  Page::getSubFreq()  { const int freq  = m_settings->getValue(subwoofer::FreqKey, subwoofer::FreqDefault);   AS_DEBUG() << "current subwoofer freq:" << freq; return freq; }
+int  Page::getSubLevel() { const int level = m_settings->getValue(subwoofer::LevelKey, subwoofer::LevelDefault); AS_DEBUG() << "current subwoofer level:" << level; return level; }
 
-void Page::setHpfState(bool on)   { AS_DEBUG() << "set current hpf state:" << on;        m_settings->setValue(hpf.stateKey, hpf.stateDefault, on, true);    setHpfFilter(on ? getHpfFreq() : 0); }
-void Page::setHpfFreq(int freq)   { AS_DEBUG() << "set current hpf freq:" << freq;       m_settings->setValue(hpf.freqKey, hpf.freqDefault, freq, true);    setHpfFilter(); }
-void Page::setHpfSlope(int slope) { AS_DEBUG() << "set current hpf slope:" << slope;     m_settings->setValue(hpf.slopeKey, hpf.slopeDefault, slope, true); setHpfFilter(); }
-void Page::setLpfState(bool on)   { AS_DEBUG() << "set current lpf state:" << on;        m_settings->setValue(lpf.stateKey, lpf.stateDefault, on, true);    setLpfFilter(on ? getLpfFreq() : 0); }
-void Page::setLpfFreq(int freq)   { AS_DEBUG() << "set current lpf freq:" << freq;       m_settings->setValue(lpf.freqKey, lpf.freqDefault, freq, true);    setLpfFilter(); }
-void Page::setLpfSlope(int slope) { AS_DEBUG() << "set current lpf slope:" << slope;     m_settings->setValue(lpf.slopeKey, lpf.slopeDefault, slope, true); setLpfFilter(); }
-void Page::setSubFreq(int freq)   { AS_DEBUG() << "set current subwoofer freq:" << freq; m_settings->setValue(SubFreqKey, SubFreqDefault, freq, true);      setSubFilter(); }
+void Page::setHpfState(bool on)   { AS_DEBUG() << "set current hpf state:" << on;        m_settings->setValue(hpf.stateKey, hpf.stateDefault, on, true);               setHpfFilter(on ? getHpfFreq() : 0); }
+void Page::setHpfFreq(int freq)   { AS_DEBUG() << "set current hpf freq:" << freq;       m_settings->setValue(hpf.freqKey, hpf.freqDefault, freq, true);               setHpfFilter(); }
+void Page::setHpfSlope(int slope) { AS_DEBUG() << "set current hpf slope:" << slope;     m_settings->setValue(hpf.slopeKey, hpf.slopeDefault, slope, true);            setHpfFilter(); }
+void Page::setLpfState(bool on)   { AS_DEBUG() << "set current lpf state:" << on;        m_settings->setValue(lpf.stateKey, lpf.stateDefault, on, true);               setLpfFilter(on ? getLpfFreq() : 0); }
+void Page::setLpfFreq(int freq)   { AS_DEBUG() << "set current lpf freq:" << freq;       m_settings->setValue(lpf.freqKey, lpf.freqDefault, freq, true);               setLpfFilter(); }
+void Page::setLpfSlope(int slope) { AS_DEBUG() << "set current lpf slope:" << slope;     m_settings->setValue(lpf.slopeKey, lpf.slopeDefault, slope, true);            setLpfFilter(); }
+void Page::setSubFreq(int freq)   { AS_DEBUG() << "set current subwoofer freq:" << freq; m_settings->setValue(subwoofer::FreqKey, subwoofer::FreqDefault, freq, true); setSubFilter(); }
 // clang-format on
 
 void Page::setSubLevel(int level)
@@ -415,7 +408,7 @@ void Page::setSubLevel(int level)
     AS_DEBUG() << "set current subwoofer Level:" << level;
     // Sent before it is stored, unlike everything else on this page. Deliberate.
     setSubGain(level);
-    m_settings->setValue(SubLevelKey, SubLevelDefault, level, true);
+    m_settings->setValue(subwoofer::LevelKey, subwoofer::LevelDefault, level, true);
 }
 
 // clang-format off
@@ -425,7 +418,7 @@ void Page::setLpfFilter()         { setLpfFilter(getLpfFreq()); }
 void Page::setLpfFilter(int freq) { send(lpf, freq, getLpfSlope()); }
 void Page::setSubFilter()         { const int freq = getSubFreq(); sendSub(freq, getSubLevel()); }
 void Page::setSubGain(int level)  { sendSub(getSubFreq(), level); }
-bool Page::isSubWooferOn()        { return mem::SettingsFunc::instance()->getValue(SubOnKey, SubOnDefault); }
+bool Page::isSubWooferOn()        { return mem::SettingsFunc::instance()->getValue(subwoofer::OnKey, subwoofer::OnDefault); }
 void Page::soundClickedBeep()     { AudioService::instance()->doBeep(0); }
 // clang-format on
 
@@ -493,7 +486,7 @@ void Page::onSUBLevelNextClicked()
     AS_DEBUG();
     soundClickedBeep();
     const int stored = getSubLevel();
-    stepSubLevel(stored, up(stored & LevelBits, SubLevelMax));
+    stepSubLevel(stored, up(stored & subwoofer::LevelBits, SubLevelMax));
 }
 
 void Page::onSUBLevelPrevClicked()
@@ -501,12 +494,12 @@ void Page::onSUBLevelPrevClicked()
     AS_DEBUG();
     soundClickedBeep();
     const int stored = getSubLevel();
-    stepSubLevel(stored, down(stored & LevelBits, SubLevelMin));
+    stepSubLevel(stored, down(stored & subwoofer::LevelBits, SubLevelMin));
 }
 
 void Page::stepSubLevel(int stored, int level)
 {
-    setSubLevel((stored & LevelOn) | level);
+    setSubLevel((stored & subwoofer::WrittenWhileOn) | level);
     updateCurrSubLevelText(level);
     updateCurrSubLevelBtnState(level);
 }

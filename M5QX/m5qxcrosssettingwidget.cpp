@@ -5,6 +5,7 @@
 #include "diagnostic.h"
 #include "filelocal.h"
 #include "pasetuptogglekey.h"
+#include "subwoofersettings.h"
 
 #include "common/settings.h"
 #include "common/translator.h"
@@ -32,18 +33,10 @@ constexpr QLatin1String GroupKey("settings_cross_filter");
 constexpr int GroupDefault = Front;
 constexpr QLatin1String PhaseKey("Audio_Phase_Troggle");
 constexpr bool PhaseDefault = false;
-constexpr QLatin1String SubFreqKey("subwooferFreq");
-constexpr int SubFreqDefault = 7;
 constexpr QLatin1String SubSlopeKey("subwooferslope");
 constexpr int SubSlopeDefault = 0;
-constexpr QLatin1String SubLevelKey("subwooferLevel");
-constexpr int SubLevelDefault = 11;
-constexpr QLatin1String SubOnKey("subwooferOnOff");
-constexpr bool SubOnDefault = true;
 
-constexpr int LevelBits = 0x7F;
-constexpr int SubLevelOn = 0x80; ///< kept beside the level while the subwoofer is on
-constexpr int RearPair = 0x80;   ///< kept beside the frequency of the rear pair
+constexpr int RearPair = 0x80; ///< kept beside the frequency of the rear pair
 
 /// The grid's left margin: the curve widgets begin there, the frequency table counts from the grid's edge.
 constexpr int CurveLeft = 26;
@@ -254,7 +247,8 @@ void M5QXCrossSettingWidget::resume()
         this->*stepRows[row].index =
             stringToMap(store()->getValue(stepRows[row].key, QString(stepRows[row].defaultMap)));
     }
-    gainIndex[Subwoofer] = store()->getValue(SubLevelKey, SubLevelDefault) & LevelBits;
+    gainIndex[Subwoofer] =
+        store()->getValue(subwoofer::LevelKey, subwoofer::LevelDefault) & subwoofer::LevelBits;
     // Only in memory: what is stored is rewritten by the driver's next step, not by looking at the page.
     for (const StepRow& row : stepRows) {
         for (int group = Front; group < GroupCount; ++group) {
@@ -337,10 +331,11 @@ void M5QXCrossSettingWidget::updateDSP(int freqIndex, int gainIndex, int slopeIn
     case Subwoofer:
         // The subwoofer's own count has one entry more at its start.
         service()->setSubFilter(freqIndex + 1, gainIndex, slopeIndex);
-        store()->setValue(SubFreqKey, SubFreqDefault, freqIndex + 1, true);
+        store()->setValue(subwoofer::FreqKey, subwoofer::FreqDefault, freqIndex + 1, true);
         store()->setValue(SubSlopeKey, SubSlopeDefault, slopeIndex, true);
-        store()->setValue(SubLevelKey, SubLevelDefault, gainIndex | SubLevelOn, true);
-        store()->setValue(SubOnKey, SubOnDefault, true, true);
+        store()->setValue(subwoofer::LevelKey, subwoofer::LevelDefault, gainIndex | subwoofer::WrittenWhileOn,
+                          true);
+        store()->setValue(subwoofer::OnKey, subwoofer::OnDefault, true, true);
         break;
     }
 }
