@@ -169,6 +169,8 @@ private slots:
     void backgroundsLieBelowTitlesAndIcons();
     void labelsHaveTheirLook_data();
     void labelsHaveTheirLook();
+    void theFormsOwnTexts_data();
+    void theFormsOwnTexts();
     void keysHaveTheirPictures_data();
     void keysHaveTheirPictures();
     void labelsHaveTheirPictures_data();
@@ -259,6 +261,31 @@ void TestCrossoverForm::labelsHaveTheirLook()
     if (look.points)
         QCOMPARE(label->font().pointSize(), look.points);
     QCOMPARE(bool(label->alignment() & Qt::AlignHCenter), look.centred);
+}
+
+void TestCrossoverForm::theFormsOwnTexts_data()
+{
+    QTest::addColumn<QString>("text");
+    // clang-format off
+    QTest::newRow("text_titel")                  << "CROSSOVER SETTINGS";
+    QTest::newRow("text_hpf_main_audio")         << "MAIN AUDIO";
+    QTest::newRow("text_low_main_audio")         << "MAIN AUDIO";
+    QTest::newRow("text_hpf_freq")               << "20Hz";
+    QTest::newRow("text_low_freq")               << "20KHz";
+    QTest::newRow("text_subwoofer")              << "SUBWOOFER";
+    QTest::newRow("text_subwoofer_freq")         << "120Hz";
+    QTest::newRow("text_subwoo_freq_tiltel")     << "SUB Filter";
+    QTest::newRow("text_subwoofer_Level_tiltel") << "SUB Level";
+    // clang-format on
+}
+
+void TestCrossoverForm::theFormsOwnTexts()
+{
+    QFETCH(QString, text);
+    auto* label = find<QLabel>(QTest::currentDataTag());
+    QCOMPARE(label->text(), text);
+    m_page->show(); // replaces them all
+    QVERIFY(label->text() != text || label->objectName() == QStringLiteral("text_subwoofer_freq"));
 }
 
 void TestCrossoverForm::keysHaveTheirPictures_data()

@@ -61,7 +61,7 @@ private slots:
     void slotsAreDeclaredInOrder();
 
     void constructionReadsTheTwoStatesAndWritesNothing();
-    void showingWritesNothing();
+    void showingRefreshesInOrderAndWritesNothing();
     void aFreshStoreShowsTheDefaults();
     void frequencyTexts_data();
     void frequencyTexts();
@@ -73,6 +73,8 @@ private slots:
     void hpfNextAtIndex5Keeps5AndStillWritesAndSends();
     void switchingTheHpfOffSendsIndex0AndHidesItsRows();
     void switchingTheLpf();
+    void switchingReadsTheStoredFrequencyOnlyWhenOn_data();
+    void switchingReadsTheStoredFrequencyOnlyWhenOn();
     void slopeKeysStoreAndSend_data();
     void slopeKeysStoreAndSend();
     void anySlopeButThreeShowsNoneAndNoLine();
@@ -156,10 +158,46 @@ void TestCrossoverPage::constructionReadsTheTwoStatesAndWritesNothing()
     QVERIFY(shows(find("key_low_pass")->icon().pixmap(size), ":/dual_icon/setup_btn_on_p.png"));
 }
 
-void TestCrossoverPage::showingWritesNothing()
+void TestCrossoverPage::showingRefreshesInOrderAndWritesNothing()
 {
-    take();
+    const auto updaters = [] {
+        static const QRegularExpression name(QStringLiteral("::(update\\w+)\\("));
+        QStringList names;
+        for (const QString& line : takeLog()) {
+            const QRegularExpressionMatch match = name.match(line);
+            if (match.hasMatch())
+                names << match.captured(1);
+        }
+        return names;
+    };
+    const QStringList slopesAndSubwoofer = {
+        "updateHPFSlopeIcon",        "updateHPFSlopeLineIcon",  "updateLPFSlopeIcon",
+        "updateLPFSlopeLineIcon",    "updateCurrSubWooferText", "updateCurrSubFreqText",
+        "updateCurrSubFreqBtnState", "updateCurrSubLevelText",  "updateCurrSubLevelBtnState"};
+    take(All);
+    takeLog();
     m_page->show();
+    const QStringList calls = take(All);
+    const QStringList texts = calls.filter(QStringLiteral("Translator."));
+    QVERIFY(calls.first().startsWith(QStringLiteral("Translator."))); // texts, then values
+    QCOMPARE(calls.size() - texts.size(), calls.filter(QStringLiteral(".getValue(")).size());
+    QCOMPARE(updaters(),
+             QStringList({"updateCurrHPFFreqText", "updateCurrHPFFreqBtnState", "updateCurrHPFFreqLineIcon",
+                          "updateHPFStateIcon", "updateCurrLPFFreqText", "updateCurrLPFFreqBtnState",
+                          "updateCurrLPFFreqLineIcon", "updateLPFStateIcon"}) +
+                 slopesAndSubwoofer);
+
+    // A filter that is on has its text and keys refreshed once more.
+    m_page->hide();
+    setStored(QStringLiteral("hpfState"), true);
+    setStored(QStringLiteral("lpfState"), true);
+    m_page->show();
+    QCOMPARE(updaters(),
+             QStringList({"updateCurrHPFFreqText", "updateCurrHPFFreqBtnState", "updateCurrHPFFreqLineIcon",
+                          "updateHPFStateIcon", "updateCurrHPFFreqText", "updateCurrHPFFreqBtnState",
+                          "updateCurrLPFFreqText", "updateCurrLPFFreqBtnState", "updateCurrLPFFreqLineIcon",
+                          "updateLPFStateIcon", "updateCurrLPFFreqText", "updateCurrLPFFreqBtnState"}) +
+                 slopesAndSubwoofer);
     QCOMPARE(take(), QStringList());
 }
 
@@ -344,6 +382,44 @@ void TestCrossoverPage::switchingTheLpf()
     QCOMPARE(take(), QStringList({KeyBeep, write("lpfState", "false", "false")}) + sent("LPF", 0, 3));
     for (const char* part : {"icon_line_lpf", "text_low_pass", "low_freq_widgetl", "low_slope_widget"})
         QVERIFY2(!visible(part), part);
+}
+
+void TestCrossoverPage::switchingReadsTheStoredFrequencyOnlyWhenOn_data()
+{
+    QTest::addColumn<QString>("key");
+    QTest::addColumn<QString>("prefix");
+    QTest::addColumn<int>("freqDefault");
+    QTest::addColumn<int>("slopeDefault");
+    QTest::newRow("hpf") << "key_high_pass"
+                         << "hpf" << 4 << 1;
+    QTest::newRow("lpf") << "key_low_pass"
+                         << "lpf" << 0 << 3;
+}
+
+void TestCrossoverPage::switchingReadsTheStoredFrequencyOnlyWhenOn()
+{
+    QFETCH(QString, key);
+    QFETCH(QString, prefix);
+    QFETCH(int, freqDefault);
+    QFETCH(int, slopeDefault);
+    show();
+    const QString state = QStringLiteral("SettingsExe.getValue(\"%1State\", false)").arg(prefix);
+    const QString freq = QStringLiteral("SettingsExe.getValue(\"%1Freq\", %2)").arg(prefix).arg(freqDefault);
+    const QString slope =
+        QStringLiteral("SettingsExe.getValue(\"%1slope\", %2)").arg(prefix).arg(slopeDefault);
+    const QByteArray stateKey = prefix.toLatin1() + "State";
+    const QByteArray filter = prefix.toUpper().toLatin1();
+
+    touchKey(key.toLatin1());
+    QStringList expected{KeyBeep, state, write(stateKey, "false", "true"), freq, slope};
+    expected += sent(filter, freqDefault, slopeDefault);
+    expected << freq << freq; // text and keys of the row that appears
+    QCOMPARE(take(All).mid(0, expected.size()), expected);
+
+    touchKey(key.toLatin1());
+    expected = QStringList{KeyBeep, state, write(stateKey, "false", "false"), slope};
+    expected += sent(filter, 0, slopeDefault);
+    QCOMPARE(take(All), expected);
 }
 
 void TestCrossoverPage::slopeKeysStoreAndSend_data()

@@ -14,7 +14,6 @@ using namespace platform_double;
 
 namespace {
 
-enum Face { Func = 1, Exe = 2, Both = Func | Exe };
 /// Bits of what is done with a key.
 enum Use { R = 1, W = 2, RW = R | W };
 
@@ -22,8 +21,8 @@ struct KeyRow
 {
     const char* key; ///< with %1 for each of numbers
     const char* defaultValue;
-    int func;
-    int exe;
+    int func; ///< what is done with it by SettingsFunc
+    int exe;  ///< and by SettingsExe
     QVector<int> numbers = {};
 };
 

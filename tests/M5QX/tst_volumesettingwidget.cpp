@@ -468,8 +468,10 @@ void TestVolumeSettingWidget::keysStepBeepAndStore()
     setStored(QLatin1String(row.key), 7);
     m_page->resume();
     take(All);
+    takeLog();
     key(index, "up")->click();
     QCOMPARE(take(All), stepLines(row, 8));
+    QVERIFY(takeLog().value(0).endsWith(QStringLiteral("-- value: 8"))); // the new one
     setStored(QLatin1String(row.key), 8);
     key(index, "down")->click();
     QCOMPARE(take(All), stepLines(row, 7));
