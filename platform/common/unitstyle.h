@@ -15,8 +15,8 @@ namespace cm {
 ///
 /// Forms keep the pressed picture of a key in QIcon::Selected, which Qt's own button never paints; this style
 /// does, while the key is down. A checked key shows its On picture, a disabled one is dimmed and stays
-/// legible; keys have no frame, and a focus rectangle only when the keyboard moved the focus. Tab stops at each
-/// key of an exclusive group, too.
+/// legible; keys have no frame, and a focus rectangle only when the keyboard moved the focus. Tab stops at
+/// each key of an exclusive group, too.
 class COMMON_EXPORT UnitStyle : public QProxyStyle
 {
     Q_OBJECT
