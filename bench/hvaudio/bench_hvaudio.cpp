@@ -5,11 +5,11 @@
 
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstring>
 #include <ctime>
 #include <fstream>
-#include <random>
 #include <string>
 
 using namespace peers;
@@ -19,23 +19,40 @@ namespace {
 
 constexpr int blockFrames = 1024;
 
+/// A second and more of sound, played round and round.
 struct Blocks
 {
     Blocks()
     {
-        std::mt19937 random(1);
-        for (auto& side : in)
-            for (float& x : side)
-                x = float(0.1 * (int32_t(random()) / 2147483648.0));
+        PinkNoise noise[2] = {PinkNoise(1), PinkNoise(2)};
+        for (int i = 0; i < 2; ++i) {
+            in[i].resize(soundFrames);
+            for (float& x : in[i])
+                x = 0.25f * noise[i].next();
+        }
     }
     void run(Engine& engine, int frames = blockFrames)
     {
-        const float* const from[2] = {in[0], in[1]};
+        const float* const from[2] = {&in[0][at], &in[1][at]};
         float* const to[speakerCount] = {out[0], out[1], out[2], out[3], out[4]};
         engine.process(from, to, frames);
+        at = (at + size_t(frames)) % soundFrames;
     }
-    void silence() { std::memset(in, 0, sizeof in); }
-    alignas(64) float in[2][blockFrames];
+    /// 46.9 Hz, deep in the high-passes' stop band: the filters run in double precision.
+    void deepTone()
+    {
+        for (auto& side : in)
+            for (size_t n = 0; n < soundFrames; ++n)
+                side[n] = float(0.1 * std::sin(2 * 3.14159265358979323846 * double(n) / blockFrames));
+    }
+    void silence()
+    {
+        for (auto& side : in)
+            std::fill(side.begin(), side.end(), 0.0f);
+    }
+    static constexpr size_t soundFrames = 64 * blockFrames; ///< a multiple of every block that is timed
+    std::vector<float> in[2];
+    size_t at = 0;
     alignas(64) float out[speakerCount][blockFrames];
 };
 
@@ -66,11 +83,29 @@ void fullChainAtRest(benchmark::State& state)
         return;
     const int frames = int(state.range(1));
     Blocks blocks;
+    while (engine.isDouble()) // as after silence
+        blocks.run(engine, frames);
     for (auto _ : state)
         blocks.run(engine, frames);
     perFrame(state, frames);
 }
 BENCHMARK(fullChainAtRest)->ArgsProduct({{0, 1, 2}, {64, 256, 1024}})->ArgNames({"path", "block"});
+
+/// The same while the signal asks for double precision.
+void fullChainInDouble(benchmark::State& state)
+{
+    Engine engine;
+    if (!start(state, engine, Path(state.range(0))))
+        return;
+    Blocks blocks;
+    blocks.deepTone();
+    for (auto _ : state)
+        blocks.run(engine);
+    if (!engine.isDouble())
+        state.SkipWithError("the processor saw no need of double precision");
+    perFrame(state);
+}
+BENCHMARK(fullChainInDouble)->DenseRange(0, 2)->ArgName("path");
 
 /// Everything glides all the time.
 void fullChainGliding(benchmark::State& state)
@@ -113,7 +148,7 @@ void plainDoubleChain(benchmark::State& state)
     float* const to[speakerCount] = {blocks.out[0], blocks.out[1], blocks.out[2], blocks.out[3],
                                      blocks.out[4]};
     for (auto _ : state)
-        chain.process(blocks.in[0], blocks.in[1], to, blockFrames);
+        chain.process(blocks.in[0].data(), blocks.in[1].data(), to, blockFrames);
     perFrame(state);
 }
 BENCHMARK(plainDoubleChain);

@@ -16,7 +16,6 @@
 #include <cstdlib>
 #include <cstring>
 #include <functional>
-#include <random>
 #include <string>
 
 using namespace peers;
@@ -36,22 +35,11 @@ int makeNoise(const char* file, int seconds)
         std::fprintf(stderr, "%s: %s\n", file, sf_strerror(nullptr));
         return 1;
     }
-    // Paul Kellet's filter on white noise.
-    std::mt19937 random(1);
-    double b[2][6] = {};
-    static const double pole[6] = {0.99886, 0.99332, 0.96900, 0.86650, 0.55000, -0.7616};
-    static const double gain[6] = {0.0555179, 0.0750759, 0.1538520, 0.3104856, 0.5329522, -0.0168980};
+    PinkNoise side[2] = {PinkNoise(1), PinkNoise(2)};
     std::vector<float> block(2 * size_t(rate));
     for (int second = 0; second < seconds; ++second) {
-        for (size_t n = 0; n < block.size(); ++n) {
-            const double white = int32_t(random()) / 2147483648.0;
-            double sum = white * 0.5362;
-            for (int i = 0; i < 6; ++i) {
-                b[n & 1][i] = pole[i] * b[n & 1][i] + gain[i] * white;
-                sum += b[n & 1][i];
-            }
-            block[n] = float(0.25 * 0.11 * sum);
-        }
+        for (size_t n = 0; n < block.size(); ++n)
+            block[n] = 0.25f * side[n & 1].next();
         sf_writef_float(out, block.data(), sf_count_t(rate));
     }
     sf_close(out);

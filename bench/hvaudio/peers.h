@@ -5,7 +5,9 @@
 
 #include <array>
 #include <cmath>
+#include <cstdint>
 #include <memory>
+#include <random>
 #include <vector>
 
 /// The chain that is timed, as settings and as the plainest program that computes it.
@@ -33,6 +35,32 @@ inline Settings fullChain()
     s.subwoofer = {5, 3, 3, false, 10};
     return s;
 }
+
+/// Pink noise, about 0 dBFS at its loudest: Paul Kellet's filter on white noise.
+class PinkNoise
+{
+public:
+    explicit PinkNoise(unsigned seed)
+        : random_(seed)
+    {
+    }
+    float next()
+    {
+        static const double pole[6] = {0.99886, 0.99332, 0.96900, 0.86650, 0.55000, -0.7616};
+        static const double gain[6] = {0.0555179, 0.0750759, 0.1538520, 0.3104856, 0.5329522, -0.0168980};
+        const double white = int32_t(random_()) / 2147483648.0;
+        double sum = white * 0.5362;
+        for (int i = 0; i < 6; ++i) {
+            memory_[i] = pole[i] * memory_[i] + gain[i] * white;
+            sum += memory_[i];
+        }
+        return float(0.11 * sum);
+    }
+
+private:
+    std::mt19937 random_;
+    double memory_[6] = {};
+};
 
 /// One sample at a time, double, transposed direct form, section after section: what one writes first.
 class PlainChain

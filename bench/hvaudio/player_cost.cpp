@@ -1,13 +1,12 @@
-// What the unit's sound costs while it runs: player_cost [seconds of sound, default 600]
+// What the unit's sound costs while it runs: player_cost [seconds of sound, default 600] [--paced]
 //
 //   set to sound    from Player::setSettings on one thread to the first changed sample of the block that
-//   another
-//                   thread pulls: wall time (blocks of 64 frames, without pause) and frames from the block's
-//                   start
+//                   another thread pulls: wall time (blocks of 64 frames, without pause)
 //   worst block     of 512 frames, while settings, sources and prompts change all the while: the slowest and
-//   the
-//                   quantiles; what the scheduler takes from the pulling thread is in it, so thread time is
-//                   given too
+//                   the quantiles; what the scheduler takes from the pulling thread is in wall time, so
+//                   thread time is given too. With --paced each block is pulled when it is due, so the run
+//                   lasts as long as the sound, as it does in a unit; the pulling thread asks for real-time
+//                   priority as a sound server's does
 //   idle            a block of 512 frames of silence, after everything has rung out
 //   memory          resident set before and after the player is made and has played
 #include "hvaudio/player.h"
@@ -19,6 +18,8 @@
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
+#include <pthread.h>
+#include <sched.h>
 #include <string>
 #include <thread>
 #include <time.h>
@@ -132,8 +133,17 @@ void setToSound(Player& player, Puller& puller)
         1e3 * player.engine().latencyFrames() / rate);
 }
 
-void worstBlock(Player& player, Puller& puller, double seconds)
+/// Asks for the priority of a sound server's thread; says whether it was given.
+bool becomeRealTime()
 {
+    sched_param wanted = {};
+    wanted.sched_priority = 20;
+    return pthread_setschedparam(pthread_self(), SCHED_FIFO, &wanted) == 0;
+}
+
+void worstBlock(Player& player, Puller& puller, double seconds, bool paced)
+{
+    constexpr double blockSeconds = 512 / rate;
     std::atomic<bool> ends{false};
     std::atomic<long> changes{0};
     std::thread gui([&] {
@@ -158,9 +168,16 @@ void worstBlock(Player& player, Puller& puller, double seconds)
     std::vector<double> wall, own;
     wall.reserve(std::size_t(blocks));
     own.reserve(std::size_t(blocks));
+    const bool realTime = paced && becomeRealTime();
+    const auto first = std::chrono::steady_clock::now();
+    int late = 0;
     for (int n = 0; n < blocks; ++n) {
+        if (paced)
+            std::this_thread::sleep_until(first + std::chrono::duration<double>(n * blockSeconds));
         const double start = now(), startOwn = threadTime();
         puller.pull(512);
+        const double due = std::chrono::duration<double>(first.time_since_epoch()).count() + n * blockSeconds;
+        late += paced && now() > due + blockSeconds;
         own.push_back(threadTime() - startOwn);
         wall.push_back(now() - start);
     }
@@ -174,7 +191,11 @@ void worstBlock(Player& player, Puller& puller, double seconds)
     std::printf(
         "worst block     of %d, %ld changes meanwhile: thread time median %.0f us, 99.9 %% %.0f us, worst "
         "%.0f us; wall time worst %.0f us; a block lasts %.0f us\n",
-        blocks, changes.load(), at(own, 0.5), at(own, 0.999), at(own, 1), at(wall, 1), 1e6 * 512 / rate);
+        blocks, changes.load(), at(own, 0.5), at(own, 0.999), at(own, 1), at(wall, 1), 1e6 * blockSeconds);
+    if (paced)
+        std::printf("                paced, %s: %d of %d blocks were ready later than their own length "
+                    "after they were due\n",
+                    realTime ? "real-time priority" : "priority of any program", late, blocks);
 }
 
 void idle(Player& player, Puller& puller)
@@ -197,6 +218,11 @@ void idle(Player& player, Puller& puller)
 int main(int argc, char** argv)
 {
     const double seconds = argc > 1 ? std::atof(argv[1]) : 600;
+    const bool paced = argc > 2 && std::string(argv[2]) == "--paced";
+    if (argc > 3 || (argc > 2 && !paced)) {
+        std::fprintf(stderr, "player_cost [seconds] [--paced]\n");
+        return 2;
+    }
     if (!(seconds > 0)) {
         std::fprintf(stderr, "player_cost: '%s' is no number of seconds\n", argv[1]);
         return 2;
@@ -214,7 +240,7 @@ int main(int argc, char** argv)
     std::printf("memory          %ld KiB resident more than before the player was made\n",
                 residentKiB() - before);
     setToSound(player, puller);
-    worstBlock(player, puller, seconds);
+    worstBlock(player, puller, seconds, paced);
     idle(player, puller);
     return 0;
 }

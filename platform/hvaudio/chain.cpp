@@ -30,6 +30,7 @@ void Chain::prepare(double rate)
     source_.prepare(rate);
     ducker_.prepare(rate);
     beeper_.prepare(rate);
+    precision_.prepare(rate);
     ringOut_ = longestTap + latencyFrames() + int(0.1 * rate);
     now_ = first_ = next_ = step_ = Parameters();
     wanted_ = Snapshot();
@@ -48,9 +49,16 @@ int Chain::latencyFrames() const noexcept
     return cascadeLatency + crossoverLatency + 1 + limiter_.latencyFrames();
 }
 
+void Chain::clearFilters() noexcept
+{
+    single_ = {};
+    double_ = {};
+}
+
 void Chain::clearSound() noexcept
 {
-    memory_ = FilterMemory{};
+    clearFilters();
+    precision_.clear();
     delay_.clear();
     limiter_.clear();
     idle_ = true;
@@ -90,7 +98,7 @@ void Chain::jumpUnheard() noexcept
     now_ = wanted_.parameters;
     std::memcpy(now_.speakerGain, gain, sizeof gain);
     first_ = next_ = now_;
-    memory_ = FilterMemory{};
+    clearFilters();
     delay_.jump();
     source_.jumpUnheard(wanted_.source, wanted_.sourceFactor);
 }
@@ -103,8 +111,12 @@ void Chain::takeSnapshot() noexcept
         delay_.aim(i, wanted_.delayTap[i]);
     if (wanted_.lowPassUsed && !lowPass_) {
         // It starts from rest: what it remembers is from its last use.
-        std::fill(std::begin(memory_.lowPass.ic1), std::end(memory_.lowPass.ic1), 0.0f);
-        std::fill(std::begin(memory_.lowPass.ic2), std::end(memory_.lowPass.ic2), 0.0f);
+        const auto rest = [](auto& memory) {
+            std::fill(std::begin(memory.ic1), std::end(memory.ic1), 0);
+            std::fill(std::begin(memory.ic2), std::end(memory.ic2), 0);
+        };
+        rest(single_.lowPass);
+        rest(double_.lowPass);
         lowPass_ = true;
     }
     if (allSilent(now_))
@@ -167,6 +179,7 @@ void Chain::process(const Block& block, Meters& meters) noexcept
                 if (out)
                     std::memset(out, 0, size_t(block.frames) * sizeof(float));
             offset_ = (offset_ + block.frames) % gridFrames;
+            precision_.pass(block.frames);
             return;
         }
         idle_ = false;
@@ -179,25 +192,40 @@ void Chain::process(const Block& block, Meters& meters) noexcept
         if (offset_ == 0)
             advanceGrid();
         const bool toNextPoint = moving_ || prompts || snapshotWaiting_ || beepWanted_;
-        const int frames = std::min(block.frames - done, (toNextPoint ? gridFrames : pieceFrames) - offset_);
+        const int frames = std::min(
+            {block.frames - done, (toNextPoint ? gridFrames : pieceFrames) - offset_, precision_.room()});
+        choosePrecision();
         processPiece(block, done, frames, meters);
         done += frames;
         offset_ = (offset_ + frames) % gridFrames;
+        precision_.advance(frames);
     }
     if (quiet_ >= ringOut_ && !moving_)
         clearSound();
 }
 
-void Chain::processPiece(const Block& block, int start, int frames, Meters& meters) noexcept
+void Chain::choosePrecision() noexcept
 {
-    alignas(64) float pairs[2 * pieceFrames];
+    if (precision_.isDouble() == inDouble_)
+        return;
+    inDouble_ = precision_.isDouble();
+    if (inDouble_)
+        double_.take(single_);
+    else
+        single_.take(double_);
+}
+
+template <typename Real>
+void Chain::filterPiece(const Block& block, int start, int frames, FilterMemory<Real>& memory) noexcept
+{
+    alignas(64) Real pairs[2 * pieceFrames];
     const auto at = [start](const float* signal) { return signal ? signal + start : nullptr; };
     const auto line = [this](int bus) { return Line{bus_[bus].from, bus_[bus].step, offset_}; };
-    const bool silent = silentInput(block, start, frames);
     const Parameters* const step = gliding_ ? &step_ : nullptr;
+    const Loops<Real>& loops = kernel_->in<Real>();
 
     gatherPairs(at(block.programme[0]), at(block.programme[1]), line(0), pairs, frames);
-    kernel_->cascade(pairs, frames, now_, step, memory_);
+    loops.cascade(pairs, frames, now_, step, memory);
     for (int i = 0; i < promptCount; ++i)
         if (const float* left = at(block.prompt[i][0])) {
             const float* right = block.prompt[i][1] ? at(block.prompt[i][1]) : left;
@@ -205,7 +233,22 @@ void Chain::processPiece(const Block& block, int start, int frames, Meters& mete
         }
     if (beeper_.sounding())
         beeper_.add(pairs, frames, offset_);
-    kernel_->crossover(pairs, delay_.room(), frames, now_, step, memory_, lowPass_);
+    float* const* const filtered = delay_.room();
+    loops.crossover(pairs, filtered, frames, now_, step, memory, lowPass_);
+
+    double energy[speakerCount];
+    for (int i = 0; i < speakerCount; ++i)
+        energy[i] = energyOf(filtered[i], frames);
+    precision_.heard(energyOfPairs(pairs, frames).side, energy, now_.speakerGain);
+}
+
+void Chain::processPiece(const Block& block, int start, int frames, Meters& meters) noexcept
+{
+    const bool silent = silentInput(block, start, frames);
+    if (inDouble_)
+        filterPiece(block, start, frames, double_);
+    else
+        filterPiece(block, start, frames, single_);
 
     alignas(64) float largest[pieceFrames];
     std::fill(largest, largest + frames, 0.0f);

@@ -4,6 +4,7 @@
 #include "hvaudio/engine.h"
 #include "hvaudio/limiter.h"
 #include "hvaudio/mixing.h"
+#include "hvaudio/precision.h"
 #include "hvaudio/snapshot.h"
 
 namespace hvaudio::dsp {
@@ -28,13 +29,19 @@ public:
 
     int audibleSource() const noexcept { return source_.audible(); }
     bool idle() const noexcept { return idle_; }
+    bool isDouble() const noexcept { return inDouble_; }
 
 private:
     void advanceGrid() noexcept;
     void takeSnapshot() noexcept;
     void jumpUnheard() noexcept;
     bool silentInput(const Block& block, int start, int frames) const noexcept;
+    void choosePrecision() noexcept;
     void processPiece(const Block& block, int start, int frames, Meters& meters) noexcept;
+    /// Everything in front of the delays.
+    template <typename Real>
+    void filterPiece(const Block& block, int start, int frames, FilterMemory<Real>& memory) noexcept;
+    void clearFilters() noexcept;
     void clearSound() noexcept;
 
     const Kernel* kernel_ = kernelOf(bestPath());
@@ -49,7 +56,10 @@ private:
     bool lowPass_ = false;
     bool deaf_ = true; ///< every speaker's gain is 0 and stays there: the input can't be heard
 
-    FilterMemory memory_{};
+    Precision precision_;
+    bool inDouble_ = true; ///< which of the two memories is in use
+    FilterMemory<float> single_{};
+    FilterMemory<double> double_{};
     SourceSwitch source_;
     Ducker ducker_;
     Beeper beeper_;

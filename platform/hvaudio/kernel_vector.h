@@ -2,6 +2,9 @@
 
 #include "hvaudio/kernel_paths.h"
 
+#include <type_traits>
+#include <utility>
+
 // The body of the vector paths, for 4 or 8 lanes, in the compiler's own vector types, so that one text serves
 // SSE2, AVX2 and NEON. Everything stands in a nameless namespace: each including file is compiled for other
 // instructions, and no function may be shared between them by the linker.
@@ -10,64 +13,104 @@ namespace hvaudio::dsp {
 namespace {
 
 typedef float F4 __attribute__((vector_size(16)));
-template <int width>
-struct VectorOf;
+typedef double D2 __attribute__((vector_size(16)));
+typedef double D4 __attribute__((vector_size(32))); // two registers where one holds two
+#ifdef __AVX2__
+typedef float F8 __attribute__((vector_size(32)));
+#endif
+
+template <typename V>
+using RealOf = std::remove_reference_t<decltype(std::declval<V&>()[0])>;
+template <typename V>
+constexpr int widthOf = int(sizeof(V) / sizeof(RealOf<V>));
+
+/// The coefficients of a vector's lanes.
+template <typename V>
+struct SingleOf
+{
+    using Type = V;
+};
 template <>
-struct VectorOf<4>
+struct SingleOf<D4>
 {
     using Type = F4;
 };
+template <>
+struct SingleOf<D2>
+{
+    typedef float Type __attribute__((vector_size(8)));
+};
 
 template <typename V>
-inline V load(const float* p)
+inline V load(const RealOf<V>* p)
 {
     V v;
     __builtin_memcpy(&v, p, sizeof v);
     return v;
 }
 template <typename V>
-inline void store(float* p, V v)
+inline void store(RealOf<V>* p, V v)
 {
     __builtin_memcpy(p, &v, sizeof v);
 }
+/// The same numbers in the precision of `To`.
+template <typename To, typename From>
+inline To as(From v)
+{
+    if constexpr (std::is_same_v<To, From>)
+        return v;
+    else
+        return __builtin_convertvector(v, To);
+}
 
 /// A section input that comes from outside: the left/right pair in the two low lanes.
-inline F4 loadPair4(const float* pair)
+template <typename V4>
+inline V4 loadPair4(const RealOf<V4>* pair)
 {
-    typedef float F2 __attribute__((vector_size(8)));
-    F2 v;
+    typedef RealOf<V4> Pair __attribute__((vector_size(2 * sizeof(RealOf<V4>))));
+    Pair v;
     __builtin_memcpy(&v, pair, sizeof v);
     return __builtin_shufflevector(v, v, 0, 1, 0, 1);
 }
 
 /// Moves `own` up by one section (a left/right pair) and puts the last section of `before` in front.
-inline F4 shiftPair(F4 before, F4 own)
+template <typename V4>
+inline V4 shiftPair(V4 before, V4 own)
 {
     return __builtin_shufflevector(before, own, 2, 3, 4, 5);
 }
-inline F4 firstPair(const float* pair, F4 own)
+template <typename V4>
+inline V4 firstPair(const RealOf<V4>* pair, V4 own)
 {
-    return __builtin_shufflevector(loadPair4(pair), own, 0, 1, 4, 5);
+    return __builtin_shufflevector(loadPair4<V4>(pair), own, 0, 1, 4, 5);
 }
-inline void storeLastPair(float* pair, F4 v)
+template <typename V4>
+inline void storeLastPair(RealOf<V4>* pair, V4 v)
 {
-    const F4 high = __builtin_shufflevector(v, v, 2, 3, 2, 3);
-    __builtin_memcpy(pair, &high, 2 * sizeof(float));
+    const V4 high = __builtin_shufflevector(v, v, 2, 3, 2, 3);
+    __builtin_memcpy(pair, &high, 2 * sizeof(RealOf<V4>));
+}
+// A section is a whole vector.
+inline D2 shiftPair(D2 before, D2)
+{
+    return before;
+}
+inline D2 firstPair(const double* pair, D2)
+{
+    return load<D2>(pair);
+}
+inline void storeLastPair(double* pair, D2 v)
+{
+    store(pair, v);
 }
 #ifdef __AVX2__
-typedef float F8 __attribute__((vector_size(32)));
-template <>
-struct VectorOf<8>
-{
-    using Type = F8;
-};
 inline F8 shiftPair(F8 before, F8 own)
 {
     return __builtin_shufflevector(before, own, 6, 7, 8, 9, 10, 11, 12, 13);
 }
 inline F8 firstPair(const float* pair, F8 own)
 {
-    const F4 pair4 = loadPair4(pair);
+    const F4 pair4 = loadPair4<F4>(pair);
     const F8 wide = __builtin_shufflevector(pair4, pair4, 0, 1, 2, 3, 0, 1, 2, 3);
     return __builtin_shufflevector(wide, own, 0, 1, 8, 9, 10, 11, 12, 13);
 }
@@ -78,15 +121,17 @@ inline void storeLastPair(float* pair, F8 v)
 }
 #endif
 
-/// `width` lanes of coefficients; their rows lie `lanes` floats apart.
+/// The coefficients of a vector of sections; their rows lie `lanes` floats apart. They glide in single
+/// precision whatever the samples have, so that nothing depends on where a block ends.
 template <typename V, int rows>
 struct VectorCoefficients
 {
-    V row[rows];
+    using Single = typename SingleOf<V>::Type;
+    Single row[rows];
     void loadFrom(const float* table, int lanes)
     {
         for (int r = 0; r < rows; ++r)
-            row[r] = load<V>(table + r * lanes);
+            row[r] = load<Single>(table + r * lanes);
     }
     void storeTo(float* table, int lanes) const
     {
@@ -98,6 +143,7 @@ struct VectorCoefficients
         for (int r = 0; r < rows; ++r)
             row[r] += step.row[r];
     }
+    V operator[](CoefficientRow r) const { return as<V>(row[r]); }
 };
 
 /// One frame of all sections in a vector; see kernel.h.
@@ -107,22 +153,23 @@ inline V runSections(V x, const VectorCoefficients<V, rows>& c, V& ic1, V& ic2)
     const V v3 = x - ic2;
     V y;
     if constexpr (rows > Q3)
-        y = c.row[Q3] * ic2 + (c.row[Q1] * v3 + c.row[Q2] * ic1);
+        y = c[Q3] * ic2 + (c[Q1] * v3 + c[Q2] * ic1);
     else
-        y = ic2 + (c.row[Q1] * v3 + c.row[Q2] * ic1);
+        y = ic2 + (c[Q1] * v3 + c[Q2] * ic1);
     // What doesn't need v3 first: that is the longest way from frame to frame.
-    const V ahead2 = ic2 + c.row[B2] * ic1;
-    const V ahead1 = ic1 - c.row[C1] * ic1;
-    ic2 = ahead2 + c.row[B3] * v3;
-    ic1 = ahead1 + c.row[B2] * v3;
+    const V ahead2 = ic2 + c[B2] * ic1;
+    const V ahead1 = ic1 - c[C1] * ic1;
+    ic2 = ahead2 + c[B3] * v3;
+    ic1 = ahead1 + c[B2] * v3;
     return y;
 }
 
 /// As many vectors of the cascade as the registers hold, over all frames.
 template <typename V, bool gliding>
-void cascadePass(float* pairs, int frames, float* now, const float* step, float* ic1, float* ic2, float* last)
+void cascadePass(RealOf<V>* pairs, int frames, float* now, const float* step, RealOf<V>* ic1, RealOf<V>* ic2,
+                 RealOf<V>* last)
 {
-    constexpr int width = sizeof(V) / sizeof(float), vectors = 4;
+    constexpr int width = widthOf<V>, vectors = 4;
     using C = VectorCoefficients<V, cascadeRows>;
     C c[vectors], d[vectors];
     V i1[vectors], i2[vectors], y[vectors];
@@ -136,7 +183,7 @@ void cascadePass(float* pairs, int frames, float* now, const float* step, float*
         y[v] = load<V>(last + v * width);
     }
     for (int n = 0; n < frames; ++n) {
-        float* pair = pairs + 2 * n;
+        RealOf<V>* const pair = pairs + 2 * n;
         V x[vectors];
         x[0] = firstPair(pair, y[0]);
 #pragma GCC unroll 4
@@ -160,12 +207,12 @@ void cascadePass(float* pairs, int frames, float* now, const float* step, float*
     }
 }
 
-template <int width>
-void cascade(float* pairs, int frames, Parameters& now, const Parameters* step, FilterMemory& memory)
+template <typename V>
+void cascade(RealOf<V>* pairs, int frames, Parameters& now, const Parameters* step,
+             FilterMemory<RealOf<V>>& memory)
 {
-    using V = typename VectorOf<width>::Type;
     auto& m = memory.cascade;
-    for (int lane = 0; lane < cascadeLanes; lane += 4 * width)
+    for (int lane = 0; lane < cascadeLanes; lane += 4 * widthOf<V>)
         if (step)
             cascadePass<V, true>(pairs, frames, &now.cascade[0][lane], &step->cascade[0][lane], m.ic1 + lane,
                                  m.ic2 + lane, m.y + lane);
@@ -175,15 +222,12 @@ void cascade(float* pairs, int frames, Parameters& now, const Parameters* step, 
 }
 
 /// The two sections of a cabin filter: one vector of eight lanes or two of four.
-template <int width>
-struct TwoSectionVectors;
-
-template <>
-struct TwoSectionVectors<4>
+template <typename V4>
+struct TwoSectionVectors
 {
-    using C = VectorCoefficients<F4, crossoverRows>;
+    using C = VectorCoefficients<V4, crossoverRows>;
     C c[2], d[2];
-    F4 ic1[2], ic2[2], y[2];
+    V4 ic1[2], ic2[2], y[2];
 
     template <typename M>
     void open(float (&now)[crossoverRows][8], const float (*step)[8], const M& m)
@@ -192,9 +236,9 @@ struct TwoSectionVectors<4>
             c[s].loadFrom(&now[0][4 * s], 8);
             if (step)
                 d[s].loadFrom(&step[0][4 * s], 8);
-            ic1[s] = load<F4>(m.ic1 + 4 * s);
-            ic2[s] = load<F4>(m.ic2 + 4 * s);
-            y[s] = load<F4>(m.y + 4 * s);
+            ic1[s] = load<V4>(m.ic1 + 4 * s);
+            ic2[s] = load<V4>(m.ic2 + 4 * s);
+            y[s] = load<V4>(m.y + 4 * s);
         }
     }
     template <typename M>
@@ -208,13 +252,13 @@ struct TwoSectionVectors<4>
             store(m.y + 4 * s, y[s]);
         }
     }
-    void run(F4 x)
+    void run(V4 x)
     {
-        const F4 x1 = y[0];
+        const V4 x1 = y[0];
         y[0] = runSections(x, c[0], ic1[0], ic2[0]);
         y[1] = runSections(x1, c[1], ic1[1], ic2[1]);
     }
-    void pass(F4 x)
+    void pass(V4 x)
     {
         y[1] = y[0];
         y[0] = x;
@@ -224,12 +268,12 @@ struct TwoSectionVectors<4>
         c[0].advance(d[0]);
         c[1].advance(d[1]);
     }
-    F4 out() const { return y[1]; }
+    V4 out() const { return y[1]; }
 };
 
 #ifdef __AVX2__
 template <>
-struct TwoSectionVectors<8>
+struct TwoSectionVectors<F8>
 {
     using C = VectorCoefficients<F8, crossoverRows>;
     C c, d;
@@ -266,22 +310,24 @@ struct TwoSectionVectors<8>
 };
 #endif
 
-template <int width, bool gliding, bool lowPass>
-void crossoverPass(const float* pairs, float* const out[speakerCount], int frames, Parameters& now,
-                   const Parameters* step, FilterMemory& memory)
+/// `V` is what holds the two sections of a cabin filter, `V4` four lanes of the same precision.
+template <typename V, typename V4, bool gliding, bool lowPass>
+void crossoverPass(const RealOf<V>* pairs, float* const out[speakerCount], int frames, Parameters& now,
+                   const Parameters* step, FilterMemory<RealOf<V>>& memory)
 {
-    TwoSectionVectors<width> high, low;
+    using Real = RealOf<V>;
+    TwoSectionVectors<V> high, low;
     high.open(now.highPass, gliding ? step->highPass : nullptr, memory.highPass);
     low.open(now.lowPass, gliding ? step->lowPass : nullptr, memory.lowPass);
-    VectorCoefficients<F4, crossoverRows> subC, subD;
+    VectorCoefficients<V4, crossoverRows> subC, subD;
     subC.loadFrom(&now.subwoofer[0][0], 4);
-    F4 subIc1 = load<F4>(memory.subwoofer.ic1), subIc2 = load<F4>(memory.subwoofer.ic2);
-    F4 subY = load<F4>(memory.subwoofer.y);
+    V4 subIc1 = load<V4>(memory.subwoofer.ic1), subIc2 = load<V4>(memory.subwoofer.ic2);
+    V4 subY = load<V4>(memory.subwoofer.y);
     F4 gain = load<F4>(now.speakerGain), allPass = load<F4>(now.allPass);
-    F4 apX = load<F4>(memory.allPassX), apY = load<F4>(memory.allPassY);
+    V4 apX = load<V4>(memory.allPassX), apY = load<V4>(memory.allPassY);
     F4 gainStep{}, allPassStep{};
     float subGain = now.speakerGain[Subwoofer], subAllPass = now.allPass[Subwoofer];
-    float subApX = memory.allPassX[Subwoofer], subApY = memory.allPassY[Subwoofer];
+    Real subApX = memory.allPassX[Subwoofer], subApY = memory.allPassY[Subwoofer];
     if constexpr (gliding) {
         subD.loadFrom(&step->subwoofer[0][0], 4);
         gainStep = load<F4>(step->speakerGain);
@@ -291,23 +337,24 @@ void crossoverPass(const float* pairs, float* const out[speakerCount], int frame
     float* const sub = out[Subwoofer];
 
     const auto frame = [&](int n) {
-        const F4 x = loadPair4(pairs + 2 * n);
+        const V4 x = loadPair4<V4>(pairs + 2 * n);
         if constexpr (lowPass)
             low.run(high.out());
         else
             low.pass(high.out());
-        high.run(x * gain);
-        const F4 apIn = low.out();
-        const F4 y = allPass * (apIn - apY) + apX;
+        high.run(x * as<V4>(gain));
+        const V4 apIn = low.out();
+        const V4 y = as<V4>(allPass) * (apIn - apY) + apX;
         apX = apIn;
         apY = y;
 
-        subY = runSections(__builtin_shufflevector(x * subGain, subY, 0, 1, 4, 5), subC, subIc1, subIc2);
-        const float subSum = subY[2] + subY[3];
-        const float z = subAllPass * (subSum - subApY) + subApX;
+        subY =
+            runSections(__builtin_shufflevector(x * Real(subGain), subY, 0, 1, 4, 5), subC, subIc1, subIc2);
+        const Real subSum = subY[2] + subY[3];
+        const Real z = Real(subAllPass) * (subSum - subApY) + subApX;
         subApX = subSum;
         subApY = z;
-        sub[n] = z;
+        sub[n] = float(z);
         if constexpr (gliding) {
             high.advance();
             low.advance();
@@ -317,7 +364,7 @@ void crossoverPass(const float* pairs, float* const out[speakerCount], int frame
             subGain += step->speakerGain[Subwoofer];
             subAllPass += step->allPass[Subwoofer];
         }
-        return y;
+        return as<F4>(y);
     };
     int n = 0;
     for (; n + 4 <= frames; n += 4) {
@@ -356,16 +403,16 @@ void crossoverPass(const float* pairs, float* const out[speakerCount], int frame
     }
 }
 
-template <int width>
-void crossover(const float* pairs, float* const out[speakerCount], int frames, Parameters& now,
-               const Parameters* step, FilterMemory& memory, bool lowPass)
+template <typename V, typename V4>
+void crossover(const RealOf<V>* pairs, float* const out[speakerCount], int frames, Parameters& now,
+               const Parameters* step, FilterMemory<RealOf<V>>& memory, bool lowPass)
 {
     if (step)
-        lowPass ? crossoverPass<width, true, true>(pairs, out, frames, now, step, memory)
-                : crossoverPass<width, true, false>(pairs, out, frames, now, step, memory);
+        lowPass ? crossoverPass<V, V4, true, true>(pairs, out, frames, now, step, memory)
+                : crossoverPass<V, V4, true, false>(pairs, out, frames, now, step, memory);
     else
-        lowPass ? crossoverPass<width, false, true>(pairs, out, frames, now, step, memory)
-                : crossoverPass<width, false, false>(pairs, out, frames, now, step, memory);
+        lowPass ? crossoverPass<V, V4, false, true>(pairs, out, frames, now, step, memory)
+                : crossoverPass<V, V4, false, false>(pairs, out, frames, now, step, memory);
 }
 
 } // namespace

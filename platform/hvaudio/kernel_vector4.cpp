@@ -5,7 +5,7 @@
 namespace hvaudio::dsp {
 
 namespace {
-const Kernel kernel = {cascade<4>, crossover<4>};
+const Kernel kernel = {{cascade<F4>, crossover<F4, F4>}, {cascade<D2>, crossover<D4, D4>}};
 }
 const Kernel* const vector4Kernel = &kernel;
 

@@ -6,7 +6,7 @@
 namespace hvaudio::dsp {
 
 namespace {
-const Kernel kernel = {cascade<8>, crossover<8>};
+const Kernel kernel = {{cascade<F8>, crossover<F8, F4>}, {cascade<D4>, crossover<D4, D4>}};
 }
 const Kernel* const vector8Kernel = &kernel;
 

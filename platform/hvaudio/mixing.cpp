@@ -144,7 +144,8 @@ void Beeper::advanceGrid() noexcept
     edge_.advance();
 }
 
-void Beeper::add(float* pairs, int frames, int offset) noexcept
+template <typename Real>
+void Beeper::add(Real* pairs, int frames, int offset) noexcept
 {
     const float step = (edge_.value() - before_) / gridFrames;
     for (int n = 0; n < frames; ++n) {
@@ -156,5 +157,8 @@ void Beeper::add(float* pairs, int frames, int offset) noexcept
         pairs[2 * n + 1] += x;
     }
 }
+
+template void Beeper::add(float*, int, int) noexcept;
+template void Beeper::add(double*, int, int) noexcept;
 
 } // namespace hvaudio::dsp

@@ -73,8 +73,10 @@ public:
     void trigger() noexcept { left_ = length_; }
     void advanceGrid() noexcept;
     bool sounding() const noexcept { return left_ > 0 || edge_.moving(); }
-    /// Adds the tone to the pairs; `offset` is the first frame's place after the last grid point.
-    void add(float* pairs, int frames, int offset) noexcept;
+    /// Adds the tone to the pairs of float or double; `offset` is the first frame's place after the last grid
+    /// point.
+    template <typename Real>
+    void add(Real* pairs, int frames, int offset) noexcept;
 
 private:
     Glide edge_;

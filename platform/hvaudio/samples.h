@@ -15,10 +15,21 @@ struct Line
 /// times full scale (36 dB) is held there, so that nothing that comes in can spoil the filters' memory.
 float cleaned(float sample) noexcept;
 
-/// [RT] Cleaned left/right times a factor, interleaved. A null input is silence.
-void gatherPairs(const float* left, const float* right, Line factor, float* pairs, int frames) noexcept;
+/// [RT] Cleaned left/right times a factor, interleaved. A null input is silence. `Real`: float or double.
+template <typename Real>
+void gatherPairs(const float* left, const float* right, Line factor, Real* pairs, int frames) noexcept;
 /// [RT] Adds likewise and returns the largest absolute sample before the factor.
-float addPairs(const float* left, const float* right, Line factor, float* pairs, int frames) noexcept;
+template <typename Real>
+float addPairs(const float* left, const float* right, Line factor, Real* pairs, int frames) noexcept;
+/// [RT] Sums of the squares of left and right.
+struct PairEnergy
+{
+    double side[2];
+};
+template <typename Real>
+PairEnergy energyOfPairs(const Real* pairs, int frames) noexcept;
+/// [RT] Sum of the squares.
+double energyOf(const float* signal, int frames) noexcept;
 /// [RT] True when every sample is 0; a null signal is.
 bool allZero(const float* signal, int frames) noexcept;
 
