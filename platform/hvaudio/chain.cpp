@@ -33,7 +33,7 @@ void Chain::prepare(double rate)
     precision_.prepare(rate);
     ringOut_ = longestTap + latencyFrames() + int(0.1 * rate);
     now_ = first_ = next_ = step_ = Parameters();
-    wanted_ = Snapshot();
+    newest_ = wanted_ = Snapshot();
     snapshotWaiting_ = beepWanted_ = false;
     left_ = 0;
     gliding_ = lowPass_ = moving_ = false;
@@ -67,7 +67,7 @@ void Chain::clearSound() noexcept
 
 void Chain::aim(const Snapshot& snapshot) noexcept
 {
-    wanted_ = snapshot;
+    newest_ = snapshot;
     snapshotWaiting_ = true;
 }
 
@@ -103,9 +103,17 @@ void Chain::jumpUnheard() noexcept
     source_.jumpUnheard(wanted_.source, wanted_.sourceFactor);
 }
 
+/// What is switched on again meanwhile waits for silence: it starts at its own volume, and what is fading out
+/// may be louder.
+bool Chain::switchingOff() const noexcept
+{
+    return !wanted_.power && !allSilent(now_);
+}
+
 void Chain::takeSnapshot() noexcept
 {
     snapshotWaiting_ = false;
+    wanted_ = newest_;
     left_ = law_.points;
     for (int i = 0; i < speakerCount; ++i)
         delay_.aim(i, wanted_.delayTap[i]);
@@ -128,7 +136,7 @@ void Chain::advanceGrid() noexcept
 {
     if (gliding_)
         now_ = next_; // exactly, whatever adding up the steps left
-    if (snapshotWaiting_)
+    if (snapshotWaiting_ && !(newest_.power && switchingOff()))
         takeSnapshot();
     if (beepWanted_)
         beeper_.trigger();

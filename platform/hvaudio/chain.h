@@ -33,6 +33,7 @@ public:
 
 private:
     void advanceGrid() noexcept;
+    bool switchingOff() const noexcept;
     void takeSnapshot() noexcept;
     void jumpUnheard() noexcept;
     bool silentInput(const Block& block, int start, int frames) const noexcept;
@@ -45,7 +46,7 @@ private:
     void clearSound() noexcept;
 
     const Kernel* kernel_ = kernelOf(bestPath());
-    Snapshot wanted_;
+    Snapshot newest_, wanted_; ///< as it came; as the glides aim at it
     bool snapshotWaiting_ = false, beepWanted_ = false;
 
     /// The filters' running parameters, and the way to the next grid point while `left_` of them are to come.

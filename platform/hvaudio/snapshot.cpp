@@ -88,6 +88,7 @@ Snapshot makeSnapshot(const Settings& s, const EqualizerDesign& equalizer, doubl
     p.bus[0] = float(exact.bus);
     for (int i = 0; i < promptCount; ++i)
         p.bus[1 + i] = float(volumeFactor(s.promptVolume[i]));
+    snapshot.power = s.power;
     snapshot.source = s.source;
     snapshot.sourceFactor = float(sourceFactor(s.sourceGain));
     return snapshot;

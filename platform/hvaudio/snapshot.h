@@ -18,6 +18,7 @@ struct Snapshot
     int source = 0;
     float sourceFactor = 1; ///< kept apart because it changes while the programme is faded out
     bool lowPassUsed = false;
+    bool power = false;
 };
 
 /// What the running filters would be in double precision: the same sections before they are rounded. The

@@ -24,6 +24,9 @@ private slots:
     void pathsSoundAlike();
     void powerOnIsARamp();
     void powerOnNeverExceedsTheStartVolume();
+    void quickPowerOffAndOnNeverExceedsTheStartVolume_data();
+    void quickPowerOffAndOnNeverExceedsTheStartVolume();
+    void switchingOffWhileTheUnitComesUpIsObeyed();
     void settingsMayComeBeforePrepare();
     void silenceMakesItIdleAndSoundWakesIt();
     void powerOffMakesItIdleWhateverPlays();
@@ -198,6 +201,55 @@ void TestEngine::powerOnNeverExceedsTheStartVolume()
     const float allowed = 0.5f * float(std::pow(10.0, -30 / 20.0)) * 1.01f;
     QVERIFY(peak(rig.play(in)[FrontLeft]) <= allowed);
     QVERIFY(peak(rig.play(in)[FrontLeft]) > allowed * 0.9f);
+}
+
+void TestEngine::quickPowerOffAndOnNeverExceedsTheStartVolume_data()
+{
+    QTest::addColumn<int>("gapFrames");
+    for (int ms : {0, 1, 5, 20, 60, 100, 140, 155, 165, 200})
+        QTest::addRow("on again after %d ms", ms) << 48 * ms;
+}
+
+void TestEngine::quickPowerOffAndOnNeverExceedsTheStartVolume()
+{
+    QFETCH(int, gapFrames);
+    Settings s = flat();
+    Rig rig(s);
+    const auto play = [&](int frames) { return rig.play(sine(1000, 0.5, frames), 64)[FrontLeft]; };
+    play(24000);
+    s.power = false;
+    rig.engine.set(s);
+    Signal heard = gapFrames > 0 ? play(gapFrames) : Signal();
+    s.power = true;
+    s.mainVolume = 10; // 48 dB down
+    rig.engine.set(s);
+    const Signal after = play(48000);
+    heard.insert(heard.end(), after.begin(), after.end());
+    // The old sound only dies away, then the new one comes up to its own level and no further.
+    const float start = 0.5f * float(volumeFactor(10));
+    float allowed = 0.51f;
+    for (size_t n = 0; n + 480 <= heard.size(); n += 480) {
+        const float now = peak(Signal(heard.begin() + long(n), heard.begin() + long(n) + 480));
+        QVERIFY2(now <= allowed, qPrintable(QString("%1 at frame %2").arg(now).arg(n)));
+        allowed = std::max(now * 1.001f, start * 1.01f);
+    }
+    QVERIFY(peak(Signal(heard.end() - 4800, heard.end())) > 0.99f * start);
+}
+
+void TestEngine::switchingOffWhileTheUnitComesUpIsObeyed()
+{
+    Settings s = flat();
+    Rig rig(s);
+    const Signal in = sine(1000, 0.5, 480);
+    rig.play(in);
+    for (bool power : {false, true, false}) { // all before the first is done
+        s.power = power;
+        rig.engine.set(s);
+        rig.play(in);
+    }
+    for (int n = 0; n < 40; ++n)
+        rig.play(in);
+    QCOMPARE(peak(rig.play(in)[FrontLeft]), 0.0f);
 }
 
 void TestEngine::settingsMayComeBeforePrepare()
