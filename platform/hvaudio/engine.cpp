@@ -25,7 +25,7 @@ struct Engine::Private
     mutable std::mutex mutex;
     Settings settings;
     bool everSet = false;
-    std::optional<EqualizerDesign> design;
+    std::optional<EqualizerDesign> design; ///< for `rate`
     Snapshot snapshot;
 
     // Between the sides.
@@ -36,8 +36,10 @@ struct Engine::Private
     std::atomic<float> peak[speakerCount] = {};
     std::atomic<float> limiterGain{1};
 
+    std::atomic<double> rate{0};
+    std::atomic<int> latencyFrames{0};
+
     // Audio side, and what [OFF] functions may touch.
-    double rate = 0;
     Path path = bestPath();
     Chain chain;
     unsigned beepsDone = 0;
@@ -58,6 +60,7 @@ bool Engine::prepare(double rate)
     d->rate = rate;
     d->design.emplace(rate);
     d->chain.prepare(rate);
+    d->latencyFrames = d->chain.latencyFrames();
     d->buffer.update(); // what was made for another rate
     d->publish();
     d->idle.store(true, std::memory_order_relaxed);
@@ -71,7 +74,7 @@ double Engine::rate() const noexcept
 
 int Engine::latencyFrames() const noexcept
 {
-    return d->chain.latencyFrames();
+    return d->latencyFrames;
 }
 
 void Engine::set(const Settings& settings)
