@@ -46,7 +46,8 @@ class Ducker
 {
 public:
     void prepare(double rate) noexcept;
-    /// Largest sample of a prompt in the piece that was just mixed.
+    /// Largest sample of a prompt in the piece that was just mixed, behind its volume: one that is turned
+    /// down to nothing doesn't silence the music.
     void heard(int prompt, float largest) noexcept
     {
         if (largest > level_[prompt])

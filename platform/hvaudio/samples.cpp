@@ -52,10 +52,10 @@ float addPairs(const float* left, const float* right, Line factor, Real* pairs, 
 {
     float largest = 0;
     for (int n = 0; n < frames; ++n) {
-        const float l = clean(left[n]), r = clean(right[n]);
-        const Real f = factor.at(n);
-        pairs[2 * n] += l * f;
-        pairs[2 * n + 1] += r * f;
+        const float f = factor.at(n);
+        const float l = clean(left[n]) * f, r = clean(right[n]) * f;
+        pairs[2 * n] += l;
+        pairs[2 * n + 1] += r;
         const float a = l < 0 ? -l : l, b = r < 0 ? -r : r;
         largest = a > largest ? a : largest;
         largest = b > largest ? b : largest;

@@ -18,7 +18,7 @@ float cleaned(float sample) noexcept;
 /// [RT] Cleaned left/right times a factor, interleaved. A null input is silence. `Real`: float or double.
 template <typename Real>
 void gatherPairs(const float* left, const float* right, Line factor, Real* pairs, int frames) noexcept;
-/// [RT] Adds likewise and returns the largest absolute sample before the factor.
+/// [RT] Adds likewise and returns the largest absolute sample behind the factor.
 template <typename Real>
 float addPairs(const float* left, const float* right, Line factor, Real* pairs, int frames) noexcept;
 /// [RT] Sums of the squares of left and right.

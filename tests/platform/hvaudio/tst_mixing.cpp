@@ -142,6 +142,12 @@ void TestMixing::programmeDucksWhileAPromptSounds()
     const double ducked = level(playPrompt(rig, programme, sine(2000, 0.2, 48000), prompt));
     QVERIFY2(std::abs(ducked - 0.5 * std::pow(10.0, duckDb / 20)) < 2e-3,
              qPrintable(QString::number(db(ducked / 0.5))));
+    // A prompt that is turned down to nothing leaves the programme alone.
+    s.promptVolume[size_t(prompt)] = 0;
+    rig.set(s);
+    QVERIFY(std::abs(level(playPrompt(rig, programme, sine(2000, 0.2, 48000), prompt)) - 0.5) < 1e-3);
+    s.promptVolume[size_t(prompt)] = 50;
+    rig.set(s);
     // A silent prompt is none, and the programme comes back after a while.
     QVERIFY(std::abs(level(playPrompt(rig, programme, silence(48000), prompt)) - 0.5) < 1e-3);
 }
