@@ -69,7 +69,8 @@ double dbOfFactor(double factor);
 /// A delay in frames as a whole tap and the coefficient a of the all-pass (a + z^-1) / (1 + a z^-1) that
 /// supplies the rest (Laakso et al., "Splitting the unit delay", 1996: Thiran, first order). The all-pass
 /// itself always takes one frame of the constant latency, so a fraction of 0 gives a = 0 and is exact; its
-/// magnitude is 1 everywhere and its delay is within 0.01 ms of the wish up to 16 kHz at 44.1 kHz.
+/// magnitude is 1 everywhere and each tone's delay (phase delay) is within 0.01 ms of the wish up to 16 kHz
+/// at 44.1 kHz.
 struct DelayParts
 {
     int tap;

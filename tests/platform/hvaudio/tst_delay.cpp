@@ -12,6 +12,8 @@ class TestDelay : public QObject
 private slots:
     void delayIsRightToAHundredthOfAMillisecond_data();
     void delayIsRightToAHundredthOfAMillisecond();
+    void everyToneIsDelayedRightlyUpToTheTopBand_data();
+    void everyToneIsDelayedRightlyUpToTheTopBand();
     void wholeFramesAreExact_data();
     void wholeFramesAreExact();
     void fractionsKeepTheMagnitude();
@@ -74,6 +76,35 @@ void TestDelay::delayIsRightToAHundredthOfAMillisecond()
     for (int i = 0; i < speakerCount; ++i) {
         const double got = (lagOf(in, out[i], rate) - rig.latency()) / rate * 1000;
         QVERIFY2(std::abs(got - ms[i]) < 0.01, qPrintable(QString("speaker %1: %2 ms").arg(i).arg(got)));
+    }
+}
+
+void TestDelay::everyToneIsDelayedRightlyUpToTheTopBand_data()
+{
+    QTest::addColumn<double>("rate");
+    for (double rate : {44100.0, 48000.0, 96000.0})
+        QTest::addRow("%g", rate) << rate;
+}
+
+void TestDelay::everyToneIsDelayedRightlyUpToTheTopBand()
+{
+    QFETCH(double, rate);
+    Settings s = flat();
+    Rig rig(s, rate);
+    const Signal in = impulse(2048);
+    const Signal direct = rig.play(in)[FrontLeft];
+    for (int tenths = 1; tenths <= 100; ++tenths) {
+        s.cabin[FrontLeft].delayMs = 0.1 * tenths;
+        rig.set(s);
+        const Signal late = rig.play(in)[FrontLeft];
+        for (double hz : {100.0, 1000.0, 5000.0, 10000.0, 16000.0}) {
+            // What is left of the phase when the wished delay is taken out.
+            const double rest = std::arg(spectrum(late, hz, rate) * std::conj(spectrum(direct, hz, rate)) *
+                                         std::polar(1.0, 2 * pi * hz * 0.1e-3 * tenths));
+            const double errorMs = rest / (2 * pi * hz) * 1000;
+            QVERIFY2(std::abs(errorMs) < 0.01,
+                     qPrintable(QString("%1 tenths, %2 Hz: %3 ms").arg(tenths).arg(hz).arg(errorMs)));
+        }
     }
 }
 
