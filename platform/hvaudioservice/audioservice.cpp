@@ -140,8 +140,8 @@ void AudioService::setCustomLoudness(bool on, bool save)
 {
     report("setCustomLoudness", on, save);
     d->state.loudness = on;
-    d->keep(QLatin1String(keys::loudnessKey), on);
     d->publish();
+    d->keep(QLatin1String(keys::loudnessKey), on);
 }
 
 void AudioService::getBalanceFader(int& balance, int& fader)
@@ -159,11 +159,11 @@ void AudioService::setBalanceFader(int balance, int fader, bool save)
         return;
     d->state.balance = balance;
     d->state.fader = fader;
+    d->publish();
     if (save) {
         d->keepSoon(QLatin1String(keys::balanceKey), balance);
         d->keep(QLatin1String(keys::faderKey), fader); // takes the balance along
     }
-    d->publish();
 }
 
 void AudioService::setHPFFilter(int frequency, int attenuation, int speaker, int slope)
@@ -219,8 +219,8 @@ void AudioService::setSurroundDelay(int speaker, float delay)
         return;
     }
     d->state.delayUs[static_cast<std::size_t>(index)] = static_cast<int>(us);
-    d->keepInBurst(keys::delayKey(index), static_cast<int>(us));
     d->publish();
+    d->keepInBurst(keys::delayKey(index), static_cast<int>(us));
 }
 
 void AudioService::setVolumeLevel(int level, int channel)

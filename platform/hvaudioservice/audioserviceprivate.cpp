@@ -98,28 +98,28 @@ void AudioServicePrivate::setEqType(int type, bool save)
 {
     const bool changed = state.eqType != type;
     state.eqType = type;
+    if (changed)
+        publish();
     if (save)
         keep(QLatin1String(keys::eqTypeKey), type);
-    if (!changed)
-        return;
-    publish();
-    emit mem::SettingsUtil::instance()->EQType(type);
+    if (changed)
+        emit mem::SettingsUtil::instance()->EQType(type);
 }
 
 void AudioServicePrivate::setUserBand(int curve, int band, int value, bool save)
 {
     state.userCurve[static_cast<std::size_t>(curve)][static_cast<std::size_t>(band)] = value;
-    if (save)
-        keep(keys::userBandKey(curve, band), value);
     if (userCurveOf(state.eqType) == curve)
         publish();
+    if (save)
+        keep(keys::userBandKey(curve, band), value);
 }
 
 void AudioServicePrivate::setFilter(Filter* filter, const Filter& value, const QString& key)
 {
     *filter = value;
-    keepInBurst(key, keys::filterText(value));
     publish();
+    keepInBurst(key, keys::filterText(value));
 }
 
 void AudioServicePrivate::setVolume(int channel, int level)

@@ -8,8 +8,8 @@
 
 namespace hvaudio {
 
-/// The service's state and the three ways it goes from here: into the store, down to the sound, up as
-/// signals.
+/// The service's state and the three ways it goes from here: down to the sound, into the store, up as
+/// signals; in this order, since a commit may wait for the disk and nobody should hear it do so.
 class AudioServicePrivate : public QObject
 {
     Q_OBJECT

@@ -15,6 +15,8 @@ private slots:
     void theGainOfThePlayingSourceSounds();
     void bothBeepsReachTheBeeper();
     void worksWithoutSink();
+    void soundDoesNotWaitForTheDisk_data();
+    void soundDoesNotWaitForTheDisk();
     void shutdownMakesRoomForANewService();
 };
 
@@ -151,6 +153,35 @@ void TestAudioServiceHost::bothBeepsReachTheBeeper()
     service()->doBeep(3);
     QCOMPARE(beeps, 3);
     QCOMPARE(log.lines().size(), 1);
+}
+
+void TestAudioServiceHost::soundDoesNotWaitForTheDisk_data()
+{
+    QTest::addColumn<Call>("call");
+    QTest::addColumn<QString>("key");
+    const auto row = [](const char* name, const char* key, Call call) {
+        QTest::newRow(name) << call << QString::fromLatin1(key);
+    };
+    // clang-format off
+    row("equalizer type", "AudioService_EQType",     [](AudioService* s) { s->setEQType(AudioEQType(3), true); });
+    row("user curve 1",   "eq12",                    [](AudioService* s) { s->setEQType(AudioEQType(6), false); s->setCustomEq1(5, 2, true); });
+    row("loudness",       "customloudnes",           [](AudioService* s) { s->setCustomLoudness(true, true); });
+    row("fader",          "AudioService_Fader",      [](AudioService* s) { s->setBalanceFader(3, -4, true); });
+    row("high-pass",      "AudioService_HPF_0",      [](AudioService* s) { s->setHPFFilter(4, 0, 1, 3); });
+    row("delay",          "AudioService_DelayUs_0",  [](AudioService* s) { s->setSurroundDelay(1, 2.5f); });
+    // clang-format on
+}
+
+void TestAudioServiceHost::soundDoesNotWaitForTheDisk()
+{
+    QFETCH(Call, call);
+    QFETCH(QString, key);
+    const QVariant before = store()->value(key);
+    QVariant whenHeard = QStringLiteral("never heard");
+    AudioServiceHost::setSink([&](const Settings&) { whenHeard = store()->value(key); });
+    call(service());
+    QCOMPARE(whenHeard, before);
+    QVERIFY(store()->value(key) != before);
 }
 
 void TestAudioServiceHost::worksWithoutSink()
