@@ -1,7 +1,8 @@
 // What the unit's sound costs while it runs: player_cost [seconds of sound, default 600] [--paced]
 //
-//   set to sound    from Player::setSettings on one thread to the first changed sample of the block that
-//                   another thread pulls: wall time (blocks of 64 frames, without pause)
+//   set to sound    from AudioService::setBalanceFader on the GUI thread to the first changed sample of the
+//                   blocks of 64 frames that another thread pulls without pause: wall time, with and without
+//                   a commit of the settings store
 //   worst block     of 512 frames, while settings, sources and prompts change all the while: the slowest and
 //                   the quantiles; what the scheduler takes from the pulling thread is in wall time, so
 //                   thread time is given too. With --paced each block is pulled when it is due, so the run
@@ -9,7 +10,13 @@
 //                   priority as a sound server's does
 //   idle            a block of 512 frames of silence, after everything has rung out
 //   memory          resident set before and after the player is made and has played
+#include "common/settingsstore.h"
+#include "hvaudio/audioservice.h"
 #include "hvaudio/player.h"
+#include "hvaudioservice/audioservicehost.h"
+
+#include <QCoreApplication>
+#include <QTemporaryDir>
 
 #include <algorithm>
 #include <atomic>
@@ -92,45 +99,59 @@ dsp::Settings loud()
     return settings;
 }
 
+/// The way of a touch: the service is called on this thread while another one pulls, as a sound server does
+/// but without pause.
 void setToSound(Player& player, Puller& puller)
 {
     // A constant input, so that every sample that differs from the one before shows the change.
     std::vector<float> in(64, 0.1f);
-    player.setSource(7, SourceKind::Input);
-    dsp::Settings settings;
-    settings.power = true;
-    settings.source = 7;
-    settings.mainVolume = 40;
-    settings.subwoofer.filter = 1;
-    std::vector<double> wall;
-    for (int round = 0; round < 200; ++round) {
-        settings.mainVolume = 40 + round % 2 * 5;
-        std::atomic<double> asked{0};
-        for (int n = 0; n < 2000; ++n)
-            puller.pull(64, in.data());
-        std::thread gui([&] {
-            std::this_thread::sleep_for(std::chrono::microseconds(500));
-            asked = now();
-            player.setSettings(settings);
-        });
-        const float before = puller.pull(64, in.data())[63];
-        for (bool found = false; !found;) {
+    AudioService* const service = AudioService::instance();
+    player.setSource(dsp::Settings().source, SourceKind::Input);
+    AudioServiceHost::setSink([&player](const dsp::Settings& settings) { player.setSettings(settings); });
+    AudioServiceHost::powerOn();
+    service->setVolumeLevel(45, 0);
+
+    std::atomic<bool> ends{false};
+    std::atomic<double> changed{0}; ///< when the first changed sample was there; 0 = it is looked for
+    std::atomic<int> steady{0};     ///< blocks without any change
+    std::thread world([&] {
+        float last = 0;
+        while (!ends) {
             const float* const out = puller.pull(64, in.data());
-            for (int i = 0; i < 64 && !found; ++i)
-                if (std::abs(out[i] - before) > 1e-6f) {
-                    found = true;
-                    if (round)
-                        wall.push_back(now() - asked.load());
-                }
+            const bool same = std::all_of(out, out + 64, [&](float x) { return std::abs(x - last) < 1e-7f; });
+            last = out[63];
+            steady = same ? steady + 1 : 0;
+            if (!same && changed == 0)
+                changed = now();
         }
-        gui.join();
+    });
+    for (bool save : {false, true}) {
+        std::vector<double> wall, own;
+        for (int round = 0; round < 200; ++round) {
+            while (steady < 500)
+                std::this_thread::yield();
+            changed = 0;
+            const double asked = now();
+            service->setBalanceFader(round % 2 ? 0 : 10, 0, save);
+            own.push_back(now() - asked);
+            while (changed == 0)
+                std::this_thread::yield();
+            wall.push_back(changed - asked);
+        }
+        std::sort(wall.begin(), wall.end());
+        std::sort(own.begin(), own.end());
+        std::printf(
+            "set to sound    %s: median %.0f us, worst %.0f us of wall time; the call itself took %.0f us\n",
+            save ? "kept in the store" : "not kept", 1e6 * wall[wall.size() / 2], 1e6 * wall.back(),
+            1e6 * own[own.size() / 2]);
     }
-    std::sort(wall.begin(), wall.end());
+    ends = true;
+    world.join();
+    AudioServiceHost::setSink(nullptr);
     std::printf(
-        "set to sound    median %.0f us, worst %.0f us of wall time; the processor's own look-ahead is %d "
-        "frames (%.2f ms), the output's block comes on top\n",
-        1e6 * wall[wall.size() / 2], 1e6 * wall.back(), player.engine().latencyFrames(),
-        1e3 * player.engine().latencyFrames() / rate);
+        "                the processor's own look-ahead is %d frames (%.2f ms), which is in it only as far "
+        "as it takes to compute; the output's block comes on top\n",
+        player.engine().latencyFrames(), 1e3 * player.engine().latencyFrames() / rate);
 }
 
 /// Asks for the priority of a sound server's thread; says whether it was given.
@@ -144,6 +165,11 @@ bool becomeRealTime()
 void worstBlock(Player& player, Puller& puller, double seconds, bool paced)
 {
     constexpr double blockSeconds = 512 / rate;
+    player.setSource(6, SourceKind::PinkNoise);
+    player.setSource(18, SourceKind::Sweep);
+    player.setSettings(loud());
+    for (int n = 0; n < 200; ++n)
+        puller.pull(512);
     std::atomic<bool> ends{false};
     std::atomic<long> changes{0};
     std::thread gui([&] {
@@ -227,6 +253,13 @@ int main(int argc, char** argv)
         std::fprintf(stderr, "player_cost: '%s' is no number of seconds\n", argv[1]);
         return 2;
     }
+    QCoreApplication application(argc, argv);
+    QTemporaryDir folder;
+    if (mem::SettingsStore::instance()->open(folder.filePath("cost.db")) !=
+        mem::SettingsStore::Opened::Durable) {
+        std::fprintf(stderr, "player_cost: no settings store in %s\n", qPrintable(folder.path()));
+        return 1;
+    }
     const long before = residentKiB();
     Player player;
     auto own = std::make_unique<Puller>();
@@ -242,5 +275,7 @@ int main(int argc, char** argv)
     setToSound(player, puller);
     worstBlock(player, puller, seconds, paced);
     idle(player, puller);
+    AudioServiceHost::shutdown();
+    mem::SettingsStore::instance()->close();
     return 0;
 }
