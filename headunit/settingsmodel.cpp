@@ -174,13 +174,13 @@ bool SettingsModel::setData(const QModelIndex& index, const QVariant& value, int
     QVariant typed = value;
     if (!typed.convert(int(typeOf(key)))) // says false for "abc" as a number, too
         return false;
-    return mem::SettingsStore::instance()->setValue(key, typed, true);
+    return mem::SettingsStore::instance()->edit(key, typed);
 }
 
 void SettingsModel::unset(const QModelIndex& index)
 {
     if (index.isValid())
-        mem::SettingsStore::instance()->remove(m_keys.at(index.row()));
+        mem::SettingsStore::instance()->edit(m_keys.at(index.row()), QVariant());
 }
 
 int SettingsModel::rowOf(const QString& key) const

@@ -7,8 +7,8 @@
 namespace headunit {
 
 /// The settings store as a table of key, type and value, in the order of the keys; follows it live. Values
-/// are edited in their own type and are durable at once. Keys that the unit knows and that nobody has set yet
-/// are listed without a value. Thread: GUI.
+/// are edited in their own type, are durable and taken over by their owners at once. Keys that the unit knows
+/// and that nobody has set yet are listed without a value. Thread: GUI.
 class SettingsModel : public QAbstractTableModel
 {
     Q_OBJECT

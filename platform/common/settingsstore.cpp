@@ -227,4 +227,17 @@ void SettingsStore::remove(const QString& key)
     emit valueChanged(key, QVariant());
 }
 
+bool SettingsStore::edit(const QString& key, const QVariant& value)
+{
+    if (value.isValid()) {
+        if (!setValue(key, value, true))
+            return false;
+    } else {
+        remove(key);
+        commit();
+    }
+    emit edited(key);
+    return true;
+}
+
 } // namespace mem

@@ -56,10 +56,16 @@ public:
     bool setValue(const QString& key, const QVariant& value, bool commit);
     /// Durable at the next commit, within 2 s at most.
     void remove(const QString& key);
+    /// Changes a setting behind the back of whoever owns it, durably: an invalid value removes the key.
+    /// Refuses as setValue() does. Owners that keep what they have read take the value over, when edited()
+    /// says so.
+    bool edit(const QString& key, const QVariant& value);
 
 signals:
     /// After the value really changed; an invalid variant: the key was removed.
     void valueChanged(const QString& key, const QVariant& value);
+    /// After each edit() that wasn't refused, and after what valueChanged() says of it.
+    void edited(const QString& key);
 
 private:
     SettingsStore();

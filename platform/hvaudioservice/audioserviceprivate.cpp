@@ -30,6 +30,7 @@ AudioServicePrivate::AudioServicePrivate(AudioService* service)
 {
     connect(SettingsStore::instance(), &SettingsStore::valueChanged, this,
             &AudioServicePrivate::onSettingChanged);
+    connect(SettingsStore::instance(), &SettingsStore::edited, this, &AudioServicePrivate::onSettingEdited);
     connect(McuManager::instance(), &McuManager::beepTriggered, this, &AudioServicePrivate::beep);
     keys::restore(state);
 }
@@ -189,6 +190,21 @@ void AudioServicePrivate::onSettingChanged(const QString& key)
         return;
     }
     publish();
+}
+
+void AudioServicePrivate::onSettingEdited(const QString& key)
+{
+    const AudioState before = state;
+    if (!keys::restoreKey(state, key))
+        return;
+    publish();
+    if (state.eqType != before.eqType)
+        emit mem::SettingsUtil::instance()->EQType(state.eqType);
+    for (int channel = 0; channel < channels; ++channel) {
+        const auto index = static_cast<std::size_t>(channel);
+        if (state.volume[index] != before.volume[index])
+            emit q->audioVolumeChanged(false, state.volume[index], channel);
+    }
 }
 
 } // namespace hvaudio

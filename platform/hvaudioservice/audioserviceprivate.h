@@ -47,6 +47,7 @@ public:
 
 private slots:
     void onSettingChanged(const QString& key);
+    void onSettingEdited(const QString& key);
     void commitBurst();
 
 private:

@@ -62,6 +62,43 @@ Filter storedFilter(const QString& key, int lastFrequency, const Filter& default
     return filter;
 }
 
+/// Puts stored values in their places: all of them, or the one under one key.
+class Reader
+{
+public:
+    Reader() = default;
+    /// key: not empty.
+    explicit Reader(const QString& key)
+        : m_key(key)
+    {
+    }
+
+    bool wants(const QString& key)
+    {
+        const bool wanted = m_key.isEmpty() || m_key == key;
+        m_read = m_read || wanted;
+        return wanted;
+    }
+    /// Whether anything was read.
+    bool hasRead() const { return m_read; }
+
+    void number(int& place, const QString& key, int defaultValue, int minimum, int maximum)
+    {
+        if (wants(key))
+            place = storedInRange(key, defaultValue, minimum, maximum);
+    }
+
+    void filter(Filter& place, const QString& key, int lastFrequency)
+    {
+        if (wants(key))
+            place = storedFilter(key, lastFrequency, Filter());
+    }
+
+private:
+    const QString m_key; ///< empty: all
+    bool m_read = false;
+};
+
 /// The subwoofer as its pages show it while none of them has touched it yet.
 Filter untouchedSubwoofer(Tables tables)
 {
@@ -72,6 +109,63 @@ Filter untouchedSubwoofer(Tables tables)
             storedInRange(QStringLiteral("subwooferFreq"), 7, 0, lastSubwooferFrequency(tables));
     filter.attenuation = stored(QStringLiteral("subwooferLevel"), 11) & levelMask;
     return filter;
+}
+
+/// Without a filter of its own the subwoofer's is made of the pages' values.
+bool isSubwooferValue(const QString& key, Tables tables)
+{
+    return (key == QLatin1String("subwooferOnOff") || key == QLatin1String("subwooferFreq") ||
+            key == QLatin1String("subwooferLevel")) &&
+           !mem::SettingsStore::instance()->value(subwooferKey(tables)).isValid();
+}
+
+void readFilters(AudioState& state, Reader& reader)
+{
+    for (int speaker = 0; speaker < cabinSpeakers; ++speaker) {
+        const auto index = static_cast<std::size_t>(speaker);
+        reader.filter(state.highPass[index], highPassKey(state.tables, speaker),
+                      lastHighPassFrequency(state.tables));
+        reader.filter(state.lowPass[index], lowPassKey(state.tables, speaker),
+                      lastLowPassFrequency(state.tables));
+    }
+    const QString subwoofer = subwooferKey(state.tables);
+    if (reader.wants(subwoofer))
+        state.subwoofer =
+            storedFilter(subwoofer, lastSubwooferFrequency(state.tables), untouchedSubwoofer(state.tables));
+}
+
+void readButFilters(AudioState& state, Reader& reader)
+{
+    reader.number(state.eqType, QLatin1String(eqTypeKey), EQ_Type_Flat, 0, lastEqType);
+    for (int curve = 0; curve < 2; ++curve) {
+        for (int band = 0; band < eqBandCount; ++band)
+            reader.number(state.userCurve[static_cast<std::size_t>(curve)][static_cast<std::size_t>(band)],
+                          userBandKey(curve, band), 0, -maximumBandValue, maximumBandValue);
+    }
+    if (reader.wants(QLatin1String(loudnessKey)))
+        state.loudness = stored(QLatin1String(loudnessKey), false);
+    reader.number(state.balance, QLatin1String(balanceKey), 0, -maximumBalance, maximumBalance);
+    reader.number(state.fader, QLatin1String(faderKey), 0, -maximumBalance, maximumBalance);
+    for (int speaker = 0; speaker < speakers; ++speaker)
+        reader.number(state.delayUs[static_cast<std::size_t>(speaker)], delayKey(speaker), 0, 0,
+                      maximumDelayUs);
+    constexpr int neutralGain = 5;
+    for (int row = 0; row < sourceCount; ++row)
+        reader.number(state.gain[static_cast<std::size_t>(row)], QLatin1String(sourceGains[row].key),
+                      neutralGain, 0, maximumGain);
+}
+
+/// The level that a channel has now. One out of range changes nothing: a damaged number must not be heard at
+/// full level.
+void readVolume(int& volume, int channel)
+{
+    const QString key = volumeKey(channel);
+    const int level = stored(key, 0);
+    if (level >= 0 && level <= maximumVolume)
+        volume = level;
+    else
+        qWarning().noquote().nospace() << "AudioService: stored " << key << " is " << level << ", outside 0.."
+                                       << maximumVolume << "; the channel stays at " << volume;
 }
 
 } // namespace
@@ -113,38 +207,31 @@ QString filterText(const Filter& filter)
 
 void restore(AudioState& state)
 {
-    state.eqType = storedInRange(QLatin1String(eqTypeKey), EQ_Type_Flat, 0, lastEqType);
-    for (int curve = 0; curve < 2; ++curve) {
-        for (int band = 0; band < eqBandCount; ++band)
-            state.userCurve[static_cast<std::size_t>(curve)][static_cast<std::size_t>(band)] =
-                storedInRange(userBandKey(curve, band), 0, -maximumBandValue, maximumBandValue);
-    }
-    state.loudness = stored(QLatin1String(loudnessKey), false);
-    state.balance = storedInRange(QLatin1String(balanceKey), 0, -maximumBalance, maximumBalance);
-    state.fader = storedInRange(QLatin1String(faderKey), 0, -maximumBalance, maximumBalance);
-    for (int speaker = 0; speaker < speakers; ++speaker)
-        state.delayUs[static_cast<std::size_t>(speaker)] =
-            storedInRange(delayKey(speaker), 0, 0, maximumDelayUs);
-    constexpr int neutralGain = 5;
-    for (int row = 0; row < sourceCount; ++row)
-        state.gain[static_cast<std::size_t>(row)] =
-            storedInRange(QLatin1String(sourceGains[row].key), neutralGain, 0, maximumGain);
+    Reader reader;
+    readButFilters(state, reader);
     restoreFilters(state);
 }
 
 void restoreFilters(AudioState& state)
 {
-    for (int speaker = 0; speaker < cabinSpeakers; ++speaker) {
-        const auto index = static_cast<std::size_t>(speaker);
-        state.highPass[index] =
-            storedFilter(highPassKey(state.tables, speaker), lastHighPassFrequency(state.tables), Filter());
-        state.lowPass[index] =
-            storedFilter(lowPassKey(state.tables, speaker), lastLowPassFrequency(state.tables), Filter());
-    }
-    state.subwoofer = storedFilter(subwooferKey(state.tables), lastSubwooferFrequency(state.tables),
-                                   untouchedSubwoofer(state.tables));
+    Reader reader;
+    readFilters(state, reader);
     state.subwooferSlope = storedSubwooferSlope();
     state.subwooferInverted = storedSubwooferPhase();
+}
+
+bool restoreKey(AudioState& state, const QString& key)
+{
+    for (const StartVolume& row : startVolumes) {
+        if (key == volumeKey(row.channel)) {
+            readVolume(state.volume[static_cast<std::size_t>(row.channel)], row.channel);
+            return true;
+        }
+    }
+    Reader reader(isSubwooferValue(key, state.tables) ? subwooferKey(state.tables) : key);
+    readButFilters(state, reader);
+    readFilters(state, reader);
+    return reader.hasRead();
 }
 
 std::array<int, channels> storedStartVolumes()

@@ -30,6 +30,7 @@ private slots:
     void refusesWhatIsNoSetting();
     void bothFacesReachTheSameStore();
     void changesAreToldOnceAndOnlyWhenReal();
+    void anEditIsToldAfterItsChangeAndIsDurable();
     void openingTellsWhatIsDifferent();
     void closingKeepsTheValuesReadable();
     void removingAKeyLasts();
@@ -209,6 +210,37 @@ void TestSettingsStore::changesAreToldOnceAndOnlyWhenReal()
     store()->remove(QStringLiteral("k"));
     QCOMPARE(changes.size(), 3);
     QVERIFY(!changes.last().at(1).value<QVariant>().isValid());
+}
+
+void TestSettingsStore::anEditIsToldAfterItsChangeAndIsDurable()
+{
+    QStringList told;
+    const QObject listener;
+    connect(store(), &SettingsStore::valueChanged, &listener,
+            [&told](const QString& key, const QVariant& value) {
+                told << key + QLatin1Char('=') + value.toString();
+            });
+    connect(store(), &SettingsStore::edited, &listener, [&told](const QString& key) { told << key; });
+    QVERIFY(store()->edit(QStringLiteral("k"), 1));
+    QCOMPARE(told, QStringList({QStringLiteral("k=1"), QStringLiteral("k")}));
+    // An owner may have gone on without keeping it: the same value is an edit, too.
+    told.clear();
+    QVERIFY(store()->edit(QStringLiteral("k"), 1));
+    QCOMPARE(told, QStringList({QStringLiteral("k")}));
+    told.clear();
+    QVERIFY(!store()->edit(QStringLiteral("k"), 1.5));
+    func()->setValue(QStringLiteral("other"), 0, 2, true);
+    QCOMPARE(told, QStringList({QStringLiteral("other=2")}));
+    told.clear();
+    QVERIFY(store()->edit(QStringLiteral("other"), QVariant()));
+    QCOMPARE(told, QStringList({QStringLiteral("other="), QStringLiteral("other")}));
+    // Durable when the call returns, either way: a second view of the file as it lies there.
+    const QString copy = m_path + QStringLiteral(".copy");
+    QVERIFY(QFile::copy(m_path, copy));
+    QFile::copy(m_path + QStringLiteral("-wal"), copy + QStringLiteral("-wal"));
+    store()->close();
+    QCOMPARE(store()->open(copy), SettingsStore::Opened::Durable);
+    QCOMPARE(store()->values().keys(), QStringList({QStringLiteral("k")}));
 }
 
 void TestSettingsStore::openingTellsWhatIsDifferent()

@@ -1,5 +1,8 @@
+#include "common/settings.h"
+#include "hvaudio/eqcurves.h"
 #include "servicefixture.h"
 
+#include <algorithm>
 #include <limits>
 
 /// What is kept, under which key, and what comes back.
@@ -17,6 +20,14 @@ private slots:
     void subwooferSlopeFollowsTheStore();
     void subwooferPolarityFollowsTheStore();
     void untouchedSubwooferIsWhatThePagesShow();
+    void anEditFromOutsideIsHeardAtOnce_data();
+    void anEditFromOutsideIsHeardAtOnce();
+    void anEditedTypeIsToldToThePages();
+    void anEditedVolumeIsToldToThePages();
+    void anEditLeavesWhatWasNotKeptAlone();
+    void anEditOutOfRangeIsLoggedOnceAndBrought();
+    void anEditedStartVolumeWaitsForPowerOn();
+    void onlyEditsAreTakenOver();
 };
 
 void TestAudioStateStore::everythingIsRestoredAfterARestart()
@@ -222,6 +233,133 @@ void TestAudioStateStore::untouchedSubwooferIsWhatThePagesShow()
     restart();
     QCOMPARE(m_heard.subwoofer.filter, 2);
     QCOMPARE(m_heard.subwoofer.attenuation, 1);
+}
+
+void TestAudioStateStore::anEditFromOutsideIsHeardAtOnce_data()
+{
+    using S = const Settings&;
+    QTest::addColumn<QString>("key");
+    QTest::addColumn<QVariant>("value");
+    QTest::addColumn<Check>("edited");
+    QTest::addColumn<Check>("unset");
+    const auto row = [](const char* key, const QVariant& value, const Check& edited, const Check& unset) {
+        QTest::newRow(key) << QString::fromLatin1(key) << value << edited << unset;
+    };
+    const auto filter = [](const char* text) { return QVariant(QString::fromLatin1(text)); };
+    // clang-format off
+    row("eq10",                  7,               [](S h) { return h.equalizer[0] == 7; },              [](S h) { return h.equalizer[0] == 0; });
+    row("eq112",                 -3,              [](S h) { return h.equalizer[12] == -3; },            [](S h) { return h.equalizer[12] == 0; });
+    row("AudioService_EQType",   2,               [](S h) { return std::equal(h.equalizer.begin(), h.equalizer.end(), hvaudio::eqCurveOf(2).value); }, [](S h) { return h.equalizer == std::array<int, 13>{}; });
+    row("customloudnes",         true,            [](S h) { return h.loudness; },                       [](S h) { return !h.loudness; });
+    row("AudioService_Balance",  -4,              [](S h) { return h.balance == -4; },                  [](S h) { return h.balance == 0; });
+    row("AudioService_Fader",    11,              [](S h) { return h.fader == 11; },                    [](S h) { return h.fader == 0; });
+    row("AudioService_HPF_2",    filter("3;4;1"), [](S h) { return h.cabin[2].highPass.frequency == 3 && h.cabin[2].attenuation == 4; }, [](S h) { return h.cabin[2].highPass.frequency == 0; });
+    row("AudioService_LPF_0",    filter("8;0;3"), [](S h) { return h.cabin[0].lowPass.frequency == 8 && h.cabin[0].lowPass.slope == 3; }, [](S h) { return h.cabin[0].lowPass.frequency == 0; });
+    row("AudioService_Sub",      filter("2;5;1"), [](S h) { return h.subwoofer.filter == 2 && h.subwoofer.attenuation == 5; }, [](S h) { return h.subwoofer.filter == 7; });
+    row("AudioService_DelayUs_4", 2500,           [](S h) { return h.subwoofer.delayMs == 2.5; },       [](S h) { return h.subwoofer.delayMs == 0; });
+    row("Setup_Input_Gain_Type_Radio", 9,         [](S h) { return h.sourceGain == 9; },                [](S h) { return h.sourceGain == 5; });
+    row("volume0",               31,              [](S h) { return h.mainVolume == 31; },               [](S h) { return h.mainVolume == 0; });
+    row("volume5",               12,              [](S h) { return h.promptVolume[3] == 12; },          [](S h) { return h.promptVolume[3] == 0; });
+    row("subwooferOnOff",        false,           [](S h) { return h.subwoofer.filter == 0; },          [](S h) { return h.subwoofer.filter == 7; });
+    row("subwooferFreq",         4,               [](S h) { return h.subwoofer.filter == 4; },          [](S h) { return h.subwoofer.filter == 7; });
+    row("subwooferLevel",        2,               [](S h) { return h.subwoofer.attenuation == 2; },     [](S h) { return h.subwoofer.attenuation == 11; });
+    row("subwooferslope",        2,               [](S h) { return h.subwoofer.slope == 2; },           [](S h) { return h.subwoofer.slope == 0; });
+    row("Audio_Phase_Troggle",   true,            [](S h) { return h.subwoofer.inverted; },             [](S h) { return !h.subwoofer.inverted; });
+    // clang-format on
+}
+
+void TestAudioStateStore::anEditFromOutsideIsHeardAtOnce()
+{
+    QFETCH(QString, key);
+    QFETCH(QVariant, value);
+    QFETCH(Check, edited);
+    QFETCH(Check, unset);
+    service()->setEQType(EQ_Type_User1, true);
+    m_heardCount = 0;
+    QVERIFY(!edited(m_heard));
+    QVERIFY(store()->edit(key, value));
+    QVERIFY(edited(m_heard));
+    QCOMPARE(m_heardCount, 1);
+    QCOMPARE(store()->value(key), value);
+    QVERIFY(store()->edit(key, QVariant()));
+    QVERIFY(unset(m_heard));
+    QCOMPARE(m_heardCount, 2);
+    QVERIFY(!store()->value(key).isValid());
+}
+
+void TestAudioStateStore::anEditedTypeIsToldToThePages()
+{
+    QSignalSpy types(mem::SettingsUtil::instance(), &mem::SettingsUtil::EQType);
+    store()->edit(QStringLiteral("AudioService_EQType"), 5);
+    QCOMPARE(types.size(), 1);
+    QCOMPARE(types.last().at(0).toInt(), 5);
+    store()->edit(QStringLiteral("AudioService_EQType"), 5);
+    QCOMPARE(types.size(), 1);
+}
+
+void TestAudioStateStore::anEditedVolumeIsToldToThePages()
+{
+    QSignalSpy volumes(service(), &AudioService::audioVolumeChanged);
+    store()->edit(QStringLiteral("volume4"), 8);
+    QCOMPARE(volumes.size(), 1);
+    QCOMPARE(volumes.last(), QVariantList({false, 8, 4}));
+    store()->edit(QStringLiteral("volume4"), 8);
+    QCOMPARE(volumes.size(), 1);
+    const MessageLog log;
+    store()->edit(QStringLiteral("volume4"), 51);
+    QCOMPARE(log.count(QStringLiteral("volume4")), 1);
+    QCOMPARE(volumes.size(), 1);
+    QCOMPARE(m_heard.promptVolume[2], 8);
+}
+
+void TestAudioStateStore::anEditLeavesWhatWasNotKeptAlone()
+{
+    service()->setEQType(EQ_Type_Pop, false);
+    service()->setBalanceFader(5, 6, false);
+    const Settings before = m_heard;
+    store()->edit(QStringLiteral("customloudnes"), true);
+    QVERIFY(m_heard.loudness);
+    QCOMPARE(m_heard.equalizer, before.equalizer);
+    QCOMPARE(m_heard.balance, 5);
+    store()->edit(QStringLiteral("AudioService_Balance"), 1);
+    QCOMPARE(m_heard.balance, 1);
+    QCOMPARE(m_heard.fader, 6);
+}
+
+void TestAudioStateStore::anEditOutOfRangeIsLoggedOnceAndBrought()
+{
+    store()->setValue(QStringLiteral("AudioService_Fader"), 99, true);
+    store()->setValue(QStringLiteral("subwooferFreq"), 99, true);
+    const MessageLog log;
+    store()->edit(QStringLiteral("AudioService_Balance"), -99);
+    QCOMPARE(m_heard.balance, -15);
+    QCOMPARE(log.count(QStringLiteral("AudioService_Balance")), 1);
+    QCOMPARE(log.lines().size(), 1);
+}
+
+void TestAudioStateStore::anEditedStartVolumeWaitsForPowerOn()
+{
+    m_heardCount = 0;
+    store()->edit(QStringLiteral("Setup_Main_Volume"), 7);
+    QCOMPARE(m_heardCount, 0);
+    AudioServiceHost::powerOff();
+    AudioServiceHost::powerOn();
+    QCOMPARE(m_heard.mainVolume, 7);
+}
+
+void TestAudioStateStore::onlyEditsAreTakenOver()
+{
+    // What a page writes it also sends; the store's news alone is no news to the service.
+    m_heardCount = 0;
+    mem::SettingsFunc::instance()->setValue(QStringLiteral("Setup_Input_Gain_Type_Radio"), 5, 9, true);
+    mem::SettingsFunc::instance()->setValue(QStringLiteral("subwooferLevel"), 11, 3, true);
+    store()->setValue(QStringLiteral("volume0"), 9, true);
+    QCOMPARE(m_heardCount, 0);
+    service()->setSourceOffsetGain(HVAudio_source_Radio, 9);
+    QCOMPARE(m_heardCount, 1);
+    service()->setCustomEq1(4, 2, true);
+    service()->setCustomLoudness(true, true);
+    QCOMPARE(m_heardCount, 2);
 }
 
 QTEST_GUILESS_MAIN(TestAudioStateStore)
