@@ -15,6 +15,7 @@
 #include "common/windowinterface.h"
 #include "hvaudioservice/audioservicehost.h"
 
+#include <QAbstractButton>
 #include <QGuiApplication>
 #include <QScreen>
 #include <QShortcut>
@@ -32,6 +33,9 @@ Shell::Shell(bool withFront, SoundControl* sound)
     connect(&m_events, &FrameworkEvents::backRequested, this, &Shell::leaveApplication);
     connect(&m_events, &FrameworkEvents::statusBarHideRequested, this, &Shell::onStatusBarHideRequested);
     connect(cm::Language::instance(), &cm::Language::changed, this, &Shell::onLanguageChanged);
+    // Later, when the owner of the setting has it and the editor that it was typed into is done.
+    connect(mem::SettingsStore::instance(), &mem::SettingsStore::edited, this, &Shell::onSettingEdited,
+            Qt::QueuedConnection);
     auto* shortcut = new QShortcut(QKeySequence(Qt::Key_F12), m_unit.data());
     shortcut->setContext(Qt::ApplicationShortcut);
     connect(shortcut, &QShortcut::activated, this, &Shell::toggleInspector);
@@ -233,6 +237,32 @@ void Shell::onLanguageChanged()
         m_unit->screen()->launcher()->setTileName(window->id(), window->name());
     if (m_front)
         m_front->refresh();
+}
+
+int Shell::shownAudioPage() const
+{
+    if (!m_front || m_front->id() != audioWindowId || !m_front->root())
+        return -1;
+    for (int page = 0; page < audioPageCount; ++page) {
+        const auto* key = m_front->root()->findChild<QAbstractButton*>(QLatin1String(audioPages[page].key));
+        if (key && key->isChecked())
+            return page;
+    }
+    return -1;
+}
+
+void Shell::onSettingEdited(const QString& key)
+{
+    // Some pages read a setting only when they are made.
+    WindowHost* const front = m_front;
+    const int page = key == audioPageSetting ? -1 : shownAudioPage();
+    m_front = nullptr;
+    for (WindowHost* window : qAsConst(m_hosts))
+        window->destroy();
+    if (page >= 0)
+        openAudioPage(page);
+    else if (front)
+        openWindow(front->id());
 }
 
 void Shell::onStatusBarHideRequested(bool hide)

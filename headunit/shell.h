@@ -76,6 +76,10 @@ signals:
 private:
     void onStatusBarHideRequested(bool hide);
     void onLanguageChanged();
+    /// Makes the windows anew, so that they show what was edited.
+    void onSettingEdited(const QString& key);
+    /// By the tab bar, -1 while the audio settings aren't in front.
+    int shownAudioPage() const;
     void endPrompts();
     bool passToWindow(KeyEvent::Key key, KeyEvent::Action action);
 

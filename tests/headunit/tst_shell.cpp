@@ -55,6 +55,8 @@ private slots:
     void powerOffCommitsTheStore();
     void languageSwitchRenewsTheOpenWindow();
     void languageIsKept();
+    void editedSettingMakesTheWindowAnew();
+    void editedVolumeIsShown();
     void factoryResetForgetsEverythingAndStartsAtTheLauncher();
     void audioPageIsShownWithoutBeingRemembered_data();
     void audioPageIsShownWithoutBeingRemembered();
@@ -426,6 +428,39 @@ void TestShell::languageIsKept()
 {
     m_shell->setLanguage("fr");
     QCOMPARE(store()->value("Headunit_Language"), QVariant("fr"));
+}
+
+void TestShell::editedSettingMakesTheWindowAnew()
+{
+    m_shell->openWindow(33);
+    m_window->take();
+    store()->setValue("volume0", 9, true); // as an application does
+    QCoreApplication::processEvents();
+    QCOMPARE(m_window->take(), QStringList());
+    store()->edit("eq10", 3);
+    QCOMPARE(m_window->take(), QStringList()); // the editor may still be at work
+    QCoreApplication::processEvents();
+    QCOMPARE(m_window->take(), leaving + destroying + opening);
+    QVERIFY(m_shell->front());
+    QVERIFY(!screen()->isStatusBarShown());
+    QVERIFY(m_window->root->isVisible());
+    // One that waits behind the launcher is made when it is wanted.
+    m_shell->leaveApplication();
+    m_window->take();
+    store()->edit("eq10", 4);
+    QCoreApplication::processEvents();
+    QCOMPARE(m_window->take(), destroying);
+    QVERIFY(!m_shell->front());
+    store()->edit("eq10", 5);
+    QCoreApplication::processEvents();
+    QCOMPARE(m_window->take(), QStringList());
+}
+
+void TestShell::editedVolumeIsShown()
+{
+    store()->edit("volume0", 41);
+    press(KeyEvent::Key_VolumeUp);
+    QCOMPARE(store()->value("volume0"), QVariant(42));
 }
 
 void TestShell::factoryResetForgetsEverythingAndStartsAtTheLauncher()

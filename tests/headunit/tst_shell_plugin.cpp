@@ -3,6 +3,7 @@
 #include "common/language.h"
 #include "common/settingsstore.h"
 #include "headunit/screen.h"
+#include "headunit/settingsmodel.h"
 #include "headunit/windowhost.h"
 #include "hvaudioservice/audioservicehost.h"
 
@@ -27,6 +28,11 @@ private slots:
     void powerCycleComesBackToTheSamePage();
     void factoryResetStartsOnTheFirstPage();
     void pageForALookIsNotRemembered();
+    void editInTheInspectorIsShownByTheOpenPage_data();
+    void editInTheInspectorIsShownByTheOpenPage();
+    void editOfThePageTurnsToIt();
+    void editLeavesAPageForALookInFront();
+    void editAfterALookIsShown();
 
 private:
     void press(KeyEvent::Key key)
@@ -41,9 +47,18 @@ private:
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     }
     QWidget* root() const { return m_shell->front() ? m_shell->front()->root() : nullptr; }
-    QAbstractButton* tab(const char* name) const
+    QAbstractButton* key(const char* name) const
     {
         return root() ? root()->findChild<QAbstractButton*>(name) : nullptr;
+    }
+
+    /// As the inspector's table does.
+    static bool edit(const QString& key, const QVariant& value)
+    {
+        SettingsModel model;
+        const bool done = model.setData(model.index(model.rowOf(key), SettingsModel::Value), value);
+        settle();
+        return done;
     }
 
     QScopedPointer<QTemporaryDir> m_folder;
@@ -144,8 +159,8 @@ void TestShellPlugin::powerCycleComesBackToTheSamePage()
     QVERIFY(!before);
     press(KeyEvent::Key_Power);
     QVERIFY(root());
-    QVERIFY(tab("key_eq_preset"));
-    QVERIFY(tab("key_eq_preset")->isChecked());
+    QVERIFY(key("key_eq_preset"));
+    QVERIFY(key("key_eq_preset")->isChecked());
 }
 
 void TestShellPlugin::factoryResetStartsOnTheFirstPage()
@@ -157,15 +172,84 @@ void TestShellPlugin::factoryResetStartsOnTheFirstPage()
     settle();
     QVERIFY(!root());
     m_shell->openWindow(33);
-    QVERIFY(tab("key_balance_setting")->isChecked());
+    QVERIFY(key("key_balance_setting")->isChecked());
 }
 
 void TestShellPlugin::pageForALookIsNotRemembered()
 {
     store()->setValue("AudioSetting_Page", 0, true);
     QVERIFY(m_shell->openAudioPage(3));
-    QVERIFY(tab("key_time_alignment")->isChecked());
+    QVERIFY(key("key_time_alignment")->isChecked());
     QCOMPARE(store()->value("AudioSetting_Page"), QVariant(0));
+}
+
+void TestShellPlugin::editInTheInspectorIsShownByTheOpenPage_data()
+{
+    QTest::addColumn<int>("page");
+    QTest::addColumn<QString>("key");
+    QTest::addColumn<QVariant>("value");
+    QTest::newRow("a band of the user's curve") << 0 << "eq13" << QVariant(9);
+    QTest::newRow("loudness") << 1 << "customloudnes" << QVariant(true);
+    QTest::newRow("balance") << 1 << "AudioService_Balance" << QVariant(-9);
+    QTest::newRow("a filter of the crossover") << 2 << "settings_cross_freq_index" << QVariant("0;4;1;0;2;6");
+    QTest::newRow("a delay") << 3 << "Audio_Time_Alignment_Num10" << QVariant(42);
+    QTest::newRow("the curve's type") << 4 << "AudioService_EQType" << QVariant(3);
+    QTest::newRow("a start-up volume") << 5 << "Setup_Main_Volume" << QVariant(3);
+}
+
+void TestShellPlugin::editInTheInspectorIsShownByTheOpenPage()
+{
+    QFETCH(int, page);
+    QFETCH(QString, key);
+    QFETCH(QVariant, value);
+    store()->setValue("AudioService_EQType", 6, true);
+    store()->setValue("AudioSetting_Page", page, true);
+    store()->setValue(key, QVariant(value.type()), true);
+    hvaudio::AudioServiceHost::powerOn();
+    m_shell->openWindow(33);
+    settle();
+    const QStringList before = store()->values().keys();
+    const QImage unedited = root()->grab().toImage();
+    QVERIFY(edit(key, value));
+    const QImage edited = root()->grab().toImage();
+    QVERIFY(edited != unedited);
+    // The same as for who comes back to the page, and nothing is written but what was edited.
+    m_shell->leaveApplication();
+    m_shell->openWindow(33);
+    settle();
+    QCOMPARE(root()->grab().toImage(), edited);
+    QCOMPARE(store()->values().keys(), before);
+    QCOMPARE(store()->value(key), value);
+    QCOMPARE(store()->value("AudioSetting_Page"), QVariant(page));
+}
+
+void TestShellPlugin::editOfThePageTurnsToIt()
+{
+    store()->setValue("AudioSetting_Page", 1, true);
+    m_shell->openWindow(33);
+    QVERIFY(edit("AudioSetting_Page", 4));
+    QVERIFY(key("key_eq_preset")->isChecked());
+}
+
+void TestShellPlugin::editLeavesAPageForALookInFront()
+{
+    store()->setValue("AudioSetting_Page", 0, true);
+    m_shell->openAudioPage(3);
+    QVERIFY(edit("customloudnes", true));
+    QVERIFY(key("key_time_alignment")->isChecked());
+    QCOMPARE(store()->value("AudioSetting_Page"), QVariant(0));
+}
+
+void TestShellPlugin::editAfterALookIsShown()
+{
+    store()->setValue("AudioSetting_Page", 0, true);
+    m_shell->openAudioPage(3);
+    QTest::mouseClick(key("key_balance_setting"), Qt::LeftButton);
+    settle();
+    QVERIFY(!key("key_loudness")->isChecked());
+    QVERIFY(edit("customloudnes", true));
+    QVERIFY(key("key_loudness")->isChecked());
+    QVERIFY(key("key_balance_setting")->isChecked());
 }
 
 QTEST_MAIN(TestShellPlugin)

@@ -8,6 +8,7 @@
 #include "headunit/inspector.h"
 #include "headunit/levelmeter.h"
 #include "headunit/responseplot.h"
+#include "headunit/settingsmodel.h"
 #include "headunit/shell.h"
 #include "headunit/soundnames.h"
 #include "headunit/soundpanel.h"
@@ -29,6 +30,7 @@ private slots:
     void init();
     void cleanup();
     void settingReachesTheSound();
+    void editInTheInspectorReachesTheSound();
     void serviceIsSilentWithoutIt();
     void outputIsToldOnceInTheLog();
     void unusableOutputIsSaidAndTheRestWorks();
@@ -107,6 +109,25 @@ void TestUnitSound::settingReachesTheSound()
     QCOMPARE(m_sound->settings().balance, -7);
     QCOMPARE(m_sound->settings().fader, 3);
     QVERIFY(m_sound->settings().power);
+}
+
+void TestUnitSound::editInTheInspectorReachesTheSound()
+{
+    start();
+    SettingsModel model;
+    const auto edit = [&model](const char* key, const QVariant& value) {
+        return model.setData(model.index(model.rowOf(key), SettingsModel::Value), value);
+    };
+    QVERIFY(!m_sound->settings().loudness);
+    QVERIFY(edit("customloudnes", true));
+    QVERIFY(m_sound->settings().loudness);
+    AudioService::instance()->setEQType(EQ_Type_User2, false);
+    QVERIFY(edit("eq24", "-6"));
+    QCOMPARE(m_sound->settings().equalizer[4], -6);
+    model.unset(model.index(model.rowOf("eq24"), SettingsModel::Value));
+    QCOMPARE(m_sound->settings().equalizer[4], 0);
+    QVERIFY(edit("volume0", 0));
+    QCOMPARE(m_sound->settings().mainVolume, 0);
 }
 
 void TestUnitSound::serviceIsSilentWithoutIt()
