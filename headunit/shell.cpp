@@ -6,6 +6,7 @@
 #include "headunit/screen.h"
 #include "headunit/soundcontrol.h"
 #include "headunit/startuptrace.h"
+#include "headunit/storedsources.h"
 #include "headunit/unitlanguage.h"
 #include "headunit/windowhost.h"
 
@@ -25,6 +26,7 @@ namespace headunit {
 Shell::Shell(bool withFront, SoundControl* sound)
     : m_sound(sound)
 {
+    restoreSources();
     hvaudio::AudioServiceHost::powerOn();
     m_volume.reload();
     m_unit.reset(new UnitWindow(&m_volume, withFront));
@@ -220,6 +222,7 @@ void Shell::resetToFactory()
     mem::SettingsStore::instance()->clear();
     m_frontBeforePowerOff = 0;
     chooseLanguage(QString());
+    restoreSources();
     setPowered(true);
 }
 
@@ -251,8 +254,15 @@ int Shell::shownAudioPage() const
     return -1;
 }
 
+void Shell::restoreSources(const QString& key)
+{
+    if (m_sound)
+        headunit::restoreSources(m_sound, key);
+}
+
 void Shell::onSettingEdited(const QString& key)
 {
+    restoreSources(key);
     // Some pages read a setting only when they are made.
     WindowHost* const front = m_front;
     const int page = key == audioPageSetting ? -1 : shownAudioPage();

@@ -76,6 +76,7 @@ signals:
 private:
     void onStatusBarHideRequested(bool hide);
     void onLanguageChanged();
+    void restoreSources(const QString& key = QString());
     /// Makes the windows anew, so that they show what was edited.
     void onSettingEdited(const QString& key);
     /// By the tab bar, -1 while the audio settings aren't in front.

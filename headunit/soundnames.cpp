@@ -8,21 +8,21 @@ using hvaudio::SourceKind;
 
 // clang-format off
 const UnitSource unitSources[] = {
-    {HVAudio_source_Radio,       366, nullptr},
-    {HVAudio_source_Usb,          18, nullptr},
-    {HVAudio_source_BtAudio,     369, nullptr},
-    {HVAudio_source_AvIn,        368, nullptr},
-    {HVAudio_source_Carplay,     443, nullptr},
-    {HVAudio_source_AndroidAuto,  17, nullptr},
-    {HVAudio_source_Dab,           0, "DAB"},
+    {HVAudio_source_Radio,       366, nullptr, "Radio"},
+    {HVAudio_source_Usb,          18, nullptr, "USB"},
+    {HVAudio_source_BtAudio,     369, nullptr, "BT_Audio"},
+    {HVAudio_source_AvIn,        368, nullptr, "AUX"},
+    {HVAudio_source_Carplay,     443, nullptr, "Carplay"},
+    {HVAudio_source_AndroidAuto,  17, nullptr, "Android_Auto"},
+    {HVAudio_source_Dab,           0, "DAB",   "DAB"},
 };
 
 const SourceKindName sourceKinds[] = {
-    {SourceKind::Input,     "Other programs"},
-    {SourceKind::File,      "File"},
-    {SourceKind::PinkNoise, "Pink noise"},
-    {SourceKind::Sweep,     "Sweep"},
-    {SourceKind::Silence,   "Silence"},
+    {SourceKind::Input,     "Other programs", "input"},
+    {SourceKind::File,      "File",           "file"},
+    {SourceKind::PinkNoise, "Pink noise",     "pink"},
+    {SourceKind::Sweep,     "Sweep",          "sweep"},
+    {SourceKind::Silence,   "Silence",        "silence"},
 };
 
 const PromptKey promptKeys[] = {

@@ -13,6 +13,7 @@ struct UnitSource
     HVAudio_source_id_e id;
     int textId;       ///< of the translator; 0: the fixed text
     const char* text; ///< where there is no text id
+    const char* word; ///< in the settings store
 };
 constexpr int unitSourceCount = 7;
 extern const UnitSource unitSources[unitSourceCount];
@@ -24,6 +25,7 @@ struct SourceKindName
 {
     hvaudio::SourceKind kind;
     const char* text;
+    const char* word; ///< in the settings store
 };
 constexpr int sourceKindCount = 5;
 extern const SourceKindName sourceKinds[sourceKindCount];

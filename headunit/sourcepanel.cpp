@@ -2,11 +2,13 @@
 
 #include "headunit/soundcontrol.h"
 #include "headunit/soundnames.h"
+#include "headunit/storedsources.h"
 
 #include "common/language.h"
 
 #include <QComboBox>
 #include <QFileDialog>
+#include <QFileInfo>
 #include <QGridLayout>
 #include <QLabel>
 #include <QLineEdit>
@@ -89,6 +91,7 @@ void SourcePanel::addRow(QGridLayout* grid, int index)
     // "clicked" and "activated" are the user's doing only, so showing a change can't start another.
     connect(name, &QRadioButton::clicked, this, [this, id] {
         m_sound->play(id);
+        keepPlayingSource(id);
         refresh();
     });
     connect(kind, QOverload<int>::of(&QComboBox::activated), this,
@@ -137,12 +140,21 @@ void SourcePanel::refreshPrompts()
     m_status->setText(tr("Output: %1").arg(m_sound->status()));
 }
 
+void SourcePanel::say(const QString& error)
+{
+    m_error->setText(error.isEmpty() ? sourceComplaints(*m_sound).join(QLatin1Char('\n')) : error);
+}
+
 void SourcePanel::setKind(int row, SourceKind kind, const QString& path)
 {
+    // The next run may start in another folder.
+    const QString whole = path.isEmpty() ? path : QFileInfo(path).absoluteFilePath();
     QString error;
-    if (m_sound->setSource(m_rows[row].id, kind, path, &error))
+    if (m_sound->setSource(m_rows[row].id, kind, whole, &error)) {
         error.clear();
-    m_error->setText(error);
+        keepSource(m_rows[row].id, kind, whole);
+    }
+    say(error);
     refresh();
 }
 
@@ -190,6 +202,7 @@ void SourcePanel::onPromptTouched(int key)
 
 void SourcePanel::showEvent(QShowEvent* event)
 {
+    say(QString());
     refresh();
     m_poll.start();
     QWidget::showEvent(event);

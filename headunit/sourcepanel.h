@@ -19,7 +19,8 @@ namespace headunit {
 class SoundControl;
 
 /// Which source plays, what stands in for each of them, and the chimes of the prompt channels. The names of
-/// the sources are the unit's own texts. Keeps nothing: what it shows is read from the sound. Thread: GUI.
+/// the sources are the unit's own texts. What it shows is read from the sound; what the user chooses is
+/// stored. Thread: GUI.
 class SourcePanel : public QWidget
 {
     Q_OBJECT
@@ -46,6 +47,8 @@ private:
     /// Shows what the sound says.
     void refresh();
     void refreshPrompts();
+    /// Shows the error; without one, which of the stored files can't be played.
+    void say(const QString& error);
     /// The one place where a source's stand-in changes.
     void setKind(int row, hvaudio::SourceKind kind, const QString& path);
     void onKindChosen(int row, hvaudio::SourceKind kind);

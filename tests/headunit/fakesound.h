@@ -7,6 +7,7 @@
 #include <QStringList>
 #include <QVector>
 
+#include <optional>
 #include <vector>
 
 /// Records what panels ask for, and says what a test lets it say.
@@ -31,7 +32,7 @@ public:
                    QString* error) override
     {
         calls.append(QStringLiteral("setSource %1 %2 \"%3\"").arg(int(id)).arg(int(kind)).arg(path));
-        if (!refusal.isEmpty()) {
+        if (!refusal.isEmpty() && kind == refuses.value_or(kind)) {
             *error = refusal;
             return false;
         }
@@ -94,7 +95,8 @@ public:
     }
 
     QStringList calls;
-    QString refusal; ///< what a file is refused with; empty: taken
+    QString refusal;                            ///< what a source is refused with; empty: taken
+    std::optional<hvaudio::SourceKind> refuses; ///< the kind that is refused; none: all
     QString output = QStringLiteral("some output");
     QMap<HVAudio_source_id_e, Stand> sources;
     bool sounding[hvaudio::dsp::promptCount] = {};

@@ -3,6 +3,7 @@
 #include "fakesound.h"
 
 #include "common/language.h"
+#include "common/settingsstore.h"
 #include "headunit/soundnames.h"
 
 #include <QAbstractButton>
@@ -32,6 +33,12 @@ private slots:
     void enteredPathIsSet();
     void refusedFileIsSaidAndNothingIsShownAsChanged();
     void successTakesTheMessageAway();
+    void choicesAreKept_data();
+    void choicesAreKept();
+    void refusedChoiceIsNotKept();
+    void relativePathIsKeptWhole();
+    void playingSourceIsKept();
+    void storedFileThatDoesNotPlayIsSaid();
     void promptKeysCallTheirPrompt_data();
     void promptKeysCallTheirPrompt();
     void promptKeyRisesWhenTheChimeEnds();
@@ -53,9 +60,15 @@ private:
     QScopedPointer<SourcePanel> m_panel;
 };
 
+static mem::SettingsStore* store()
+{
+    return mem::SettingsStore::instance();
+}
+
 void TestSourcePanel::init()
 {
     cm::Language::instance()->setCurrent("en");
+    store()->clear(); // never opened: it works from memory
     m_sound.reset(new FakeSound);
     m_panel.reset(new SourcePanel(m_sound.data(), nullptr));
     m_panel->show();
@@ -199,6 +212,73 @@ void TestSourcePanel::successTakesTheMessageAway()
     m_sound->refusal.clear();
     choose(5, SourceKind::Sweep);
     QVERIFY(child<QLabel>("source_error")->text().isEmpty());
+}
+
+void TestSourcePanel::choicesAreKept_data()
+{
+    QTest::addColumn<int>("id");
+    QTest::addColumn<int>("kind");
+    QTest::addColumn<QString>("key");
+    QTest::addColumn<QString>("text");
+    QTest::newRow("silence as the radio") << 18 << int(SourceKind::Silence) << "Headunit_Source_Radio"
+                                          << "silence";
+    QTest::newRow("pink noise as USB") << 6 << int(SourceKind::PinkNoise) << "Headunit_Source_USB"
+                                       << "pink";
+    QTest::newRow("a sweep as DAB") << 19 << int(SourceKind::Sweep) << "Headunit_Source_DAB"
+                                    << "sweep";
+    QTest::newRow("other programs as AUX") << 7 << int(SourceKind::Input) << "Headunit_Source_AUX"
+                                           << "input";
+}
+
+void TestSourcePanel::choicesAreKept()
+{
+    QFETCH(int, id);
+    QFETCH(int, kind);
+    QFETCH(QString, key);
+    QFETCH(QString, text);
+    choose(id, SourceKind(kind));
+    QCOMPARE(store()->values(), (QMap<QString, QVariant>{{key, text}}));
+}
+
+void TestSourcePanel::refusedChoiceIsNotKept()
+{
+    m_sound->refusal = "no sound file";
+    auto* path = child<QLineEdit>("path_5");
+    path->setText("/music/one.flac");
+    QTest::keyClick(path, Qt::Key_Return);
+    QCOMPARE(store()->values(), (QMap<QString, QVariant>()));
+}
+
+void TestSourcePanel::relativePathIsKeptWhole()
+{
+    auto* path = child<QLineEdit>("path_5");
+    path->setText("some: song.wav");
+    QTest::keyClick(path, Qt::Key_Return);
+    const QString whole = QDir::current().absoluteFilePath("some: song.wav");
+    QCOMPARE(store()->value("Headunit_Source_BT_Audio"), QVariant("file:" + whole));
+    QCOMPARE(path->text(), whole);
+}
+
+void TestSourcePanel::playingSourceIsKept()
+{
+    auto* button = child<QAbstractButton>("source_1");
+    QTest::mouseClick(button, Qt::LeftButton, {}, QPoint(8, button->height() / 2));
+    QCOMPARE(store()->values(), (QMap<QString, QVariant>{{"Headunit_Playing", "Android_Auto"}}));
+}
+
+void TestSourcePanel::storedFileThatDoesNotPlayIsSaid()
+{
+    store()->setValue("Headunit_Source_USB", "file:/stick/gone.wav", true);
+    m_sound->sources[HVAudio_source_Usb] = {SourceKind::Silence, {}};
+    m_panel.reset(new SourcePanel(m_sound.data(), nullptr));
+    m_panel->show();
+    auto* error = child<QLabel>("source_error");
+    QVERIFY2(error->text().contains("/stick/gone.wav"), qPrintable(error->text()));
+    QCOMPARE(child<QComboBox>("kind_6")->currentData().toInt(), int(SourceKind::Silence));
+    choose(7, SourceKind::Sweep); // the other one still doesn't play
+    QVERIFY(error->text().contains("/stick/gone.wav"));
+    choose(6, SourceKind::Sweep);
+    QVERIFY(error->text().isEmpty());
 }
 
 void TestSourcePanel::promptKeysCallTheirPrompt_data()

@@ -12,8 +12,13 @@
 #include "headunit/shell.h"
 #include "headunit/soundnames.h"
 #include "headunit/soundpanel.h"
+#include "headunit/sourcepanel.h"
 #include "hvaudioservice/audioservicehost.h"
 
+#include <QAbstractButton>
+#include <QComboBox>
+#include <QLabel>
+#include <QLineEdit>
 #include <QTabWidget>
 #include <QtTest>
 
@@ -37,6 +42,10 @@ private slots:
     void everySourceStartsWithOtherPrograms();
     void sourceIsSetAndPlayed();
     void unreadableFileIsRefused();
+    void chosenSourcesSurviveARestart();
+    void fileThatHasGoneIsSilentAfterARestart();
+    void factoryResetForgetsTheSources();
+    void editedSourceIsSet();
     void callsAreInTheJournal();
     void noiseIsHeardOnlyAsTheSourceThatPlays();
     void keyBeepsAreHeard_data();
@@ -55,6 +64,9 @@ private:
     bool isLoud() { return loudest() > 1e-3f; }
     bool isSilent() { return loudest() == 0; }
     void start();
+    void restart();
+    /// A tenth of a second of silence as a file.
+    QString writeWav();
 
     QScopedPointer<QTemporaryDir> m_folder;
     QScopedPointer<UnitSound> m_sound;
@@ -82,6 +94,18 @@ void TestUnitSound::start()
     m_sound.reset(new UnitSound);
     QVERIFY(m_sound->start("none"));
     m_shell.reset(new Shell(false, m_sound.data()));
+}
+
+QString TestUnitSound::writeWav()
+{
+    QFile file(m_folder->filePath("song.wav"));
+    if (!file.open(QIODevice::WriteOnly))
+        return QString();
+    // 44 bytes of header: 16 bit, mono, 48 kHz, 9600 bytes of samples.
+    file.write(QByteArray::fromHex("52494646a425000057415645666d742010000000010001"
+                                   "0080bb000000770100020010006461746180250000"));
+    file.write(QByteArray(9600, 0));
+    return file.fileName();
 }
 
 float TestUnitSound::loudest()
@@ -191,6 +215,105 @@ void TestUnitSound::unreadableFileIsRefused()
     QCOMPARE(m_sound->sourceKind(HVAudio_source_Usb), SourceKind::Input);
     QVERIFY(m_sound->sourcePath(HVAudio_source_Usb).isEmpty());
     QVERIFY(Messages::all().size() >= 1);
+}
+
+/// As a user does in the source panel.
+static void chooseKind(QWidget* panel, int id, SourceKind kind)
+{
+    auto* box = panel->findChild<QComboBox*>(QStringLiteral("kind_%1").arg(id));
+    box->setCurrentIndex(box->findData(int(kind)));
+    emit box->activated(box->currentIndex());
+}
+
+static void enterFile(QWidget* panel, int id, const QString& path)
+{
+    auto* edit = panel->findChild<QLineEdit*>(QStringLiteral("path_%1").arg(id));
+    edit->setText(path);
+    QTest::keyClick(edit, Qt::Key_Return);
+}
+
+void TestUnitSound::restart()
+{
+    const QString path = mem::SettingsStore::instance()->path();
+    m_shell.reset();
+    m_sound.reset();
+    AudioServiceHost::shutdown();
+    mem::SettingsStore::instance()->close();
+    QCOMPARE(mem::SettingsStore::instance()->open(path), mem::SettingsStore::Opened::Durable);
+    start();
+}
+
+void TestUnitSound::chosenSourcesSurviveARestart()
+{
+    start();
+    const QString file = writeWav();
+    {
+        SourcePanel panel(m_sound.data(), nullptr);
+        chooseKind(&panel, HVAudio_source_Usb, SourceKind::PinkNoise);
+        chooseKind(&panel, HVAudio_source_Radio, SourceKind::Silence);
+        enterFile(&panel, HVAudio_source_Dab, file);
+        panel.findChild<QAbstractButton*>(QStringLiteral("source_6"))->click();
+    }
+    restart();
+    QCOMPARE(m_sound->sourceKind(HVAudio_source_Usb), SourceKind::PinkNoise);
+    QCOMPARE(m_sound->sourceKind(HVAudio_source_Radio), SourceKind::Silence);
+    QCOMPARE(m_sound->sourceKind(HVAudio_source_Dab), SourceKind::File);
+    QCOMPARE(m_sound->sourcePath(HVAudio_source_Dab), file);
+    QCOMPARE(m_sound->sourceKind(HVAudio_source_AvIn), SourceKind::Input);
+    QCOMPARE(m_sound->playing(), HVAudio_source_Usb);
+    QTRY_VERIFY(isLoud());
+    SourcePanel panel(m_sound.data(), nullptr);
+    panel.show();
+    QVERIFY(panel.findChild<QLabel*>("source_error")->text().isEmpty());
+}
+
+void TestUnitSound::fileThatHasGoneIsSilentAfterARestart()
+{
+    start();
+    const QString file = writeWav();
+    {
+        SourcePanel panel(m_sound.data(), nullptr);
+        enterFile(&panel, HVAudio_source_Radio, file);
+    }
+    QVERIFY(QFile::rename(file, file + ".away"));
+    {
+        const Messages messages;
+        restart();
+        QVERIFY(Messages::with(file) >= 1);
+    }
+    QCOMPARE(m_sound->sourceKind(HVAudio_source_Radio), SourceKind::Silence);
+    {
+        SourcePanel panel(m_sound.data(), nullptr);
+        panel.show();
+        QVERIFY(panel.findChild<QLabel*>("source_error")->text().contains(file));
+    }
+    // It was only away.
+    QVERIFY(QFile::rename(file + ".away", file));
+    restart();
+    QCOMPARE(m_sound->sourcePath(HVAudio_source_Radio), file);
+}
+
+void TestUnitSound::factoryResetForgetsTheSources()
+{
+    start();
+    SourcePanel panel(m_sound.data(), nullptr);
+    chooseKind(&panel, HVAudio_source_Usb, SourceKind::Sweep);
+    panel.findChild<QAbstractButton*>(QStringLiteral("source_6"))->click();
+    m_shell->resetToFactory();
+    QCOMPARE(m_sound->sourceKind(HVAudio_source_Usb), SourceKind::Input);
+    QCOMPARE(m_sound->playing(), HVAudio_source_Radio);
+    restart();
+    QCOMPARE(m_sound->sourceKind(HVAudio_source_Usb), SourceKind::Input);
+    QCOMPARE(m_sound->playing(), HVAudio_source_Radio);
+}
+
+void TestUnitSound::editedSourceIsSet()
+{
+    start();
+    mem::SettingsStore::instance()->edit("Headunit_Source_DAB", "sweep");
+    QTRY_COMPARE(m_sound->sourceKind(HVAudio_source_Dab), SourceKind::Sweep);
+    mem::SettingsStore::instance()->edit("Headunit_Playing", "DAB");
+    QTRY_COMPARE(m_sound->playing(), HVAudio_source_Dab);
 }
 
 void TestUnitSound::callsAreInTheJournal()
