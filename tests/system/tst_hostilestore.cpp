@@ -2,6 +2,8 @@
 // empty, malformed. Each page is opened, touched and left on the reference platform. Nothing may crash, and
 // nothing that wasn't touched may be rewritten.
 
+#include "soundunit.h"
+
 #include "M5QX/m5qx_audiosetting_crossover_setting_page.h"
 #include "M5QX/m5qx_mainwidget.h"
 #include "common/settingsstore.h"
@@ -120,9 +122,15 @@ class TestHostileStore : public QObject
 {
     Q_OBJECT
 private slots:
+    void initTestCase();
     void everyPageStandsEveryValue_data();
     void everyPageStandsEveryValue();
 };
+
+void TestHostileStore::initTestCase()
+{
+    SoundUnit::hushLog();
+}
 
 void TestHostileStore::everyPageStandsEveryValue_data()
 {
@@ -186,16 +194,5 @@ void TestHostileStore::everyPageStandsEveryValue()
     hvaudio::AudioServiceHost::shutdown();
 }
 
-int main(int argc, char** argv)
-{
-    // Thousands of diagnostic lines would only hide the report.
-    qInstallMessageHandler([](QtMsgType type, const QMessageLogContext&, const QString& message) {
-        if (type == QtFatalMsg)
-            qt_assert(qPrintable(message), __FILE__, __LINE__);
-    });
-    QApplication application(argc, argv);
-    TestHostileStore test;
-    return QTest::qExec(&test, argc, argv);
-}
-
+QTEST_MAIN(TestHostileStore)
 #include "tst_hostilestore.moc"
