@@ -2,7 +2,7 @@
 #include "M5QX/pa_balancefadercontrol.h"
 #include "common/customslider.h"
 #include "common/pushbutton.h"
-#include "formtable.h"
+#include "formcheck.h"
 #include "platform_double/platform_double.h"
 #include "platform_double/touch.h"
 
@@ -15,9 +15,9 @@
 
 using namespace audiosetting;
 using namespace platform_double;
-using formtable::difference;
-using formtable::Icon;
-using formtable::Row;
+using formcheck::difference;
+using formcheck::Icon;
+using formcheck::Row;
 
 class TestAudioLevelsPage : public QObject
 {
@@ -201,9 +201,9 @@ void TestAudioLevelsPage::cleanup()
 
 void TestAudioLevelsPage::signalsAndSlotsAreDeclaredInOrder()
 {
-    QCOMPARE(formtable::methods(m_page.data(), QMetaMethod::Signal),
+    QCOMPARE(formcheck::ownMethods(m_page->metaObject(), QMetaMethod::Signal),
              (QStringList{"trigSubwooferOutputOnOff(bool)", "trigLoudnessOnOff(bool)"}));
-    QCOMPARE(formtable::methods(m_page.data(), QMetaMethod::Slot),
+    QCOMPARE(formcheck::ownMethods(m_page->metaObject(), QMetaMethod::Slot),
              (QStringList{"onUpClicked()",
                           "onUpLongPressed()",
                           "onUpLongRepeat()",
@@ -247,7 +247,7 @@ void TestAudioLevelsPage::siblingsAreMadeInTheTablesOrder()
         if (row.parent == QLatin1String(Page))
             expected += QLatin1String(row.name);
     }
-    const QStringList made = formtable::childNames(m_page.data());
+    const QStringList made = formcheck::childNames(m_page.data());
     QCOMPARE(made.mid(0, expected.size()), expected);
     QCOMPARE(made.size(), expected.size() + 1); // the slider, which the page makes for itself
 }
@@ -278,10 +278,10 @@ void TestAudioLevelsPage::switchesShowTheirStateByPicture()
         // While the finger is on it, a switch that is off already shows where it is going.
         const char off[] = ":/vexa_m5qx_settingicon_ext/switch_n.png";
         const char on[] = ":/vexa_m5qx_settingicon_ext/switch_p.png";
-        QVERIFY(formtable::shows(toggle->icon(), size, QIcon::Normal, QIcon::Off, off));
-        QVERIFY(formtable::shows(toggle->icon(), size, QIcon::Normal, QIcon::On, on));
-        QVERIFY(formtable::shows(toggle->icon(), size, QIcon::Selected, QIcon::Off, on));
-        QVERIFY(formtable::shows(toggle->icon(), size, QIcon::Selected, QIcon::On, on));
+        QVERIFY(formcheck::shows(toggle->icon(), size, QIcon::Normal, QIcon::Off, off));
+        QVERIFY(formcheck::shows(toggle->icon(), size, QIcon::Normal, QIcon::On, on));
+        QVERIFY(formcheck::shows(toggle->icon(), size, QIcon::Selected, QIcon::Off, on));
+        QVERIFY(formcheck::shows(toggle->icon(), size, QIcon::Selected, QIcon::On, on));
     }
 }
 
@@ -833,7 +833,7 @@ void TestAudioLevelsPage::backBeepsAndPostsOneBackRequest()
 
 void TestAudioLevelsPage::everySlotWritesItsDiagnosticLine()
 {
-    for (const QString& signature : formtable::methods(m_page.data(), QMetaMethod::Slot)) {
+    for (const QString& signature : formcheck::ownMethods(m_page->metaObject(), QMetaMethod::Slot)) {
         const QByteArray name = signature.left(signature.indexOf(QLatin1Char('('))).toLatin1();
         takeLog();
         if (signature.endsWith(QLatin1String("(int,int)")))

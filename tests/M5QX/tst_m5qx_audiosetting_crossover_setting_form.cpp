@@ -1,24 +1,20 @@
 #include "M5QX/m5qx_audiosetting_crossover_setting_page.h"
-#include "platform_double/platform_double.h"
+#include "pagefixture.h"
 
 #include <QLabel>
 #include <QPushButton>
 #include <QtTest>
 
 using namespace platform_double;
+using formcheck::difference;
+using formcheck::Place;
+using formcheck::shows;
 using Page = audiosetting::m5qx_eq_crossover_setting_page;
 
 namespace {
 
 const char* const Root = "m5qx_audiosetting_crossover_setting_page";
 
-struct Place
-{
-    const char* name;
-    const char* kind;
-    const char* parent;
-    QRect geometry;
-};
 // clang-format off
 const Place places[] = {
     {"key_back",                    "QPushButton", Root,                      {938, 13, 74, 60}},
@@ -149,15 +145,9 @@ const PictureRow pictures[] = {
 };
 // clang-format on
 
-bool shows(const QPixmap& shown, const QString& file)
-{
-    const QPixmap picture(file);
-    return !picture.isNull() && shown.toImage() == picture.toImage();
-}
-
 } // namespace
 
-class TestCrossoverForm : public QObject
+class TestCrossoverForm : public PageFixture<Page>
 {
     Q_OBJECT
 private slots:
@@ -178,18 +168,6 @@ private slots:
     void onlyTheWordSettingsOfTheTitleIsUpperCased();
     void captionsAreUpperCased();
     void keysHaveAccessibleNames();
-
-private:
-    template <typename T = QPushButton>
-    T* find(const char* name)
-    {
-        T* found = m_page->findChild<T*>(QLatin1String(name));
-        if (!found)
-            qFatal("no %s", name);
-        return found;
-    }
-
-    QScopedPointer<Page> m_page;
 };
 
 void TestCrossoverForm::init()
@@ -200,26 +178,19 @@ void TestCrossoverForm::init()
 
 void TestCrossoverForm::everyWidgetOfTheFormHasItsParentAndPlace_data()
 {
-    QTest::addColumn<QString>("kind");
-    QTest::addColumn<QString>("parent");
-    QTest::addColumn<QRect>("geometry");
-    for (const Place& place : places)
-        QTest::newRow(place.name) << place.kind << place.parent << place.geometry;
+    QTest::addColumn<int>("row");
+    for (int i = 0; i < int(std::size(places)); ++i)
+        QTest::newRow(places[i].name) << i;
 }
 
 void TestCrossoverForm::everyWidgetOfTheFormHasItsParentAndPlace()
 {
-    QFETCH(QString, kind);
-    QFETCH(QString, parent);
-    QFETCH(QRect, geometry);
+    QFETCH(int, row);
     QCOMPARE(m_page->objectName(), QLatin1String(Root));
     QCOMPARE(m_page->geometry(), QRect(0, 0, 1024, 510));
     QCOMPARE(m_page->windowTitle(), QStringLiteral("Form"));
     QCOMPARE(m_page->findChildren<QWidget*>().size(), int(sizeof(places) / sizeof(places[0])));
-    auto* widget = find<QWidget>(QTest::currentDataTag());
-    QCOMPARE(QString::fromLatin1(widget->metaObject()->className()), kind);
-    QCOMPARE(widget->parentWidget()->objectName(), parent);
-    QCOMPARE(widget->geometry(), geometry);
+    QCOMPARE(difference(m_page.data(), places[row]), QString());
 }
 
 void TestCrossoverForm::backgroundsLieBelowTitlesAndIcons()

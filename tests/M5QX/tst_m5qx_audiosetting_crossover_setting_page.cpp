@@ -1,6 +1,5 @@
 #include "M5QX/m5qx_audiosetting_crossover_setting_page.h"
-#include "platform_double/platform_double.h"
-#include "platform_double/touch.h"
+#include "pagefixture.h"
 
 #include <QLabel>
 #include <QMetaMethod>
@@ -11,18 +10,13 @@
 #include <QtTest>
 
 using namespace platform_double;
+using formcheck::shows;
 using Page = audiosetting::m5qx_eq_crossover_setting_page;
 
 namespace {
 
 #define ICONS ":/vexa_m5qx_audiosettingicon/"
 const QString KeyBeep = QStringLiteral("AudioService.doBeep(0)");
-
-bool shows(const QPixmap& shown, const QString& file)
-{
-    const QPixmap picture(file);
-    return !picture.isNull() && shown.toImage() == picture.toImage();
-}
 
 /// The four calls that send a filter.
 QStringList sent(const char* filter, int freq, int slope)
@@ -51,7 +45,7 @@ QString sub(int freq, int level)
 
 } // namespace
 
-class TestCrossoverPage : public QObject
+class TestCrossoverPage : public PageFixture<Page>
 {
     Q_OBJECT
 private slots:
@@ -98,26 +92,14 @@ private slots:
     void randomTouchesKeepEveryInvariant();
 
 private:
-    template <typename T = QPushButton>
-    T* find(const char* name)
-    {
-        T* found = m_page->findChild<T*>(QLatin1String(name));
-        if (!found)
-            qFatal("no %s", name);
-        return found;
-    }
     QString text(const char* label) { return find<QLabel>(label)->text(); }
     bool visible(const char* name) { return find<QWidget>(name)->isVisibleTo(m_page.data()); }
-    void touchKey(const char* name) { touch::click(m_page.data(), touch::middle(m_page.data(), find(name))); }
-    void call(const char* slot) { QVERIFY(QMetaObject::invokeMethod(m_page.data(), slot)); }
     void show()
     {
         m_page->show();
         take();
         takeLog();
     }
-
-    QScopedPointer<Page> m_page;
 };
 
 void TestCrossoverPage::init()
@@ -129,10 +111,7 @@ void TestCrossoverPage::init()
 void TestCrossoverPage::slotsAreDeclaredInOrder()
 {
     const QMetaObject& meta = Page::staticMetaObject;
-    QStringList methods;
-    for (int i = meta.methodOffset(); i < meta.methodCount(); ++i)
-        methods << QString::fromLatin1(meta.method(i).methodSignature());
-    QCOMPARE(methods,
+    QCOMPARE(formcheck::ownMethods(&meta),
              QStringList({"onBackClicked()", "onHighPassClicked()", "onHpfFreqNextClicked()",
                           "onHpfFreqPrevClicked()", "onLowPassClicked()", "onLpfFreqNextClicked()",
                           "onLpfFreqPrevClicked()", "onSUBFreqNextClicked()", "onSUBFreqPrevClicked()",
@@ -282,9 +261,9 @@ void TestCrossoverPage::valuesOutsideTheTablesShowNoTextAndStayAsStored()
     QCOMPARE(find<QLabel>("icon_line_hpf")->pos(), place);
     QCOMPARE(stored(QStringLiteral("hpfFreq")), QVariant(index));
     // Sent as stored too.
-    touchKey("key_hpf_slope_6db");
+    click("key_hpf_slope_6db");
     QCOMPARE(take(), QStringList({KeyBeep, write("hpfslope", "1", "0")}) + sent("HPF", index, 0));
-    touchKey("Key_subwoofer_level_plus");
+    click("Key_subwoofer_level_plus");
     QCOMPARE(take().value(1), sub(index, 10));
 }
 
@@ -320,7 +299,7 @@ void TestCrossoverPage::frequencyStepsStoreAndSendInOrder()
     const char* const keys[2][2] = {{"Key_low_freq_minus", "Key_low_freq_plus"},
                                     {"Key_hpf_freq_minus", "Key_hpf_freq_plus"}};
     if (find(keys[high][up])->isEnabled())
-        touchKey(keys[high][up]);
+        click(keys[high][up]);
     else
         call(slots_[high][up]);
     QCOMPARE(take(), QStringList({KeyBeep, write(high ? "hpfFreq" : "lpfFreq", high ? "4" : "0",
@@ -355,13 +334,13 @@ void TestCrossoverPage::switchingTheHpfOffSendsIndex0AndHidesItsRows()
     show();
     for (const char* part : {"icon_line_hpf", "text_high_pass", "hpf_freq_widget", "hpf_slope_widget"})
         QVERIFY2(visible(part), part);
-    touchKey("key_high_pass");
+    click("key_high_pass");
     QCOMPARE(take(), QStringList({KeyBeep, write("hpfState", "false", "false")}) + sent("HPF", 0, 2));
     for (const char* part : {"icon_line_hpf", "text_high_pass", "hpf_freq_widget", "hpf_slope_widget"})
         QVERIFY2(!visible(part), part);
     QVERIFY(shows(find("key_high_pass")->icon().pixmap(QPixmap(":/dual_icon/setup_btn_off_n.png").size()),
                   ":/dual_icon/setup_btn_off_n.png"));
-    touchKey("key_high_pass");
+    click("key_high_pass");
     QCOMPARE(take(), QStringList({KeyBeep, write("hpfState", "false", "true")}) + sent("HPF", 3, 2));
     for (const char* part : {"icon_line_hpf", "text_high_pass", "hpf_freq_widget", "hpf_slope_widget"})
         QVERIFY2(visible(part), part);
@@ -373,12 +352,12 @@ void TestCrossoverPage::switchingTheLpf()
 {
     setStored(QStringLiteral("lpfFreq"), 4);
     show();
-    touchKey("key_low_pass");
+    click("key_low_pass");
     QCOMPARE(take(), QStringList({KeyBeep, write("lpfState", "false", "true")}) + sent("LPF", 4, 3));
     for (const char* part : {"icon_line_lpf", "text_low_pass", "low_freq_widgetl", "low_slope_widget"})
         QVERIFY2(visible(part), part);
     QCOMPARE(find<QLabel>("icon_line_lpf")->pos(), QPoint(132, 0));
-    touchKey("key_low_pass");
+    click("key_low_pass");
     QCOMPARE(take(), QStringList({KeyBeep, write("lpfState", "false", "false")}) + sent("LPF", 0, 3));
     for (const char* part : {"icon_line_lpf", "text_low_pass", "low_freq_widgetl", "low_slope_widget"})
         QVERIFY2(!visible(part), part);
@@ -410,13 +389,13 @@ void TestCrossoverPage::switchingReadsTheStoredFrequencyOnlyWhenOn()
     const QByteArray stateKey = prefix.toLatin1() + "State";
     const QByteArray filter = prefix.toUpper().toLatin1();
 
-    touchKey(key.toLatin1());
+    click(key.toLatin1());
     QStringList expected{KeyBeep, state, write(stateKey, "false", "true"), freq, slope};
     expected += sent(filter, freqDefault, slopeDefault);
     expected << freq << freq; // text and keys of the row that appears
     QCOMPARE(take(All).mid(0, expected.size()), expected);
 
-    touchKey(key.toLatin1());
+    click(key.toLatin1());
     expected = QStringList{KeyBeep, state, write(stateKey, "false", "false"), slope};
     expected += sent(filter, 0, slopeDefault);
     QCOMPARE(take(All), expected);
@@ -446,7 +425,7 @@ void TestCrossoverPage::slopeKeysStoreAndSend()
          ICONS "filter_thumb_right85.png"},
         {ICONS "filter_thumb_left65.png", ICONS "filter_thumb_left75.png", ICONS "filter_thumb_left85.png"}};
     for (int touches = 0; touches < 2; ++touches) { // a second touch on the selected one sends again
-        touchKey(keys[high][slope]);
+        click(keys[high][slope]);
         QCOMPARE(take(), QStringList({KeyBeep, write(high ? "hpfslope" : "lpfslope", high ? "1" : "3",
                                                      QString::number(slope))}) +
                              sent(high ? "HPF" : "LPF", 2, slope));
@@ -591,7 +570,7 @@ void TestCrossoverPage::withTheSubwooferOffAllFourOfItsKeysAreDisabled()
     for (const char* key : {"Key_subwoofer_freq_plus", "Key_subwoofer_freq_minus", "Key_subwoofer_level_plus",
                             "Key_subwoofer_level_minus"}) {
         QVERIFY2(!find(key)->isEnabled(), key);
-        touchKey(key);
+        click(key);
     }
     QCOMPARE(take(All), QStringList());
     QCOMPARE(text("text_subwoofer"), QStringLiteral("T236"));
@@ -640,7 +619,7 @@ void TestCrossoverPage::keysAtTheEndsAreDisabled()
 void TestCrossoverPage::backBeepsAndPostsOneBackRequest()
 {
     show();
-    touchKey("key_back");
+    click("key_back");
     QCOMPARE(take(All), QStringList(KeyBeep));
     QCOMPARE(takeBackRequests(), 1);
     QCOMPARE(takeLog().filter(QStringLiteral("-- back last display")).size(), 1);
@@ -709,7 +688,7 @@ void TestCrossoverPage::diagnosticTextsAreTheKnownOnes()
     for (const char* key :
          {"key_high_pass", "key_low_pass", "Key_hpf_freq_minus", "Key_low_freq_plus", "key_hpf_slope_18db",
           "key_low_slope_6db", "Key_subwoofer_freq_minus", "Key_subwoofer_level_minus"})
-        touchKey(key);
+        click(key);
     const QStringList lines = takeLog().filter(QStringLiteral("::") + function);
     QVERIFY(!lines.isEmpty());
     for (const QString& line : lines)

@@ -1,6 +1,6 @@
 #include "M5QX/m5qx_audiosetting_time_alignment_page.h"
 #include "common/settings.h"
-#include "formtable.h"
+#include "formcheck.h"
 #include "platform_double/platform_double.h"
 #include "platform_double/touch.h"
 
@@ -13,9 +13,9 @@
 
 using namespace audiosetting;
 using namespace platform_double;
-using formtable::difference;
-using formtable::Icon;
-using formtable::Row;
+using formcheck::difference;
+using formcheck::Icon;
+using formcheck::Row;
 
 namespace {
 
@@ -314,8 +314,8 @@ QStringList TestTimeAlignmentPage::disabledKeys()
 void TestTimeAlignmentPage::slotsAreDeclaredInOrder()
 {
     const m5qx_eq_time_alignment_page page(nullptr);
-    QCOMPARE(formtable::methods(&page, QMetaMethod::Signal), QStringList());
-    QCOMPARE(formtable::methods(&page, QMetaMethod::Slot),
+    QCOMPARE(formcheck::ownMethods(page.metaObject(), QMetaMethod::Signal), QStringList());
+    QCOMPARE(formcheck::ownMethods(page.metaObject(), QMetaMethod::Slot),
              (QStringList{"onAlmButGroupClicked(int)", "onPreButGroupClicked(int)", "onResetClicked()",
                           "onBackClicked()"}));
 }
@@ -357,7 +357,7 @@ void TestTimeAlignmentPage::siblingsAreMadeInTheTablesOrder()
     const QWidget* widget = m_page.data();
     if (parent != QLatin1String(Page))
         widget = m_page->findChild<QWidget*>(parent);
-    QCOMPARE(formtable::childNames(widget), expected + raised);
+    QCOMPARE(formcheck::childNames(widget), expected + raised);
 }
 
 void TestTimeAlignmentPage::theFormsOwnTexts_data()
@@ -413,8 +413,8 @@ void TestTimeAlignmentPage::presetKeysShowTheirStateByPicture()
         const QPushButton* preset = key(QLatin1String(name));
         QVERIFY(preset->isCheckable());
         for (const QIcon::Mode mode : {QIcon::Normal, QIcon::Active, QIcon::Selected})
-            QVERIFY(formtable::shows(preset->icon(), QSize(142, 70), mode, QIcon::On, PresetP));
-        QVERIFY(formtable::shows(preset->icon(), QSize(142, 70), QIcon::Active, QIcon::Off, PresetN));
+            QVERIFY(formcheck::shows(preset->icon(), QSize(142, 70), mode, QIcon::On, PresetP));
+        QVERIFY(formcheck::shows(preset->icon(), QSize(142, 70), QIcon::Active, QIcon::Off, PresetN));
     }
     for (int item = 0; item < 5; ++item)
         QVERIFY(!key(plusKey(item))->isCheckable() && !key(minusKey(item))->isCheckable());
@@ -425,7 +425,7 @@ void TestTimeAlignmentPage::theThirdPictureOfPreset1NeverShows()
     // It sits where only a key that is disabled and checked would show it, and no preset key is ever
     // disabled.
     const QSize size(149, 70);
-    QVERIFY(formtable::shows(key("key_preset1")->icon(), size, QIcon::Disabled, QIcon::On,
+    QVERIFY(formcheck::shows(key("key_preset1")->icon(), size, QIcon::Disabled, QIcon::On,
                              ":/vexa_m5qx_settingicon_ext/bal_btn_reset_p.png"));
     for (int preset : {0, 1, 2, 7}) {
         m_page->onPreButGroupClicked(preset);
@@ -892,11 +892,11 @@ void TestTimeAlignmentPage::presetIconsOfTheOlderKeySet()
     const QSize size = QPixmap(QLatin1String(normal)).size();
     m_page->updatePresetIcon(1, true);
     const auto icon = [this] { return key("key_preset2")->icon(); };
-    QVERIFY(formtable::shows(icon(), size, QIcon::Normal, QIcon::Off, normal));
-    QVERIFY(formtable::shows(icon(), size, QIcon::Selected, QIcon::Off, pressed));
+    QVERIFY(formcheck::shows(icon(), size, QIcon::Normal, QIcon::Off, normal));
+    QVERIFY(formcheck::shows(icon(), size, QIcon::Selected, QIcon::Off, pressed));
     m_page->updatePresetIcon(1, false);
-    QVERIFY(formtable::shows(icon(), size, QIcon::Normal, QIcon::Off, pressed));
-    QVERIFY(formtable::shows(icon(), size, QIcon::Selected, QIcon::Off, pressed));
+    QVERIFY(formcheck::shows(icon(), size, QIcon::Normal, QIcon::Off, pressed));
+    QVERIFY(formcheck::shows(icon(), size, QIcon::Selected, QIcon::Off, pressed));
     QCOMPARE(key("key_preset1")->iconSize(), QSize(142, 70));
     takeLog();
     m_page->updatePresetIcon(3, true);

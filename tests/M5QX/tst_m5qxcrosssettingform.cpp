@@ -1,26 +1,21 @@
 #include "M5QX/curvewidget.h"
 #include "M5QX/m5qxcrosssettingwidget.h"
-#include "platform_double/platform_double.h"
-#include "platform_double/touch.h"
+#include "pagefixture.h"
 
 #include <QLabel>
 #include <QPushButton>
 #include <QtTest>
 
 using namespace platform_double;
+using formcheck::difference;
+using formcheck::Place;
+using formcheck::shows;
 
 namespace {
 
 const QString Ext = QStringLiteral(":/vexa_m5qx_settingicon_ext/");
 const QString Icons = QStringLiteral(":/vexa_m5qx_audiosettingicon/");
 
-struct Place
-{
-    const char* name;
-    const char* kind;
-    const char* parent;
-    QRect geometry;
-};
 // clang-format off
 const Place places[] = {
     {"widget_filter",         "QWidget",     "M5QXCrossSettingWidget", {22, 385, 316, 102}},
@@ -62,7 +57,7 @@ static_assert(sizeof(places) / sizeof(places[0]) == 34, "every widget of the for
 // clang-format on
 } // namespace
 
-class TestCrossSettingForm : public QObject
+class TestCrossSettingForm : public PageFixture<M5QXCrossSettingWidget>
 {
     Q_OBJECT
 private slots:
@@ -81,19 +76,6 @@ private slots:
     void keysHaveAccessibleNames();
     void everyVisibleKeyIsReachedByKeyboardInReadingOrder();
     void theOnlyWarningIsOfAColourWithoutAlpha();
-
-private:
-    template <typename T = QPushButton>
-    T* find(const char* name)
-    {
-        T* found = m_page->findChild<T*>(QLatin1String(name));
-        if (!found)
-            qFatal("no %s", name);
-        return found;
-    }
-    void touchKey(const char* name) { touch::click(m_page.data(), touch::middle(m_page.data(), find(name))); }
-
-    QScopedPointer<M5QXCrossSettingWidget> m_page;
 };
 
 void TestCrossSettingForm::init()
@@ -104,24 +86,17 @@ void TestCrossSettingForm::init()
 
 void TestCrossSettingForm::everyWidgetOfTheFormHasItsParentAndPlace_data()
 {
-    QTest::addColumn<QString>("kind");
-    QTest::addColumn<QString>("parent");
-    QTest::addColumn<QRect>("geometry");
-    for (const Place& place : places)
-        QTest::newRow(place.name) << place.kind << place.parent << place.geometry;
+    QTest::addColumn<int>("row");
+    for (int i = 0; i < int(std::size(places)); ++i)
+        QTest::newRow(places[i].name) << i;
 }
 
 void TestCrossSettingForm::everyWidgetOfTheFormHasItsParentAndPlace()
 {
-    QFETCH(QString, kind);
-    QFETCH(QString, parent);
-    QFETCH(QRect, geometry);
+    QFETCH(int, row);
     QCOMPARE(m_page->objectName(), QStringLiteral("M5QXCrossSettingWidget"));
     QCOMPARE(m_page->geometry(), QRect(0, 0, 1024, 510));
-    auto* widget = find<QWidget>(QTest::currentDataTag());
-    QCOMPARE(QString::fromLatin1(widget->metaObject()->className()), kind);
-    QCOMPARE(widget->parentWidget()->objectName(), parent);
-    QCOMPARE(widget->geometry(), geometry);
+    QCOMPARE(difference(m_page.data(), places[row]), QString());
 }
 
 void TestCrossSettingForm::widgetsAreCreatedInOrder()
@@ -216,31 +191,22 @@ void TestCrossSettingForm::keysHaveTheirPictures()
     QVERIFY(key->isFlat());
     QCOMPARE(key->focusPolicy(),
              key->objectName() == QStringLiteral("key_back") ? Qt::NoFocus : Qt::TabFocus);
-    const auto shows = [&](QIcon::Mode mode, QIcon::State state, const QString& path) {
-        const QImage picture(path);
-        return !picture.isNull() &&
-               key->icon().pixmap(size, mode, state).toImage() == QPixmap(path).toImage();
-    };
-    QVERIFY(shows(QIcon::Normal, QIcon::Off, normal));
+    QVERIFY(shows(key->icon(), size, QIcon::Normal, QIcon::Off, normal));
     if (!pressed.isEmpty())
-        QVERIFY(shows(QIcon::Selected, QIcon::Off, pressed));
+        QVERIFY(shows(key->icon(), size, QIcon::Selected, QIcon::Off, pressed));
     if (!checked.isEmpty())
-        QVERIFY(shows(QIcon::Normal, QIcon::On, checked));
+        QVERIFY(shows(key->icon(), size, QIcon::Normal, QIcon::On, checked));
 }
 
 void TestCrossSettingForm::picturesOfTheGridAreThereAndThoseOfTheCurvesHidden()
 {
-    const auto shows = [&](const char* label, const char* file) {
-        const QPixmap picture(Ext + QLatin1String(file));
-        return !picture.isNull() &&
-               find<QLabel>(label)->pixmap(Qt::ReturnByValue).toImage() == picture.toImage();
-    };
-    QVERIFY(shows("bg", "bg_cross.png"));
-    QVERIFY(shows("label_curve_front_hpf", "curve_orange_2.png"));
-    QVERIFY(shows("label_curve_rear_hpf", "curve_yellow_1.png"));
-    QVERIFY(shows("label_curve_subwoofer", "curve_gray_3.png"));
-    for (const char* label : {"label_curve_front_hpf", "label_curve_rear_hpf", "label_curve_subwoofer"})
-        QVERIFY(find<QLabel>(label)->isHidden());
+    const auto picture = [&](const char* name) { return label(name)->pixmap(Qt::ReturnByValue); };
+    QVERIFY(shows(picture("bg"), Ext + "bg_cross.png"));
+    QVERIFY(shows(picture("label_curve_front_hpf"), Ext + "curve_orange_2.png"));
+    QVERIFY(shows(picture("label_curve_rear_hpf"), Ext + "curve_yellow_1.png"));
+    QVERIFY(shows(picture("label_curve_subwoofer"), Ext + "curve_gray_3.png"));
+    for (const char* curve : {"label_curve_front_hpf", "label_curve_rear_hpf", "label_curve_subwoofer"})
+        QVERIFY(find<QLabel>(curve)->isHidden());
     QVERIFY(!find<QLabel>("bg")->isHidden());
     QVERIFY(find("key_exit")->isHidden());
 }
@@ -267,7 +233,7 @@ void TestCrossSettingForm::keysHaveAccessibleNames()
     QCOMPARE(find("key_rear")->accessibleName(), QStringLiteral("T267"));
     for (QPushButton* key : m_page->findChildren<QPushButton*>())
         QVERIFY2(!key->accessibleName().isEmpty(), qPrintable(key->objectName()));
-    touchKey("key_subwoofer");
+    click("key_subwoofer");
     QCOMPARE(find("key_filter_up")->accessibleName(), QStringLiteral("T1244 +"));
 }
 

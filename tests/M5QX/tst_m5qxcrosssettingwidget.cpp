@@ -1,7 +1,6 @@
 #include "M5QX/curvewidget.h"
 #include "M5QX/m5qxcrosssettingwidget.h"
-#include "platform_double/platform_double.h"
-#include "platform_double/touch.h"
+#include "pagefixture.h"
 
 #include <QLabel>
 #include <QMetaMethod>
@@ -71,7 +70,7 @@ QStringList sent(int group, int freq, int gain, int slope)
 
 } // namespace
 
-class TestCrossSetting : public QObject
+class TestCrossSetting : public PageFixture<M5QXCrossSettingWidget>
 {
     Q_OBJECT
 private slots:
@@ -132,16 +131,6 @@ private slots:
     void pagesMadeAndLeftLeaveNothingBehind();
 
 private:
-    template <typename T = QPushButton>
-    T* find(const char* name)
-    {
-        T* found = m_page->findChild<T*>(QLatin1String(name));
-        if (!found)
-            qFatal("no %s", name);
-        return found;
-    }
-    void touchKey(const char* name) { touch::click(m_page.data(), touch::middle(m_page.data(), find(name))); }
-    void call(const char* slot) { QVERIFY(QMetaObject::invokeMethod(m_page.data(), slot)); }
     void resume()
     {
         m_page->resume();
@@ -162,8 +151,6 @@ private:
             text += QLatin1Char(find(key)->isEnabled() ? '1' : '0');
         return text;
     }
-
-    QScopedPointer<M5QXCrossSettingWidget> m_page;
 };
 
 void TestCrossSetting::init()
@@ -174,12 +161,8 @@ void TestCrossSetting::init()
 
 void TestCrossSetting::signalsAndSlotsAreDeclaredInOrder()
 {
-    const QMetaObject& meta = M5QXCrossSettingWidget::staticMetaObject;
-    QStringList methods;
-    for (int i = meta.methodOffset(); i < meta.methodCount(); ++i)
-        methods << QString::fromLatin1(meta.method(i).methodSignature());
     QCOMPARE(
-        methods,
+        formcheck::ownMethods(&M5QXCrossSettingWidget::staticMetaObject),
         QStringList({"exitUI()", "on_key_filter_up_clicked()", "on_key_filter_down_clicked()",
                      "on_key_slope_up_clicked()", "on_key_slope_down_clicked()", "on_key_level_up_clicked()",
                      "on_key_level_down_clicked()", "on_key_front_clicked()", "on_key_rear_clicked()",
@@ -222,7 +205,7 @@ void TestCrossSetting::storedGroupOutsideRangeIsTakenAs0()
     QCOMPARE(take(), QStringList());
     QVERIFY(find("key_front")->isChecked());
     QVERIFY(takeLog().filter(QRegularExpression(QStringLiteral("^C \\[ERR\\]"))).size() == 1);
-    touchKey("key_filter_up");
+    click("key_filter_up");
     QCOMPARE(take(), QStringList({KeyBeep, write(FreqKey, "0;0;1;0;2;6", "0;1;1;0;2;6")}) + sent(0, 1, 0, 0));
 }
 
@@ -364,7 +347,7 @@ void TestCrossSetting::offDrawsAFlatLineAtTheTop()
     m_page->resume();
     QCOMPARE(loggedCurves(QStringLiteral("setCurveHpf")).first(), points({56, 2}, {0, 2}, {697, 2}));
     QCOMPARE(shown(), QStringList({"T1243", "T790", "0 dB", "0"}));
-    touchKey("key_filter_up");
+    click("key_filter_up");
     QCOMPARE(shown(), QStringList({"T1243", "30 Hz", "-24 dB", "-7"})); // nothing was lost by being off
 }
 
@@ -405,7 +388,7 @@ void TestCrossSetting::stepsStoreShowAndSendInOrder()
     setStored(SlopeKey, QStringLiteral("0;2;1;2;2;2"));
     setStored(QStringLiteral("subwooferLevel"), 5);
     resume();
-    touchKey(key.toLatin1());
+    click(key.toLatin1());
     const auto map = [group](int other, int own) {
         QStringList parts;
         for (int g = 0; g < 3; ++g)
@@ -431,7 +414,7 @@ void TestCrossSetting::filterUpAt250HzKeepsTheIndexStillStoresAndStillSends()
 {
     setStored(FreqKey, QStringLiteral("0;8;1;0;2;6"));
     resume();
-    touchKey("key_filter_up"); // disabled: a touch does nothing
+    click("key_filter_up"); // disabled: a touch does nothing
     QCOMPARE(take(), QStringList());
     call("on_key_filter_up_clicked");
     QCOMPARE(take(), QStringList({KeyBeep, write(FreqKey, "0;0;1;0;2;6", "0;8;1;0;2;6")}) + sent(0, 8, 0, 0));
@@ -481,7 +464,7 @@ void TestCrossSetting::withTheSubwooferSelectedLevelDownFrom11Stores12WithBit7()
 {
     setStored(QStringLiteral("settings_cross_filter"), 2);
     resume();
-    touchKey("key_level_down");
+    click("key_level_down");
     QCOMPARE(take(),
              QStringList({KeyBeep, write(GainKey, "0;0;1;0;2;0", "0;0;1;0;2;12")}) + sent(2, 6, 12, 0));
     QCOMPARE(stored(QStringLiteral("subwooferLevel")), QVariant(12 | 0x80));
@@ -522,12 +505,12 @@ void TestCrossSetting::offLeavesOnlyFilterUp()
 {
     setStored(FreqKey, QStringLiteral("0;1;1;0;2;6"));
     resume();
-    touchKey("key_filter_down");
+    click("key_filter_down");
     QCOMPARE(take(), QStringList({KeyBeep, write(FreqKey, "0;0;1;0;2;6", "0;0;1;0;2;6")}) + sent(0, 0, 0, 0));
     QCOMPARE(enabled(), QStringLiteral("010000"));
     for (const char* key :
          {"key_filter_down", "key_slope_up", "key_slope_down", "key_level_up", "key_level_down"})
-        touchKey(key);
+        click(key);
     QCOMPARE(take(All), QStringList());
 }
 
@@ -550,7 +533,7 @@ void TestCrossSetting::groupKeysBeepStoreAndSend()
     setStored(SlopeKey, QStringLiteral("0;1;1;2;2;3"));
     setStored(QStringLiteral("subwooferLevel"), 6);
     resume();
-    touchKey(key.toLatin1());
+    click(key.toLatin1());
     QCOMPARE(
         take(Actions | Read),
         QStringList(
@@ -560,7 +543,7 @@ void TestCrossSetting::groupKeysBeepStoreAndSend()
     for (const char* other : {"key_front", "key_rear", "key_subwoofer"})
         QCOMPARE(find(other)->isChecked(), key == QLatin1String(other));
     // A second touch on the selected group sends again and leaves it checked.
-    touchKey(key.toLatin1());
+    click(key.toLatin1());
     QCOMPARE(take().size(), 2 + sent(group, 0, 0, 0).size());
     QVERIFY(find(key.toLatin1())->isChecked());
 }
@@ -570,10 +553,10 @@ void TestCrossSetting::selectingAGroupThatWasStoredOtherwiseShowsItsRows()
     setStored(FreqKey, QStringLiteral("0;1;1;8;2;6"));
     resume();
     QCOMPARE(shown(), QStringList({"T1243", "30 Hz", "-6 dB", "0"}));
-    touchKey("key_rear");
+    click("key_rear");
     QCOMPARE(shown(), QStringList({"T1243", "250 Hz", "-6 dB", "0"}));
     QVERIFY(!find("key_filter_up")->isEnabled());
-    touchKey("key_subwoofer");
+    click("key_subwoofer");
     QCOMPARE(shown(), QStringList({"T1244", "120 Hz", "-6 dB", "-11"}));
     QVERIFY(find("key_filter_up")->isEnabled());
 }
@@ -587,11 +570,11 @@ void TestCrossSetting::phaseControlIsShownForTheSubwooferOnly()
         QCOMPARE(phase->isVisibleTo(m_page.data()), group == 2);
     }
     // Also when the group changes on the page.
-    touchKey("key_front");
+    click("key_front");
     QVERIFY(!phase->isVisibleTo(m_page.data()));
-    touchKey("key_subwoofer");
+    click("key_subwoofer");
     QVERIFY(phase->isVisibleTo(m_page.data()));
-    touchKey("key_rear");
+    click("key_rear");
     QVERIFY(!phase->isVisibleTo(m_page.data()));
 }
 
@@ -602,7 +585,7 @@ void TestCrossSetting::phaseKeySendsTheSubwoofersIndexes()
     resume();
     QPushButton* key = find("Key_troggle_phase");
     for (const bool phase : {true, false}) {
-        touchKey("Key_troggle_phase");
+        click("Key_troggle_phase");
         QCOMPARE(key->isChecked(), phase);
         QCOMPARE(take(Actions | Read),
                  QStringList({KeyBeep, QStringLiteral(
@@ -713,7 +696,7 @@ void TestCrossSetting::emptyTextOrASingleNumberYieldsAnEmptyMap()
     resume();
     QCOMPARE(find<QLabel>("txt_filter")->text(), QStringLiteral("T790"));
     QCOMPARE(stored(FreqKey), QVariant(QStringLiteral("5")));
-    touchKey("key_filter_up");
+    click("key_filter_up");
     QCOMPARE(stored(FreqKey), QVariant(QStringLiteral("0;0;1;0;2;1")));
 }
 
@@ -778,7 +761,7 @@ void TestCrossSetting::storedIndexOutsideItsListCountsAsTheNearestAndIsNotRewrit
     m_page->resume();
     QCOMPARE(take(), QStringList());
     QCOMPARE(shown(), rows);
-    touchKey("key_rear");
+    click("key_rear");
     QCOMPARE(stored(FreqKey), QVariant(freq));
     QCOMPARE(stored(GainKey), QVariant(gain));
     QCOMPARE(stored(SlopeKey), QVariant(slope));
@@ -834,12 +817,12 @@ void TestCrossSetting::hostileStoredValuesDoNoHarm()
     m_page->resume();
     QCOMPARE(take(), QStringList());
     for (const char* group : {"key_front", "key_rear", "key_subwoofer"}) {
-        touchKey(group);
+        click(group);
         for (const char* key : {"key_filter_up", "key_filter_down", "key_slope_up", "key_slope_down",
                                 "key_level_up", "key_level_down"})
-            touchKey(key);
+            click(key);
     }
-    touchKey("Key_troggle_phase");
+    click("Key_troggle_phase");
     for (const QString& line : take(Audio)) {
         const QRegularExpression form(QStringLiteral("^AudioService\\.(doBeep\\(0\\)|setHPFFilter\\((\\d+), "
                                                      "(\\d+), [1248], [0-3]\\)|setSubFilter\\(([1-9]), "
@@ -852,7 +835,7 @@ void TestCrossSetting::keysOfAMapThatThePageDoesntKnowAreKept()
 {
     setStored(FreqKey, QStringLiteral("0;1;1;0;2;6;7;99"));
     resume();
-    touchKey("key_filter_up");
+    click("key_filter_up");
     QCOMPARE(stored(FreqKey), QVariant(QStringLiteral("0;2;1;0;2;6;7;99")));
 }
 

@@ -1,5 +1,5 @@
 #include "M5QX/pa_balancefadercontrol.h"
-#include "formtable.h"
+#include "formcheck.h"
 #include "platform_double/platform_double.h"
 #include "platform_double/touch.h"
 
@@ -91,9 +91,9 @@ void TestBalanceFaderControl::startsAtZeroInItsRectangle()
 
 void TestBalanceFaderControl::declaresOneSignal()
 {
-    QCOMPARE(formtable::methods(m_pad, QMetaMethod::Signal),
+    QCOMPARE(formcheck::ownMethods(m_pad->metaObject(), QMetaMethod::Signal),
              QStringList{QStringLiteral("balanceFaderChanged(int,int)")});
-    QCOMPARE(formtable::methods(m_pad, QMetaMethod::Slot), QStringList());
+    QCOMPARE(formcheck::ownMethods(m_pad->metaObject(), QMetaMethod::Slot), QStringList());
 }
 
 void TestBalanceFaderControl::aPressIsRoundedToTheNearestStep_data()

@@ -1,5 +1,5 @@
 #include "M5QX/pasetuptogglekey.h"
-#include "formtable.h"
+#include "formcheck.h"
 
 #include <QtTest>
 
@@ -30,7 +30,7 @@ constexpr char Off[] = ":/dual_icon/setup_btn_off_n.png";
 bool keyShows(const QPushButton& key, const char* path)
 {
     const QSize size = QPixmap(QLatin1String(path)).size();
-    return formtable::shows(key.icon(), size, QIcon::Normal, QIcon::Off, path);
+    return formcheck::shows(key.icon(), size, QIcon::Normal, QIcon::Off, path);
 }
 
 } // namespace
