@@ -94,10 +94,11 @@ bool plays(const SoundControl& sound, const UnitSource& source, const Choice& ch
 void restore(SoundControl* sound, const UnitSource& source)
 {
     const Choice choice = keptChoice(source);
-    QString why;
+    QString why; // said by the sound
     if (plays(*sound, source, choice) || sound->setSource(source.id, choice.kind, choice.path, &why))
         return;
-    qWarning().noquote().nospace() << "source " << source.word << " is silent: " << why;
+    qWarning().noquote().nospace() << "source " << source.word << " is silent, '" << choice.path
+                                   << "' stays kept";
     sound->setSource(source.id, SourceKind::Silence, QString(), &why);
 }
 
