@@ -1,7 +1,7 @@
 #include "hvaudio/pipewireoutput.h"
 
-#include "hvaudio/fold.h"
-#include "hvaudio/inputbridge.h"
+#include "hvaudio/graphwatch.h"
+#include "hvaudio/speakerfeed.h"
 
 #include <pipewire/pipewire.h>
 #include <spa/param/audio/format-utils.h>
@@ -13,37 +13,24 @@
 #include <algorithm>
 #include <atomic>
 #include <cstring>
-#include <map>
-#include <mutex>
 
 namespace hvaudio {
 
 namespace {
 
-constexpr int playChannels = 6;
-/// Order of the stream's channels, and which speaker each carries; -1 = silence.
-constexpr struct
-{
-    std::uint32_t position;
-    const char* name;
-    int speaker;
-} places[playChannels] = {
-    {SPA_AUDIO_CHANNEL_FL, "FL", dsp::FrontLeft},
-    {SPA_AUDIO_CHANNEL_FR, "FR", dsp::FrontRight},
-    {SPA_AUDIO_CHANNEL_FC, "FC", -1},
-    {SPA_AUDIO_CHANNEL_LFE, "LFE", dsp::Subwoofer},
-    {SPA_AUDIO_CHANNEL_RL, "RL", dsp::RearLeft},
-    {SPA_AUDIO_CHANNEL_RR, "RR", dsp::RearRight},
-};
+/// In the order of SpeakerFeed::Channel.
+constexpr std::uint32_t positions[] = {SPA_AUDIO_CHANNEL_FL,  SPA_AUDIO_CHANNEL_FR, SPA_AUDIO_CHANNEL_FC,
+                                       SPA_AUDIO_CHANNEL_LFE, SPA_AUDIO_CHANNEL_RL, SPA_AUDIO_CHANNEL_RR};
+static_assert(sizeof positions / sizeof *positions == SpeakerFeed::ChannelCount);
 
-constexpr int pieceFrames = 1024;
 constexpr double firstPause = 0.1, longestPause = 5;
 constexpr double defaultRate = 48000;
 
-std::uint32_t numberOf(const spa_dict* props, const char* key)
+double rateOf(const spa_dict* props)
 {
-    const char* const text = props ? spa_dict_lookup(props, key) : nullptr;
-    return text ? std::uint32_t(std::strtoul(text, nullptr, 10)) : SPA_ID_INVALID;
+    const char* const text = props ? spa_dict_lookup(props, "default.clock.rate") : nullptr;
+    const double rate = text ? std::strtod(text, nullptr) : 0;
+    return rate > 0 ? rate : defaultRate;
 }
 
 /// Builds a parameter into the buffer that the caller keeps until it is used.
@@ -54,7 +41,7 @@ const spa_pod* audioFormat(double rate, int channels, std::uint8_t* buffer, std:
     info.rate = std::uint32_t(rate);
     info.channels = std::uint32_t(channels);
     for (int i = 0; i < channels; ++i)
-        info.position[i] = places[i].position;
+        info.position[i] = positions[i];
     spa_pod_builder builder;
     spa_pod_builder_init(&builder, buffer, size);
     return spa_format_audio_raw_build(&builder, SPA_PARAM_EnumFormat, &info);
@@ -78,7 +65,9 @@ struct PipeWireOutput::Private
     // All of these run on the loop's thread, or on another one that has locked the loop.
     bool connect(std::string& error);
     void disconnect();
-    void reconnectLater(const char* why);
+    /// `pauseFirst` false: at once.
+    void reconnectLater(const char* why, bool pauseFirst = true);
+    void stateChanged(pw_stream* of, pw_stream_state state, const char* error);
     void makeStreams(double rate);
     void lookAtLinks();
     void tellLatency(pw_stream* to, spa_latency_info info, spa_direction direction);
@@ -92,7 +81,6 @@ struct PipeWireOutput::Private
     // [RT]
     void comesIn() noexcept;
     void goesOut() noexcept;
-    void fill(float* const channels[playChannels], int frames) noexcept;
 
     const Log log;
     const bool wait;
@@ -101,26 +89,22 @@ struct PipeWireOutput::Private
     pw_thread_loop* loop = nullptr;
     pw_context* context = nullptr;
     pw_core* core = nullptr;
-    pw_registry* registry = nullptr;
     pw_stream* sink = nullptr;   ///< what players play into
     pw_stream* stream = nullptr; ///< to the device
     spa_source* timer = nullptr;
-    spa_hook coreHook = {}, registryHook = {}, sinkHook = {}, streamHook = {};
+    spa_hook coreHook = {}, sinkHook = {}, streamHook = {};
     double pause = firstPause;
     std::atomic<bool> lost{false}; ///< the connection is to be made anew
-    bool saidLost = false;
+    bool saidLost = false, saidNoDevice = false;
 
-    struct Port
-    {
-        std::uint32_t node;
-        std::string channel;
-    };
-    std::map<std::uint32_t, Port> ports;          ///< all output ports of the graph
-    std::map<std::uint32_t, std::uint32_t> links; ///< link to output port
+    GraphWatch watch{[this] { lookAtLinks(); },
+                     // Ports that it made stay, and a successor (WirePlumber 0.4) waits for ever for those of
+                     // the sink to be made. New streams have none yet.
+                     [this] { reconnectLater("the session manager has gone", false); }};
 
     std::atomic<int> rate{0};
     std::atomic<bool> streaming{false};
-    std::atomic<bool> linked{false}, wide{false};
+    std::atomic<bool> linked{false};
 
     /// Both streams see the same number in the same cycle.
     static std::uint64_t cycle(const std::atomic<spa_io_position*>& position) noexcept
@@ -131,11 +115,7 @@ struct PipeWireOutput::Private
 
     // Audio side.
     std::atomic<spa_io_position*> sinkPosition{nullptr}, streamPosition{nullptr};
-    InputBridge bridge;
-    float folded = 1; ///< 1 = all in FL and FR
-    float foldStep = 1.0f / 480;
-    float input[2][pieceFrames];
-    float speakers[dsp::speakerCount][pieceFrames];
+    SpeakerFeed speakers;
 };
 
 bool PipeWireOutput::Private::connect(std::string& error)
@@ -147,8 +127,7 @@ bool PipeWireOutput::Private::connect(std::string& error)
             auto* const d = static_cast<Private*>(self);
             if (d->sink || d->lost || !(info->change_mask & PW_CORE_CHANGE_MASK_PROPS))
                 return;
-            const std::uint32_t serverRate = numberOf(info->props, "default.clock.rate");
-            d->makeStreams(serverRate == SPA_ID_INVALID ? defaultRate : double(serverRate));
+            d->makeStreams(rateOf(info->props));
         };
         events.error = [](void* self, std::uint32_t id, int, int res, const char* message) {
             // Faults of a stream come to its own listener.
@@ -157,31 +136,6 @@ bool PipeWireOutput::Private::connect(std::string& error)
         };
         return events;
     }();
-    static const pw_registry_events registryEvents = [] {
-        pw_registry_events events = {};
-        events.version = PW_VERSION_REGISTRY_EVENTS;
-        events.global = [](void* self, std::uint32_t id, std::uint32_t, const char* type, std::uint32_t,
-                           const spa_dict* props) {
-            auto* const d = static_cast<Private*>(self);
-            if (std::strcmp(type, PW_TYPE_INTERFACE_Port) == 0) {
-                const char* const direction = spa_dict_lookup(props, PW_KEY_PORT_DIRECTION);
-                const char* const channel = spa_dict_lookup(props, PW_KEY_AUDIO_CHANNEL);
-                if (direction && channel && std::strcmp(direction, "out") == 0)
-                    d->ports[id] = {numberOf(props, PW_KEY_NODE_ID), channel};
-            } else if (std::strcmp(type, PW_TYPE_INTERFACE_Link) == 0) {
-                d->links[id] = numberOf(props, PW_KEY_LINK_OUTPUT_PORT);
-                d->lookAtLinks();
-            }
-        };
-        events.global_remove = [](void* self, std::uint32_t id) {
-            auto* const d = static_cast<Private*>(self);
-            d->ports.erase(id);
-            if (d->links.erase(id) > 0)
-                d->lookAtLinks();
-        };
-        return events;
-    }();
-
     core = pw_context_connect(context, nullptr, 0);
     if (!core) {
         error = std::string("no PipeWire daemon answers: ") + std::strerror(errno);
@@ -189,56 +143,67 @@ bool PipeWireOutput::Private::connect(std::string& error)
     }
     lost = false;
     pw_core_add_listener(core, &coreHook, &coreEvents, this);
-    registry = pw_core_get_registry(core, PW_VERSION_REGISTRY, 0);
-    pw_registry_add_listener(registry, &registryHook, &registryEvents, this);
+    watch.start(core);
     return true;
 }
 
 void PipeWireOutput::Private::disconnect()
 {
-    streaming = linked = wide = false;
-    for (pw_stream** const each : {&sink, &stream}) {
-        if (*each)
-            pw_stream_destroy(*each);
-        *each = nullptr;
+    streaming = linked = false;
+    // Their own end is nothing to listen to.
+    if (sink) {
+        spa_hook_remove(&sinkHook);
+        pw_stream_destroy(sink);
     }
+    if (stream) {
+        spa_hook_remove(&streamHook);
+        pw_stream_destroy(stream);
+    }
+    sink = stream = nullptr;
     sinkPosition = streamPosition = nullptr;
-    if (registry) {
-        spa_hook_remove(&registryHook);
-        pw_proxy_destroy(reinterpret_cast<pw_proxy*>(registry));
-        registry = nullptr;
-    }
+    watch.stop();
     if (core) {
         spa_hook_remove(&coreHook);
         pw_core_disconnect(core);
         core = nullptr;
     }
-    ports.clear();
-    links.clear();
 }
 
 /// Called from within the connection's own events, so the work is left to the timer.
-void PipeWireOutput::Private::reconnectLater(const char* why)
+void PipeWireOutput::Private::reconnectLater(const char* why, bool pauseFirst)
 {
     if (lost)
         return;
     lost = true;
-    streaming = linked = wide = false;
+    streaming = linked = false;
     if (!saidLost)
         say(LogLevel::Warning,
             std::string("sound output lost (") + (why ? why : "no reason given") + "), trying again");
     saidLost = true;
-    timespec due = {time_t(pause), long((pause - double(time_t(pause))) * 1e9)};
+    const double seconds = pauseFirst ? pause : 0;
+    timespec due = {time_t(seconds), long((seconds - double(time_t(seconds))) * 1e9)};
+    due.tv_nsec = std::max(due.tv_nsec, 1L); // 0 would be never
     pw_loop_update_timer(pw_thread_loop_get_loop(loop), timer, &due, nullptr, false);
     pause = std::min(2 * pause, longestPause);
 }
 
+void PipeWireOutput::Private::stateChanged(pw_stream* of, pw_stream_state state, const char* error)
+{
+    if (state == PW_STREAM_STATE_UNCONNECTED) {
+        reconnectLater(error ? error : "taken away");
+    } else if (state == PW_STREAM_STATE_ERROR && pw_stream_get_state(of, nullptr) == state) {
+        reconnectLater(error);
+    } else if (state == PW_STREAM_STATE_ERROR && !saidNoDevice) {
+        // The session manager's way to tell that it has no device now. The stream stays: it is connected
+        // when there is one, and other programs keep the sink that they play to.
+        say(LogLevel::Warning, std::string("no device to play to (") + (error ? error : "no reason given") +
+                                   "), waiting for one");
+        saidNoDevice = true;
+    }
+}
+
 void PipeWireOutput::Private::makeStreams(double serverRate)
 {
-    static const auto stateChanged = [](Private* d, pw_stream_state state, const char* error) {
-        if (state == PW_STREAM_STATE_ERROR)
-            d->reconnectLater(error);
-    };
     static const pw_stream_events sinkEvents = [] {
         pw_stream_events events = {};
         events.version = PW_VERSION_STREAM_EVENTS;
@@ -248,7 +213,8 @@ void PipeWireOutput::Private::makeStreams(double serverRate)
         };
         events.process = [](void* self) { static_cast<Private*>(self)->comesIn(); };
         events.state_changed = [](void* self, pw_stream_state, pw_stream_state now, const char* error) {
-            stateChanged(static_cast<Private*>(self), now, error);
+            auto* const d = static_cast<Private*>(self);
+            d->stateChanged(d->sink, now, error);
         };
         events.param_changed = [](void* self, std::uint32_t id, const spa_pod* param) {
             auto* const d = static_cast<Private*>(self);
@@ -274,7 +240,7 @@ void PipeWireOutput::Private::makeStreams(double serverRate)
                     d->say(LogLevel::Info, "sound output is back");
                 d->saidLost = false;
             }
-            stateChanged(d, now, error);
+            d->stateChanged(d->stream, now, error);
         };
         events.param_changed = [](void* self, std::uint32_t id, const spa_pod* param) {
             auto* const d = static_cast<Private*>(self);
@@ -290,9 +256,7 @@ void PipeWireOutput::Private::makeStreams(double serverRate)
         feed->prepare(serverRate);
     }
     rate = int(serverRate);
-    bridge.reset(serverRate);
-    folded = 1;
-    foldStep = float(1 / (0.01 * serverRate));
+    speakers.reset(*feed, serverRate);
 
     // One group: both run in the same cycle. One link group: the session manager doesn't connect the stream
     // to the sink, even when that is the default device.
@@ -301,6 +265,7 @@ void PipeWireOutput::Private::makeStreams(double serverRate)
         pw_properties* const props = pw_properties_new(nullptr, nullptr);
         pw_properties_set(props, PW_KEY_NODE_NAME, name);
         pw_properties_set(props, PW_KEY_NODE_DESCRIPTION, description);
+        pw_properties_set(props, PW_KEY_APP_NAME, "Head unit");
         pw_properties_set(props, PW_KEY_MEDIA_TYPE, "Audio");
         pw_properties_set(props, PW_KEY_NODE_GROUP, group.c_str());
         pw_properties_set(props, "node.link-group", group.c_str());
@@ -314,7 +279,8 @@ void PipeWireOutput::Private::makeStreams(double serverRate)
 
     pw_properties* const streamProps = common("headunit-output", "Head unit output");
     pw_properties_set(streamProps, PW_KEY_MEDIA_CATEGORY, "Playback");
-    pw_properties_set(streamProps, PW_KEY_MEDIA_ROLE, "Music");
+    // No media role: session managers keep volume and target of all streams of one role together, so a player
+    // that is sent to the unit would send the unit to itself.
     // What a device lacks is folded here, so the session manager links channels of the same name.
     pw_properties_set(streamProps, PW_KEY_STREAM_DONT_REMIX, "true");
     stream = pw_stream_new(core, "Head unit output", streamProps);
@@ -330,7 +296,7 @@ void PipeWireOutput::Private::makeStreams(double serverRate)
     const spa_pod* format = audioFormat(serverRate, 2, buffer, sizeof buffer);
     int result = pw_stream_connect(sink, PW_DIRECTION_INPUT, PW_ID_ANY, pw_stream_flags(flags), &format, 1);
     if (result >= 0) {
-        format = audioFormat(serverRate, playChannels, buffer, sizeof buffer);
+        format = audioFormat(serverRate, SpeakerFeed::ChannelCount, buffer, sizeof buffer);
         result = pw_stream_connect(stream, PW_DIRECTION_OUTPUT, PW_ID_ANY,
                                    pw_stream_flags(flags | PW_STREAM_FLAG_AUTOCONNECT), &format, 1);
     }
@@ -370,19 +336,14 @@ void PipeWireOutput::Private::lookAtLinks()
 {
     if (!stream)
         return;
-    const std::uint32_t node = pw_stream_get_node_id(stream);
-    bool rearLeft = false, rearRight = false, low = false, any = false;
-    for (const auto& link : links) {
-        const auto port = ports.find(link.second);
-        if (port == ports.end() || port->second.node != node)
-            continue;
-        any = true;
-        rearLeft |= port->second.channel == "RL";
-        rearRight |= port->second.channel == "RR";
-        low |= port->second.channel == "LFE";
-    }
-    linked = any;
-    wide = rearLeft && rearRight && low;
+    const GraphWatch::Linked now = watch.linked(pw_stream_get_node_id(stream));
+    linked = now.any;
+    if (now.any)
+        saidNoDevice = false;
+    if (now.rearLeft && now.rearRight && now.low)
+        speakers.setLayout(SpeakerFeed::Layout::Surround);
+    else
+        speakers.setLayout(now.left != now.right ? SpeakerFeed::Layout::Mono : SpeakerFeed::Layout::Stereo);
 }
 
 void PipeWireOutput::Private::comesIn() noexcept
@@ -395,8 +356,8 @@ void PipeWireOutput::Private::comesIn() noexcept
             const std::uint32_t offset = std::min(chunk->offset, buffer->datas[0].maxsize);
             const std::uint32_t size = std::min(chunk->size, buffer->datas[0].maxsize - offset);
             const std::uint32_t start = offset / sizeof(float);
-            bridge.push(cycle(sinkPosition), left + start, right ? right + start : left + start,
-                        int(size / sizeof(float)));
+            speakers.push(cycle(sinkPosition), left + start, right ? right + start : left + start,
+                          int(size / sizeof(float)));
         }
         pw_stream_queue_buffer(sink, held);
     }
@@ -408,72 +369,18 @@ void PipeWireOutput::Private::goesOut() noexcept
     if (!held)
         return;
     spa_buffer* const buffer = held->buffer;
-    float* channels[playChannels] = {};
-    for (int i = 0; i < playChannels; ++i)
+    float* channels[SpeakerFeed::ChannelCount] = {};
+    for (int i = 0; i < SpeakerFeed::ChannelCount; ++i)
         channels[i] = samplesOf(buffer, std::uint32_t(i));
     std::uint64_t frames = buffer->n_datas > 0 ? buffer->datas[0].maxsize / sizeof(float) : 0;
     frames = held->requested > 0 ? std::min(frames, held->requested) : std::min<std::uint64_t>(frames, 1024);
-    bridge.begin(cycle(streamPosition), int(frames));
-    fill(channels, int(frames));
+    speakers.fill(cycle(streamPosition), channels, int(frames));
     for (std::uint32_t i = 0; i < buffer->n_datas; ++i) {
         buffer->datas[i].chunk->offset = 0;
         buffer->datas[i].chunk->stride = sizeof(float);
         buffer->datas[i].chunk->size = std::uint32_t(frames * sizeof(float));
     }
     pw_stream_queue_buffer(stream, held);
-}
-
-void PipeWireOutput::Private::fill(float* const channels[playChannels], int frames) noexcept
-{
-    for (int done = 0; done < frames;) {
-        const int count = std::min(frames - done, pieceFrames);
-        const bool any = bridge.pull(input[0], input[1], count);
-        const float* const in[2] = {any ? input[0] : nullptr, any ? input[1] : nullptr};
-        float* out[dsp::speakerCount];
-        for (int i = 0; i < dsp::speakerCount; ++i)
-            out[i] = speakers[i];
-        feed->pull(in, out, count);
-
-        const float aim = wide.load(std::memory_order_relaxed) ? 0.0f : 1.0f;
-        const bool steady = folded == aim;
-        float foldedSides[2][pieceFrames];
-        if (!steady || folded == 1) {
-            float* const sides[2] = {foldedSides[0], foldedSides[1]};
-            dsp::foldToStereo(out, sides, count);
-        }
-        const float from = folded;
-        const float step = aim > from ? foldStep : -foldStep;
-        for (int i = 0; i < playChannels; ++i) {
-            if (!channels[i])
-                continue;
-            float* const to = channels[i] + done;
-            const int speaker = places[i].speaker;
-            if (speaker < 0) {
-                std::fill(to, to + count, 0.0f);
-                continue;
-            }
-            const float* const own = out[speaker];
-            const float* const sides = speaker == dsp::FrontLeft    ? foldedSides[0]
-                                       : speaker == dsp::FrontRight ? foldedSides[1]
-                                                                    : nullptr;
-            if (steady && folded == 0) {
-                std::copy(own, own + count, to);
-            } else if (steady) {
-                if (sides)
-                    std::copy(sides, sides + count, to);
-                else
-                    std::fill(to, to + count, 0.0f);
-            } else {
-                for (int n = 0; n < count; ++n) {
-                    const float share = smoothStep(std::clamp(from + step * float(n), 0.0f, 1.0f));
-                    to[n] = own[n] * (1 - share) + (sides ? sides[n] * share : 0.0f);
-                }
-            }
-        }
-        if (!steady)
-            folded = std::clamp(from + step * float(count), 0.0f, 1.0f);
-        done += count;
-    }
 }
 
 PipeWireOutput::PipeWireOutput(Log log, bool wait)
@@ -500,8 +407,10 @@ bool PipeWireOutput::start(Feed& feed, std::string& error)
     pw_loop* const loop = d->loop ? pw_thread_loop_get_loop(d->loop) : nullptr;
     // This configuration lets the audio thread have real-time priority where the system allows it.
     if (loop)
-        d->context =
-            pw_context_new(loop, pw_properties_new(PW_KEY_CONFIG_NAME, "client-rt.conf", nullptr), 0);
+        d->context = pw_context_new(
+            loop,
+            pw_properties_new(PW_KEY_CONFIG_NAME, "client-rt.conf", PW_KEY_APP_NAME, "Head unit", nullptr),
+            0);
     if (!d->context || pw_thread_loop_start(d->loop) < 0) {
         error = std::string("PipeWire's library doesn't start: ") + std::strerror(errno);
         stop();
@@ -510,7 +419,7 @@ bool PipeWireOutput::start(Feed& feed, std::string& error)
     pw_thread_loop_lock(d->loop);
     d->pause = firstPause;
     d->lost = false;
-    d->saidLost = false;
+    d->saidLost = d->saidNoDevice = false;
     d->timer = pw_loop_add_timer(
         loop,
         [](void* self, std::uint64_t) {
@@ -565,7 +474,15 @@ std::string PipeWireOutput::status() const
     std::string text = "PipeWire, " + std::to_string(d->rate) + " Hz, ";
     if (!d->linked)
         return text + "no device";
-    return text + (d->wide ? "5.1" : "stereo");
+    switch (d->speakers.layout()) {
+    case SpeakerFeed::Layout::Surround:
+        return text + "5.1";
+    case SpeakerFeed::Layout::Mono:
+        return text + "mono";
+    case SpeakerFeed::Layout::Stereo:
+        break;
+    }
+    return text + "stereo";
 }
 
 } // namespace hvaudio

@@ -1,0 +1,53 @@
+#pragma once
+
+#include <spa/utils/hook.h>
+
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <string>
+
+struct pw_core;
+struct pw_registry;
+struct spa_dict;
+
+namespace hvaudio {
+
+/// Watches a PipeWire graph for what the links of one node are, and for its session manager. All calls, and
+/// all that it calls, are on the loop's thread or on another one that has locked the loop.
+class GraphWatch
+{
+public:
+    /// Called on every change of a link, and when the session manager has gone.
+    GraphWatch(std::function<void()> linksChanged, std::function<void()> managerGone);
+    ~GraphWatch();
+
+    void start(pw_core* core);
+    /// Before the core is disconnected. Forgets all. Calling it twice is harmless.
+    void stop();
+
+    /// Which output channels of a node, say "FL", have a link.
+    struct Linked
+    {
+        bool left = false, right = false, rearLeft = false, rearRight = false, low = false, any = false;
+    };
+    Linked linked(std::uint32_t node) const;
+
+private:
+    void appears(std::uint32_t id, const char* type, const spa_dict* props);
+    void goes(std::uint32_t id);
+
+    struct Port
+    {
+        std::uint32_t node;
+        std::string channel;
+    };
+    const std::function<void()> linksChanged_, managerGone_;
+    pw_registry* registry_ = nullptr;
+    spa_hook hook_ = {};
+    std::map<std::uint32_t, Port> ports_;          ///< all output ports of the graph
+    std::map<std::uint32_t, std::uint32_t> links_; ///< link to output port
+    std::uint32_t defaults_;                       ///< the session manager's table of default devices
+};
+
+} // namespace hvaudio
