@@ -3,6 +3,7 @@
 #include <QElapsedTimer>
 #include <QFile>
 #include <QProcess>
+#include <QProcessEnvironment>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -12,41 +13,69 @@
 #include <functional>
 #include <vector>
 
-/// A PipeWire daemon of the test's own: runtime folder, configuration and graph are private, no session bus
-/// and no session manager take part, and links are made by name. It has a stereo sink "test-sink" and one of
-/// five channels, "out-sink". While it lives the environment of this process points to it.
+/// A PipeWire daemon of the test's own: runtime folder, configuration and graph are private, and no session
+/// bus takes part. Without a session manager links are made by name, and there is a stereo sink "test-sink"
+/// and one of five channels, "out-sink". With one the devices are `Device`s. While it lives the environment
+/// of this process points to it.
 class PrivatePipeWire
 {
 public:
     /// Frames of one cycle of the graph. Long, so that a busy machine keeps up.
     static constexpr int quantum = 2048;
 
-    explicit PrivatePipeWire(const QString& configuration)
+    enum Session {
+        Unmanaged,
+        Managed, ///< by WirePlumber, configured as it comes but for this machine's hardware
+    };
+    explicit PrivatePipeWire(const QString& configuration, Session session = Unmanaged)
+        : session_(session)
     {
+        if (session == Unmanaged)
+            qputenv("PIPEWIRE_PROPS", "{ adapter.auto-port-config = { mode = dsp } }");
+        else
+            qunsetenv("PIPEWIRE_PROPS");
         qputenv("XDG_RUNTIME_DIR", QFile::encodeName(folder_.path()));
         qputenv("PIPEWIRE_CONFIG_DIR", QFile::encodeName(configuration));
         qunsetenv("DBUS_SESSION_BUS_ADDRESS");
         qputenv("PIPEWIRE_LATENCY", QByteArray::number(quantum) + "/48000");
         qunsetenv("PIPEWIRE_REMOTE");
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert(QStringLiteral("XDG_CONFIG_HOME"), configuration);
+        environment.insert(QStringLiteral("XDG_STATE_HOME"), folder_.filePath("state"));
+        environment.remove(QStringLiteral("PIPEWIRE_LATENCY"));
+        manager_.setProcessEnvironment(environment);
         QFile::setPermissions(folder_.path(), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
     }
-    ~PrivatePipeWire() { end(SIGTERM); }
+    ~PrivatePipeWire()
+    {
+        end(manager_, SIGTERM);
+        end(SIGTERM);
+    }
 
-    /// True when the daemon's own sinks are there.
+    /// True when the daemon's own sinks are there, or the session manager is.
     bool start()
     {
         daemon_.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-        daemon_.start(QStringLiteral("pipewire"), QStringList());
-        return daemon_.waitForStarted() && waitForPorts({"out-sink:playback_LFE", "test-sink:playback_FR"});
+        if (session_ == Unmanaged) {
+            daemon_.start(QStringLiteral("pipewire"), QStringList());
+            return daemon_.waitForStarted() &&
+                   waitForPorts({"out-sink:playback_LFE", "test-sink:playback_FR"});
+        }
+        daemon_.start(QStringLiteral("pipewire"), {"-c", "session.conf"});
+        return daemon_.waitForStarted() && waitFor([this] { return QFile::exists(path("pipewire-0")); }) &&
+               startManager();
+    }
+    bool startManager()
+    {
+        manager_.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        manager_.start(QStringLiteral("wireplumber"), QStringList());
+        return manager_.waitForStarted() && waitFor([] {
+                   return output(QStringLiteral("pw-cli"), {"ls", "Metadata"}).contains("\"default\"");
+               });
     }
     /// Any signal; waits for the end.
-    void end(int signal)
-    {
-        if (daemon_.state() == QProcess::NotRunning)
-            return;
-        ::kill(pid_t(daemon_.processId()), signal);
-        daemon_.waitForFinished(5000);
-    }
+    void end(int signal) { end(daemon_, signal); }
+    void endManager(int signal) { end(manager_, signal); }
 
     QString path(const QString& name) const { return folder_.filePath(name); }
 
@@ -54,7 +83,10 @@ public:
     {
         QProcess process;
         process.start(program, arguments);
-        process.waitForFinished(10000);
+        if (!process.waitForFinished(10000)) {
+            process.kill();
+            process.waitForFinished();
+        }
         return QString::fromUtf8(process.readAllStandardOutput());
     }
     /// All ports, or all links as "from -> to", one a line.
@@ -102,8 +134,71 @@ public:
     }
 
 private:
+    static void end(QProcess& process, int signal)
+    {
+        if (process.state() == QProcess::NotRunning)
+            return;
+        ::kill(pid_t(process.processId()), signal);
+        process.waitForFinished(5000);
+    }
+
+    const Session session_;
     QTemporaryDir folder_;
-    QProcess daemon_;
+    QProcess daemon_, manager_;
+};
+
+/// A null sink in a managed graph, plugged in as long as the object lives.
+class Device
+{
+public:
+    Device(const QString& name, const QStringList& channels)
+        : name_(name)
+        , channels_(channels)
+    {
+        plug();
+    }
+    ~Device() { unplug(); }
+    /// True when it has its ports, which the session manager gives it.
+    bool plug()
+    {
+        QStringList ports;
+        for (const QString& channel : channels_)
+            ports << name_ + QLatin1String(":playback_") + channel;
+        // The tool sometimes hangs before it sends.
+        for (int attempt = 0; attempt < 3; ++attempt) {
+            unplug();
+            process_.start(QStringLiteral("pw-cli"), QStringList());
+            process_.write(QStringLiteral("create-node adapter { factory.name = support.null-audio-sink "
+                                          "node.name = %1 media.class = Audio/Sink "
+                                          "audio.position = [ %2 ] monitor.channel-volumes = true }\n")
+                               .arg(name_, channels_.join(' '))
+                               .toUtf8());
+            if (process_.waitForStarted() && PrivatePipeWire::waitForPorts(ports, 5000))
+                return true;
+        }
+        return false;
+    }
+    void unplug()
+    {
+        process_.kill();
+        process_.waitForFinished(5000);
+    }
+    bool makeDefault() const { return makeDefault(name_); }
+    static bool makeDefault(const QString& name)
+    {
+        return PrivatePipeWire::waitFor([&] {
+            PrivatePipeWire::output(QStringLiteral("pw-metadata"),
+                                    {"0", "default.configured.audio.sink",
+                                     QStringLiteral("{ \"name\": \"%1\" }").arg(name), "Spa:String:JSON"});
+            return PrivatePipeWire::output(QStringLiteral("pw-metadata"), {"0", "default.audio.sink"})
+                .contains('"' + name + '"');
+        });
+    }
+
+private:
+    const QString name_;
+    const QStringList channels_;
+    QProcess process_;
 };
 
 /// pw-cat that records as the node "rec" until it is stopped; ends by itself after a minute.

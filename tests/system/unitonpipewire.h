@@ -88,14 +88,12 @@ struct Heard
     std::size_t start = 0; ///< of the clean piece; 0: there is none
 };
 
-/// Plays the tones into the unit and records what the sink gets. Once more, five times at most, when a busy
+/// Plays a file of tones by `play` and records what the sink gets. Once more, five times at most, when a busy
 /// machine let neither player nor recorder have an undisturbed half second.
-inline Heard hearTones(PrivatePipeWire& server, const QString& sink, const QStringList& channels)
+inline Heard hear(PrivatePipeWire& server, const QString& sink, const QStringList& channels,
+                  const std::function<bool()>& play)
 {
     Heard heard;
-    const QString tones = server.path("tones.wav");
-    if (!writeTones(tones, 3))
-        return heard;
     for (int attempt = 0; attempt < 5 && heard.start == 0; ++attempt) {
         Recording recording(server.path("rec.wav"), channels);
         if (!recording.ready())
@@ -103,12 +101,21 @@ inline Heard hearTones(PrivatePipeWire& server, const QString& sink, const QStri
         for (const QString& channel : channels)
             if (!PrivatePipeWire::link(sink + ":monitor_" + channel, "rec:input_" + channel))
                 return heard;
-        if (!playIntoUnit(tones))
+        if (!play())
             return heard;
         heard.channels = recording.stop();
         heard.start = cleanPiece(heard.channels[0]);
     }
     return heard;
+}
+
+/// All tones, linked into the unit by hand.
+inline Heard hearTones(PrivatePipeWire& server, const QString& sink, const QStringList& channels)
+{
+    const QString tones = server.path("tones.wav");
+    if (!writeTones(tones, 3))
+        return {};
+    return hear(server, sink, channels, [&] { return playIntoUnit(tones); });
 }
 
 } // namespace unitonpipewire
