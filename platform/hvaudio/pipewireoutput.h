@@ -12,12 +12,14 @@ namespace hvaudio {
 ///
 /// The sink is one that any player can choose. The stream has the channels FL FR FC LFE RL RR; FC is silent,
 /// LFE is the subwoofer. When the device takes the rear pair and LFE, each speaker goes to its channel;
-/// otherwise all five are folded to FL and FR (fold.h), changing over in 10 ms. The rate is the server's.
+/// otherwise all five are folded to FL and FR (fold.h), for a mono device both sides to one, changing over in
+/// 10 ms. The rate is the server's.
 ///
 /// The feed is pulled by the server's own cycle, on the one thread that PipeWire runs for this process's
 /// nodes; connecting, and waiting for a server that has gone, happen on a control thread, with pauses that
 /// grow from 0.1 s to 5 s. When the device goes, the session manager moves the stream; without a device
-/// nothing is pulled. The latency of the feed is added to what either side reports to the other.
+/// nothing is pulled, and the sink stays. When the session manager itself goes, both nodes are made anew for
+/// the next one. The latency of the feed is added to what either side reports to the other.
 ///
 /// Session-manager-free graphs: PIPEWIRE_PROPS and the `stream.properties` of the client's configuration are
 /// heeded, so `adapter.auto-port-config = { mode = dsp }` gives the ports that a session manager would.
