@@ -13,6 +13,13 @@
 #include <functional>
 #include <vector>
 
+/// Starts a program that ends with this process, however that ends.
+inline void startTied(QProcess& process, const QString& program, const QStringList& arguments)
+{
+    process.start(QStringLiteral("setpriv"),
+                  QStringList{QStringLiteral("--pdeathsig"), QStringLiteral("TERM"), program} + arguments);
+}
+
 /// A PipeWire daemon of the test's own: runtime folder, configuration and graph are private, and no session
 /// bus takes part. Without a session manager links are made by name, and there is a stereo sink "test-sink"
 /// and one of five channels, "out-sink". With one the devices are `Device`s. While it lives the environment
@@ -57,18 +64,18 @@ public:
     {
         daemon_.setProcessChannelMode(QProcess::ForwardedErrorChannel);
         if (session_ == Unmanaged) {
-            daemon_.start(QStringLiteral("pipewire"), QStringList());
+            startTied(daemon_, QStringLiteral("pipewire"), {});
             return daemon_.waitForStarted() &&
                    waitForPorts({"out-sink:playback_LFE", "test-sink:playback_FR"});
         }
-        daemon_.start(QStringLiteral("pipewire"), {"-c", "session.conf"});
+        startTied(daemon_, QStringLiteral("pipewire"), {"-c", "session.conf"});
         return daemon_.waitForStarted() && waitFor([this] { return QFile::exists(path("pipewire-0")); }) &&
                startManager();
     }
     bool startManager()
     {
         manager_.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-        manager_.start(QStringLiteral("wireplumber"), QStringList());
+        startTied(manager_, QStringLiteral("wireplumber"), {});
         return manager_.waitForStarted() && waitFor([] {
                    return output(QStringLiteral("pw-cli"), {"ls", "Metadata"}).contains("\"default\"");
                });
@@ -167,7 +174,7 @@ public:
         // The tool sometimes hangs before it sends.
         for (int attempt = 0; attempt < 3; ++attempt) {
             unplug();
-            process_.start(QStringLiteral("pw-cli"), QStringList());
+            startTied(process_, QStringLiteral("pw-cli"), {});
             process_.write(QStringLiteral("create-node adapter { factory.name = support.null-audio-sink "
                                           "node.name = %1 media.class = Audio/Sink "
                                           "audio.position = [ %2 ] monitor.channel-volumes = true }\n")
@@ -209,10 +216,10 @@ public:
         : path_(path)
         , channels_(channels)
     {
-        process_.start(QStringLiteral("timeout"),
-                       {"--signal=INT", "60", "pw-cat", "-r", "--target", "0", "--latency", "256",
-                        "--channels", QString::number(channels.size()), "--channel-map", channels.join(','),
-                        "--rate", "48000", "--format", "f32", "-P", "{ node.name = rec }", path});
+        startTied(process_, QStringLiteral("timeout"),
+                  {"--signal=INT", "60", "pw-cat", "-r", "--target", "0", "--latency", "256", "--channels",
+                   QString::number(channels.size()), "--channel-map", channels.join(','), "--rate", "48000",
+                   "--format", "f32", "-P", "{ node.name = rec }", path});
         QStringList ports;
         for (const QString& channel : channels)
             ports << QLatin1String("rec:input_") + channel;

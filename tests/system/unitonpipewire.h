@@ -63,7 +63,7 @@ inline std::size_t cleanPiece(const std::vector<float>& signal)
 inline bool playIntoUnit(const QString& path, const QStringList& alsoTo = {})
 {
     QProcess cat;
-    cat.start("pw-cat", {"-p", "--target", "0", "-P", "{ node.name = player }", path});
+    startTied(cat, "pw-cat", {"-p", "--target", "0", "-P", "{ node.name = player }", path});
     if (!PrivatePipeWire::waitForPorts({"player:output_FL", "player:output_FR"}))
         return false;
     for (const QString& port : alsoTo)

@@ -137,7 +137,7 @@ Heard TestPipeWireSession::hearFrom(const QString& sink, const QStringList& chan
         QStringList arguments = {"-p"};
         if (!target.isEmpty())
             arguments << "--target" << target;
-        cat.start("pw-cat", arguments << server->path("sides.wav"));
+        startTied(cat, "pw-cat", arguments << server->path("sides.wav"));
         const bool ended = cat.waitForFinished(20000);
         if (!ended) {
             cat.kill();
