@@ -3,6 +3,7 @@
 #include "hvaudio/inputbridge.h"
 #include "hvaudio/output.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cstdint>
 
