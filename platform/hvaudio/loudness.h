@@ -9,13 +9,14 @@ namespace hvaudio::dsp {
 double equalLoudnessLevel(double hz, double phon);
 
 /// Lift in dB that a tone needs against 1 kHz when the music is turned down to `mainDb` (0 or less). At 0 dB
-/// the listener is taken to hear 80 phon; below 40 phon the cabin's noise masks what more lift would bring
-/// back, so the lift stays where it is there.
+/// the listener is taken to hear 80 phon, so that the lowest volume, -58.8 dB, is at 21 phon, just above the
+/// 20 phon where the contours begin: the lift grows over the whole knob. Below -60 dB it stays as it is. No
+/// frequency's lift grows faster than the volume falls, so nothing ever gets louder on the way down.
 double loudnessLift(double hz, double mainDb);
 
 /// The lift as three high shelves and a factor: a bass lift is a cut of all above it and gain, which keeps
-/// every section at 0 dB for low frequencies as the inner loop wants it. The contour is followed within 0.5
-/// dB between 31.5 Hz and 12.5 kHz.
+/// every section at 0 dB for low frequencies as the inner loop wants it. The contour is followed within 0.75
+/// dB between 20 Hz and 12.5 kHz at every volume.
 struct LoudnessSections
 {
     std::array<Section, 3> sections;

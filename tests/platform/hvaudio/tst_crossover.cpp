@@ -281,12 +281,15 @@ void TestCrossover::runningCoefficientsTellTheMeasuredResponse()
     }
     s.subwoofer = {4, 5, 2, true, 1.23};
     Rig rig(s, rate);
-    const Speakers out = rig.play(impulse(int(rate)));
+    // Loud enough that what is left at -140 dBFS, where the chain counts as rung out, is nothing beside it.
+    Signal in = impulse(int(rate));
+    in[0] *= 100;
+    const Speakers out = rig.play(in);
     for (int i = 0; i < speakerCount; ++i)
         for (double hz = 25; hz < 18000; hz *= 1.3) {
             const std::complex<double> latency = std::polar(1.0, -2 * pi * hz / rate * rig.latency());
             const std::complex<double> told = rig.engine.response(Speaker(i), hz) * latency;
-            const std::complex<double> measured = spectrum(out[i], hz, rate) / double(impulseLevel);
+            const std::complex<double> measured = spectrum(out[i], hz, rate) / double(in[0]);
             if (std::abs(told) < 1e-4)
                 continue; // deep in the stop band
             QVERIFY2(std::abs(told - measured) < 1e-3 * std::abs(told),

@@ -80,6 +80,16 @@ void TestNoClick::anyChangeIsSmooth_data()
         },
         [](Settings& s) { s.loudness = false; });
     rowFrom(
+        "loudness on at the lowest volume", [](Settings& s) { s.mainVolume = 1; },
+        [](Settings& s) { s.loudness = true; });
+    rowFrom(
+        "volume from the lowest with loudness",
+        [](Settings& s) {
+            s.mainVolume = 1;
+            s.loudness = true;
+        },
+        [](Settings& s) { s.mainVolume = 50; });
+    rowFrom(
         "volume with loudness",
         [](Settings& s) {
             s.mainVolume = 10;

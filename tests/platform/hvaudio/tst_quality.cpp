@@ -90,6 +90,10 @@ void TestQuality::errorIsHundredDecibelsBelowTheSignal_data()
         QTest::addRow("%s, 48000, pink noise through the steepest curve", p.name)
             << int(p.path) << 48000.0 << 2 << 0.0;
         QTest::addRow("%s, 48000, lowest crossovers", p.name) << int(p.path) << 48000.0 << 3 << 32.0;
+        // Where loudness does most.
+        for (double hz : {0.0, 32.0, 200.0, 1000.0, 8000.0})
+            QTest::addRow("%s, 48000, lowest volume, %s %g Hz", p.name, hz > 0 ? "sine" : "pink noise", hz)
+                << int(p.path) << 48000.0 << 4 << hz;
     }
 }
 
@@ -108,6 +112,8 @@ void TestQuality::errorIsHundredDecibelsBelowTheSignal()
             speaker.highPass = {1, 3};
         s.subwoofer.filter = 2;
     }
+    if (kind == 4)
+        s.mainVolume = 1;
     const int frames = int(rate);
     const Signal left = hz > 0 ? sine(hz, 0.1, frames, rate) : pinkNoise(0.1, frames, 7);
     const Signal right = hz > 0 ? left : pinkNoise(0.1, frames, 8);
