@@ -269,7 +269,7 @@ void Chain::processPiece(const Block& block, int start, int frames, Meters& mete
     float* out[speakerCount];
     for (int i = 0; i < speakerCount; ++i)
         out[i] = block.out[i] ? block.out[i] + start : nullptr;
-    const float gain = limiter_.process(out, frames, largest, peak);
+    const float gain = limiter_.process(out, frames, offset_, largest, peak);
     for (int i = 0; i < speakerCount; ++i)
         meters.peak[i] = std::max(meters.peak[i], peak[i]);
     meters.gain = std::min(meters.gain, gain);

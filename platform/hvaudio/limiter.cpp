@@ -1,12 +1,13 @@
 #include "hvaudio/limiter.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace hvaudio::dsp {
 
 namespace {
 
-constexpr double meanSeconds = 0.0013, holdSeconds = 0.010, recoverySeconds = 0.15;
+constexpr double meanSeconds = 0.001, holdSeconds = 0.010, recoverySeconds = 0.15;
 /// Where the way up ends in exactly 1.
 constexpr float nearlyOne = 0.9999f;
 
@@ -18,54 +19,48 @@ int nextPowerOfTwo(double atLeast)
     return n;
 }
 
-} // namespace
-
-void Limiter::Mean::reset(int length)
+/// One speaker; returns the largest sample.
+float applyGain(const float* from, const float* gain, float* to, int frames) noexcept
 {
-    ring.assign(length, 1.0f);
-    sum = length;
-    at = 0;
-}
-
-float Limiter::Mean::add(float value) noexcept
-{
-    const int length = int(ring.size());
-    sum += double(value) - ring[at];
-    ring[at] = value;
-    if (++at == length) {
-        // Summed anew once a round, so that rounding can't pile up over hours.
-        at = 0;
-        sum = 0;
-        for (float v : ring)
-            sum += v;
+    constexpr float ceiling = Limiter::ceiling;
+    float top = 0;
+    for (int n = 0; n < frames; ++n) {
+        float x = from[n] * gain[n];
+        x = x > ceiling ? ceiling : x;
+        x = x < -ceiling ? -ceiling : x;
+        const float size = x < 0 ? -x : x;
+        top = size > top ? size : top;
+        to[n] = x;
     }
-    return float(sum / length);
+    return top;
 }
+
+} // namespace
 
 void Limiter::prepare(double rate)
 {
-    mean_ = nextPowerOfTwo(rate * meanSeconds * 0.75);
-    window_ = 2 * mean_ - 1 + int(rate * holdSeconds);
-    recovery_ = float(1 - std::exp(-1 / (rate * recoverySeconds)));
+    // A power of two, so that the weights are exact and a row of ones gives exactly 1.
+    mean_ = nextPowerOfTwo(rate * meanSeconds / gridFrames);
+    window_ = 2 * mean_ + int(std::ceil(rate * holdSeconds / gridFrames));
+    recovery_ = float(1 - std::exp(-gridFrames / (rate * recoverySeconds)));
     history_.prepare(speakerCount, latencyFrames());
     needs_.assign(nextPowerOfTwo(window_ + 1), Need{});
-    for (Mean& mean : means_)
-        mean.reset(mean_);
+    slow_.assign(2 * mean_ - 1, 1.0f);
+    weights_.resize(slow_.size());
+    for (int i = 0; i < 2 * mean_ - 1; ++i)
+        weights_[i] = float(std::min(i + 1, 2 * mean_ - 1 - i)) / float(mean_ * mean_);
     clear();
 }
 
 void Limiter::clear() noexcept
 {
     history_.clear();
-    first_ = last_ = frame_ = 0;
-    slow_ = 1;
-    ones_ = 0;
+    first_ = last_ = cell_ = 0;
+    largest_ = 0;
+    std::fill(slow_.begin(), slow_.end(), 1.0f);
+    from_ = to_ = 1;
+    ones_ = int(slow_.size());
     working_ = false;
-    for (Mean& mean : means_) {
-        std::fill(mean.ring.begin(), mean.ring.end(), 1.0f);
-        mean.sum = mean_;
-        mean.at = 0;
-    }
 }
 
 float* const* Limiter::room() noexcept
@@ -75,64 +70,79 @@ float* const* Limiter::room() noexcept
     return room_;
 }
 
-float Limiter::nextGain(float needed) noexcept
+/// At a grid point: takes up what the cell before it needs and aims at the gain of the next point.
+void Limiter::nextCell() noexcept
 {
     const long long mask = (long long)(needs_.size()) - 1;
-    while (first_ != last_ && needs_[first_ & mask].frame <= frame_ - window_)
+    while (first_ != last_ && needs_[first_ & mask].cell < cell_ - window_)
         ++first_;
-    if (needed < 1) {
+    if (largest_ > ceiling) {
+        // A hair below the ceiling, so that the product's rounding stays below it too.
+        const float needed = ceiling * 0.9999999f / largest_;
         while (first_ != last_ && needs_[(last_ - 1) & mask].gain >= needed)
             --last_;
-        needs_[last_++ & mask] = {frame_, needed};
+        needs_[last_++ & mask] = {cell_ - 1, needed};
     }
-    const float smallest = first_ != last_ ? needs_[first_ & mask].gain : 1.0f;
-    slow_ += recovery_ * (1 - slow_);
-    if (slow_ > nearlyOne)
-        slow_ = 1;
-    if (slow_ > smallest)
-        slow_ = smallest;
-    ++frame_;
-    ones_ = slow_ == 1 ? ones_ + 1 : 0;
-    const float gain = means_[1].add(means_[0].add(slow_));
-    working_ = first_ != last_ || ones_ < 2 * mean_;
-    if (!working_)
-        for (Mean& mean : means_)
-            mean.sum = mean_; // all ones: whatever rounding left goes
-    return gain;
+    largest_ = 0;
+    ++cell_;
+
+    float slow = slow_.back();
+    slow += recovery_ * (1 - slow);
+    if (slow > nearlyOne)
+        slow = 1;
+    if (first_ != last_)
+        slow = std::min(slow, needs_[first_ & mask].gain);
+    std::copy(slow_.begin() + 1, slow_.end(), slow_.begin());
+    slow_.back() = slow;
+
+    float mean = 0;
+    for (size_t i = 0; i < slow_.size(); ++i)
+        mean += weights_[i] * slow_[i];
+    from_ = to_;
+    to_ = mean;
+    ones_ = slow == 1 ? ones_ + 1 : 0;
 }
 
-float Limiter::process(float* const out[speakerCount], int frames, const float* frame,
+/// The gain of each frame; returns the smallest.
+float Limiter::fillGain(float* gain, int frames, int offset, const float* frame) noexcept
+{
+    float smallest = 1;
+    for (int done = 0; done < frames;) {
+        if (offset == 0)
+            nextCell();
+        const int count = std::min(frames - done, gridFrames - offset);
+        const float step = (to_ - from_) * (1.0f / gridFrames);
+        float largest = largest_;
+        for (int n = 0; n < count; ++n) {
+            const float size = frame[done + n];
+            largest = size > largest ? size : largest;
+            gain[done + n] = from_ + step * float(offset + n);
+        }
+        largest_ = largest;
+        smallest = std::min({smallest, gain[done], gain[done + count - 1]});
+        done += count;
+        offset = (offset + count) % gridFrames;
+    }
+    // The line has arrived at 1 as well when one more cell than the mean sees has been at 1.
+    working_ = first_ != last_ || largest_ > ceiling || ones_ <= int(slow_.size());
+    return smallest;
+}
+
+float Limiter::process(float* const out[speakerCount], int frames, int offset, const float* frame,
                        float peak[speakerCount]) noexcept
 {
-    float largest = 0;
-    for (int i = 0; i < speakerCount; ++i)
-        largest = peak[i] > largest ? peak[i] : largest;
-
     const int late = latencyFrames();
+    const float largest = *std::max_element(peak, peak + speakerCount);
     float smallest = 1;
     if (!working_ && largest <= ceiling) {
         for (int i = 0; i < speakerCount; ++i)
             if (out[i])
-                std::memcpy(out[i], history_.before(i, late), frames * sizeof(float));
+                std::memcpy(out[i], history_.before(i, late), size_t(frames) * sizeof(float));
     } else {
-        float gain[pieceFrames];
-        for (int n = 0; n < frames; ++n) {
-            // A hair below the ceiling, so that the product's rounding stays below it too.
-            gain[n] = nextGain(frame[n] > ceiling ? ceiling * 0.9999999f / frame[n] : 1.0f);
-            smallest = gain[n] < smallest ? gain[n] : smallest;
-        }
-        for (int i = 0; i < speakerCount; ++i) {
-            const float* from = history_.before(i, late);
-            float top = 0;
-            for (int n = 0; n < frames; ++n) {
-                float x = from[n] * gain[n];
-                x = x > ceiling ? ceiling : x < -ceiling ? -ceiling : x;
-                top = x > top ? x : -x > top ? -x : top;
-                if (out[i])
-                    out[i][n] = x;
-            }
-            peak[i] = top;
-        }
+        alignas(64) float gain[pieceFrames], unwanted[pieceFrames];
+        smallest = fillGain(gain, frames, offset, frame);
+        for (int i = 0; i < speakerCount; ++i)
+            peak[i] = applyGain(history_.before(i, late), gain, out[i] ? out[i] : unwanted, frames);
     }
     history_.advance(frames);
     return smallest;

@@ -21,6 +21,11 @@ private slots:
     void soundComesBackAfterNotANumber();
     void belowTheCeilingNothingIsTouched();
     void gainIsDownBeforeThePeakAndComesBack();
+    void everyPeakIsLoweredInTimeAndNeverCut_data();
+    void everyPeakIsLoweredInTimeAndNeverCut();
+    void gainEndsAtExactlyOne();
+    void limitedSoundDoesNotDependOnTheBlockSize_data();
+    void limitedSoundDoesNotDependOnTheBlockSize();
     void oneLoudSpeakerLowersAllAlike();
     void steadyToneStaysClean();
     void metersTellPeakAndReduction();
@@ -185,6 +190,113 @@ void TestLimiter::gainIsDownBeforeThePeakAndComesBack()
             4);
     const Signal tail(out.end() - 4800, out.end());
     QVERIFY(std::abs(peak(tail) - 0.5f) < 0.001f);
+}
+
+/// Runs a limiter on its own: `loud` on one speaker, and on another a level that tells the gain of each
+/// frame.
+static Signal gainsOf(Limiter& limiter, const Signal& loud, int pieceOf = pieceFrames)
+{
+    constexpr float level = 0.25f;
+    Signal gains(loud.size());
+    for (size_t done = 0; done < loud.size();) {
+        const int frames = int(std::min(size_t(pieceOf), loud.size() - done));
+        float frame[pieceFrames], top = 0;
+        float* const* const room = limiter.room();
+        for (int i = 0; i < speakerCount; ++i)
+            std::fill(room[i], room[i] + frames, level);
+        for (int n = 0; n < frames; ++n) {
+            room[RearLeft][n] = loud[done + size_t(n)];
+            frame[n] = std::max(std::abs(loud[done + size_t(n)]), level);
+            top = std::max(top, frame[n]);
+        }
+        float peak[speakerCount] = {level, level, top, level, level};
+        float* const out[speakerCount] = {nullptr, &gains[done], nullptr, nullptr, nullptr};
+        const float smallest = limiter.process(out, frames, int(done % gridFrames), frame, peak);
+        float seen = 1;
+        for (size_t n = done; n < done + size_t(frames); ++n) {
+            gains[n] /= level;
+            if (n >= size_t(limiter.latencyFrames()))
+                seen = std::min(seen, gains[n]);
+        }
+        if (smallest != seen && done >= size_t(limiter.latencyFrames()))
+            qFatal("the smallest gain is %g, not %g", double(seen), double(smallest));
+        done += size_t(frames);
+    }
+    return gains;
+}
+
+void TestLimiter::everyPeakIsLoweredInTimeAndNeverCut_data()
+{
+    QTest::addColumn<double>("rate");
+    for (double rate : {8000.0, 44100.0, 48000.0, 96000.0})
+        QTest::addRow("%g", rate) << rate;
+}
+
+void TestLimiter::everyPeakIsLoweredInTimeAndNeverCut()
+{
+    QFETCH(double, rate);
+    Limiter limiter;
+    limiter.prepare(rate);
+    const size_t late = size_t(limiter.latencyFrames());
+    std::mt19937 random(11);
+    for (int round = 0; round < 50; ++round) {
+        limiter.clear();
+        // Single frames of any height at any place, alone and close together.
+        Signal loud = silence(6000);
+        for (size_t n = 0; n < loud.size(); n += 1 + random() % (round % 2 ? 1500 : 40))
+            loud[n] = float(std::exp(6.0 * random() / 4294967296.0 - 1)) * (random() & 1 ? 1 : -1);
+        const Signal gains = gainsOf(limiter, loud, 1 + int(random() % pieceFrames));
+        for (size_t n = 0; n + late < loud.size(); ++n) {
+            const float x = loud[n] * gains[n + late];
+            QVERIFY2(std::abs(x) <= Limiter::ceiling * 1.000001f,
+                     qPrintable(QString("frame %1: %2 becomes %3").arg(n).arg(loud[n]).arg(x)));
+        }
+        // No jumps: the way down takes most of the look-ahead, two means and a line long.
+        for (size_t n = late + 1; n < gains.size(); ++n)
+            QVERIFY(std::abs(gains[n] - gains[n - 1]) <= 4.1 / double(late));
+    }
+}
+
+void TestLimiter::gainEndsAtExactlyOne()
+{
+    Limiter limiter;
+    limiter.prepare(48000);
+    Signal loud = silence(4 * 48000);
+    loud[1000] = 5;
+    const Signal gains = gainsOf(limiter, loud);
+    const size_t late = size_t(limiter.latencyFrames());
+    QVERIFY(!limiter.working());
+    QCOMPARE(gains[1000], 1.0f); // on its way down from the next cell on
+    QVERIFY(gains[late + 1000] < 0.2f);
+    QVERIFY(gains[late + 1400] < 0.2f); // held
+    QCOMPARE(gains.back(), 1.0f);
+    for (size_t n = late + 1001; n < gains.size(); ++n)
+        QVERIFY(gains[n] >= gains[n - 1]);
+}
+
+void TestLimiter::limitedSoundDoesNotDependOnTheBlockSize_data()
+{
+    QTest::addColumn<int>("frames");
+    for (int frames : {1, 7, 16, 100, 255, 1024, 8192})
+        QTest::addRow("%d", frames) << frames;
+}
+
+void TestLimiter::limitedSoundDoesNotDependOnTheBlockSize()
+{
+    QFETCH(int, frames);
+    // Loud parts and single peaks, then long enough below the ceiling for the gain to end at 1: it begins and
+    // ends to work in the middle of blocks.
+    Signal in = pinkNoise(0.3, 260000, 4);
+    for (size_t n = 0; n < in.size(); ++n)
+        if (n % 130000 < 30000 && (n % 10007 < 3000 || n % 1999 == 0))
+            in[n] *= 12;
+    Settings s = flat();
+    s.cabin[FrontRight].delayMs = 1.23;
+    Rig one(s), other(s);
+    const Speakers wanted = one.play(in, 480), got = other.play(in, frames);
+    QVERIFY(one.engine.takeMeters().gain < 0.5f);
+    for (int i = 0; i < speakerCount; ++i)
+        QVERIFY(std::memcmp(got[i].data(), wanted[i].data(), in.size() * sizeof(float)) == 0);
 }
 
 void TestLimiter::oneLoudSpeakerLowersAllAlike()
