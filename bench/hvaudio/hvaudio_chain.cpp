@@ -1,10 +1,13 @@
 // Runs a sound file through the full chain and throws the result away, for whole-process timing beside other
 // tools: the same reading for every way of computing, so that "pass" can be taken off.
 //
-//   hvaudio_chain FILE pass|scalar|vector4|vector8|plain|lsp
+//   hvaudio_chain FILE pass|scalar|vector4|vector8|plain|lsp [GAIN]
+//                                         GAIN in dB on what is read, so that the limiter has work
 //   hvaudio_chain FILE noise SECONDS      writes pink noise, -12 dB, stereo float, 48 kHz
 
 #include "peers.h"
+
+#include "hvaudio/design.h"
 
 #ifdef HAVE_LADSPA
 #include "lspchain.h"
@@ -95,12 +98,14 @@ int main(int argc, char** argv)
 try {
     if (argc == 4 && !std::strcmp(argv[2], "noise"))
         return makeNoise(argv[1], std::atoi(argv[3]));
-    if (argc != 3) {
-        std::fprintf(stderr, "usage: %s FILE pass|scalar|vector4|vector8|plain|lsp, or FILE noise SECONDS\n",
+    if (argc != 3 && argc != 4) {
+        std::fprintf(stderr,
+                     "usage: %s FILE pass|scalar|vector4|vector8|plain|lsp [GAIN], or FILE noise SECONDS\n",
                      argv[0]);
         return 2;
     }
     const Process process = processOf(argv[2]);
+    const auto gain = float(factorOfDb(argc == 4 ? std::atof(argv[3]) : 0));
     SF_INFO info{};
     SNDFILE* in = sf_open(argv[1], SFM_READ, &info);
     if (!in || info.channels != 2) {
@@ -119,7 +124,7 @@ try {
     while (const auto frames = int(sf_readf_float(in, pairs.data(), blockFrames))) {
         for (int n = 0; n < frames; ++n)
             for (int i = 0; i < 2; ++i)
-                side[i][size_t(n)] = pairs[size_t(2 * n + i)];
+                side[i][size_t(n)] = gain * pairs[size_t(2 * n + i)];
         process(side[0].data(), side[1].data(), out, frames);
         for (const float* speaker : out)
             largest = std::max(largest, std::abs(speaker[frames - 1]));
