@@ -15,8 +15,9 @@ double equalLoudnessLevel(double hz, double phon);
 double loudnessLift(double hz, double mainDb);
 
 /// The lift as three high shelves and a factor: a bass lift is a cut of all above it and gain, which keeps
-/// every section at 0 dB for low frequencies as the inner loop wants it. The contour is followed within 0.75
-/// dB between 20 Hz and 12.5 kHz at every volume.
+/// every section at 0 dB for low frequencies as the inner loop wants it. From 44.1 kHz up the contour is
+/// followed within 0.75 dB between 20 Hz and 12.5 kHz at every volume. Lower rates squeeze the treble's
+/// shelf, and below 28 kHz it has no room and stays flat; the bass is the same.
 struct LoudnessSections
 {
     std::array<Section, 3> sections;

@@ -172,7 +172,7 @@ void TestLevels::loudnessFollowsTheContour_data()
 {
     QTest::addColumn<int>("volume");
     QTest::addColumn<double>("rate");
-    for (double rate : {44100.0, 48000.0, 96000.0})
+    for (double rate : {8000.0, 22050.0, 32000.0, 44100.0, 48000.0, 96000.0})
         for (int volume : {1, 5, 10, 20, 25, 30, 40, 45})
             QTest::addRow("volume %d at %g", volume, rate) << volume << rate;
 }
@@ -190,9 +190,12 @@ void TestLevels::loudnessFollowsTheContour()
     QVERIFY(std::abs(middle - volumeDb(volume)) < 0.01);
     for (double hz : {20.0, 25.0, 31.5, 40.0, 63.0, 100.0, 160.0, 250.0, 400.0, 630.0, 1600.0, 2000.0, 4000.0,
                       8000.0, 10000.0, 12500.0}) {
+        if (hz > 0.4 * rate)
+            continue;
         const double lift = responseDb(out, hz, rate) - middle;
         const double wanted = loudnessLift(hz, volumeDb(volume));
-        QVERIFY2(std::abs(lift - wanted) < 0.75,
+        const bool squeezed = hz > 1000 && rate < 44100; // no room for the treble's shelf
+        QVERIFY2(std::abs(lift - wanted) < (squeezed ? 4 : 0.75),
                  qPrintable(QString("%1 Hz: %2 instead of %3 dB").arg(hz).arg(lift).arg(wanted)));
     }
 }
