@@ -3,6 +3,7 @@
 #include "hvaudio/design.h"
 #include "hvaudio/engine.h"
 #include "hvaudio/fold.h"
+#include "hvaudio/replacement.h"
 #include "hvaudio/soundfile.h"
 #include "hvaudio/wavwriter.h"
 
@@ -24,36 +25,6 @@ double engineRate(int fileRate)
     return fileRate == 44100 || fileRate == 48000 || fileRate == 96000 ? fileRate : 48000;
 }
 
-/// A file beside the wanted one that takes its place when it is complete, and otherwise goes.
-class Unfinished
-{
-public:
-    explicit Unfinished(std::string path)
-        : path_(std::move(path))
-        , part_(path_ + ".part")
-    {
-    }
-    ~Unfinished()
-    {
-        if (!done_)
-            std::remove(part_.c_str());
-    }
-    const std::string& part() const { return part_; }
-    bool finish(std::string& error)
-    {
-        std::error_code fault;
-        std::filesystem::rename(part_, path_, fault);
-        if (fault)
-            error = "can't write '" + path_ + "': " + fault.message();
-        done_ = !fault;
-        return done_;
-    }
-
-private:
-    const std::string path_, part_;
-    bool done_ = false;
-};
-
 } // namespace
 
 bool render(const RenderJob& job, RenderReport& report, std::string& error)
@@ -62,10 +33,6 @@ bool render(const RenderJob& job, RenderReport& report, std::string& error)
     std::error_code ignored;
     if (std::filesystem::equivalent(job.in, job.out, ignored)) {
         error = "can't write '" + job.out + "': it is the file that is read";
-        return false;
-    }
-    if (std::filesystem::is_directory(job.out, ignored)) {
-        error = "can't write '" + job.out + "': it is a folder";
         return false;
     }
     auto file = SoundFile::open(job.in, 0, SoundFile::Quality::Rendering, error);
@@ -78,14 +45,12 @@ bool render(const RenderJob& job, RenderReport& report, std::string& error)
         return false;
 
     const int outChannels = job.stereo ? 2 : dsp::speakerCount;
-    Unfinished unfinished(job.out);
-    const auto writer = WavWriter::create(unfinished.part(), rate, outChannels, error);
-    if (!writer) {
-        // The name that the caller knows.
-        if (const auto at = error.find(unfinished.part()); at != std::string::npos)
-            error.replace(at, unfinished.part().size(), job.out);
+    const auto result = Replacement::create(job.out, error);
+    if (!result)
         return false;
-    }
+    const auto writer = WavWriter::create(result->descriptor(), job.out, rate, outChannels, error);
+    if (!writer)
+        return false;
 
     dsp::Engine engine;
     engine.prepare(rate);
@@ -133,7 +98,7 @@ bool render(const RenderJob& job, RenderReport& report, std::string& error)
         }
         written += count - drop;
     }
-    if (!writer->finish(error) || !unfinished.finish(error))
+    if (!writer->finish(error) || !result->finish(error))
         return false;
 
     report = {};

@@ -2,7 +2,6 @@
 
 #include "hvaudio/settings.h"
 
-#include <functional>
 #include <string>
 
 namespace hvaudio {
@@ -31,7 +30,9 @@ struct RenderReport
 };
 
 /// False, and one readable sentence in `error`, when the input can't be read or the output can't be written;
-/// then no output file is left, and one that stood there before is as it was. Not for the audio thread.
+/// then no output file is left, and one that stood there before is as it was. The output is a new file, or
+/// takes the place of a regular file other than the input, by whatever names and links (replacement.h). Not
+/// for the audio thread.
 bool render(const RenderJob& job, RenderReport& report, std::string& error);
 
 } // namespace hvaudio

@@ -9,13 +9,25 @@ namespace hvaudio {
 std::unique_ptr<WavWriter> WavWriter::create(const std::string& path, double rate, int channels,
                                              std::string& error)
 {
+    Descriptor file = openForWriting(path, error);
+    if (!file)
+        return nullptr;
+    auto writer = create(file.get(), path, rate, channels, error);
+    if (writer)
+        writer->own_ = std::move(file);
+    return writer;
+}
+
+std::unique_ptr<WavWriter> WavWriter::create(int descriptor, const std::string& name, double rate,
+                                             int channels, std::string& error)
+{
     SF_INFO info = {};
     info.samplerate = int(std::lround(rate));
     info.channels = channels;
     info.format = SF_FORMAT_RF64 | SF_FORMAT_FLOAT;
-    SNDFILE* const file = sf_open(path.c_str(), SFM_WRITE, &info);
+    SNDFILE* const file = sf_open_fd(descriptor, SFM_WRITE, &info, SF_FALSE);
     if (!file) {
-        error = "can't write '" + path + "': " + sf_strerror(nullptr);
+        error = "can't write '" + name + "': " + sf_strerror(nullptr);
         while (!error.empty() && (error.back() == '\n' || error.back() == '.'))
             error.pop_back();
         return nullptr;
@@ -23,7 +35,7 @@ std::unique_ptr<WavWriter> WavWriter::create(const std::string& path, double rat
     sf_command(file, SFC_RF64_AUTO_DOWNGRADE, nullptr, SF_TRUE);
     std::unique_ptr<WavWriter> writer(new WavWriter);
     writer->file_ = file;
-    writer->path_ = path;
+    writer->name_ = name;
     writer->channels_ = channels;
     return writer;
 }
@@ -50,7 +62,7 @@ bool WavWriter::finish(std::string& error)
     const int fault = sf_close(file_);
     file_ = nullptr;
     if (fault != 0)
-        error = "can't complete '" + path_ + "': " + sf_error_number(fault);
+        error = "can't complete '" + name_ + "': " + sf_error_number(fault);
     return fault == 0;
 }
 

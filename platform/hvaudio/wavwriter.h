@@ -1,6 +1,6 @@
 #pragma once
 
-#include "hvaudio/settings.h"
+#include "hvaudio/regularfile.h"
 
 #include <memory>
 #include <string>
@@ -15,9 +15,14 @@ namespace hvaudio {
 class WavWriter
 {
 public:
-    /// Null and a sentence in `error` when the file can't be written.
+    /// Null and a sentence in `error` when the file can't be written, or is something other than a regular
+    /// file: the header is completed at the end, for which pipes have no way back.
     static std::unique_ptr<WavWriter> create(const std::string& path, double rate, int channels,
                                              std::string& error);
+    /// Into an empty file that stays the caller's and is open for longer than this; `name` is what messages
+    /// call it.
+    static std::unique_ptr<WavWriter> create(int descriptor, const std::string& name, double rate,
+                                             int channels, std::string& error);
     /// Completes the file as far as it was written.
     ~WavWriter();
 
@@ -29,8 +34,9 @@ public:
 
 private:
     WavWriter() = default;
+    Descriptor own_;
     sf_private_tag* file_ = nullptr;
-    std::string path_;
+    std::string name_;
     int channels_ = 0;
     std::vector<float> interleaved_;
 };

@@ -1,4 +1,5 @@
 #include "files.h"
+#include "nodes.h"
 
 #include "hvaudio/engine.h"
 #include "hvaudio/render.h"
@@ -7,6 +8,9 @@
 
 #include <algorithm>
 #include <cmath>
+#include <csignal>
+
+#include <sys/resource.h>
 
 using namespace hvaudio;
 
@@ -21,6 +25,23 @@ dsp::Settings neutral()
     settings.subwoofer.attenuation = 0;
     return settings;
 }
+
+/// No file can become longer than this meanwhile, as on a medium that gets full.
+class MediumOf
+{
+public:
+    explicit MediumOf(rlim_t bytes)
+    {
+        std::signal(SIGXFSZ, SIG_IGN);
+        getrlimit(RLIMIT_FSIZE, &before_);
+        const rlimit room = {bytes, before_.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &room);
+    }
+    ~MediumOf() { setrlimit(RLIMIT_FSIZE, &before_); }
+
+private:
+    rlimit before_ = {};
+};
 
 } // namespace
 
@@ -37,11 +58,16 @@ private slots:
     void muteAndPowerDontSilenceTheRendering();
     void limiterIsRemarked();
     void failureLeavesNoFileAndAnOldOneAsItWas();
-    void inputAsOutputIsRefused();
+    void outputIsReplacedWhereItsLinkLeads();
+    void inputAsOutputIsRefusedByAnyName();
 
 private:
     std::string path(const char* name) const { return folder.filePath(name).toStdString(); }
     std::string noise(int rate, int frames, float level = 0.1f) const;
+    QStringList entries() const
+    {
+        return QDir(folder.path()).entryList(QDir::AllEntries | QDir::Hidden | QDir::System, QDir::Name);
+    }
     QTemporaryDir folder;
 };
 
@@ -206,29 +232,54 @@ void TestRender::failureLeavesNoFileAndAnOldOneAsItWas()
     QVERIFY(old.open(QIODevice::ReadOnly));
     QCOMPARE(old.readAll(), QByteArray("precious"));
 
-    // A folder that doesn't exist, a folder, a full medium.
+    // A folder that doesn't exist, a folder, a medium that gets full, over an old file and where none was.
     const std::string in = noise(48000, 200000);
-    for (const std::string& out :
-         {path("no/such/folder.wav"), folder.path().toStdString(), path("full.wav")}) {
-        if (out == path("full.wav"))
-            QVERIFY(QFile::link("/dev/full", folder.filePath("full.wav.part")));
+    QVERIFY(nodes::pipe(path("pipe")));
+    const QStringList before = entries();
+    for (const std::string& out : {path("no/such/folder.wav"), folder.path().toStdString(), path("pipe"),
+                                   path("old.wav"), path("full.wav")}) {
+        const MediumOf room(1000000);
         error.clear();
         QVERIFY2(!render({in, out, neutral(), false}, report, error), out.c_str());
-        QVERIFY2(error.find(out) != std::string::npos && error.find(".part") == std::string::npos,
-                 error.c_str());
+        QVERIFY2(error.find("'" + out + "'") != std::string::npos, error.c_str());
     }
-    QVERIFY(!QFile::exists(folder.filePath("full.wav")));
-    QVERIFY(!QFileInfo(folder.filePath("full.wav.part")).isSymLink());
+    QVERIFY2(error.find("full") != std::string::npos, error.c_str());
+    QCOMPARE(entries(), before);
+    QVERIFY(nodes::kind(path("pipe")) == S_IFIFO);
+    QVERIFY(old.seek(0));
+    QCOMPARE(old.readAll(), QByteArray("precious"));
 }
 
-void TestRender::inputAsOutputIsRefused()
+void TestRender::outputIsReplacedWhereItsLinkLeads()
+{
+    const std::string in = noise(48000, 1000);
+    QFile old(folder.filePath("linked.wav"));
+    QVERIFY(old.open(QIODevice::WriteOnly) && old.write("old") == 3);
+    old.close();
+    QVERIFY(QFile::link("linked.wav", folder.filePath("link.wav")));
+    RenderReport report;
+    std::string error;
+    QVERIFY2(render({in, path("link.wav"), neutral(), false}, report, error), error.c_str());
+    QVERIFY(nodes::kind(path("link.wav")) == S_IFLNK);
+    QCOMPARE((long long)(files::read(path("linked.wav")).info.frames), report.frames);
+}
+
+void TestRender::inputAsOutputIsRefusedByAnyName()
 {
     RenderReport report;
     std::string error;
     const std::string in = noise(48000, 100);
-    QVERIFY(!render({in, in, neutral(), false}, report, error));
-    QVERIFY(!error.empty());
+    QVERIFY(QFile::link("in.wav", folder.filePath("same-link.wav")));
+    QCOMPARE(link(in.c_str(), path("same-file.wav").c_str()), 0);
+    const QStringList before = entries();
+    for (const char* name : {"in.wav", "same-link.wav", "same-file.wav"})
+        for (const auto& job : {std::make_pair(in, path(name)), {path(name), in}}) {
+            error.clear();
+            QVERIFY(!render({job.first, job.second, neutral(), false}, report, error));
+            QVERIFY2(error.find("it is the file that is read") != std::string::npos, error.c_str());
+        }
     QCOMPARE(int(files::read(in).info.frames), 100);
+    QCOMPARE(entries(), before);
 }
 
 QTEST_GUILESS_MAIN(TestRender)
