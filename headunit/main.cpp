@@ -3,6 +3,7 @@
 #include "headunit/quitsignals.h"
 #include "headunit/shell.h"
 #include "headunit/startuptrace.h"
+#include "headunit/stopsignals.h"
 #include "headunit/tour.h"
 #include "headunit/unitlanguage.h"
 #include "headunit/unitsound.h"
@@ -47,11 +48,20 @@ OptionsResult optionsOf(int argc, char** argv)
     return readOptions(QCoreApplication::arguments());
 }
 
-/// --render and --plot; the unit isn't started.
+/// --render and --plot; the unit isn't started, and there is no event loop.
 int workOffline(const Options& options)
 {
     QString message;
-    if (!(options.plot.isEmpty() ? renderFile(options, &message) : plotResponses(options, &message)))
+    bool done = false;
+    {
+        const StopSignals stopSignals;
+        done = options.plot.isEmpty() ? renderFile(options, &message) : plotResponses(options, &message);
+    }
+    if (!done && StopSignals::received()) {
+        complain(ExitNotRendered, message);
+        StopSignals::dieBy(StopSignals::received());
+    }
+    if (!done)
         return complain(ExitNotRendered, message);
     std::printf("%s\n", qPrintable(message));
     return ExitOk;
@@ -141,9 +151,6 @@ int main(int argc, char** argv)
     QApplication::setApplicationVersion(QStringLiteral(HEADUNIT_VERSION));
     // The inspector is a window, too; the unit's own decides.
     QApplication::setQuitOnLastWindowClosed(false);
-    // Outlives the unit and its store: a signal that comes twice must not cut the orderly exit short.
-    const QuitSignals quitSignals;
-    QObject::connect(&quitSignals, &QuitSignals::quitRequested, &application, &QCoreApplication::quit);
     cm::UnitStyle::install(application);
     cm::Journal::instance()->setPrinting(options.trace);
     StartupTrace::reached("application");
@@ -151,6 +158,9 @@ int main(int argc, char** argv)
     if (!options.render.isEmpty() || !options.plot.isEmpty())
         return workOffline(options);
 
+    // Outlives the unit and its store: a signal that comes twice must not cut the orderly exit short.
+    const QuitSignals quitSignals;
+    QObject::connect(&quitSignals, &QuitSignals::quitRequested, &application, &QCoreApplication::quit);
     QString message;
     const auto opened = mem::SettingsStore::instance()->open(options.settings, &message);
     if (opened == mem::SettingsStore::Opened::Refused)

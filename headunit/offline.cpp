@@ -1,6 +1,7 @@
 #include "headunit/offline.h"
 
 #include "headunit/responseplot.h"
+#include "headunit/stopsignals.h"
 #include "headunit/storedsettings.h"
 
 #include "hvaudio/engine.h"
@@ -21,6 +22,7 @@ bool renderFile(const Options& options, QString* message)
     job.in = QFile::encodeName(options.render).toStdString();
     job.out = QFile::encodeName(options.renderTo).toStdString();
     job.stereo = options.stereo;
+    job.stopped = [] { return StopSignals::received() != 0; };
     if (!readStoredSettings(options.settings, &job.settings, message))
         return false;
     hvaudio::RenderReport report;
@@ -63,6 +65,10 @@ bool plotResponses(const Options& options, QString* message)
             computed.push_back(std::abs(engine.response(Speaker(i), hz)));
         plot.setComputed(Speaker(i), lineHz, computed);
         plot.setMeasured(Speaker(i), dotHz, measured[std::size_t(i)]);
+    }
+    if (StopSignals::received()) {
+        *message = QStringLiteral("can't draw '%1': stopped").arg(options.plot);
+        return false;
     }
     plot.setTitle(QStringLiteral("Response of each speaker: computed (lines) and measured (dots)"));
     if (!plot.savePng(options.plot)) {

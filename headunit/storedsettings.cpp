@@ -4,6 +4,7 @@
 #include "hvaudioservice/audioservicehost.h"
 
 #include <QFile>
+#include <QFileInfo>
 #include <QTemporaryDir>
 
 namespace headunit {
@@ -18,6 +19,11 @@ bool readStoredSettings(const QString& path, hvaudio::dsp::Settings* settings, Q
         return false;
     }
     if (!path.isEmpty() || QFile::exists(original)) {
+        // Opening a pipe would wait for somebody who writes.
+        if (QFile::exists(original) && !QFileInfo(original).isFile()) {
+            *error = QStringLiteral("can't read the settings in '%1': it is no settings file").arg(original);
+            return false;
+        }
         QFile file(original);
         if (!file.open(QIODevice::ReadOnly)) {
             *error = QStringLiteral("can't read the settings in '%1': %2").arg(original, file.errorString());

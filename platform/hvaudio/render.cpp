@@ -71,6 +71,10 @@ bool render(const RenderJob& job, RenderReport& report, std::string& error)
     long long skip = engine.latencyFrames(), written = 0;
     long long tail = skip + (long long)(tailSeconds * rate);
     for (bool ended = false; !ended || tail > 0;) {
+        if (job.stopped && job.stopped()) {
+            error = "can't write '" + job.out + "': stopped";
+            return false;
+        }
         int count = ended ? 0 : file->read(frames.data(), blockFrames);
         for (int n = 0; n < count; ++n) {
             in[0][n] = frames[n].left;

@@ -2,6 +2,7 @@
 
 #include "hvaudio/settings.h"
 
+#include <functional>
 #include <string>
 
 namespace hvaudio {
@@ -17,6 +18,7 @@ struct RenderJob
     std::string in, out;
     dsp::Settings settings; ///< used as if powered and not muted; the first frame sounds as all others do
     bool stereo = false;
+    std::function<bool()> stopped = {}; ///< asked often; true ends the work as a failure. May be empty
 };
 
 struct RenderReport

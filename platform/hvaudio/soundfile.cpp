@@ -1,5 +1,6 @@
 #include "hvaudio/soundfile.h"
 
+#include "hvaudio/regularfile.h"
 #include "hvaudio/samples.h"
 
 #include <samplerate.h>
@@ -122,6 +123,7 @@ struct SoundFile::Private
         return chunkLeft > 0;
     }
 
+    Descriptor descriptor; ///< what `file` reads
     SNDFILE* file = nullptr;
     SF_INFO info = {};
     SRC_STATE* converter = nullptr; ///< null when rates are equal
@@ -145,7 +147,15 @@ std::unique_ptr<SoundFile> SoundFile::open(const std::string& path, double rate,
                                            std::string& error)
 {
     auto d = std::make_unique<Private>();
-    d->file = sf_open(path.c_str(), SFM_READ, &d->info);
+    d->descriptor = openForReading(path, error);
+    if (!d->descriptor)
+        return nullptr;
+    d->file = sf_open_fd(d->descriptor.get(), SFM_READ, &d->info, SF_FALSE);
+    // An MP3 file that begins with something else is only known by its name's ending.
+    if (!d->file) {
+        d->info = {};
+        d->file = sf_open(path.c_str(), SFM_READ, &d->info);
+    }
     if (!d->file) {
         error = "can't read '" + path + "': " + sf_strerror(nullptr);
         while (!error.empty() && (error.back() == '\n' || error.back() == '.'))

@@ -28,7 +28,9 @@ public:
     };
 
     /// rate in Hz; 0 keeps the file's own. Null, and one readable sentence in `error`, when the file can't be
-    /// read, has no sound, or has more than 8 channels or a rate beyond 1000..768000 Hz.
+    /// read, has no sound, or has more than 8 channels or a rate beyond 1000..768000 Hz. What is no regular
+    /// file (a pipe, a device) is refused and not waited for, so this may be called where a pipe would freeze
+    /// a screen.
     static std::unique_ptr<SoundFile> open(const std::string& path, double rate, Quality quality,
                                            std::string& error);
     ~SoundFile();

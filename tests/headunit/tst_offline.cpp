@@ -1,3 +1,5 @@
+#include "process.h"
+
 #include "headunit/offline.h"
 #include "headunit/responseplot.h"
 #include "headunit/storedsettings.h"
@@ -10,6 +12,8 @@
 
 #include <cmath>
 #include <cstring>
+
+#include <sys/stat.h>
 
 using namespace headunit;
 using hvaudio::dsp::Settings;
@@ -26,12 +30,22 @@ private slots:
     void settingsThatCantBeReadAreRefused();
     void renderingFollowsTheStoredSettings();
     void programTellsSuccessAndFailureByItsExitCode();
+    void pipeAsInputIsRefusedAtOnce();
+    void signalEndsARenderingAndLeavesNothing_data();
+    void signalEndsARenderingAndLeavesNothing();
+    void hangupThatIsIgnoredStaysIgnored();
     void plotShowsALineForEachSpeakerAndDotsOverIt();
 
 private:
     /// A settings file with these values.
     QString store(const QMap<QString, QVariant>& values);
-    QString sound() const;
+    /// A 16 bit mono WAV: 0.1 s of a tone, and silence up to this many seconds.
+    QString sound(quint32 rate = 48000, quint32 seconds = 0) const;
+    QStringList entries() const
+    {
+        return QDir(folder->path())
+            .entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot, QDir::Name);
+    }
     std::unique_ptr<QTemporaryDir> folder;
 };
 
@@ -52,25 +66,25 @@ QString TestOffline::store(const QMap<QString, QVariant>& values)
     return path;
 }
 
-QString TestOffline::sound() const
+QString TestOffline::sound(quint32 rate, quint32 seconds) const
 {
-    // 0.1 s of a 16 bit mono WAV.
     const QString path = folder->filePath("in.wav");
     QFile file(path);
     if (!file.open(QIODevice::WriteOnly))
         return {};
     QDataStream out(&file);
     out.setByteOrder(QDataStream::LittleEndian);
-    const quint32 bytes = 2 * 4800;
+    const quint32 bytes = qMax(2 * 4800u, 2 * rate * seconds);
     out.writeRawData("RIFF", 4);
     out << quint32(36 + bytes);
     out.writeRawData("WAVEfmt ", 8);
-    out << quint32(16) << quint16(1) << quint16(1) << quint32(48000) << quint32(96000) << quint16(2)
-        << quint16(16);
+    out << quint32(16) << quint16(1) << quint16(1) << rate << 2 * rate << quint16(2) << quint16(16);
     out.writeRawData("data", 4);
     out << bytes;
     for (int n = 0; n < 4800; ++n)
         out << qint16(n % 48 < 24 ? 3000 : -3000);
+    if (!file.resize(44 + bytes))
+        return {};
     return path;
 }
 
@@ -115,6 +129,8 @@ void TestOffline::settingsThatCantBeReadAreRefused_data()
                              << "no settings file";
     QTest::newRow("a folder") << "."
                               << "can't read the settings";
+    QTest::newRow("a pipe") << "pipe"
+                            << "no settings file";
 }
 
 void TestOffline::settingsThatCantBeReadAreRefused()
@@ -122,6 +138,7 @@ void TestOffline::settingsThatCantBeReadAreRefused()
     QFETCH(QString, name);
     QFETCH(QString, says);
     QVERIFY(!sound().isEmpty());
+    QCOMPARE(mkfifo(QFile::encodeName(folder->filePath("pipe")).constData(), 0600), 0);
     Settings settings;
     QString error;
     QVERIFY(!readStoredSettings(folder->filePath(name), &settings, &error));
@@ -180,6 +197,67 @@ void TestOffline::programTellsSuccessAndFailureByItsExitCode()
     QVERIFY2(run({"--plot", folder->filePath("p.png")}, &out, &err) == 0, err);
     QCOMPARE(QImage(folder->filePath("p.png")).size(), QSize(1280, 720));
     QCOMPARE(run({"--plot", "/no/such/folder/p.png"}, &out, &err), 5);
+}
+
+void TestOffline::pipeAsInputIsRefusedAtOnce()
+{
+    QCOMPARE(mkfifo(QFile::encodeName(folder->filePath("pipe")).constData(), 0600), 0);
+    Process unit(QProcessEnvironment::systemEnvironment());
+    unit.start(HEADUNIT, {"--render", folder->filePath("pipe"), folder->filePath("out.wav")});
+    QCOMPARE(unit.exitCode(), 5);
+    QVERIFY2(unit.errors().contains("pipe': it is a pipe"), unit.errors());
+    QCOMPARE(entries(), QStringList{"pipe"});
+}
+
+void TestOffline::signalEndsARenderingAndLeavesNothing_data()
+{
+    QTest::addColumn<int>("signal");
+    QTest::addColumn<bool>("replaces");
+    QTest::newRow("SIGINT") << SIGINT << false;
+    QTest::newRow("SIGTERM") << SIGTERM << false;
+    QTest::newRow("SIGHUP") << SIGHUP << false;
+    QTest::newRow("SIGINT, an old file stands there") << SIGINT << true;
+}
+
+void TestOffline::signalEndsARenderingAndLeavesNothing()
+{
+    QFETCH(int, signal);
+    QFETCH(bool, replaces);
+    // Half an hour, at a rate that has to be converted: more than is rendered before the signal comes.
+    QVERIFY(!sound(47999, 1800).isEmpty());
+    QFile old(folder->filePath("out.wav"));
+    if (replaces)
+        QVERIFY(old.open(QIODevice::WriteOnly) && old.write("precious") == 8 && old.flush());
+    const QStringList before = entries();
+    QProcess unit;
+    unit.start(QStringLiteral(HEADUNIT), {"--render", folder->filePath("in.wav"), old.fileName()});
+    const auto underWay = [this] {
+        const auto unfinished = QDir(folder->path()).entryInfoList({"unfinished-*"}, QDir::Files);
+        return !unfinished.isEmpty() && unfinished.first().size() > 100000;
+    };
+    QTRY_VERIFY_WITH_TIMEOUT(underWay(), 20000);
+    ::kill(pid_t(unit.processId()), signal);
+    QVERIFY(unit.waitForFinished(20000));
+    QCOMPARE(unit.exitStatus(), QProcess::CrashExit); // by the signal, not by an exit code
+    QCOMPARE(unit.exitCode(), signal);
+    QVERIFY2(unit.readAllStandardError().contains("stopped"), "nothing was said");
+    QCOMPARE(entries(), before);
+    QCOMPARE(old.size(), qint64(replaces ? 8 : 0));
+}
+
+void TestOffline::hangupThatIsIgnoredStaysIgnored()
+{
+    QVERIFY(!sound(47999, 120).isEmpty());
+    // As nohup does.
+    QProcess unit;
+    unit.start("sh", {"-c", "trap '' HUP; exec \"$@\"", "sh", HEADUNIT, "--render",
+                      folder->filePath("in.wav"), folder->filePath("out.wav")});
+    QTRY_VERIFY_WITH_TIMEOUT(!entries().filter("unfinished-").isEmpty(), 20000);
+    ::kill(pid_t(unit.processId()), SIGHUP);
+    QVERIFY(unit.waitForFinished(60000));
+    QCOMPARE(unit.exitStatus(), QProcess::NormalExit);
+    QCOMPARE(unit.exitCode(), 0);
+    QCOMPARE(entries(), (QStringList{"in.wav", "out.wav"}));
 }
 
 void TestOffline::plotShowsALineForEachSpeakerAndDotsOverIt()

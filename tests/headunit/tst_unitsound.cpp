@@ -24,6 +24,8 @@
 
 #include <qwt_plot_curve.h>
 
+#include <sys/stat.h>
+
 using namespace headunit;
 using namespace hvaudio;
 
@@ -46,6 +48,7 @@ private slots:
     void fileThatHasGoneIsSilentAfterARestart();
     void factoryResetForgetsTheSources();
     void editedSourceIsSet();
+    void pipeAsFileOrOutputDoesNotFreezeTheUnit();
     void callsAreInTheJournal();
     void noiseIsHeardOnlyAsTheSourceThatPlays();
     void keyBeepsAreHeard_data();
@@ -314,6 +317,19 @@ void TestUnitSound::editedSourceIsSet()
     QTRY_COMPARE(m_sound->sourceKind(HVAudio_source_Dab), SourceKind::Sweep);
     mem::SettingsStore::instance()->edit("Headunit_Playing", "DAB");
     QTRY_COMPARE(m_sound->playing(), HVAudio_source_Dab);
+}
+
+void TestUnitSound::pipeAsFileOrOutputDoesNotFreezeTheUnit()
+{
+    const QString pipe = m_folder->filePath("pipe.wav");
+    QCOMPARE(mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
+    m_sound.reset(new UnitSound);
+    QVERIFY(!m_sound->start(pipe)); // would wait for a reader
+    start();
+    QString error;
+    QVERIFY(!m_sound->setSource(HVAudio_source_Usb, SourceKind::File, pipe, &error)); // for a writer
+    QVERIFY2(error.contains("it is a pipe"), qPrintable(error));
+    QCOMPARE(m_sound->sourceKind(HVAudio_source_Usb), SourceKind::Input);
 }
 
 void TestUnitSound::callsAreInTheJournal()

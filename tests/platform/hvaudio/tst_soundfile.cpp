@@ -1,11 +1,16 @@
 #include "files.h"
+#include "nodes.h"
 
 #include "hvaudio/soundfile.h"
 
 #include <QtTest>
 
+#include <atomic>
 #include <cmath>
 #include <numeric>
+#include <thread>
+
+#include <fcntl.h>
 
 using namespace hvaudio;
 
@@ -51,6 +56,10 @@ private slots:
     void ratesAreConverted();
     void unreadableFilesAreRefusedWithAMessage_data();
     void unreadableFilesAreRefusedWithAMessage();
+    void whatIsNoFileIsRefusedWithoutWaiting_data();
+    void whatIsNoFileIsRefusedWithoutWaiting();
+    void writerOfAPipeIsNotWokenByTheRefusal();
+    void mp3BehindSomethingElseIsKnownByItsName();
     void truncatedFileGivesWhatItHas();
     void notANumberIsSilence();
     void rewindReadsTheSameAgain();
@@ -222,6 +231,71 @@ void TestSoundFile::unreadableFilesAreRefusedWithAMessage()
     QVERIFY(!open(name.toStdString(), error));
     const QString text = QString::fromStdString(error);
     QVERIFY2(text.contains(says) && text.contains(name) && !text.contains('\n'), error.c_str());
+}
+
+void TestSoundFile::whatIsNoFileIsRefusedWithoutWaiting_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QString>("says");
+    QTest::newRow("pipe that nobody writes") << "pipe"
+                                             << "it is a pipe";
+    QTest::newRow("link to it") << "link"
+                                << "it is a pipe";
+    QTest::newRow("socket") << "socket"
+                            << "it is a socket";
+    QTest::newRow("folder") << "."
+                            << "it is a folder";
+}
+
+void TestSoundFile::whatIsNoFileIsRefusedWithoutWaiting()
+{
+    QFETCH(QString, name);
+    QFETCH(QString, says);
+    QTemporaryDir place;
+    const std::string base = place.path().toStdString() + "/";
+    QVERIFY(nodes::pipe(base + "pipe") && nodes::socket(base + "socket"));
+    QVERIFY(QFile::link("pipe", place.filePath("link")));
+    std::string error;
+    QVERIFY(!open(base + name.toStdString(), error)); // whoever waits here waits for ever
+    const QString text = QString::fromStdString(error);
+    QVERIFY2(text.contains(says) && text.contains("'" + place.path() + "/" + name + "'"), error.c_str());
+}
+
+void TestSoundFile::writerOfAPipeIsNotWokenByTheRefusal()
+{
+    QTemporaryDir place;
+    const std::string pipe = place.path().toStdString() + "/pipe.wav";
+    QVERIFY(nodes::pipe(pipe));
+    std::atomic<int> writer{-2};
+    std::thread waiting([&] { writer = ::open(pipe.c_str(), O_WRONLY | O_CLOEXEC); });
+    std::string error;
+    int opened = 0;
+    for (int n = 0; n < 2000; ++n)
+        opened += open(pipe, error) ? 1 : 0;
+    const bool woken = writer.load() != -2;
+    // Its real reader comes at last.
+    const int reader = ::open(pipe.c_str(), O_RDONLY | O_CLOEXEC);
+    waiting.join();
+    QCOMPARE(opened, 0);
+    QVERIFY(!woken);
+    QVERIFY(writer.load() >= 0);
+    close(writer.load());
+    close(reader);
+}
+
+void TestSoundFile::mp3BehindSomethingElseIsKnownByItsName()
+{
+    const std::string file = files::write(path("plain.mp3"), SF_FORMAT_MPEG | SF_FORMAT_MPEG_LAYER_III, 48000,
+                                          2, sine(48000, 2, 440, 48000));
+    QFile whole(QString::fromStdString(file));
+    QVERIFY(whole.open(QIODevice::ReadWrite));
+    const QByteArray contents = whole.readAll();
+    QVERIFY(whole.seek(0) && whole.write(QByteArray(3000, 0) + contents) == 3000 + contents.size());
+    whole.close();
+    std::string error;
+    const auto sound = open(file, error);
+    QVERIFY2(sound, error.c_str());
+    QVERIFY(readAll(*sound).size() > 40000);
 }
 
 void TestSoundFile::truncatedFileGivesWhatItHas()
