@@ -25,6 +25,13 @@ double engineRate(int fileRate)
     return fileRate == 44100 || fileRate == 48000 || fileRate == 96000 ? fileRate : 48000;
 }
 
+/// To a tenth, with a point in every language.
+std::string seconds(long long frames, int rate)
+{
+    const long long tenths = (10 * frames + rate / 2) / rate;
+    return std::to_string(tenths / 10) + "." + std::to_string(tenths % 10) + " s";
+}
+
 } // namespace
 
 bool render(const RenderJob& job, RenderReport& report, std::string& error)
@@ -110,11 +117,12 @@ bool render(const RenderJob& job, RenderReport& report, std::string& error)
     report.rate = rate;
     report.channels = file->channels();
     report.inputRate = file->fileRate();
-    if (file->fileFramesRead() < file->fileFrames())
-        report.remark = "the input is cut short: " + std::to_string(file->fileFramesRead()) + " of " +
-                        std::to_string(file->fileFrames()) + " frames could be read";
-    else if (const float gain = engine.takeMeters().gain; gain < 0.999f)
-        report.remark = "the limiter took up to " + std::to_string(int(-dsp::dbOfFactor(gain) + 0.5)) + " dB";
+    if (file->isCutShort())
+        report.remark = "the input is cut short after " + seconds(file->fileFramesRead(), file->fileRate());
+    if (const float gain = engine.takeMeters().gain; gain < 0.999f)
+        report.remark +=
+            (report.remark.empty() ? "" : "; ") +
+            ("the limiter took up to " + std::to_string(int(-dsp::dbOfFactor(gain) + 0.5)) + " dB");
     report.elapsed = std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
     return true;
 }

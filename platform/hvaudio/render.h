@@ -28,7 +28,7 @@ struct RenderReport
     int channels = 0; ///< of the input
     double inputRate = 0;
     double elapsed = 0; ///< seconds the work took
-    std::string remark; ///< empty, or one sentence: the input was cut short, the limiter worked
+    std::string remark; ///< empty, or what is worth knowing: the input was cut short, the limiter worked
 };
 
 /// False, and one readable sentence in `error`, when the input can't be read or the output can't be written;

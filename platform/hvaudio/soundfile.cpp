@@ -1,5 +1,6 @@
 #include "hvaudio/soundfile.h"
 
+#include "hvaudio/endsearly.h"
 #include "hvaudio/regularfile.h"
 #include "hvaudio/samples.h"
 
@@ -211,14 +212,21 @@ double SoundFile::rate() const
     return d->rate;
 }
 
-long long SoundFile::fileFrames() const
-{
-    return d->info.frames;
-}
-
 long long SoundFile::fileFramesRead() const
 {
     return d->framesRead;
+}
+
+bool SoundFile::isCutShort() const
+{
+    if (!d->ended)
+        return false;
+    // Without a tag the count of an MP3 is only an estimate from its first frames.
+    const bool counted =
+        (d->info.format & SF_FORMAT_TYPEMASK) != SF_FORMAT_MPEG && d->info.frames != SF_COUNT_MAX;
+    if (counted ? d->framesRead < d->info.frames : sf_error(d->file) != SF_ERR_NO_ERROR)
+        return true;
+    return endsEarly(d->descriptor.get());
 }
 
 int SoundFile::read(StereoFrame* frames, int count)

@@ -42,11 +42,12 @@ public:
     int fileRate() const;
     /// Of what `read` gives.
     double rate() const;
-    /// Frames in the file by its own word, at its own rate.
-    long long fileFrames() const;
-    /// Frames of the file read so far; when the end has come and these are fewer than `fileFrames`, the file
-    /// is cut short.
+    /// Frames of the file read so far, at its own rate.
     long long fileFramesRead() const;
+    /// When the end has come: whether there should have been more, because the file was cut off or couldn't
+    /// be read any further. False before. Where a file doesn't say how long it is (one that was written into
+    /// a pipe), nobody can know.
+    bool isCutShort() const;
 
     /// Fewer frames than asked for mean the end. Samples that aren't numbers are given as 0.
     int read(StereoFrame* frames, int count);

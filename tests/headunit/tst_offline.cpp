@@ -30,6 +30,7 @@ private slots:
     void settingsThatCantBeReadAreRefused();
     void renderingFollowsTheStoredSettings();
     void programTellsSuccessAndFailureByItsExitCode();
+    void cutInputIsToldWithTheResult();
     void pipeAsInputIsRefusedAtOnce();
     void signalEndsARenderingAndLeavesNothing_data();
     void signalEndsARenderingAndLeavesNothing();
@@ -197,6 +198,20 @@ void TestOffline::programTellsSuccessAndFailureByItsExitCode()
     QVERIFY2(run({"--plot", folder->filePath("p.png")}, &out, &err) == 0, err);
     QCOMPARE(QImage(folder->filePath("p.png")).size(), QSize(1280, 720));
     QCOMPARE(run({"--plot", "/no/such/folder/p.png"}, &out, &err), 5);
+}
+
+void TestOffline::cutInputIsToldWithTheResult()
+{
+    QFile file(sound(48000, 2));
+    QVERIFY(file.resize(44 + 2 * 52800));
+    Options options;
+    options.settings = store({});
+    options.render = file.fileName();
+    options.renderTo = folder->filePath("out.wav");
+    QString message;
+    QVERIFY2(renderFile(options, &message), qPrintable(message));
+    QVERIFY2(message.contains("out.wav: 1.2 s") && message.endsWith("; the input is cut short after 1.1 s"),
+             qPrintable(message));
 }
 
 void TestOffline::pipeAsInputIsRefusedAtOnce()
