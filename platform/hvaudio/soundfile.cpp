@@ -1,8 +1,9 @@
 #include "hvaudio/soundfile.h"
 
-#include "hvaudio/endsearly.h"
 #include "hvaudio/regularfile.h"
 #include "hvaudio/samples.h"
+#include "hvaudio/soundbytes.h"
+#include "hvaudio/soundlength.h"
 
 #include <samplerate.h>
 #include <sndfile.h>
@@ -124,7 +125,8 @@ struct SoundFile::Private
         return chunkLeft > 0;
     }
 
-    Descriptor descriptor; ///< what `file` reads
+    Descriptor descriptor; ///< what `file` reads, through `bytes` where that is needed
+    std::unique_ptr<SoundBytes> bytes;
     SNDFILE* file = nullptr;
     SF_INFO info = {};
     SRC_STATE* converter = nullptr; ///< null when rates are equal
@@ -151,7 +153,11 @@ std::unique_ptr<SoundFile> SoundFile::open(const std::string& path, double rate,
     d->descriptor = openForReading(path, error);
     if (!d->descriptor)
         return nullptr;
-    d->file = sf_open_fd(d->descriptor.get(), SFM_READ, &d->info, SF_FALSE);
+    d->bytes = std::make_unique<SoundBytes>(d->descriptor.get());
+    if (d->bytes->isNeeded())
+        d->file = d->bytes->open(&d->info);
+    else
+        d->file = sf_open_fd(d->descriptor.get(), SFM_READ, &d->info, SF_FALSE);
     // An MP3 file that begins with something else is only known by its name's ending.
     if (!d->file) {
         d->info = {};

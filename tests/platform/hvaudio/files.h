@@ -4,6 +4,7 @@
 
 #include <sndfile.h>
 
+#include <QByteArray>
 #include <QTemporaryDir>
 
 #include <string>
@@ -26,6 +27,16 @@ inline std::string write(const std::string& path, int format, int rate, int chan
     const sf_count_t frames = sf_count_t(interleaved.size()) / channels;
     const bool ok = sf_writef_float(file, interleaved.data(), frames) == frames;
     return sf_close(file) == 0 && ok ? path : std::string();
+}
+
+/// An MP3 as a stream has it: without the first frame, in which the encoder's tag stands. Empty when there is
+/// none.
+inline QByteArray withoutTag(const QByteArray& mp3)
+{
+    const int first = mp3.indexOf('\xff');
+    const int second = first < 0 ? -1 : mp3.indexOf(mp3.mid(first, 2), first + 40);
+    const QByteArray frame = mp3.mid(first, second - first);
+    return second > 0 && (frame.contains("Xing") || frame.contains("Info")) ? mp3.mid(second) : QByteArray();
 }
 
 struct Contents

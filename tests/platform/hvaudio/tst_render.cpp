@@ -59,6 +59,8 @@ private slots:
     void limiterIsRemarked();
     void cutInputIsRemarkedWithItsSeconds_data();
     void cutInputIsRemarkedWithItsSeconds();
+    void sizeThatAPipeLeavesOpenIsNotRemarked_data();
+    void sizeThatAPipeLeavesOpenIsNotRemarked();
     void bothRemarksAreMade();
     void failureLeavesNoFileAndAnOldOneAsItWas();
     void outputIsReplacedWhereItsLinkLeads();
@@ -256,6 +258,29 @@ void TestRender::cutInputIsRemarkedWithItsSeconds()
              qPrintable(QString("%1: %2").arg(seconds).arg(report.remark.c_str())));
     if ((format & SF_FORMAT_TYPEMASK) == SF_FORMAT_WAV)
         QCOMPARE(match.captured(1), QString("2.2"));
+}
+
+void TestRender::sizeThatAPipeLeavesOpenIsNotRemarked_data()
+{
+    QTest::addColumn<QByteArray>("size");
+    QTest::newRow("none") << QByteArray(4, 0);
+    QTest::newRow("the largest") << QByteArray(4, char(0xff));
+}
+
+void TestRender::sizeThatAPipeLeavesOpenIsNotRemarked()
+{
+    QFETCH(QByteArray, size);
+    const std::string in = noise(48000, 48000);
+    QFile file(QString::fromStdString(in));
+    QVERIFY(file.open(QIODevice::ReadWrite));
+    const int at = file.readAll().indexOf("data") + 4;
+    QVERIFY(file.seek(4) && file.write(size) == 4 && file.seek(at) && file.write(size) == 4);
+    file.close();
+    RenderReport report;
+    std::string error;
+    QVERIFY2(render({in, path("out.wav"), neutral(), false}, report, error), error.c_str());
+    QVERIFY2(report.remark.empty(), report.remark.c_str());
+    QVERIFY(report.frames >= 48000 + 4800);
 }
 
 void TestRender::bothRemarksAreMade()

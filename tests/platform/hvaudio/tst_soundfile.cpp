@@ -63,6 +63,9 @@ private slots:
     void truncatedFileGivesWhatItHasAndSaysSo_data();
     void truncatedFileGivesWhatItHasAndSaysSo();
     void lengthThatAPipeLeavesOpenIsNoFault();
+    void soundBehindAnOpenSizeIsReadToTheEnd_data();
+    void soundBehindAnOpenSizeIsReadToTheEnd();
+    void mp3WithoutATagIsReadToTheEnd();
     void notANumberIsSilence();
     void rewindReadsTheSameAgain();
 
@@ -370,6 +373,80 @@ void TestSoundFile::lengthThatAPipeLeavesOpenIsNoFault()
         QVERIFY(cut ? all.size() > 10000 : all.size() == 48000);
         QCOMPARE(sound->isCutShort(), cut);
     }
+}
+
+void TestSoundFile::soundBehindAnOpenSizeIsReadToTheEnd_data()
+{
+    QTest::addColumn<int>("format");
+    QTest::addColumn<QByteArray>("before");
+    QTest::addColumn<QByteArray>("size");
+    const QByteArray none(4, 0), largest(4, char(0xff)), largest8(8, char(0xff));
+    const int pcm = SF_FORMAT_PCM_16;
+    // clang-format off
+    QTest::newRow("WAV, none")        << int(SF_FORMAT_WAV | pcm)                 << QByteArray("data") << none;
+    QTest::newRow("WAV, the largest") << int(SF_FORMAT_WAV | pcm)                 << QByteArray("data") << largest;
+    QTest::newRow("WAV, big endian")  << int(SF_FORMAT_WAV | pcm | SF_ENDIAN_BIG) << QByteArray("data") << none;
+    QTest::newRow("WAV, float")       << int(SF_FORMAT_WAV | SF_FORMAT_FLOAT)     << QByteArray("data") << none;
+    QTest::newRow("AIFF, none")       << int(SF_FORMAT_AIFF | pcm)                << QByteArray("SSND") << none;
+    QTest::newRow("CAF, the largest") << int(SF_FORMAT_CAF | pcm)                 << QByteArray("data") << largest8;
+    QTest::newRow("Wave64, none")     << int(SF_FORMAT_W64 | pcm) << QByteArray::fromHex("64617461f3acd3118cd100c04f8edb8a") << QByteArray(8, 0);
+    // clang-format on
+}
+
+void TestSoundFile::soundBehindAnOpenSizeIsReadToTheEnd()
+{
+    QFETCH(int, format);
+    QFETCH(QByteArray, before);
+    QFETCH(QByteArray, size);
+    const auto written = sine(30000, 2, 440, 48000);
+    QFile file(QString::fromStdString(files::write(path("stream"), format, 48000, 2, written)));
+    QVERIFY(file.open(QIODevice::ReadWrite));
+    const int at = file.readAll().indexOf(before);
+    QVERIFY(at > 0 && file.seek(at + before.size()) && file.write(size) == size.size());
+    file.close();
+    std::string error;
+    const auto sound = open(path("stream"), error);
+    QVERIFY2(sound, error.c_str());
+    for (int time = 0; time < 2; ++time) {
+        const auto all = readAll(*sound);
+        QVERIFY(!sound->isCutShort());
+        QVERIFY2(all.size() >= 30000 && all.size() < 30010, qPrintable(QString::number(all.size())));
+        for (std::size_t n = 0; n < 30000; ++n)
+            QVERIFY(std::abs(all[n].right - written[2 * n + 1]) < 1e-4f);
+        QVERIFY(sound->rewind());
+    }
+}
+
+void TestSoundFile::mp3WithoutATagIsReadToTheEnd()
+{
+    // Frames differ in length, and the first ones, noise, are the longest: what is guessed from them is far
+    // too short.
+    std::vector<float> samples = sine(480000, 2, 440, 48000);
+    unsigned state = 1;
+    for (std::size_t n = 0; n < 20000; ++n)
+        samples[n] = float(int((state = state * 1664525u + 1013904223u) >> 8) - 8388608) / 16777216.0f;
+    QFile whole(QString::fromStdString(
+        files::write(path("whole"), SF_FORMAT_MPEG | SF_FORMAT_MPEG_LAYER_III, 48000, 2, samples)));
+    QVERIFY(whole.open(QIODevice::ReadOnly));
+    const QByteArray stream = files::withoutTag(whole.readAll());
+    QVERIFY(!stream.isEmpty());
+    QFile file(folder.filePath("stream.mp3"));
+    QVERIFY(file.open(QIODevice::WriteOnly) && file.write(stream) == stream.size());
+    file.close();
+
+    std::string error;
+    const auto sound = open(path("stream.mp3"), error);
+    QVERIFY2(sound, error.c_str());
+    const auto first = readAll(*sound);
+    QVERIFY(!sound->isCutShort());
+    QVERIFY2(first.size() > 480000 - 1200 && first.size() < 480000 + 3 * 1152,
+             qPrintable(QString::number(first.size())));
+    QVERIFY(sound->rewind());
+    QCOMPARE(readAll(*sound).size(), first.size());
+    QVERIFY(file.resize(stream.size() / 2));
+    QVERIFY(sound->rewind());
+    const auto half = readAll(*sound);
+    QVERIFY(sound->isCutShort() && half.size() > 100000 && half.size() < 400000);
 }
 
 void TestSoundFile::notANumberIsSilence()

@@ -1,6 +1,6 @@
 #include "files.h"
 
-#include "hvaudio/endsearly.h"
+#include "hvaudio/soundlength.h"
 
 #include <QtEndian>
 #include <QtTest>
@@ -26,9 +26,26 @@ QByteArray little(quint32 number)
     return QByteArray(reinterpret_cast<const char*>(&swapped), 4);
 }
 
+/// What a function says of a file with these contents. It lies in memory: thousands of them are looked at.
+template <typename Function>
+auto of(Function function, const QByteArray& contents)
+{
+    const int file = memfd_create("sound", MFD_CLOEXEC);
+    if (file < 0 || write(file, contents.constData(), std::size_t(contents.size())) != contents.size())
+        qFatal("can't write into memory");
+    const auto result = function(file);
+    close(file);
+    return result;
+}
+
+bool ends(const QByteArray& contents)
+{
+    return of(endsEarly, contents);
+}
+
 } // namespace
 
-class TestEndsEarly : public QObject
+class TestSoundLength : public QObject
 {
     Q_OBJECT
 
@@ -42,6 +59,11 @@ private slots:
     void whatStandsBehindTheSoundDoesNotMatter_data();
     void whatStandsBehindTheSoundDoesNotMatter();
     void chunksBeforeTheSoundArePassed();
+    void sizeLeftOpenIsThatOfAllThatFollows_data();
+    void sizeLeftOpenIsThatOfAllThatFollows();
+    void sizeThatIsMeantIsNotOpen_data();
+    void sizeThatIsMeantIsNotOpen();
+    void firstFrameOfAnMp3WithoutATagIsFound();
     void mp3WithoutATagEndsWithinAFrame();
     void mp3TagOfTheOtherKindCounts();
     void mp3BehindItsLabelIsFound();
@@ -53,13 +75,12 @@ private slots:
 private:
     /// Two seconds of two sines in stereo.
     QByteArray sound(int format);
-    bool ends(const QByteArray& contents);
     QByteArray mp3() { return sound(SF_FORMAT_MPEG | SF_FORMAT_MPEG_LAYER_III); }
 
     QTemporaryDir folder;
 };
 
-QByteArray TestEndsEarly::sound(int format)
+QByteArray TestSoundLength::sound(int format)
 {
     std::vector<float> samples;
     for (int n = 0; n < 96000; ++n)
@@ -70,18 +91,7 @@ QByteArray TestEndsEarly::sound(int format)
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
-bool TestEndsEarly::ends(const QByteArray& contents)
-{
-    // A file in memory: thousands of them are looked at.
-    const int file = memfd_create("sound", MFD_CLOEXEC);
-    if (file < 0 || write(file, contents.constData(), std::size_t(contents.size())) != contents.size())
-        qFatal("can't write into memory");
-    const bool early = endsEarly(file);
-    close(file);
-    return early;
-}
-
-void TestEndsEarly::cutFileEndsEarlyAndAWholeOneDoesNot_data()
+void TestSoundLength::cutFileEndsEarlyAndAWholeOneDoesNot_data()
 {
     QTest::addColumn<int>("format");
     // clang-format off
@@ -101,7 +111,7 @@ void TestEndsEarly::cutFileEndsEarlyAndAWholeOneDoesNot_data()
     // clang-format on
 }
 
-void TestEndsEarly::cutFileEndsEarlyAndAWholeOneDoesNot()
+void TestSoundLength::cutFileEndsEarlyAndAWholeOneDoesNot()
 {
     QFETCH(int, format);
     const QByteArray whole = sound(format);
@@ -111,7 +121,7 @@ void TestEndsEarly::cutFileEndsEarlyAndAWholeOneDoesNot()
         QVERIFY2(ends(whole.left(whole.size() * percent / 100)), qPrintable(QString::number(percent)));
 }
 
-void TestEndsEarly::sizeThatAStreamLeavesOpenPromisesNothing_data()
+void TestSoundLength::sizeThatAStreamLeavesOpenPromisesNothing_data()
 {
     QTest::addColumn<int>("format");
     QTest::addColumn<QByteArray>("before");
@@ -133,7 +143,7 @@ void TestEndsEarly::sizeThatAStreamLeavesOpenPromisesNothing_data()
     // clang-format on
 }
 
-void TestEndsEarly::sizeThatAStreamLeavesOpenPromisesNothing()
+void TestSoundLength::sizeThatAStreamLeavesOpenPromisesNothing()
 {
     QFETCH(int, format);
     QFETCH(QByteArray, before);
@@ -154,7 +164,7 @@ void TestEndsEarly::sizeThatAStreamLeavesOpenPromisesNothing()
     QVERIFY(ends(stream));
 }
 
-void TestEndsEarly::longFormOfASizeCounts_data()
+void TestSoundLength::longFormOfASizeCounts_data()
 {
     QTest::addColumn<QByteArray>("size");
     QTest::addColumn<bool>("early");
@@ -165,7 +175,7 @@ void TestEndsEarly::longFormOfASizeCounts_data()
     QTest::newRow("the largest") << QByteArray(8, char(0xff)) << false;
 }
 
-void TestEndsEarly::longFormOfASizeCounts()
+void TestSoundLength::longFormOfASizeCounts()
 {
     QFETCH(QByteArray, size);
     QFETCH(bool, early);
@@ -176,7 +186,7 @@ void TestEndsEarly::longFormOfASizeCounts()
     }
 }
 
-void TestEndsEarly::whatStandsBehindTheSoundDoesNotMatter_data()
+void TestSoundLength::whatStandsBehindTheSoundDoesNotMatter_data()
 {
     QTest::addColumn<int>("format");
     QTest::newRow("WAV") << int(SF_FORMAT_WAV | SF_FORMAT_PCM_16);
@@ -184,13 +194,13 @@ void TestEndsEarly::whatStandsBehindTheSoundDoesNotMatter_data()
     QTest::newRow("MP3") << int(SF_FORMAT_MPEG | SF_FORMAT_MPEG_LAYER_III);
 }
 
-void TestEndsEarly::whatStandsBehindTheSoundDoesNotMatter()
+void TestSoundLength::whatStandsBehindTheSoundDoesNotMatter()
 {
     QFETCH(int, format);
     QVERIFY(!ends(sound(format) + "TAG" + QByteArray(125, 'x')));
 }
 
-void TestEndsEarly::chunksBeforeTheSoundArePassed()
+void TestSoundLength::chunksBeforeTheSoundArePassed()
 {
     // One of odd length, which is padded, and one in whose contents the word stands.
     const QByteArray head = "RIFF" + little(0) + "WAVELIST" + little(3) + QByteArray(4, 'x') + "JUNK" +
@@ -201,15 +211,78 @@ void TestEndsEarly::chunksBeforeTheSoundArePassed()
     QVERIFY(!ends("RIFF" + little(0) + "WAVELIST" + little(300) + QByteArray(100, 'x')));
 }
 
-void TestEndsEarly::mp3WithoutATagEndsWithinAFrame()
+void TestSoundLength::sizeLeftOpenIsThatOfAllThatFollows_data()
 {
-    const QByteArray tagged = mp3();
-    const int first = tagged.indexOf('\xff');
-    const int second = tagged.indexOf(tagged.mid(first, 2), first + 40);
-    QVERIFY(first >= 0 && second > first);
-    QVERIFY(tagged.mid(first, second - first).contains("Xing") ||
-            tagged.mid(first, second - first).contains("Info"));
-    const QByteArray plain = tagged.mid(second);
+    QTest::addColumn<QByteArray>("head");
+    QTest::addColumn<quint64>("at");
+    QTest::addColumn<int>("bytes");
+    QTest::addColumn<bool>("bigEndian");
+    QTest::addColumn<quint64>("value");
+    const QByteArray all8(8, char(0xff)), guid(12, 'g');
+    // clang-format off
+    QTest::newRow("WAV, none")        << "RIFF" + little(0) + "WAVEdata" + little(0)          << quint64(16) << 4 << false << quint64(1000);
+    QTest::newRow("WAV, the largest") << "RIFF" + little(0) + "WAVEdata" + little(0xffffffff) << quint64(16) << 4 << false << quint64(1000);
+    QTest::newRow("WAV, big endian")  << "RIFX" + big(0) + "WAVEdata" + big(0)                << quint64(16) << 4 << true  << quint64(1000);
+    QTest::newRow("AIFF")             << "FORM" + big(0) + "AIFFSSND" + big(0)                << quint64(16) << 4 << true  << quint64(1000);
+    QTest::newRow("CAF")              << QByteArray("caff") + QByteArray(4, 0) + "data" + all8 << quint64(12) << 8 << true  << quint64(1000);
+    QTest::newRow("Wave64, which counts name and size") << "riff" + guid + QByteArray(8, 0) + "wave" + guid + "data" + guid + QByteArray(8, 0)
+                                                                                             << quint64(56) << 8 << false << quint64(1024);
+    QTest::newRow("RF64, in its long form") << "RF64" + little(0xffffffff) + "WAVEds64" + little(28) + QByteArray(28, 0) + "data" + little(0xffffffff)
+                                                                                             << quint64(28) << 8 << false << quint64(1000);
+    // clang-format on
+}
+
+void TestSoundLength::sizeLeftOpenIsThatOfAllThatFollows()
+{
+    QFETCH(QByteArray, head);
+    QFETCH(quint64, at);
+    QFETCH(int, bytes);
+    QFETCH(bool, bigEndian);
+    QFETCH(quint64, value);
+    const auto size = of(sizeLeftOpen, head + QByteArray(1000, 0));
+    QVERIFY(size);
+    QCOMPARE(quint64(size->at), at);
+    QCOMPARE(size->bytes, bytes);
+    QCOMPARE(size->bigEndian, bigEndian);
+    QCOMPARE(quint64(size->value), value);
+}
+
+void TestSoundLength::sizeThatIsMeantIsNotOpen_data()
+{
+    QTest::addColumn<QByteArray>("file");
+    const QByteArray head = "RIFF" + little(0) + "WAVEdata";
+    QTest::newRow("all there") << head + little(1000) + QByteArray(1000, 0);
+    QTest::newRow("more than there is") << head + little(2000) + QByteArray(1000, 0);
+    QTest::newRow("none, at the end") << head + little(0);
+    QTest::newRow("none, before another chunk") << head + little(0) + "LIST" + little(8) + "INFOxxxx";
+    QTest::newRow("no sound at all") << "RIFF" + little(0) + "WAVELIST" + little(4) + "INFO";
+    QTest::newRow("another format") << ".snd" + big(24) + big(0xffffffff) + QByteArray(1000, 0);
+    QTest::newRow("empty") << QByteArray();
+}
+
+void TestSoundLength::sizeThatIsMeantIsNotOpen()
+{
+    QFETCH(QByteArray, file);
+    QVERIFY(!of(sizeLeftOpen, file));
+}
+
+void TestSoundLength::firstFrameOfAnMp3WithoutATagIsFound()
+{
+    const QByteArray tagged = mp3(), plain = files::withoutTag(tagged);
+    QVERIFY(!plain.isEmpty() && plain.size() < tagged.size());
+    QVERIFY(!of(untaggedMp3, tagged));
+    QCOMPARE(of(untaggedMp3, plain).value_or(99), std::uint64_t(0));
+    QCOMPARE(of(untaggedMp3, QByteArray(3000, 0) + plain).value_or(0), std::uint64_t(3000));
+    QVERIFY(!of(untaggedMp3, QByteArray(3000, 0)));
+    for (const int format : {SF_FORMAT_WAV | SF_FORMAT_PCM_16, SF_FORMAT_FLAC | SF_FORMAT_PCM_16,
+                             SF_FORMAT_OGG | SF_FORMAT_VORBIS, SF_FORMAT_AU | SF_FORMAT_PCM_16})
+        QVERIFY(!of(untaggedMp3, sound(format)));
+}
+
+void TestSoundLength::mp3WithoutATagEndsWithinAFrame()
+{
+    const QByteArray plain = files::withoutTag(mp3());
+    QVERIFY(plain.size() > 3000);
     QVERIFY(!ends(plain));
     QVERIFY(!ends(plain + "TAG" + QByteArray(125, 'x')));
     QVERIFY(!ends(QByteArray(3000, 0) + plain));
@@ -220,7 +293,7 @@ void TestEndsEarly::mp3WithoutATagEndsWithinAFrame()
     QVERIFY2(early >= 90, qPrintable(QString::number(early))); // the rest falls between two frames
 }
 
-void TestEndsEarly::mp3TagOfTheOtherKindCounts()
+void TestSoundLength::mp3TagOfTheOtherKindCounts()
 {
     QByteArray file = mp3();
     int at = file.indexOf("Xing");
@@ -233,7 +306,7 @@ void TestEndsEarly::mp3TagOfTheOtherKindCounts()
     QVERIFY(ends(file));
 }
 
-void TestEndsEarly::mp3BehindItsLabelIsFound()
+void TestSoundLength::mp3BehindItsLabelIsFound()
 {
     // Two of them. The first has a footer, and its 300 bytes (2 * 128 + 44) would pass for frames.
     const QByteArray footed = QByteArray::fromHex("4944330400100000022c") + QByteArray(300, '\xff') +
@@ -244,7 +317,7 @@ void TestEndsEarly::mp3BehindItsLabelIsFound()
     QVERIFY(ends(file.left(file.size() - 1)));
 }
 
-void TestEndsEarly::oggIsCutBetweenPages()
+void TestSoundLength::oggIsCutBetweenPages()
 {
     const QByteArray whole = sound(SF_FORMAT_OGG | SF_FORMAT_VORBIS);
     const int last = whole.lastIndexOf("OggS");
@@ -257,13 +330,13 @@ void TestEndsEarly::oggIsCutBetweenPages()
     QVERIFY(ends(whole.left(whole.size() - 1)));
 }
 
-void TestEndsEarly::flacIsLeftToItsDecoder()
+void TestSoundLength::flacIsLeftToItsDecoder()
 {
     const QByteArray whole = sound(SF_FORMAT_FLAC | SF_FORMAT_PCM_16);
     QVERIFY(!ends(whole) && !ends(whole.left(whole.size() / 2)));
 }
 
-void TestEndsEarly::nonsenseIsSurvived()
+void TestSoundLength::nonsenseIsSurvived()
 {
     unsigned state = 1;
     const auto random = [&state] { return char((state = state * 1664525u + 1013904223u) >> 24); };
@@ -275,6 +348,8 @@ void TestEndsEarly::nonsenseIsSurvived()
                 while (file.size() < length)
                     file.append(noise ? random() : '\0');
                 ends(file);
+                of(sizeLeftOpen, file);
+                of(untaggedMp3, file);
             }
     // Chunks without end.
     QVERIFY(!ends("RIFF" + QByteArray(1000000, 0)));
@@ -282,7 +357,7 @@ void TestEndsEarly::nonsenseIsSurvived()
     QVERIFY(!ends("OggS" + QByteArray(1000000, 'x')));
 }
 
-void TestEndsEarly::positionStays()
+void TestSoundLength::positionStays()
 {
     QFile file(folder.filePath("position"));
     QVERIFY(file.open(QIODevice::ReadWrite) && file.write(mp3()) > 1000 && file.flush());
@@ -292,5 +367,5 @@ void TestEndsEarly::positionStays()
     QVERIFY(!endsEarly(-1));
 }
 
-QTEST_GUILESS_MAIN(TestEndsEarly)
-#include "tst_endsearly.moc"
+QTEST_GUILESS_MAIN(TestSoundLength)
+#include "tst_soundlength.moc"

@@ -1,8 +1,9 @@
-#include "hvaudio/endsearly.h"
+#include "hvaudio/soundlength.h"
 
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
+#include <iterator>
 #include <vector>
 
 #include <sys/stat.h>
@@ -13,6 +14,7 @@ namespace hvaudio {
 namespace {
 
 using Bytes = std::vector<unsigned char>;
+constexpr std::size_t piece = 65536; ///< read at once
 enum class Order { Little, Big };
 
 struct File
@@ -86,33 +88,65 @@ constexpr Chunked chunkedFormats[] = {
 };
 // clang-format on
 
-bool chunkEndsEarly(const File& file, const Chunked& format)
+/// The chunk that holds the sound.
+struct SoundChunk
+{
+    std::uint64_t start = 0; ///< of the sound; 0: there is no such chunk
+    std::uint64_t size = 0;
+    HeaderNumber number = {}; ///< where the size stands, and as what
+    bool isUnknown = false;
+};
+
+SoundChunk soundChunk(const File& file, const Chunked& format)
 {
     constexpr int mostChunks = 1000; // nonsense doesn't keep us long
     const std::size_t head = std::size_t(format.nameBytes + format.sizeBytes);
-    std::uint64_t at = std::uint64_t(format.header), longSize = 0;
+    const std::uint64_t itself = format.countsItself ? head : 0;
+    const bool bigEndian = format.order == Order::Big;
+    std::optional<HeaderNumber> longSize;
+    std::uint64_t at = std::uint64_t(format.header);
     for (int n = 0; n < mostChunks; ++n) {
         const Bytes chunk = file.read(at, head + 16);
         if (chunk.size() < head)
-            return false;
-        std::uint64_t size = number(chunk, std::size_t(format.nameBytes), format.sizeBytes, format.order);
-        const bool unknown = isUnknown(size, format.sizeBytes);
-        if (format.countsItself)
-            size -= std::min<std::uint64_t>(size, head);
+            break;
+        HeaderNumber size = {at + std::uint64_t(format.nameBytes), format.sizeBytes, bigEndian, 0};
+        size.value = number(chunk, std::size_t(format.nameBytes), format.sizeBytes, format.order);
         if (says(chunk, 0, format.sound)) {
             // Where 32 bits don't do, the size stands in the chunk "ds64".
-            if (unknown && longSize > 0)
-                return !isUnknown(longSize, 8) && file.hasLess(at + head, longSize);
-            return !unknown && file.hasLess(at + head, size);
+            if (size.value == 0xffffffff && longSize)
+                size = *longSize;
+            return {at + head, size.value - std::min(size.value, itself), size,
+                    isUnknown(size.value, size.bytes)};
         }
         if (says(chunk, 0, "ds64") && chunk.size() >= head + 16)
-            longSize = number(chunk, head + 8, 8, Order::Little);
-        if (file.hasLess(at + head, size))
-            return false;
+            longSize = {at + head + 8, 8, false, number(chunk, head + 8, 8, Order::Little)};
+        const std::uint64_t contents = size.value - std::min(size.value, itself);
+        if (file.hasLess(at + head, contents))
+            break;
         const auto alignment = std::uint64_t(format.alignment);
-        at = (at + head + size + alignment - 1) / alignment * alignment;
+        at = (at + head + contents + alignment - 1) / alignment * alignment;
     }
-    return false;
+    return {};
+}
+
+/// Whether another chunk stands there, whole and with a name.
+bool isChunk(const File& file, const Chunked& format, std::uint64_t at)
+{
+    const std::size_t head = std::size_t(format.nameBytes + format.sizeBytes);
+    const Bytes chunk = file.read(at, head);
+    if (chunk.size() < head)
+        return false;
+    const bool named =
+        std::all_of(chunk.begin(), chunk.begin() + 4, [](unsigned char c) { return c >= ' ' && c <= '~'; });
+    return named && !file.hasLess(at + head, number(chunk, std::size_t(format.nameBytes), format.sizeBytes,
+                                                    format.order));
+}
+
+const Chunked* chunkedFormat(const Bytes& magic)
+{
+    const auto found = std::find_if(std::begin(chunkedFormats), std::end(chunkedFormats),
+                                    [&](const Chunked& format) { return says(magic, 0, format.magic); });
+    return found == std::end(chunkedFormats) ? nullptr : found;
 }
 
 bool auEndsEarly(const File& file)
@@ -208,23 +242,39 @@ std::uint64_t bytesByTag(const Bytes& bytes, std::size_t at, const Layer3Frame& 
                                                                    : 0;
 }
 
+struct FirstFrame
+{
+    std::uint64_t at = 0;
+    std::uint64_t promised = 0; ///< bytes from there on, by the tag; 0: there is none
+    Layer3Frame frame;
+};
+
+FirstFrame firstFrame(const File& file)
+{
+    const std::uint64_t from = tagBytes(file);
+    const Bytes bytes = file.read(from, piece);
+    for (std::size_t at = 0; at + 4 <= bytes.size(); ++at) {
+        const Layer3Frame frame = layer3Frame(bytes, at);
+        if (!frame.valid)
+            continue;
+        const std::uint64_t promised = bytesByTag(bytes, at, frame);
+        // What looks like a frame is one where another one follows.
+        if (promised > 0 || layer3Frame(bytes, at + std::size_t(frame.length)).valid)
+            return {from + at, promised, frame};
+    }
+    return {};
+}
+
 /// Without a tag a file that was cut off still ends within a frame.
 bool mpegEndsEarly(const File& file)
 {
-    constexpr std::size_t piece = 65536;
-    std::uint64_t from = tagBytes(file);
-    Bytes bytes = file.read(from, piece);
+    const FirstFrame first = firstFrame(file);
+    if (first.promised > 0)
+        return !isUnknown(first.promised, 4) && file.hasLess(first.at, first.promised);
+    std::uint64_t from = first.at;
     std::size_t at = 0;
-    Layer3Frame frame;
-    for (; at + 4 <= bytes.size(); ++at) {
-        frame = layer3Frame(bytes, at);
-        if (const std::uint64_t promised = frame.valid ? bytesByTag(bytes, at, frame) : 0)
-            return !isUnknown(promised, 4) && file.hasLess(from + at, promised);
-        // What looks like a frame is one where another one follows.
-        if (frame.valid && layer3Frame(bytes, at + std::size_t(frame.length)).valid)
-            break;
-    }
-    while (frame.valid) {
+    Bytes bytes;
+    for (Layer3Frame frame = first.frame; frame.valid; frame = layer3Frame(bytes, at)) {
         if (file.hasLess(from + at, frame.length))
             return true;
         at += std::size_t(frame.length);
@@ -233,23 +283,28 @@ bool mpegEndsEarly(const File& file)
             at = 0;
             bytes = file.read(from, piece);
         }
-        frame = layer3Frame(bytes, at);
     }
     return false;
+}
+
+/// Size 0 where the descriptor is of no use.
+File fileOf(int descriptor)
+{
+    struct stat is = {};
+    const bool known = fstat(descriptor, &is) == 0 && is.st_size > 0;
+    return {descriptor, known ? std::uint64_t(is.st_size) : 0};
 }
 
 } // namespace
 
 bool endsEarly(int descriptor)
 {
-    struct stat is = {};
-    if (fstat(descriptor, &is) != 0 || is.st_size <= 0)
-        return false;
-    const File file = {descriptor, std::uint64_t(is.st_size)};
+    const File file = fileOf(descriptor);
     const Bytes magic = file.read(0, 4);
-    for (const Chunked& format : chunkedFormats)
-        if (says(magic, 0, format.magic))
-            return chunkEndsEarly(file, format);
+    if (const Chunked* const format = chunkedFormat(magic)) {
+        const SoundChunk sound = soundChunk(file, *format);
+        return sound.start > 0 && !sound.isUnknown && file.hasLess(sound.start, sound.size);
+    }
     if (says(magic, 0, ".snd"))
         return auEndsEarly(file);
     if (says(magic, 0, "OggS"))
@@ -257,6 +312,33 @@ bool endsEarly(int descriptor)
     if (says(magic, 0, "fLaC"))
         return false; // its decoder knows
     return mpegEndsEarly(file);
+}
+
+std::optional<HeaderNumber> sizeLeftOpen(int descriptor)
+{
+    const File file = fileOf(descriptor);
+    const Chunked* const format = chunkedFormat(file.read(0, 4));
+    const SoundChunk sound = format ? soundChunk(file, *format) : SoundChunk();
+    if (sound.start == 0 || !sound.isUnknown || sound.start >= file.size)
+        return {};
+    if (sound.size == 0 && isChunk(file, *format, sound.start))
+        return {};
+    HeaderNumber size = sound.number;
+    size.value = file.size - sound.start +
+                 (format->countsItself ? std::uint64_t(format->nameBytes + format->sizeBytes) : 0);
+    if (size.bytes == 4)
+        size.value = std::min<std::uint64_t>(size.value, 0xffffffff);
+    return size;
+}
+
+std::optional<std::uint64_t> untaggedMp3(int descriptor)
+{
+    const File file = fileOf(descriptor);
+    const Bytes magic = file.read(0, 4);
+    if (chunkedFormat(magic) || says(magic, 0, ".snd") || says(magic, 0, "OggS") || says(magic, 0, "fLaC"))
+        return {};
+    const FirstFrame first = firstFrame(file);
+    return first.frame.valid && first.promised == 0 ? std::optional<std::uint64_t>(first.at) : std::nullopt;
 }
 
 } // namespace hvaudio

@@ -1,5 +1,8 @@
 #pragma once
 
+#include <cstdint>
+#include <optional>
+
 namespace hvaudio {
 
 /// Whether a sound file ends before the end that it promises itself: by the size of its sound in WAV (also
@@ -14,5 +17,23 @@ namespace hvaudio {
 /// MP3 without a tag. Not for the
 /// audio thread.
 bool endsEarly(int descriptor);
+
+/// A number in a file's header, and what should stand there.
+struct HeaderNumber
+{
+    std::uint64_t at; ///< bytes from the file's start
+    int bytes;        ///< 4 or 8
+    bool bigEndian;
+    std::uint64_t value;
+};
+
+/// The size of the sound where a writer left it open, as that of all that follows. None where the header
+/// holds a size, or where the sound is really empty: at the file's end, or before another chunk. The formats
+/// with chunks (WAV and its kin, AIFF, CAF); descriptor as above.
+std::optional<HeaderNumber> sizeLeftOpen(int descriptor);
+
+/// Where an MP3 without a tag has its first frame, in bytes from the file's start; none for everything else.
+/// Nothing in such a file says how long it is. Descriptor as above.
+std::optional<std::uint64_t> untaggedMp3(int descriptor);
 
 } // namespace hvaudio
