@@ -1,5 +1,6 @@
 #include "headunit/responseplot.h"
 
+#include <QFileInfo>
 #include <QImage>
 #include <QPainter>
 #include <QSaveFile>
@@ -128,6 +129,9 @@ void ResponsePlot::setMeasured(Speaker speaker, const std::vector<double>& hz,
 
 bool ResponsePlot::savePng(const QString& path, QSize pixels)
 {
+    // A device or a pipe would be replaced by the file.
+    if (QFileInfo::exists(path) && !QFileInfo(path).isFile())
+        return false;
     const QSize before = size();
     resize(pixels);
     replot();

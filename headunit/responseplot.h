@@ -34,7 +34,8 @@ public:
     void setMeasured(hvaudio::dsp::Speaker speaker, const std::vector<double>& hz,
                      const std::vector<double>& factors);
 
-    /// Writes what is shown, size in pixels; false when the file can't be written.
+    /// Writes what is shown, size in pixels; false when the file can't be written, or is a device, a pipe or
+    /// a folder.
     bool savePng(const QString& path, QSize size = QSize(1280, 720));
 
 private:

@@ -35,6 +35,7 @@ private slots:
     void signalEndsARenderingAndLeavesNothing_data();
     void signalEndsARenderingAndLeavesNothing();
     void hangupThatIsIgnoredStaysIgnored();
+    void plotReplacesNothingButAFile();
     void plotShowsALineForEachSpeakerAndDotsOverIt();
 
 private:
@@ -273,6 +274,23 @@ void TestOffline::hangupThatIsIgnoredStaysIgnored()
     QCOMPARE(unit.exitStatus(), QProcess::NormalExit);
     QCOMPARE(unit.exitCode(), 0);
     QCOMPARE(entries(), (QStringList{"in.wav", "out.wav"}));
+}
+
+void TestOffline::plotReplacesNothingButAFile()
+{
+    QCOMPARE(mkfifo(QFile::encodeName(folder->filePath("pipe")).constData(), 0600), 0);
+    QVERIFY(QFile::link("pipe", folder->filePath("link")));
+    Options options;
+    options.settings = store({});
+    const QStringList before = entries();
+    for (const char* name : {"pipe", "link", "."}) {
+        options.plot = folder->filePath(name);
+        QString message;
+        QVERIFY(!plotResponses(options, &message));
+        QVERIFY2(message.contains("can't write '" + options.plot + "'"), qPrintable(message));
+        QCOMPARE(entries(), before);
+        QVERIFY(!QFileInfo(folder->filePath("pipe")).isFile());
+    }
 }
 
 void TestOffline::plotShowsALineForEachSpeakerAndDotsOverIt()
