@@ -14,8 +14,7 @@ namespace hvaudio {
 /// the header when they write into a pipe and can't come back to it. False for all other formats, too.
 ///
 /// descriptor: of a regular file, open for reading; its position stays. Reads a few kilobytes, but all of an
-/// MP3 without a tag. Not for the
-/// audio thread.
+/// MP3 without a tag. Not for the audio thread.
 bool endsEarly(int descriptor);
 
 /// A number in a file's header, and what should stand there.
