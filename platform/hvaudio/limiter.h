@@ -32,8 +32,8 @@ public:
     float* const* room() noexcept;
     /// Limits what was written into `room`, from `offset` frames behind a grid point on. `frame` holds for
     /// each frame the largest absolute sample of all speakers, `peak` the largest of all frames for each
-    /// speaker, which becomes that of what leaves. Null outputs are skipped. Returns the smallest gain that
-    /// was used.
+    /// speaker; while it works, that becomes the largest of what leaves. Null outputs are skipped. Returns
+    /// the smallest gain that was used.
     float process(float* const out[speakerCount], int frames, int offset, const float* frame,
                   float peak[speakerCount]) noexcept;
     /// True while the gain isn't 1.

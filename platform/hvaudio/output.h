@@ -7,7 +7,7 @@
 #include <string>
 
 /// Where the sound goes: an output is an object that pulls blocks from a feed. A machine without a sound
-/// server is a normal case (nulloutput.h), so is a file (wavoutput.h).
+/// server is a normal case, so is a file (pacedoutput.h).
 namespace hvaudio {
 
 enum class LogLevel {
