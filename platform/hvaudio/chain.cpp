@@ -62,7 +62,8 @@ void Chain::clearSound() noexcept
     delay_.clear();
     limiter_.clear();
     idle_ = true;
-    quiet_ = ringOut_;
+    loud_ = false;
+    quiet_ = 0;
 }
 
 void Chain::aim(const Snapshot& snapshot) noexcept
@@ -181,22 +182,22 @@ void Chain::process(const Block& block, Meters& meters) noexcept
 {
     const ScopedFlush flush;
     source_.newBlock();
-    if (idle_) {
-        if (!snapshotWaiting_ && !beepWanted_ && silentInput(block, 0, block.frames)) {
-            for (float* out : block.out)
-                if (out)
-                    std::memset(out, 0, size_t(block.frames) * sizeof(float));
-            offset_ = (offset_ + block.frames) % gridFrames;
-            precision_.pass(block.frames);
-            return;
-        }
-        idle_ = false;
-        quiet_ = 0;
-    }
     bool prompts = false;
     for (const auto& prompt : block.prompt)
         prompts |= prompt[0] != nullptr;
     for (int done = 0; done < block.frames;) {
+        if (idle_) {
+            const int rest = block.frames - done;
+            if (!snapshotWaiting_ && !beepWanted_ && silentInput(block, done, rest)) {
+                for (float* out : block.out)
+                    if (out)
+                        std::memset(out + done, 0, size_t(rest) * sizeof(float));
+                offset_ = (offset_ + rest) % gridFrames;
+                precision_.pass(rest);
+                return;
+            }
+            idle_ = false;
+        }
         if (offset_ == 0)
             advanceGrid();
         const bool toNextPoint = moving_ || prompts || snapshotWaiting_ || beepWanted_;
@@ -206,9 +207,17 @@ void Chain::process(const Block& block, Meters& meters) noexcept
         processPiece(block, done, frames, meters);
         done += frames;
         offset_ = (offset_ + frames) % gridFrames;
-        precision_.advance(frames);
+        if (precision_.advance(frames))
+            endWindow();
     }
-    if (quiet_ >= ringOut_ && !moving_)
+}
+
+/// What has rung out is forgotten at a window's end, so at the same frame whatever the block size.
+void Chain::endWindow() noexcept
+{
+    quiet_ = loud_ ? 0 : std::min(quiet_ + Precision::windowFrames, ringOut_);
+    loud_ = false;
+    if (quiet_ >= ringOut_ && !moving_ && !limiter_.working())
         clearSound();
 }
 
@@ -262,9 +271,7 @@ void Chain::processPiece(const Block& block, int start, int frames, Meters& mete
     std::fill(largest, largest + frames, 0.0f);
     float peak[speakerCount] = {};
     delay_.read(limiter_.room(), frames, offset_, peak, largest);
-    quiet_ = silent && *std::max_element(peak, peak + speakerCount) < inaudible
-                 ? std::min(quiet_ + frames, ringOut_)
-                 : 0;
+    loud_ |= !silent || *std::max_element(peak, peak + speakerCount) >= inaudible;
 
     float* out[speakerCount];
     for (int i = 0; i < speakerCount; ++i)

@@ -38,6 +38,7 @@ private:
     void jumpUnheard() noexcept;
     bool silentInput(const Block& block, int start, int frames) const noexcept;
     void choosePrecision() noexcept;
+    void endWindow() noexcept;
     void processPiece(const Block& block, int start, int frames, Meters& meters) noexcept;
     /// Everything in front of the delays.
     template <typename Real>
@@ -72,8 +73,9 @@ private:
     bool moving_ = false; ///< anything but the sound: pieces end at the next grid point
     int offset_ = 0;      ///< frames since the last grid point
     bool idle_ = true;
-    int quiet_ = 0;   ///< frames since anything went in or came out
-    int ringOut_ = 0; ///< as many make the chain idle
+    bool loud_ = false; ///< anything has gone in or come out in this window of `Precision`
+    int quiet_ = 0;     ///< frames of the windows since then
+    int ringOut_ = 0;   ///< as many make the chain idle
 };
 
 } // namespace hvaudio::dsp

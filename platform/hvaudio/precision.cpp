@@ -59,13 +59,14 @@ void Precision::heard(const double in[2], const double out[speakerCount],
     }
 }
 
-void Precision::advance(int frames) noexcept
+bool Precision::advance(int frames) noexcept
 {
     place_ += frames;
     if (place_ < windowFrames)
-        return;
+        return false;
     place_ = 0;
     decide();
+    return true;
 }
 
 void Precision::decide() noexcept
@@ -73,9 +74,11 @@ void Precision::decide() noexcept
     bool poor = false, calm = true;
     for (int i = 0; i < speakerCount; ++i) {
         Energy& window = window_[i];
-        if (!window.wanted)
-            kept_[i] = plenty;
-        else if (window.in > silentEnergy)
+        if (!window.wanted) {
+            kept_[i] = 0;
+            continue;
+        }
+        if (window.in > silentEnergy)
             kept_[i] += newest_ * (std::min(window.out / (window.in * shareOf(i)), plenty) - kept_[i]);
         window = Energy();
         poor |= kept_[i] < 1;

@@ -14,7 +14,8 @@ namespace hvaudio::dsp {
 /// there can, and double precision costs about twice as much. So energies are compared in front of and behind
 /// the crossovers: where a speaker keeps so little of its input that its error could come within 100 dB of
 /// it, the filters change over to double precision, and back when all of them have kept enough for a while.
-/// Each window counts the same, however loud it is: a quiet tone after loud music is to be clean, too.
+/// Each window counts the same, however loud it is: a quiet tone after loud music is to be clean, too. A
+/// speaker that is turned down isn't asked; one that is turned up starts like one after silence.
 ///
 /// The changeover converts the filters' memory, which is exact one way and rounds once the other way: nothing
 /// is heard of it. After silence they start in double precision. Decisions fall every `windowFrames` frames
@@ -34,8 +35,8 @@ public:
     /// Energies (sums of squares) of a piece: left and right in front of the crossovers, and of each speaker
     /// behind its own, where `gain` is the factor that was applied before it.
     void heard(const double in[2], const double out[speakerCount], const float gain[speakerCount]) noexcept;
-    /// Moves on by as many frames as `room` allows; decides at a window's end.
-    void advance(int frames) noexcept;
+    /// Moves on by as many frames as `room` allows; decides at a window's end and says whether it was one.
+    bool advance(int frames) noexcept;
     /// Moves on by any number of silent frames, after `clear`.
     void pass(int frames) noexcept { place_ = (place_ + frames) % windowFrames; }
 

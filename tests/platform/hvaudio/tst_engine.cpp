@@ -19,6 +19,7 @@ private slots:
     void soundDoesNotDependOnTheBlockSize_data();
     void soundDoesNotDependOnTheBlockSize();
     void glidesDoNotDependOnTheBlockSize();
+    void restsDoNotDependOnTheBlockSize();
     void inputMayBeTheOutput();
     void missingInputsAndOutputsAreFine();
     void pathsSoundAlike();
@@ -114,6 +115,24 @@ void TestEngine::glidesDoNotDependOnTheBlockSize()
             }
             QVERIFY2(whole.play(in, 4096) == cut.play(in, frames), qPrintable(QString::number(frames)));
         }
+    }
+}
+
+void TestEngine::restsDoNotDependOnTheBlockSize()
+{
+    // Sound and silence in turns, so that it falls idle and wakes in the middle of blocks.
+    std::mt19937 random(12);
+    Signal in;
+    while (in.size() < 200000) {
+        const int frames = 100 + int(random() % 15000);
+        const Signal next = random() & 1 ? silence(frames) : pinkNoise(2, frames, random());
+        in.insert(in.end(), next.begin(), next.end());
+    }
+    Rig one(busy());
+    const Speakers wanted = one.play(in, 1);
+    for (int frames : {37, 512, 8192, 50000}) {
+        Rig other(busy());
+        QVERIFY2(other.play(in, frames) == wanted, qPrintable(QString::number(frames)));
     }
 }
 

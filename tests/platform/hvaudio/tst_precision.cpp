@@ -155,6 +155,10 @@ void TestPrecision::speakersThatAreTurnedDownAreNotAsked()
     sound.gain[FrontLeft] = 0;
     play(precision, sound, int(rate));
     QVERIFY(!precision.isDouble());
+    // Once it is turned up it is like one after silence.
+    sound.gain[FrontLeft] = 1;
+    play(precision, sound, Precision::windowFrames);
+    QVERIFY(precision.isDouble());
 }
 
 void TestPrecision::silenceChangesNothing()
