@@ -24,6 +24,8 @@ namespace {
 
 constexpr double lowestHz = 20, highestHz = 20000;
 constexpr double lowestDb = -60, highestDb = 20;
+/// Pixels. Below what Qwt asks for by itself, which is more than the unit is high; its axes drop labels.
+constexpr int leastWidth = 320, leastHeight = 160;
 
 // clang-format off
 constexpr struct { Speaker speaker; const char* name; QRgb colour; } looks[] = {
@@ -55,6 +57,7 @@ ResponsePlot::ResponsePlot(QWidget* parent)
     dark.setColor(QPalette::Text, QColor(0xe6, 0xe9, 0xee));
     setPalette(dark);
     setAutoFillBackground(true);
+    setMinimumSize(leastWidth, leastHeight);
     auto* const field = new QwtPlotCanvas;
     field->setFrameStyle(QFrame::NoFrame);
     setCanvas(field);
