@@ -13,9 +13,19 @@ using hvaudio::HeardFrame;
 
 namespace {
 
-constexpr double pieceSeconds = 0.3, meanSeconds = 4, settlingSeconds = 0.1;
+constexpr double pieceSeconds = 0.6, meanSeconds = 4, settlingSeconds = 0.1;
 /// Below this (about -130 dBFS in one bin) the programme has nothing there.
 constexpr double leastAmplitude = 3e-7;
+constexpr double pi = 3.14159265358979323846;
+
+/// The window's terms (F. Harris, "On the Use of Windows for Harmonic Analysis with the Discrete Fourier
+/// Transform", table 1: 4-term Blackman-Harris). A tone is spread over its main lobe and, 92 dB down, over
+/// everything else. What the speaker does to a tone it does to all that is spread from it, so nothing but the
+/// level tells a tone's skirt from sound.
+constexpr double windowTerms[] = {0.35875, -0.48829, 0.14128, -0.01168};
+constexpr int mainLobe = 4;          ///< bins to either side
+constexpr double leastOfAll = 1e-8;  ///< part of the loudest bin's power: -80 dB, above the side lobes
+constexpr double leastOfLobe = 1e-2; ///< part of the loudest power a lobe's width around: -20 dB
 /// Part of a speaker's power that must stem from the programme.
 constexpr double leastCoherence = 0.8;
 
@@ -57,6 +67,8 @@ struct ResponseMeter::Private
     std::size_t bins() const { return window.size() / 2 + 1; }
     /// Frames from one piece to the next.
     std::size_t hop() const { return window.size() / 2; }
+    /// By bin: whether the programme has sound of its own there.
+    std::vector<bool> played(Reference reference) const;
 
     double rate = 0;
     std::size_t latency = 0;
@@ -93,9 +105,11 @@ void ResponseMeter::restart(double rate, int latencyFrames)
         d->windowed.resize(frames);
         d->windowSum = 0;
         for (std::size_t n = 0; n < frames; ++n) {
-            const double turn = 2 * 3.14159265358979323846 * double(n) / double(frames);
-            d->window[n] = float(0.5 - 0.5 * std::cos(turn));
-            d->windowSum += double(d->window[n]);
+            double sum = 0;
+            for (std::size_t term = 0; term < std::size(windowTerms); ++term)
+                sum += windowTerms[term] * std::cos(2 * pi * double(term) * double(n) / double(frames));
+            d->window[n] = float(sum);
+            d->windowSum += sum;
         }
         for (Spectrum& spectrum : d->programme)
             spectrum.resize(d->bins());
@@ -161,6 +175,20 @@ void ResponseMeter::analyse()
     }
 }
 
+std::vector<bool> ResponseMeter::Private::played(Reference reference) const
+{
+    const std::vector<double>& all = power[reference];
+    const double loudest = *std::max_element(all.begin(), all.end());
+    const double least = std::max(std::pow(0.5 * leastAmplitude * windowSum, 2), leastOfAll * loudest);
+    std::vector<bool> is(all.size());
+    for (std::size_t k = 0; k < all.size(); ++k) {
+        const auto from = all.begin() + std::max(std::ptrdiff_t(k) - mainLobe, std::ptrdiff_t(0));
+        const auto to = all.begin() + std::min(std::ptrdiff_t(k) + mainLobe + 1, std::ptrdiff_t(all.size()));
+        is[k] = all[k] >= least && all[k] >= leastOfLobe * *std::max_element(from, to);
+    }
+    return is;
+}
+
 ResponseMeter::Curve ResponseMeter::curve(Speaker speaker, const std::vector<double>& hz,
                                           double octaves) const
 {
@@ -168,8 +196,8 @@ ResponseMeter::Curve ResponseMeter::curve(Speaker speaker, const std::vector<dou
     if (d->pieces < 2)
         return curve;
     const std::vector<double>& power = d->power[references[speaker]];
+    const std::vector<bool> played = d->played(references[speaker]);
     const double binHz = d->rate / double(d->window.size());
-    const double least = std::pow(0.5 * leastAmplitude * d->windowSum, 2);
     std::size_t firstBefore = 0, lastBefore = 0;
     for (const double centre : hz) {
         const auto binOf = [&](double at) {
@@ -182,14 +210,19 @@ ResponseMeter::Curve ResponseMeter::curve(Speaker speaker, const std::vector<dou
         firstBefore = first;
         lastBefore = last;
         double in = 0, out = 0, both = 0;
+        std::size_t firstPlayed = 0, lastPlayed = 0; // 0 is in no dot
         for (std::size_t k = first; k <= last; ++k) {
+            if (!played[k])
+                continue;
+            firstPlayed = firstPlayed ? firstPlayed : k;
+            lastPlayed = k;
             in += power[k];
             out += d->speakerPower[speaker][k];
             both += std::abs(d->cross[speaker][k]);
         }
-        if (in < least * double(last - first + 1) || both * both < leastCoherence * in * out)
+        if (!firstPlayed || both * both < leastCoherence * in * out)
             continue;
-        curve.hz.push_back(binHz * std::sqrt(double(first) * double(last)));
+        curve.hz.push_back(binHz * std::sqrt(double(firstPlayed) * double(lastPlayed)));
         curve.factors.push_back(both / in);
     }
     return curve;

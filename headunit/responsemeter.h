@@ -14,8 +14,8 @@ namespace headunit {
 /// compares with hvaudio::dsp::responseOf. Any signal will do for the frequencies that are in it; noise and
 /// sweeps have them all.
 ///
-/// Pieces of a third of a second and more, Hann window, half overlapping; the mean of the last four seconds.
-/// Phase is left out, so delays don't matter. Plain C++; any one thread.
+/// Pieces of 0.6 s and more, Blackman-Harris window, half overlapping; the mean of the last
+/// four seconds. Phase is left out, so delays don't matter. Plain C++; any one thread.
 class ResponseMeter
 {
 public:
@@ -38,8 +38,9 @@ public:
         std::vector<double> hz, factors; ///< of the same length
     };
     /// Factors (1 = 0 dB) at about these frequencies, each the mean over a width of `octaves`; the curve says
-    /// at which, since low ones fall between the spectrum's bins. Those are left out where the programme has
-    /// nothing or where the speaker plays something else, such as a chime.
+    /// at which, since low ones fall between the spectrum's bins, and a lone tone is where it is. Those are
+    /// left out where the programme has nothing, or 80 dB less than where it has most, or where the speaker
+    /// plays something else, such as a chime.
     Curve curve(hvaudio::dsp::Speaker speaker, const std::vector<double>& hz, double octaves) const;
 
 private:

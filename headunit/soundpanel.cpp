@@ -22,8 +22,8 @@ namespace {
 
 constexpr int tickMs = 50;
 constexpr int linePoints = 240;
-constexpr int dotPoints = 61; ///< six an octave
-constexpr double dotOctaves = 1.0 / 12;
+constexpr int dotPoints = 61;          ///< six an octave
+constexpr double dotOctaves = 1.0 / 6; ///< one joins on to the next, so that no tone falls between them
 constexpr int heardAtOnce = 4096;
 
 /// Whether the speakers' responses are the same in both; the prompts' volumes and the low-pass's being used

@@ -44,6 +44,10 @@ private slots:
     void silentProgrammeHasNoResponse();
     void silentSpeakerIsAtTheBottom();
     void frequenciesThatArentPlayedAreLeftOut();
+    void toneHasDotsOnlyWhereItIs_data();
+    void toneHasDotsOnlyWhereItIs();
+    void wideSoundHasDotsEverywhere_data();
+    void wideSoundHasDotsEverywhere();
     void frequenciesInOneBinAreOneDot();
     void chimeOverTheProgrammeIsLeftOut();
     void restartForgets();
@@ -59,10 +63,10 @@ void TestResponseMeter::saysNothingBeforeTwoPieces()
     meter.restart(rate, 0);
     QCOMPARE(meter.pieces(), 0);
     QVERIFY(meter.curve(FrontLeft, {1000}, 0.1).hz.empty());
-    addAll(&meter, noise(22000));
+    addAll(&meter, noise(38000));
     QCOMPARE(meter.pieces(), 1);
     QVERIFY(meter.curve(FrontLeft, {1000}, 0.1).hz.empty());
-    addAll(&meter, noise(10000));
+    addAll(&meter, noise(20000));
     QCOMPARE(meter.pieces(), 2);
 }
 
@@ -139,6 +143,101 @@ void TestResponseMeter::frequenciesThatArentPlayedAreLeftOut()
     QCOMPARE(int(curve.hz.size()), 1);
     QVERIFY(std::abs(curve.hz[0] - 1000) < 3);
     QVERIFY(std::abs(curve.factors[0] - 1) < 1e-3);
+}
+
+/// What the panel draws: 20 Hz to 20 kHz, six an octave, each as wide as their distance.
+static std::vector<double> panelFrequencies()
+{
+    std::vector<double> hz;
+    for (int i = 0; i < 61; ++i)
+        hz.push_back(20 * std::pow(1000.0, i / 60.0));
+    return hz;
+}
+
+void TestResponseMeter::toneHasDotsOnlyWhereItIs_data()
+{
+    QTest::addColumn<double>("hz");
+    QTest::addColumn<double>("amplitude");
+    QTest::newRow("60 Hz at full scale") << 60.0 << 1.0;
+    QTest::newRow("60 Hz, soft") << 60.0 << 0.001;
+    QTest::newRow("in the middle of a bin") << 48000.0 / 32768 * 42 << 0.5;
+    QTest::newRow("between two bins") << 48000.0 / 32768 * 42.5 << 0.5;
+    QTest::newRow("at a dot") << 20 * std::pow(1000.0, 34 / 60.0) << 0.5;
+    QTest::newRow("between two dots") << 20 * std::pow(1000.0, 34.5 / 60.0) << 0.5;
+    QTest::newRow("10 kHz") << 10000.0 << 0.5;
+}
+
+void TestResponseMeter::toneHasDotsOnlyWhereItIs()
+{
+    QFETCH(double, hz);
+    QFETCH(double, amplitude);
+    std::vector<HeardFrame> frames(144000);
+    for (std::size_t n = 0; n < frames.size(); ++n) {
+        const float x = float(amplitude * std::sin(2 * M_PI * hz / rate * double(n)));
+        frames[n] = {{x, x}, {x, x, x, x, x}};
+    }
+    ResponseMeter meter;
+    meter.restart(rate, 0);
+    addAll(&meter, frames);
+    const std::vector<double> asked = panelFrequencies();
+    int dots = 0;
+    for (int i = 0; i < speakerCount; ++i) {
+        const ResponseMeter::Curve curve = meter.curve(Speaker(i), asked, 1.0 / 6);
+        for (std::size_t k = 0; k < curve.hz.size(); ++k, ++dots) {
+            QVERIFY2(std::abs(curve.hz[k] - hz) < 3 * rate / 32768, qPrintable(QString::number(curve.hz[k])));
+            QVERIFY2(std::abs(dB(curve.factors[k])) < 0.01, qPrintable(QString::number(curve.factors[k])));
+        }
+    }
+    QVERIFY(dots >= speakerCount);
+}
+
+void TestResponseMeter::wideSoundHasDotsEverywhere_data()
+{
+    QTest::addColumn<QString>("kind");
+    QTest::addColumn<int>("leastDots");
+    // Of 61; the low ones are nearer to one another than bins are. A sweep's start and end have little there.
+    QTest::newRow("white noise") << "white" << 58;
+    QTest::newRow("white noise, two pieces") << "short" << 56;
+    QTest::newRow("pink noise") << "pink" << 58;
+    QTest::newRow("logarithmic sweep") << "sweep" << 56;
+}
+
+void TestResponseMeter::wideSoundHasDotsEverywhere()
+{
+    QFETCH(QString, kind);
+    QFETCH(int, leastDots);
+    std::vector<HeardFrame> frames = noise(kind == "short" ? 56000 : 480000);
+    // Pink: sections that each fall by 3 dB around their corner (P. Kellet's filter).
+    double pole[3] = {}, phase = 0;
+    for (std::size_t n = 0; n < frames.size(); ++n) {
+        double x = double(frames[n].programme[0]);
+        if (kind == "pink") {
+            pole[0] = 0.99765 * pole[0] + x * 0.0990460;
+            pole[1] = 0.96300 * pole[1] + x * 0.2965164;
+            pole[2] = 0.57000 * pole[2] + x * 1.0526913;
+            x = pole[0] + pole[1] + pole[2] + x * 0.1848;
+        } else if (kind == "sweep") { // one in 10 s
+            phase += 2 * M_PI / rate * 20 * std::pow(1000.0, double(n) / double(frames.size()));
+            x = 0.3 * std::sin(phase);
+        }
+        const float y = float(x);
+        frames[n] = {{y, y}, {y, y, y, y, y}};
+    }
+    ResponseMeter meter;
+    meter.restart(rate, 0);
+    const std::vector<double> asked = panelFrequencies();
+    std::vector<double> found; // at any time: a sweep is nowhere for long
+    for (std::size_t done = 0; done < frames.size(); done += 12000) {
+        meter.add(frames.data() + done, int(std::min<std::size_t>(12000, frames.size() - done)));
+        const ResponseMeter::Curve curve = meter.curve(RearRight, asked, 1.0 / 6);
+        found.insert(found.end(), curve.hz.begin(), curve.hz.end());
+    }
+    int dots = 0;
+    for (const double hz : asked)
+        dots += std::any_of(found.begin(), found.end(), [hz](double at) {
+            return std::abs(at - hz) < std::max(0.04 * hz, rate / 32768);
+        });
+    QVERIFY2(dots >= leastDots, qPrintable(QString::number(dots)));
 }
 
 void TestResponseMeter::frequenciesInOneBinAreOneDot()
