@@ -15,6 +15,8 @@
 #include <QPushButton>
 #include <QRadioButton>
 
+#include <algorithm>
+
 namespace headunit {
 
 using hvaudio::SourceKind;
@@ -127,6 +129,8 @@ void SourcePanel::refresh()
     for (const Row& row : qAsConst(m_rows)) {
         row.name->setChecked(row.id == m_sound->playing());
         row.kind->setCurrentIndex(row.kind->findData(int(m_sound->sourceKind(row.id))));
+        if (row.path->isModified() && !row.path->text().isEmpty())
+            continue; // typed and not taken: it is there to be corrected
         row.path->setText(m_sound->sourcePath(row.id));
         row.path->setToolTip(row.path->text());
     }
@@ -150,9 +154,15 @@ void SourcePanel::setKind(int row, SourceKind kind, const QString& path)
     // The next run may start in another folder.
     const QString whole = path.isEmpty() ? path : QFileInfo(path).absoluteFilePath();
     QString error;
+    QLineEdit* const field = m_rows[row].path;
     if (m_sound->setSource(m_rows[row].id, kind, whole, &error)) {
         error.clear();
         keepSource(m_rows[row].id, kind, whole);
+        field->setModified(false);
+    } else if (kind == SourceKind::File) {
+        field->setText(path);
+        field->setToolTip(path);
+        field->setModified(true);
     }
     say(error);
     refresh();
@@ -169,7 +179,9 @@ void SourcePanel::onKindChosen(int row, SourceKind kind)
 void SourcePanel::onPathEntered(int row)
 {
     const QString path = m_rows[row].path->text();
-    if (!path.isEmpty())
+    if (path.isEmpty())
+        refresh(); // back to what plays
+    else
         setKind(row, SourceKind::File, path);
 }
 
@@ -202,7 +214,9 @@ void SourcePanel::onPromptTouched(int key)
 
 void SourcePanel::showEvent(QShowEvent* event)
 {
-    say(QString());
+    // What was refused is still there, and so is why.
+    if (std::none_of(m_rows.cbegin(), m_rows.cend(), [](const Row& row) { return row.path->isModified(); }))
+        say(QString());
     refresh();
     m_poll.start();
     QWidget::showEvent(event);

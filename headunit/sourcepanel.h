@@ -44,7 +44,7 @@ private:
     void addRow(QGridLayout* grid, int index);
     QLayout* promptKeyRow();
     void retranslate();
-    /// Shows what the sound says.
+    /// Shows what the sound says; a path that was typed and not taken stays.
     void refresh();
     void refreshPrompts();
     /// Shows the error; without one, which of the stored files can't be played.

@@ -31,7 +31,10 @@ private slots:
     void fileIsAskedForAndSet();
     void fileDialogLeftAloneChangesNothing();
     void enteredPathIsSet();
-    void refusedFileIsSaidAndNothingIsShownAsChanged();
+    void refusedFileIsSaidAndNothingElseIsShownAsChanged();
+    void refusedPathStaysToBeCorrected();
+    void refusedFileOfTheDialogStaysToBeCorrected();
+    void emptiedPathIsBackToWhatPlays();
     void successTakesTheMessageAway();
     void choicesAreKept_data();
     void choicesAreKept();
@@ -193,7 +196,7 @@ void TestSourcePanel::enteredPathIsSet()
     QCOMPARE(child<QComboBox>("kind_5")->currentData().toInt(), int(SourceKind::File));
 }
 
-void TestSourcePanel::refusedFileIsSaidAndNothingIsShownAsChanged()
+void TestSourcePanel::refusedFileIsSaidAndNothingElseIsShownAsChanged()
 {
     m_sound->refusal = "bad.wav is no sound file";
     auto* path = child<QLineEdit>("path_5");
@@ -201,7 +204,59 @@ void TestSourcePanel::refusedFileIsSaidAndNothingIsShownAsChanged()
     QTest::keyClick(path, Qt::Key_Return);
     QCOMPARE(child<QLabel>("source_error")->text(), QStringLiteral("bad.wav is no sound file"));
     QCOMPARE(child<QComboBox>("kind_5")->currentData().toInt(), int(SourceKind::Input));
+    QCOMPARE(path->text(), QStringLiteral("bad.wav"));
+}
+
+void TestSourcePanel::refusedPathStaysToBeCorrected()
+{
+    m_sound->refusal = "/music/onne.flac can't be opened";
+    auto* path = child<QLineEdit>("path_5");
+    path->setFocus();
+    QTest::keyClicks(path, "/music/onne.flac");
+    QTest::keyClick(path, Qt::Key_Return);
+    // Neither another choice nor a look at another panel takes it away.
+    m_sound->refusal.clear();
+    choose(7, SourceKind::Sweep);
+    QCOMPARE(path->text(), QStringLiteral("/music/onne.flac"));
+    m_sound->refusal = "/music/onne.flac can't be opened";
+    QTest::keyClick(path, Qt::Key_Return);
+    m_panel->hide();
+    m_panel->show();
+    QCOMPARE(path->text(), QStringLiteral("/music/onne.flac"));
+    QCOMPARE(child<QLabel>("source_error")->text(), m_sound->refusal);
+    m_sound->refusal.clear();
+    path->setFocus();
+    path->setCursorPosition(int(qstrlen("/music/on")));
+    QTest::keyClick(path, Qt::Key_Backspace);
+    QTest::keyClick(path, Qt::Key_Return);
+    QCOMPARE(m_sound->sourcePath(HVAudio_source_id_e(5)), QStringLiteral("/music/one.flac"));
+    QVERIFY(child<QLabel>("source_error")->text().isEmpty());
+    // Taken: from now on the field says what plays.
+    choose(5, SourceKind::Sweep);
     QCOMPARE(path->text(), QString());
+}
+
+void TestSourcePanel::refusedFileOfTheDialogStaysToBeCorrected()
+{
+    m_sound->refusal = "no sound file";
+    choose(6, SourceKind::File);
+    emit dialog()->fileSelected("/music/letter.txt");
+    QCOMPARE(child<QLineEdit>("path_6")->text(), QStringLiteral("/music/letter.txt"));
+    QCOMPARE(child<QComboBox>("kind_6")->currentData().toInt(), int(SourceKind::Input));
+}
+
+void TestSourcePanel::emptiedPathIsBackToWhatPlays()
+{
+    auto* path = child<QLineEdit>("path_5");
+    path->setFocus();
+    QTest::keyClicks(path, "/music/one.flac");
+    QTest::keyClick(path, Qt::Key_Return);
+    m_sound->take();
+    path->selectAll();
+    QTest::keyClick(path, Qt::Key_Delete);
+    QTest::keyClick(path, Qt::Key_Return);
+    QVERIFY(m_sound->take().isEmpty());
+    QCOMPARE(path->text(), QStringLiteral("/music/one.flac"));
 }
 
 void TestSourcePanel::successTakesTheMessageAway()
