@@ -13,7 +13,6 @@ namespace {
 constexpr double levelRangeDb = 60, reductionRangeDb = 12;
 constexpr double levelFallDb = 40, reductionFallDb = 12; ///< in a second
 constexpr qint64 holdMs = 1500;
-constexpr int numberWidth = 64;
 
 } // namespace
 
@@ -46,6 +45,7 @@ double LevelMeter::lengthOf(double db) const
 void LevelMeter::reset()
 {
     m_db = m_holdDb = restDb();
+    m_silent = true;
     m_sinceShown.invalidate();
     m_sinceHeld.invalidate();
     update();
@@ -56,7 +56,8 @@ void LevelMeter::setFactor(double factor)
     // Both kinds move away from rest at once and back to it slowly; the limiter's way is downwards.
     const bool isLevel = m_kind == Level;
     const double range = isLevel ? levelRangeDb : reductionRangeDb;
-    const double db = factor > 0 ? qBound(-range, 20 * std::log10(factor), 0.0) : -range;
+    m_silent = !(factor > 0);
+    const double db = !m_silent ? qBound(-range, 20 * std::log10(factor), 0.0) : -range;
     const double seconds = m_sinceShown.isValid() ? double(m_sinceShown.restart()) / 1000 : 0;
     if (!m_sinceShown.isValid())
         m_sinceShown.start();
@@ -75,7 +76,7 @@ void LevelMeter::setFactor(double factor)
 QString LevelMeter::text() const
 {
     if (m_db <= -levelRangeDb)
-        return QStringLiteral("-\u221e dB");
+        return m_silent ? QStringLiteral("-\u221e dB") : QStringLiteral("< %1 dB").arg(-levelRangeDb);
     return QStringLiteral("%1 dB").arg(m_db, 0, 'f', 1);
 }
 

@@ -25,7 +25,10 @@ public:
     void reset();
     /// What the number says, in dB; at rest the scale's quiet end.
     double shownDb() const { return m_db; }
+    /// The number: "-∞ dB" for silence alone, "< -60 dB" for what is only too soft for the bar.
     QString text() const;
+    /// Room for the number behind the bar, in pixels.
+    static constexpr int numberWidth = 64;
 
     QSize sizeHint() const override;
 
@@ -39,8 +42,9 @@ private:
 
     const Kind m_kind;
     const QColor m_colour;
-    double m_db = 0;     ///< the bar
-    double m_holdDb = 0; ///< the mark
+    double m_db = 0;      ///< the bar
+    double m_holdDb = 0;  ///< the mark
+    bool m_silent = true; ///< the last factor was nothing at all
     QElapsedTimer m_sinceShown, m_sinceHeld;
     Q_DISABLE_COPY(LevelMeter)
 };

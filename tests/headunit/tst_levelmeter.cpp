@@ -34,7 +34,9 @@ void TestLevelMeter::levelIsToldInDecibels_data()
     QTest::newRow("half") << 0.5 << "-6.0 dB";
     QTest::newRow("above full scale counts as full scale") << 2.0 << "0.0 dB";
     QTest::newRow("silence") << 0.0 << QStringLiteral("-\u221e dB");
-    QTest::newRow("below the scale") << 1e-5 << QStringLiteral("-\u221e dB");
+    QTest::newRow("below the scale") << 1e-5 << QStringLiteral("< -60 dB");
+    QTest::newRow("at the scale's end") << 1e-3 << QStringLiteral("< -60 dB");
+    QTest::newRow("next to silence") << 1e-30 << QStringLiteral("< -60 dB");
 }
 
 void TestLevelMeter::levelIsToldInDecibels()
@@ -44,6 +46,9 @@ void TestLevelMeter::levelIsToldInDecibels()
     LevelMeter meter(LevelMeter::Level, colour, nullptr);
     meter.setFactor(factor);
     QCOMPARE(meter.text(), text);
+    QFont desk = meter.font();
+    desk.setPixelSize(13); // the inspector's
+    QVERIFY(QFontMetrics(desk).horizontalAdvance(text) <= LevelMeter::numberWidth);
 }
 
 void TestLevelMeter::levelJumpsUpAndFallsSlowly()
@@ -79,8 +84,10 @@ void TestLevelMeter::resetForgets()
 {
     LevelMeter meter(LevelMeter::Level, colour, nullptr);
     meter.setFactor(1);
+    meter.setFactor(1e-5);
     meter.reset();
     QCOMPARE(meter.shownDb(), -60.0);
+    QCOMPARE(meter.text(), QStringLiteral("-\u221e dB"));
     meter.setFactor(0);
     QCOMPARE(meter.shownDb(), -60.0);
 }
