@@ -197,6 +197,12 @@ void AudioServicePrivate::onSettingEdited(const QString& key)
     const AudioState before = state;
     if (!keys::restoreKey(state, key))
         return;
+    // As at power-on. The pages read a channel's level from the store, where none means 0 to them.
+    for (int channel = 0; channel < channels; ++channel) {
+        if (isChannel(channel) && key == keys::volumeKey(channel) &&
+            !SettingsStore::instance()->value(key).isValid())
+            keepSoon(key, state.volume[static_cast<std::size_t>(channel)]);
+    }
     publish();
     if (state.eqType != before.eqType)
         emit mem::SettingsUtil::instance()->EQType(state.eqType);

@@ -155,12 +155,28 @@ void readButFilters(AudioState& state, Reader& reader)
                       neutralGain, 0, maximumGain);
 }
 
-/// The level that a channel has now. One out of range changes nothing: a damaged number must not be heard at
-/// full level.
-void readVolume(int& volume, int channel)
+/// A channel's level for power-on.
+int startVolume(const StartVolume& row)
 {
-    const QString key = volumeKey(channel);
-    const int level = stored(key, 0);
+    const QString key = QLatin1String(row.key);
+    const int level = stored(key, row.level);
+    if (level >= 0 && level <= maximumVolume)
+        return level;
+    qWarning().noquote().nospace() << "AudioService: stored " << key << " is " << level << ", outside 0.."
+                                   << maximumVolume << "; " << row.level << " is used";
+    return row.level;
+}
+
+/// The level that a channel has now; without one it is the level for power-on. One out of range changes
+/// nothing: a damaged number must not be heard at full level.
+void readVolume(int& volume, const StartVolume& row)
+{
+    const QString key = volumeKey(row.channel);
+    if (!mem::SettingsStore::instance()->value(key).isValid()) {
+        volume = startVolume(row);
+        return;
+    }
+    const int level = stored(key, volume);
     if (level >= 0 && level <= maximumVolume)
         volume = level;
     else
@@ -224,7 +240,7 @@ bool restoreKey(AudioState& state, const QString& key)
 {
     for (const StartVolume& row : startVolumes) {
         if (key == volumeKey(row.channel)) {
-            readVolume(state.volume[static_cast<std::size_t>(row.channel)], row.channel);
+            readVolume(state.volume[static_cast<std::size_t>(row.channel)], row);
             return true;
         }
     }
@@ -237,17 +253,8 @@ bool restoreKey(AudioState& state, const QString& key)
 std::array<int, channels> storedStartVolumes()
 {
     std::array<int, channels> levels = {};
-    for (const StartVolume& row : startVolumes) {
-        const QString key = QLatin1String(row.key);
-        int level = stored(key, row.level);
-        if (level < 0 || level > maximumVolume) {
-            qWarning().noquote().nospace()
-                << "AudioService: stored " << key << " is " << level << ", outside 0.." << maximumVolume
-                << "; " << row.level << " is used";
-            level = row.level;
-        }
-        levels[static_cast<std::size_t>(row.channel)] = level;
-    }
+    for (const StartVolume& row : startVolumes)
+        levels[static_cast<std::size_t>(row.channel)] = startVolume(row);
     return levels;
 }
 

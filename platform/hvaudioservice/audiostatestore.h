@@ -34,8 +34,9 @@ QString filterText(const Filter& filter);
 void restore(AudioState& state);
 /// The filters of state.tables.
 void restoreFilters(AudioState& state);
-/// What is stored under this key: one that restore() reads, or a channel's present level. False for any
-/// other, those of the start-up volumes and those that are followed whenever they change among them.
+/// What is stored under this key: one that restore() reads, or a channel's present level,
+/// which is its level for power-on where nothing is stored. False for any other, those of the start-up
+/// volumes and those that are followed whenever they change among them.
 bool restoreKey(AudioState& state, const QString& key);
 /// Each channel's level for power-on, by channel number.
 std::array<int, channels> storedStartVolumes();

@@ -24,6 +24,9 @@ private slots:
     void anEditFromOutsideIsHeardAtOnce();
     void anEditedTypeIsToldToThePages();
     void anEditedVolumeIsToldToThePages();
+    void aVolumeTakenAwayIsTheOneOfPowerOn_data();
+    void aVolumeTakenAwayIsTheOneOfPowerOn();
+    void aVolumeOfAWrongTypeChangesNothing();
     void anEditLeavesWhatWasNotKeptAlone();
     void anEditOutOfRangeIsLoggedOnceAndBrought();
     void anEditedStartVolumeWaitsForPowerOn();
@@ -258,8 +261,6 @@ void TestAudioStateStore::anEditFromOutsideIsHeardAtOnce_data()
     row("AudioService_Sub",      filter("2;5;1"), [](S h) { return h.subwoofer.filter == 2 && h.subwoofer.attenuation == 5; }, [](S h) { return h.subwoofer.filter == 7; });
     row("AudioService_DelayUs_4", 2500,           [](S h) { return h.subwoofer.delayMs == 2.5; },       [](S h) { return h.subwoofer.delayMs == 0; });
     row("Setup_Input_Gain_Type_Radio", 9,         [](S h) { return h.sourceGain == 9; },                [](S h) { return h.sourceGain == 5; });
-    row("volume0",               31,              [](S h) { return h.mainVolume == 31; },               [](S h) { return h.mainVolume == 0; });
-    row("volume5",               12,              [](S h) { return h.promptVolume[3] == 12; },          [](S h) { return h.promptVolume[3] == 0; });
     row("subwooferOnOff",        false,           [](S h) { return h.subwoofer.filter == 0; },          [](S h) { return h.subwoofer.filter == 7; });
     row("subwooferFreq",         4,               [](S h) { return h.subwoofer.filter == 4; },          [](S h) { return h.subwoofer.filter == 7; });
     row("subwooferLevel",        2,               [](S h) { return h.subwoofer.attenuation == 2; },     [](S h) { return h.subwoofer.attenuation == 11; });
@@ -310,6 +311,56 @@ void TestAudioStateStore::anEditedVolumeIsToldToThePages()
     QCOMPARE(log.count(QStringLiteral("volume4")), 1);
     QCOMPARE(volumes.size(), 1);
     QCOMPARE(m_heard.promptVolume[2], 8);
+}
+
+void TestAudioStateStore::aVolumeTakenAwayIsTheOneOfPowerOn_data()
+{
+    QTest::addColumn<int>("channel");
+    QTest::addColumn<QString>("startKey");
+    QTest::addColumn<int>("unsetLevel");
+    QTest::newRow("main") << 0 << "Setup_Main_Volume" << 25;
+    QTest::newRow("ringer") << 1 << "Setup_Volume_Type_BT_Ringer" << 40;
+    QTest::newRow("talking") << 2 << "Setup_Volume_Type_BT_Talking" << 40;
+    QTest::newRow("voice") << 4 << "Setup_Volume_Type_Voice" << 40;
+    QTest::newRow("navi") << 5 << "Setup_Volume_Type_Navi" << 40;
+}
+
+void TestAudioStateStore::aVolumeTakenAwayIsTheOneOfPowerOn()
+{
+    QFETCH(int, channel);
+    QFETCH(QString, startKey);
+    QFETCH(int, unsetLevel);
+    const QString key = QStringLiteral("volume%1").arg(channel);
+    service()->setVolumeLevel(9, channel);
+    QSignalSpy volumes(service(), &AudioService::audioVolumeChanged);
+    const auto heard = [&] {
+        const int prompts[] = {-1, 0, 1, -1, 2, 3}; // by channel
+        return channel == 0 ? m_heard.mainVolume : m_heard.promptVolume[prompts[channel]];
+    };
+    store()->edit(key, 31);
+    QCOMPARE(heard(), 31);
+    QCOMPARE(volumes.size(), 1);
+    store()->edit(key, QVariant());
+    QCOMPARE(heard(), unsetLevel);
+    QCOMPARE(volumes.size(), 2);
+    QCOMPARE(volumes.last(), QVariantList({false, unsetLevel, channel}));
+    // The pages read it there, with 0 for none.
+    QCOMPARE(store()->value(key), QVariant(unsetLevel));
+    store()->edit(startKey, 12);
+    QCOMPARE(volumes.size(), 2);
+    store()->edit(key, QVariant());
+    QCOMPARE(heard(), 12);
+    QCOMPARE(store()->value(key), QVariant(12));
+    QCOMPARE(volumes.last(), QVariantList({false, 12, channel}));
+}
+
+void TestAudioStateStore::aVolumeOfAWrongTypeChangesNothing()
+{
+    service()->setVolumeLevel(9, 0);
+    const MessageLog log;
+    store()->edit(QStringLiteral("volume0"), QStringLiteral("loud"));
+    QCOMPARE(m_heard.mainVolume, 9);
+    QCOMPARE(log.count(QStringLiteral("volume0")), 1);
 }
 
 void TestAudioStateStore::anEditLeavesWhatWasNotKeptAlone()
