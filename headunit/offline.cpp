@@ -57,14 +57,14 @@ bool plotResponses(const Options& options, QString* message)
     engine.set(settings);
 
     ResponsePlot plot;
-    const std::vector<double> lineHz = ResponsePlot::frequencies(600), dotHz = ResponsePlot::frequencies(61);
-    const MeasuredResponses measured = measureResponses(settings, rate, dotHz);
+    const std::vector<double> lineHz = ResponsePlot::frequencies(600);
     for (int i = 0; i < speakerCount; ++i) {
         std::vector<double> computed;
         for (double hz : lineHz)
             computed.push_back(std::abs(engine.response(Speaker(i), hz)));
         plot.setComputed(Speaker(i), lineHz, computed);
-        plot.setMeasured(Speaker(i), dotHz, measured[std::size_t(i)]);
+        const std::vector<double> dotHz = ResponsePlot::frequenciesOf(Speaker(i), 61);
+        plot.setMeasured(Speaker(i), dotHz, measureResponses(settings, rate, dotHz)[std::size_t(i)]);
     }
     if (StopSignals::received()) {
         *message = QStringLiteral("can't draw '%1': stopped").arg(options.plot);

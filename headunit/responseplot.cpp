@@ -24,6 +24,8 @@ namespace {
 
 constexpr double lowestHz = 20, highestHz = 20000;
 constexpr double lowestDb = -60, highestDb = 20;
+constexpr int dotSize = 5; ///< pixels
+const QColor fieldColour(0x0b, 0x0e, 0x13);
 /// Pixels. Below what Qwt asks for by itself, which is more than the unit is high; its axes drop labels.
 constexpr int leastWidth = 320, leastHeight = 160;
 
@@ -61,7 +63,7 @@ ResponsePlot::ResponsePlot(QWidget* parent)
     auto* const field = new QwtPlotCanvas;
     field->setFrameStyle(QFrame::NoFrame);
     setCanvas(field);
-    setCanvasBackground(QColor(0x0b, 0x0e, 0x13));
+    setCanvasBackground(fieldColour);
 
     setAxisScaleEngine(xBottom, new QwtLogScaleEngine);
     setAxisScale(xBottom, lowestHz, highestHz);
@@ -89,9 +91,9 @@ ResponsePlot::ResponsePlot(QWidget* parent)
 
         auto* const dots = new QwtPlotCurve;
         dots->setStyle(QwtPlotCurve::NoCurve);
-        const int size = 5 + 4 * (speakerCount - 1 - look.speaker);
-        dots->setSymbol(
-            new QwtSymbol(QwtSymbol::Ellipse, Qt::NoBrush, QPen(QColor(look.colour), 1), QSize(size, size)));
+        // Dark around, so that a dot is seen on the line of its own colour.
+        dots->setSymbol(new QwtSymbol(QwtSymbol::Ellipse, QColor(look.colour), QPen(fieldColour, 1),
+                                      QSize(dotSize, dotSize)));
         dots->setItemAttribute(QwtPlotItem::Legend, false);
         dots->setRenderHint(QwtPlotItem::RenderAntialiased);
         dots->setZ(line->z() + 1);
@@ -105,6 +107,17 @@ std::vector<double> ResponsePlot::frequencies(int count)
     std::vector<double> hz;
     for (int i = 0; i < count; ++i)
         hz.push_back(lowestHz * std::pow(highestHz / lowestHz, double(i) / std::max(1, count - 1)));
+    return hz;
+}
+
+std::vector<double> ResponsePlot::frequenciesOf(Speaker speaker, int count)
+{
+    std::vector<double> hz = frequencies(count);
+    const double distance = std::pow(highestHz / lowestHz, 1.0 / std::max(1, count - 1));
+    for (double& at : hz)
+        at *= std::pow(distance, double(speaker) / speakerCount);
+    while (!hz.empty() && hz.back() > 1.0001 * highestHz)
+        hz.pop_back();
     return hz;
 }
 

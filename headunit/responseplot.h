@@ -25,6 +25,9 @@ public:
 
     /// Frequencies that suit the axis, in Hz, evenly spread over it.
     static std::vector<double> frequencies(int count);
+    /// The same for a speaker's dots: each speaker's lie beside the other ones', so that those of equal
+    /// speakers are all seen. One that would lie beyond the axis is left out.
+    static std::vector<double> frequenciesOf(hvaudio::dsp::Speaker speaker, int count);
     static QColor colour(hvaudio::dsp::Speaker speaker);
     static QString name(hvaudio::dsp::Speaker speaker);
 

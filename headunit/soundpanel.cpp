@@ -162,8 +162,8 @@ void SoundPanel::measure()
 void SoundPanel::drawMeasured()
 {
     m_pieces = m_meter.pieces();
-    const std::vector<double> hz = ResponsePlot::frequencies(dotPoints);
     for (int i = 0; i < speakerCount; ++i) {
+        const std::vector<double> hz = ResponsePlot::frequenciesOf(Speaker(i), dotPoints);
         const ResponseMeter::Curve curve = m_meter.curve(Speaker(i), hz, dotOctaves);
         m_plot->setMeasured(Speaker(i), curve.hz, curve.factors);
     }

@@ -31,6 +31,7 @@ private slots:
     void computedCurvesFollowASetting();
     void settledSoundIsntDrawnAgain();
     void measuredDotsLieOnTheLines();
+    void dotsOfEqualSpeakersLieBesideOneAnother();
     void changedSettingTakesTheOldDotsAway();
     void metersShowEverySpeaker();
     void limiterShowsItsWork();
@@ -185,6 +186,26 @@ void TestSoundPanel::measuredDotsLieOnTheLines()
                          QStringLiteral("%1 Hz: %2 instead of %3").arg(dot.x()).arg(dot.y()).arg(expected)));
         }
     }
+}
+
+void TestSoundPanel::dotsOfEqualSpeakersLieBesideOneAnother()
+{
+    m_panel->show();
+    playNoise(5);
+    QTRY_VERIFY(m_sound->toHear.empty());
+    QVector<double> all;
+    for (int i = 0; i < cabinSpeakerCount; ++i) {
+        const QVector<QPointF> dots = points(Speaker(i), true);
+        for (const QPointF& dot : dots) {
+            QVERIFY(dot.x() <= 20010);
+            if (dot.x() > 100) // bins are far apart below
+                all.append(dot.x());
+        }
+    }
+    QVERIFY(all.size() > 4 * 40);
+    std::sort(all.begin(), all.end());
+    for (int i = 1; i < all.size(); ++i)
+        QVERIFY2(all[i] / all[i - 1] > 1.01, qPrintable(QString::number(all[i])));
 }
 
 void TestSoundPanel::changedSettingTakesTheOldDotsAway()
