@@ -2,12 +2,36 @@
 
 #include "privatepipewire.h"
 
+#include "hvaudio/output.h"
 #include "hvaudio/settings.h"
 #include "hvaudio/wavwriter.h"
+
+#include <QStringList>
+
+#include <mutex>
 
 /// What the tests of the unit on a PipeWire daemon share: a file of tones, its way into the unit, and finding
 /// the tones again in what leaves it.
 namespace unitonpipewire {
+
+/// Log lines, which come from several threads.
+struct Lines
+{
+    hvaudio::Log log()
+    {
+        return [this](hvaudio::LogLevel, const std::string& line) {
+            const std::lock_guard<std::mutex> lock(mutex);
+            lines << QString::fromStdString(line);
+        };
+    }
+    QStringList all()
+    {
+        const std::lock_guard<std::mutex> lock(mutex);
+        return lines;
+    }
+    std::mutex mutex;
+    QStringList lines;
+};
 
 constexpr double rate = 48000;
 inline const QStringList five = {"FL", "FR", "RL", "RR", "LFE"};

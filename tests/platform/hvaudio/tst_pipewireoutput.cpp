@@ -8,8 +8,6 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 
-#include <mutex>
-
 using namespace hvaudio;
 using namespace unitonpipewire;
 
@@ -25,25 +23,6 @@ dsp::Settings neutral()
     settings.subwoofer.attenuation = 0;
     return settings;
 }
-
-/// Log lines, which come from several threads.
-struct Lines
-{
-    Log log()
-    {
-        return [this](LogLevel, const std::string& line) {
-            const std::lock_guard<std::mutex> lock(mutex);
-            lines << QString::fromStdString(line);
-        };
-    }
-    QStringList all()
-    {
-        const std::lock_guard<std::mutex> lock(mutex);
-        return lines;
-    }
-    std::mutex mutex;
-    QStringList lines;
-};
 
 } // namespace
 

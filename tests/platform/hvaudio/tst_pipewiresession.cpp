@@ -10,7 +10,6 @@
 #include <QRegularExpression>
 
 #include <memory>
-#include <mutex>
 
 using namespace hvaudio;
 using namespace unitonpipewire;
@@ -45,24 +44,6 @@ bool writeSides(const QString& path)
     const float* const channels[2] = {left.data(), right.data()};
     return writer->write(channels, int(left.size())) && writer->finish(error);
 }
-
-struct Lines
-{
-    Log log()
-    {
-        return [this](LogLevel, const std::string& line) {
-            const std::lock_guard<std::mutex> lock(mutex);
-            lines << QString::fromStdString(line);
-        };
-    }
-    QStringList all()
-    {
-        const std::lock_guard<std::mutex> lock(mutex);
-        return lines;
-    }
-    std::mutex mutex;
-    QStringList lines;
-};
 
 } // namespace
 
