@@ -58,13 +58,16 @@ bool plotResponses(const Options& options, QString* message)
 
     ResponsePlot plot;
     const std::vector<double> lineHz = ResponsePlot::frequencies(600);
+    hvaudio::dsp::OfEachSpeaker dotHz;
+    for (int i = 0; i < speakerCount; ++i)
+        dotHz[std::size_t(i)] = ResponsePlot::frequenciesOf(Speaker(i), 61);
+    const hvaudio::dsp::OfEachSpeaker measured = measureResponses(settings, rate, dotHz);
     for (int i = 0; i < speakerCount; ++i) {
         std::vector<double> computed;
         for (double hz : lineHz)
             computed.push_back(std::abs(engine.response(Speaker(i), hz)));
         plot.setComputed(Speaker(i), lineHz, computed);
-        const std::vector<double> dotHz = ResponsePlot::frequenciesOf(Speaker(i), 61);
-        plot.setMeasured(Speaker(i), dotHz, measureResponses(settings, rate, dotHz)[std::size_t(i)]);
+        plot.setMeasured(Speaker(i), dotHz[std::size_t(i)], measured[std::size_t(i)]);
     }
     if (StopSignals::received()) {
         *message = QStringLiteral("can't draw '%1': stopped").arg(options.plot);

@@ -16,10 +16,11 @@ constexpr double seconds = 1;
 
 } // namespace
 
-MeasuredResponses measureResponses(const Settings& settings, double rate, const std::vector<double>& hz)
+OfEachSpeaker measureResponses(const Settings& settings, double rate, const OfEachSpeaker& hz)
 {
-    MeasuredResponses responses;
-    responses.fill(std::vector<double>(hz.size(), 0.0));
+    OfEachSpeaker responses;
+    for (std::size_t i = 0; i < hz.size(); ++i)
+        responses[i].assign(hz[i].size(), 0.0);
     Engine engine;
     if (!engine.prepare(rate))
         return responses;
@@ -38,17 +39,16 @@ MeasuredResponses measureResponses(const Settings& settings, double rate, const 
     engine.process(in, out, frames);
 
     constexpr double turn = 2 * 3.14159265358979323846;
-    for (std::size_t f = 0; f < hz.size(); ++f) {
-        const std::complex<double> step = std::polar(1.0, -turn * hz[f] / rate);
-        std::complex<double> phase = 1, sum[speakerCount];
-        for (int n = 0; n < frames; ++n) {
-            for (int i = 0; i < speakerCount; ++i)
-                sum[i] += phase * double(out[i][n]);
-            phase *= step;
+    for (std::size_t i = 0; i < hz.size(); ++i)
+        for (std::size_t f = 0; f < hz[i].size(); ++f) {
+            const std::complex<double> step = std::polar(1.0, -turn * hz[i][f] / rate);
+            std::complex<double> phase = 1, sum = 0;
+            for (const float sample : answer[i]) {
+                sum += phase * double(sample);
+                phase *= step;
+            }
+            responses[i][f] = std::abs(sum) / double(level);
         }
-        for (int i = 0; i < speakerCount; ++i)
-            responses[std::size_t(i)][f] = std::abs(sum[i]) / double(level);
-    }
     return responses;
 }
 

@@ -7,11 +7,11 @@
 
 namespace hvaudio::dsp {
 
-/// What each speaker does to a sine of `hz`, as a factor, measured: an impulse runs through an engine of its
-/// own that stands at these settings, and its answer is transformed. Both inputs get the impulse, as in
-/// `Engine::response`. Takes a few hundred milliseconds for a hundred frequencies; not for the audio thread.
-/// All 0 for a rate that the engine refuses.
-using MeasuredResponses = std::array<std::vector<double>, speakerCount>;
-MeasuredResponses measureResponses(const Settings& settings, double rate, const std::vector<double>& hz);
+/// What each speaker does to a sine of each of its `hz`, as a factor, measured: an impulse runs through an
+/// engine of its own that stands at these settings, and its answer is transformed. Both inputs get the
+/// impulse, as in `Engine::response`. Takes a few hundred milliseconds for a hundred frequencies; not for the
+/// audio thread. All 0 for a rate that the engine refuses.
+using OfEachSpeaker = std::array<std::vector<double>, speakerCount>;
+OfEachSpeaker measureResponses(const Settings& settings, double rate, const OfEachSpeaker& hz);
 
 } // namespace hvaudio::dsp

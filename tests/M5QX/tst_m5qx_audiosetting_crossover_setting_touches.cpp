@@ -365,27 +365,12 @@ void TestCrossoverTouches::randomTouchesKeepEveryInvariant()
     QRandomGenerator random(seed);
     setStored(QStringLiteral("subwooferLevel"), 0x80 | 11);
     show();
-    const QList<QPushButton*> keys = m_page->findChildren<QPushButton*>();
-    const auto anywhere = [&random] { return QPoint(random.bounded(-60, 1084), random.bounded(-60, 570)); };
     const QRegularExpression form(QStringLiteral("^AudioService\\.(doBeep\\(0\\)|set[HL]PFFilter\\(([0-5]), "
                                                  "\\2, [1248], [0-3]\\)|setSubFilter\\([0-7], "
                                                  "([1-9]|1[0-4]), 0\\))$"));
     for (int event = 0; event < 20000;) {
-        QPoint pos = anywhere();
-        if (random.bounded(2)) { // aim
-            QPushButton* key = keys.at(random.bounded(keys.size()));
-            if (!key->isVisible())
-                continue;
-            pos = touch::middle(m_page.data(), key);
-        }
-        touch::press(m_page.data(), pos);
-        ++event;
-        for (int moves = random.bounded(4); moves > 0; --moves, ++event)
-            touch::move(m_page.data(), random.bounded(2) ? anywhere() : pos);
-        const QStringList early = take();
+        const QStringList early = touchAtRandom(random, &event);
         QVERIFY2(early.isEmpty(), qPrintable(early.join('\n')));
-        touch::release(m_page.data(), random.bounded(4) ? pos : anywhere());
-        ++event;
 
         const QStringList calls = take();
         const QStringList audio = calls.filter(QStringLiteral("AudioService."));

@@ -375,24 +375,9 @@ void TestCrossSettingTouches::randomTouchesKeepEveryInvariant()
     resume();
     const QRegularExpression filter(
         QStringLiteral("^AudioService\\.set(HPF|Sub)Filter\\((\\d+), (\\d+), (\\d+)(?:, (\\d+))?\\)$"));
-    const auto anywhere = [&random] { return QPoint(random.bounded(-60, 1084), random.bounded(-60, 570)); };
     for (int event = 0; event < 20000;) {
-        QPoint pos = anywhere();
-        if (random.bounded(2)) { // aim
-            const QList<QPushButton*> keys = m_page->findChildren<QPushButton*>();
-            QPushButton* key = keys.at(random.bounded(keys.size()));
-            if (!key->isVisibleTo(m_page.data()))
-                continue;
-            pos = touch::middle(m_page.data(), key);
-        }
-        touch::press(m_page.data(), pos);
-        ++event;
-        for (int moves = random.bounded(4); moves > 0; --moves, ++event)
-            touch::move(m_page.data(), random.bounded(2) ? anywhere() : pos);
-        const QStringList early = take();
+        const QStringList early = touchAtRandom(random, &event);
         QVERIFY2(early.isEmpty(), qPrintable(early.join('\n')));
-        touch::release(m_page.data(), random.bounded(4) ? pos : anywhere());
-        ++event;
 
         const QStringList calls = take();
         QVERIFY2(calls.isEmpty() || calls.first() == KeyBeep, qPrintable(calls.join('\n')));

@@ -15,6 +15,7 @@
 #include <QScrollArea>
 #include <QScrollBar>
 #include <QStyle>
+#include <QTest>
 
 namespace screens {
 
@@ -165,6 +166,18 @@ const char* name(Page page)
 const char* name(Condition condition)
 {
     return conditionNames[condition];
+}
+
+void addScreenRows()
+{
+    QTest::addColumn<int>("page");
+    QTest::addColumn<int>("condition");
+    for (int page = 0; page < PageCount; ++page) {
+        for (int condition = 0; condition < ConditionCount; ++condition)
+            QTest::newRow(qPrintable(QStringLiteral("%1 %2").arg(QLatin1String(name(Page(page))),
+                                                                 QLatin1String(name(Condition(condition))))))
+                << page << condition;
+    }
 }
 
 void prepare()

@@ -29,6 +29,9 @@ enum Condition {
 const char* name(Page page);
 const char* name(Condition condition);
 
+/// Columns "page" and "condition", and a row for each page in each condition.
+void addScreenRows();
+
 /// Before the application object: platform, fonts, and the log kept quiet.
 void prepare();
 /// After it: the unit's style.

@@ -145,14 +145,7 @@ private slots:
 
 void TestKeyboard::tabGoesThroughEveryControlInReadingOrder_data()
 {
-    QTest::addColumn<int>("page");
-    QTest::addColumn<int>("condition");
-    for (int page = 0; page < PageCount; ++page) {
-        for (int condition = 0; condition < ConditionCount; ++condition)
-            QTest::newRow(qPrintable(QStringLiteral("%1 %2").arg(QLatin1String(name(Page(page))),
-                                                                 QLatin1String(name(Condition(condition))))))
-                << page << condition;
-    }
+    addScreenRows();
 }
 
 void TestKeyboard::tabGoesThroughEveryControlInReadingOrder()
