@@ -1,7 +1,7 @@
-#include "curvewidget.h"
+#include "M5QX/curvewidget.h"
 
-#include "diagnostic.h"
-#include "filelocal.h"
+#include "M5QX/diagnostic.h"
+#include "M5QX/filelocal.h"
 
 #include <QPainter>
 

@@ -1,4 +1,5 @@
 #include "M5QX/eqpresetwidget.h"
+
 #include "M5QX/diagnostic.h"
 #include "M5QX/filelocal.h"
 #include "ui_eqpresetwidget.h"

@@ -1,11 +1,12 @@
-#include "m5qx_audiosetting_crossover_setting_page.h"
+#include "M5QX/m5qx_audiosetting_crossover_setting_page.h"
+
 #include "ui_m5qx_audiosetting_crossover_setting_page.h"
 
-#include "backrequest.h"
-#include "diagnostic.h"
-#include "filelocal.h"
-#include "pasetuptogglekey.h"
-#include "subwoofersettings.h"
+#include "M5QX/backrequest.h"
+#include "M5QX/diagnostic.h"
+#include "M5QX/filelocal.h"
+#include "M5QX/pasetuptogglekey.h"
+#include "M5QX/subwoofersettings.h"
 
 #include "common/settings.h"
 #include "common/translator.h"

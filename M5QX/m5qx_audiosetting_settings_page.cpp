@@ -1,4 +1,5 @@
 #include "M5QX/m5qx_audiosetting_settings_page.h"
+
 #include "M5QX/backrequest.h"
 #include "M5QX/diagnostic.h"
 #include "M5QX/filelocal.h"

@@ -1,11 +1,12 @@
-#include "m5qxcrosssettingwidget.h"
+#include "M5QX/m5qxcrosssettingwidget.h"
+
 #include "ui_m5qxcrosssettingwidget.h"
 
-#include "curvewidget.h"
-#include "diagnostic.h"
-#include "filelocal.h"
-#include "pasetuptogglekey.h"
-#include "subwoofersettings.h"
+#include "M5QX/curvewidget.h"
+#include "M5QX/diagnostic.h"
+#include "M5QX/filelocal.h"
+#include "M5QX/pasetuptogglekey.h"
+#include "M5QX/subwoofersettings.h"
 
 #include "common/settings.h"
 #include "common/translator.h"

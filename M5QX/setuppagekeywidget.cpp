@@ -1,4 +1,5 @@
 #include "M5QX/setuppagekeywidget.h"
+
 #include "M5QX/diagnostic.h"
 #include "M5QX/filelocal.h"
 #include "ui_setuppagekeywidget.h"

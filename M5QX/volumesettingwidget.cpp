@@ -1,4 +1,5 @@
 #include "M5QX/volumesettingwidget.h"
+
 #include "M5QX/diagnostic.h"
 #include "M5QX/filelocal.h"
 #include "M5QX/setuppagekeywidget.h"

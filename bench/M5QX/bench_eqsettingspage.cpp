@@ -2,7 +2,7 @@
 // window, as a ratio to repainting an empty widget of that size on the same machine ("ratio"; below 1 is
 // cheaper). The ratio tells the page from the machine; the times alone don't.
 #include "M5QX/m5qx_audiosetting_settings_page.h"
-#include "platform_double/platform_double.h"
+#include "tests/support/platform_double/platform_double.h"
 
 #include <QApplication>
 #include <QElapsedTimer>

@@ -1,7 +1,7 @@
-#include "peers.h"
+#include "bench/hvaudio/peers.h"
 
-#include "hvaudio/equalizer.h"
-#include "hvaudio/snapshot.h"
+#include "platform/hvaudio/dsp/equalizer.h"
+#include "platform/hvaudio/dsp/snapshot.h"
 
 #include <benchmark/benchmark.h>
 

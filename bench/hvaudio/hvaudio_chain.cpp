@@ -5,12 +5,12 @@
 //                                         GAIN in dB on what is read, so that the limiter has work
 //   hvaudio_chain FILE noise SECONDS      writes pink noise, -12 dB, stereo float, 48 kHz
 
-#include "peers.h"
+#include "bench/hvaudio/peers.h"
 
-#include "hvaudio/design.h"
+#include "platform/hvaudio/dsp/design.h"
 
 #ifdef HAVE_LADSPA
-#include "lspchain.h"
+#include "bench/hvaudio/lspchain.h"
 #endif
 
 #include <sndfile.h>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "hvaudio/settings.h"
+#include "platform/hvaudio/dsp/settings.h"
 
 #include <dlfcn.h>
 #include <glob.h>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "hvaudio/design.h"
-#include "hvaudio/engine.h"
+#include "platform/hvaudio/dsp/design.h"
+#include "platform/hvaudio/dsp/engine.h"
 
 #include <array>
 #include <cmath>

@@ -10,10 +10,10 @@
 //                   priority as a sound server's does
 //   idle            a block of 512 frames of silence, after everything has rung out
 //   memory          resident set before and after the player is made and has played
-#include "common/settingsstore.h"
 #include "hvaudio/audioservice.h"
-#include "hvaudio/player.h"
-#include "hvaudioservice/audioservicehost.h"
+#include "platform/common/settings/settingsstore.h"
+#include "platform/hvaudio/player.h"
+#include "platform/hvaudioservice/audioservicehost.h"
 
 #include <QCoreApplication>
 #include <QTemporaryDir>

@@ -7,11 +7,11 @@
 #include "M5QX/m5qx_audiosetting_crossover_setting_page.h"
 
 #include "common/events.h"
-#include "common/journal.h"
-#include "common/language.h"
-#include "common/settingsstore.h"
-#include "common/unitstyle.h"
-#include "hvaudioservice/audioservicehost.h"
+#include "platform/common/framework/journal.h"
+#include "platform/common/settings/settingsstore.h"
+#include "platform/common/texts/language.h"
+#include "platform/common/widgets/unitstyle.h"
+#include "platform/hvaudioservice/audioservicehost.h"
 
 #include <QApplication>
 #include <QCommandLineParser>

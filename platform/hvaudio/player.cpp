@@ -1,10 +1,10 @@
-#include "hvaudio/player.h"
+#include "platform/hvaudio/player.h"
 
-#include "hvaudio/chimes.h"
-#include "hvaudio/pacedoutput.h"
-#include "hvaudio/pipewireoutput.h"
-#include "hvaudio/scopedflush.h"
-#include "hvaudio/sources.h"
+#include "platform/hvaudio/dsp/scopedflush.h"
+#include "platform/hvaudio/outputs/pacedoutput.h"
+#include "platform/hvaudio/outputs/pipewire/pipewireoutput.h"
+#include "platform/hvaudio/sources/chimes.h"
+#include "platform/hvaudio/sources/sources.h"
 
 #include <algorithm>
 #include <chrono>

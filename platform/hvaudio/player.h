@@ -1,7 +1,7 @@
 #pragma once
 
-#include "hvaudio/engine.h"
-#include "hvaudio/output.h"
+#include "platform/hvaudio/dsp/engine.h"
+#include "platform/hvaudio/outputs/output.h"
 
 #include <memory>
 #include <string>

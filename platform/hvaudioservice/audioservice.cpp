@@ -1,10 +1,10 @@
 #include "hvaudio/audioservice.h"
 
-#include "audioserviceprivate.h"
-#include "audiostatestore.h"
+#include "platform/hvaudioservice/audioserviceprivate.h"
+#include "platform/hvaudioservice/audiostatestore.h"
 
-#include "common/journal.h"
-#include "common/journaltext.h"
+#include "platform/common/framework/journal.h"
+#include "platform/common/framework/journaltext.h"
 
 #include <QDebug>
 

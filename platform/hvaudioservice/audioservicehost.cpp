@@ -1,8 +1,8 @@
-#include "audioservicehost.h"
+#include "platform/hvaudioservice/audioservicehost.h"
 
-#include "audioserviceprivate.h"
+#include "platform/hvaudioservice/audioserviceprivate.h"
 
-#include "hvaudio/settings.h"
+#include "platform/hvaudio/dsp/settings.h"
 
 #include <QDebug>
 

@@ -1,11 +1,11 @@
-#include "audioserviceprivate.h"
+#include "platform/hvaudioservice/audioserviceprivate.h"
 
-#include "audiostatestore.h"
+#include "platform/hvaudioservice/audiostatestore.h"
 
 #include "common/mcumanager.h"
 #include "common/settings.h"
-#include "common/settingsstore.h"
-#include "hvaudio/settings.h"
+#include "platform/common/settings/settingsstore.h"
+#include "platform/hvaudio/dsp/settings.h"
 
 #include <QDebug>
 #include <QTimer>

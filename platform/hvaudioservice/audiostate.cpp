@@ -1,6 +1,6 @@
-#include "audiostate.h"
+#include "platform/hvaudioservice/audiostate.h"
 
-#include "hvaudio/settings.h"
+#include "platform/hvaudio/dsp/settings.h"
 
 #include <algorithm>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "audioservicehost.h"
+#include "platform/hvaudioservice/audioservicehost.h"
 
 #include "hvaudio/eqcurves.h"
 

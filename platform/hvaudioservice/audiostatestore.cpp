@@ -1,6 +1,6 @@
-#include "audiostatestore.h"
+#include "platform/hvaudioservice/audiostatestore.h"
 
-#include "common/settingsstore.h"
+#include "platform/common/settings/settingsstore.h"
 
 #include <QDebug>
 #include <QStringList>

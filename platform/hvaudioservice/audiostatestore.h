@@ -1,6 +1,6 @@
 #pragma once
 
-#include "audiostate.h"
+#include "platform/hvaudioservice/audiostate.h"
 
 #include <QString>
 

@@ -1,4 +1,4 @@
-#include "audiosettingicon.h"
+#include "platform/icons/audiosettingicon.h"
 
 const char* audiosettingicon_version()
 {

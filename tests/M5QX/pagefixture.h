@@ -1,8 +1,8 @@
 #pragma once
 
-#include "formcheck.h"
-#include "platform_double/platform_double.h"
-#include "platform_double/touch.h"
+#include "tests/M5QX/formcheck.h"
+#include "tests/support/platform_double/platform_double.h"
+#include "tests/support/touch.h"
 
 #include <QLabel>
 #include <QPushButton>

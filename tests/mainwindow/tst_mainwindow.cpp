@@ -3,7 +3,7 @@
 #include "M5QX/m5qx_mainwidget.h"
 #include "common/keyevent.h"
 #include "mainwindow/mainwidget.h"
-#include "platform_double/platform_double.h"
+#include "tests/support/platform_double/platform_double.h"
 
 #include <QtTest>
 

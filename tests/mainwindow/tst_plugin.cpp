@@ -2,7 +2,7 @@
 
 #include "common/windowinterface.h"
 #include "mainwindow/mainwindow.h"
-#include "platform_double/platform_double.h"
+#include "tests/support/platform_double/platform_double.h"
 
 #include <QtTest>
 

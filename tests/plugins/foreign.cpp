@@ -1,5 +1,5 @@
 // A plug-in of some other framework.
-#include "testplugin.h"
+#include "tests/plugins/testplugin.h"
 
 static const LoadMark mark("HEADUNIT_TEST_LOADED_foreign");
 

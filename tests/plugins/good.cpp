@@ -1,5 +1,5 @@
 // An application as it should be.
-#include "testplugin.h"
+#include "tests/plugins/testplugin.h"
 
 static const LoadMark mark("HEADUNIT_TEST_LOADED_good");
 

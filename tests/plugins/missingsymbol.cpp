@@ -1,5 +1,5 @@
 // Needs a function that no library has, as one built against a newer platform would.
-#include "testplugin.h"
+#include "tests/plugins/testplugin.h"
 
 void functionOfANewerPlatform();
 

@@ -1,5 +1,5 @@
 // The plug-in class has another name than the framework's rule wants.
-#include "testplugin.h"
+#include "tests/plugins/testplugin.h"
 
 static const LoadMark mark("HEADUNIT_TEST_LOADED_otherclass");
 

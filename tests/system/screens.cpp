@@ -1,11 +1,11 @@
-#include "system/screens.h"
+#include "tests/system/screens.h"
 
 #include "M5QX/m5qx_audiosetting_crossover_setting_page.h"
 #include "M5QX/m5qx_mainwidget.h"
-#include "common/language.h"
-#include "common/settingsstore.h"
-#include "common/unitstyle.h"
-#include "hvaudioservice/audioservicehost.h"
+#include "platform/common/settings/settingsstore.h"
+#include "platform/common/texts/language.h"
+#include "platform/common/widgets/unitstyle.h"
+#include "platform/hvaudioservice/audioservicehost.h"
 
 #include <QAbstractButton>
 #include <QApplication>

@@ -1,14 +1,14 @@
-#include "soundunit.h"
+#include "tests/system/soundunit.h"
 
-#include "platform_double/touch.h"
+#include "tests/support/touch.h"
 
 #include "M5QX/k41_audio_root_bf.h"
 #include "M5QX/m5qx_audiosetting_crossover_setting_page.h"
 #include "M5QX/m5qx_mainwidget.h"
 #include "M5QX/pa_balancefadercontrol.h"
 #include "common/customslider.h"
-#include "common/settingsstore.h"
-#include "hvaudioservice/audioservicehost.h"
+#include "platform/common/settings/settingsstore.h"
+#include "platform/hvaudioservice/audioservicehost.h"
 
 #include <QAbstractButton>
 #include <QCoreApplication>

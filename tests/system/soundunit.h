@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/hvaudio/sound.h"
+#include "tests/platform/hvaudio/dsp/sound.h"
 
 #include "hvaudio/audioservice.h"
 

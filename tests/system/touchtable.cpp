@@ -1,4 +1,4 @@
-#include "touchtable.h"
+#include "tests/system/touchtable.h"
 
 #include "hvaudio/eqcurves.h"
 

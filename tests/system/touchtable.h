@@ -1,6 +1,6 @@
 #pragma once
 
-#include "soundunit.h"
+#include "tests/system/soundunit.h"
 
 #include <string>
 #include <vector>

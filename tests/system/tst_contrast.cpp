@@ -1,7 +1,7 @@
 // Contrast as WCAG 2.1 counts it, measured on the rendered screen: a text's strongest pixel against every
 // pixel that lies under or beside its glyphs when the text is taken away.
 
-#include "system/screens.h"
+#include "tests/system/screens.h"
 
 #include "M5QX/curvewidget.h"
 #include "common/customslider.h"

@@ -5,11 +5,12 @@
 // is another. What differs is written as three pictures side by side - expected, shown, difference - to
 // golden-differences/ beside the test.
 
-#include "system/screens.h"
+#include "tests/system/screens.h"
 
 #include <QAbstractButton>
 #include <QApplication>
 #include <QDir>
+#include <QDirIterator>
 #include <QMouseEvent>
 #include <QPainter>
 #include <QtTest>
@@ -94,8 +95,8 @@ QString writeDifference(const QString& name, const QImage& expected, const QImag
                         const QImage& picture)
 {
     QDir folder(QCoreApplication::applicationDirPath());
-    folder.mkpath(QStringLiteral("golden-differences"));
     const QString path = folder.filePath(QStringLiteral("golden-differences/%1.png").arg(name));
+    folder.mkpath(QFileInfo(path).path());
     QImage all(3 * expected.width(), expected.height(), QImage::Format_RGB32);
     all.fill(Qt::magenta);
     QPainter painter(&all);
@@ -133,7 +134,7 @@ void TestGolden::screenLooksAsItsPicture_data()
     for (int page = 0; page < PageCount; ++page) {
         const auto row = [&](const QString& what, int condition, const char* held = "", bool longest = false,
                              int view = 0) {
-            const QString name = QLatin1String(screens::name(Page(page))) + QLatin1Char('-') + what;
+            const QString name = QLatin1String(screens::name(Page(page))) + QLatin1Char('/') + what;
             QTest::newRow(qPrintable(name))
                 << page << condition << QString::fromLatin1(held) << longest << view;
         };
@@ -172,6 +173,7 @@ void TestGolden::screenLooksAsItsPicture()
 
     const QString path = goldenFolder().filePath(name + QLatin1String(".png"));
     if (renewing()) {
+        QVERIFY(goldenFolder().mkpath(QLatin1String(screens::name(Page(page)))));
         QVERIFY2(shown.save(path, nullptr, 0), qPrintable(path));
         return;
     }
@@ -213,7 +215,11 @@ void TestGolden::everyPictureIsCompared()
 {
     if (m_compared.size() < 5 * PageCount)
         return; // single rows were asked for
-    QStringList kept = goldenFolder().entryList({QStringLiteral("*.png")}, QDir::Files, QDir::Name);
+    QStringList kept;
+    QDirIterator it(goldenFolder().path(), {QStringLiteral("*.png")}, QDir::Files,
+                    QDirIterator::Subdirectories);
+    while (it.hasNext())
+        kept.append(goldenFolder().relativeFilePath(it.next()));
     m_compared.sort();
     kept.sort();
     if (renewing()) {

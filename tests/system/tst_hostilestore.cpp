@@ -2,12 +2,12 @@
 // empty, malformed. Each page is opened, touched and left on the reference platform. Nothing may crash, and
 // nothing that wasn't touched may be rewritten.
 
-#include "soundunit.h"
+#include "tests/system/soundunit.h"
 
 #include "M5QX/m5qx_audiosetting_crossover_setting_page.h"
 #include "M5QX/m5qx_mainwidget.h"
-#include "common/settingsstore.h"
-#include "hvaudioservice/audioservicehost.h"
+#include "platform/common/settings/settingsstore.h"
+#include "platform/hvaudioservice/audioservicehost.h"
 
 #include <QAbstractSlider>
 #include <QLabel>

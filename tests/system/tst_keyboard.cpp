@@ -1,9 +1,9 @@
 // The keyboard and the screen reader on every screen: Tab goes through what can be worked, in reading order,
 // and each of it says what it is.
 
-#include "system/screens.h"
+#include "tests/system/screens.h"
 
-#include "common/language.h"
+#include "platform/common/texts/language.h"
 
 #include <QAbstractButton>
 #include <QAbstractSlider>

@@ -1,7 +1,7 @@
 // The volume page opened and left ten thousand times, and as many changes to other pages, by the tab keys:
 // nothing may pile up.
 
-#include "soundunit.h"
+#include "tests/system/soundunit.h"
 
 #include <QFile>
 #include <QtTest>

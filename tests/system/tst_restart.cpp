@@ -2,13 +2,13 @@
 // and what was set is in the file, stays there through a restart and a visit to every page, and is what
 // sounds then.
 
-#include "soundunit.h"
+#include "tests/system/soundunit.h"
 
-#include "headunit/process.h"
+#include "tests/support/process.h"
 
-#include "common/settingsstore.h"
 #include "hvaudio/eqcurves.h"
-#include "hvaudioservice/audioservicehost.h"
+#include "platform/common/settings/settingsstore.h"
+#include "platform/hvaudioservice/audioservicehost.h"
 
 #include <QMap>
 #include <QTemporaryDir>

@@ -1,9 +1,9 @@
 // Every text of every screen, in every language, measured against the rectangle that the page gives it. What
 // is measured is the ink: a line's unused height above and below may stand out, a glyph may not.
 
-#include "system/screens.h"
+#include "tests/system/screens.h"
 
-#include "common/language.h"
+#include "platform/common/texts/language.h"
 
 #include <QApplication>
 #include <QLabel>

@@ -1,11 +1,11 @@
 // From the finger to the loudspeaker's wire: another program plays into the unit, the curve is drawn on the
 // equalizer page, and what the unit plays to the device has that curve.
 
-#include "soundunit.h"
-#include "unitonpipewire.h"
+#include "tests/support/unitonpipewire.h"
+#include "tests/system/soundunit.h"
 
-#include "hvaudio/player.h"
-#include "hvaudioservice/audioservicehost.h"
+#include "platform/hvaudio/player.h"
+#include "platform/hvaudioservice/audioservicehost.h"
 
 #include <QtTest>
 
@@ -28,7 +28,7 @@ void TestTouchToPipeWire::initTestCase()
 
 void TestTouchToPipeWire::curveTouchedOnThePageIsHeardAtTheDevice()
 {
-    PrivatePipeWire server(QStringLiteral(SYSTEM_TESTS) + "/pipewire");
+    PrivatePipeWire server(QStringLiteral(TEST_SUPPORT) + "/pipewire");
     QVERIFY(server.start());
     SoundUnit unit;
     Player player;

@@ -1,9 +1,9 @@
 // Every control of every page, touched: the sound at the speakers changes as the control's label says, by the
 // amount that it says, and on no speaker that isn't meant.
 
-#include "touchtable.h"
+#include "tests/system/touchtable.h"
 
-#include "hvaudioservice/audioservicehost.h"
+#include "platform/hvaudioservice/audioservicehost.h"
 
 #include <QSet>
 #include <QtTest>

@@ -1,7 +1,7 @@
-#include "audiothreadtrap.h"
-#include "files.h"
+#include "tests/platform/hvaudio/files/files.h"
+#include "tests/support/audiothreadtrap.h"
 
-#include "hvaudio/player.h"
+#include "platform/hvaudio/player.h"
 
 #include <QtTest>
 

@@ -1,10 +1,10 @@
 #pragma once
 
-#include "common/settingsstore.h"
 #include "hvaudio/audioservice.h"
-#include "hvaudio/settings.h"
-#include "hvaudioservice/audioservicehost.h"
-#include "platform/common/messagelog.h"
+#include "platform/common/settings/settingsstore.h"
+#include "platform/hvaudio/dsp/settings.h"
+#include "platform/hvaudioservice/audioservicehost.h"
+#include "tests/support/messagelog.h"
 
 #include <QTemporaryDir>
 #include <QtTest>

@@ -1,7 +1,7 @@
-#include "common/journal.h"
 #include "common/settings.h"
 #include "hvaudio/eqcurves.h"
-#include "servicefixture.h"
+#include "platform/common/framework/journal.h"
+#include "tests/platform/hvaudioservice/servicefixture.h"
 
 #include <limits>
 

@@ -1,6 +1,6 @@
 #include "common/mcumanager.h"
 #include "common/settings.h"
-#include "servicefixture.h"
+#include "tests/platform/hvaudioservice/servicefixture.h"
 
 /// What the host does with the service: power, tables, sources, sound, its end.
 class TestAudioServiceHost : public ServiceFixture

@@ -1,6 +1,6 @@
 #include "common/settings.h"
 #include "hvaudio/eqcurves.h"
-#include "servicefixture.h"
+#include "tests/platform/hvaudioservice/servicefixture.h"
 
 #include <algorithm>
 #include <limits>

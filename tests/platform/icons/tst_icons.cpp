@@ -1,7 +1,7 @@
 // The pictures of libaudiosettingicon: each has the size that its row in icons.txt gives and exists at twice
 // that size; held and checked keys differ from keys at rest, and what is written on a picture can be read.
 
-#include "pictures.h"
+#include "tests/platform/icons/pictures.h"
 
 #include <QDir>
 #include <QIcon>

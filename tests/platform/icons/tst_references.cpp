@@ -4,7 +4,7 @@
 // A source names a picture in one of three ways, and in no other: by its whole path; by a path with %1 in it;
 // or by its file name beside a literal that is one of the folders, in the same file.
 
-#include "pictures.h"
+#include "tests/platform/icons/pictures.h"
 
 #include <QDirIterator>
 #include <QDomDocument>

@@ -1,7 +1,7 @@
 // Scales, frames and lines in the pictures agree with the numbers by which the pages place knees, handles and
 // the locator over them.
 
-#include "pictures.h"
+#include "tests/platform/icons/pictures.h"
 
 #include <QImageReader>
 #include <QObject>

@@ -1,0 +1,162 @@
+#include "headunit/inspector/responseplot.h"
+
+#include <QFileInfo>
+#include <QImage>
+#include <QPainter>
+#include <QSaveFile>
+
+#include <cmath>
+
+#include <qwt_legend.h>
+#include <qwt_plot_canvas.h>
+#include <qwt_plot_curve.h>
+#include <qwt_plot_grid.h>
+#include <qwt_scale_engine.h>
+#include <qwt_scale_widget.h>
+#include <qwt_symbol.h>
+#include <qwt_text.h>
+
+namespace headunit {
+
+using namespace hvaudio::dsp;
+
+namespace {
+
+constexpr double lowestHz = 20, highestHz = 20000;
+constexpr double lowestDb = -60, highestDb = 20;
+constexpr int dotSize = 5; ///< pixels
+const QColor fieldColour(0x0b, 0x0e, 0x13);
+/// Pixels. Below what Qwt asks for by itself, which is more than the unit is high; its axes drop labels.
+constexpr int leastWidth = 320, leastHeight = 160;
+
+// clang-format off
+constexpr struct { Speaker speaker; const char* name; QRgb colour; } looks[] = {
+    {FrontLeft,  "Front left",  0xff4fc3f7},
+    {FrontRight, "Front right", 0xffffb74d},
+    {RearLeft,   "Rear left",   0xff81c784},
+    {RearRight,  "Rear right",  0xfff06292},
+    {Subwoofer,  "Subwoofer",   0xffba9df5},
+};
+// clang-format on
+static_assert(std::size(looks) == speakerCount && looks[Subwoofer].speaker == Subwoofer, "one row a speaker");
+
+QVector<QPointF> pointsOf(const std::vector<double>& hz, const std::vector<double>& factors)
+{
+    QVector<QPointF> points;
+    for (std::size_t i = 0; i < std::min(hz.size(), factors.size()); ++i)
+        points << QPointF(hz[i], std::max(20 * std::log10(std::max(factors[i], 1e-9)), lowestDb - 10));
+    return points;
+}
+
+} // namespace
+
+ResponsePlot::ResponsePlot(QWidget* parent)
+    : QwtPlot(parent)
+{
+    QPalette dark = palette();
+    dark.setColor(QPalette::Window, QColor(0x12, 0x16, 0x1c));
+    dark.setColor(QPalette::WindowText, QColor(0xe6, 0xe9, 0xee));
+    dark.setColor(QPalette::Text, QColor(0xe6, 0xe9, 0xee));
+    setPalette(dark);
+    setAutoFillBackground(true);
+    setMinimumSize(leastWidth, leastHeight);
+    auto* const field = new QwtPlotCanvas;
+    field->setFrameStyle(QFrame::NoFrame);
+    setCanvas(field);
+    setCanvasBackground(fieldColour);
+
+    setAxisScaleEngine(xBottom, new QwtLogScaleEngine);
+    setAxisScale(xBottom, lowestHz, highestHz);
+    setAxisScale(yLeft, lowestDb, highestDb, 10);
+    setAxisTitle(xBottom, QStringLiteral("Hz"));
+    setAxisTitle(yLeft, QStringLiteral("dB"));
+    auto* const grid = new QwtPlotGrid;
+    grid->enableXMin(true);
+    grid->setMajorPen(QColor(0x3a, 0x42, 0x4e), 0);
+    grid->setMinorPen(QColor(0x22, 0x28, 0x31), 0);
+    grid->attach(this);
+    insertLegend(new QwtLegend, QwtPlot::BottomLegend);
+
+    for (const auto& look : looks) {
+        QwtText title(tr(look.name));
+        title.setColor(QColor(0xe6, 0xe9, 0xee));
+        auto* const line = new QwtPlotCurve(title);
+        // The later a speaker is drawn the thinner, so that those of equal speakers are all seen.
+        line->setPen(QColor(look.colour), 1.5 * (speakerCount - look.speaker));
+        line->setLegendIconSize(QSize(24, 8));
+        line->setRenderHint(QwtPlotItem::RenderAntialiased);
+        line->setLegendAttribute(QwtPlotCurve::LegendShowLine);
+        line->attach(this);
+        computed_[look.speaker] = line;
+
+        auto* const dots = new QwtPlotCurve;
+        dots->setStyle(QwtPlotCurve::NoCurve);
+        // Dark around, so that a dot is seen on the line of its own colour.
+        dots->setSymbol(new QwtSymbol(QwtSymbol::Ellipse, QColor(look.colour), QPen(fieldColour, 1),
+                                      QSize(dotSize, dotSize)));
+        dots->setItemAttribute(QwtPlotItem::Legend, false);
+        dots->setRenderHint(QwtPlotItem::RenderAntialiased);
+        dots->setZ(line->z() + 1);
+        dots->attach(this);
+        measured_[look.speaker] = dots;
+    }
+}
+
+std::vector<double> ResponsePlot::frequencies(int count)
+{
+    std::vector<double> hz;
+    for (int i = 0; i < count; ++i)
+        hz.push_back(lowestHz * std::pow(highestHz / lowestHz, double(i) / std::max(1, count - 1)));
+    return hz;
+}
+
+std::vector<double> ResponsePlot::frequenciesOf(Speaker speaker, int count)
+{
+    std::vector<double> hz = frequencies(count);
+    const double distance = std::pow(highestHz / lowestHz, 1.0 / std::max(1, count - 1));
+    for (double& at : hz)
+        at *= std::pow(distance, double(speaker) / speakerCount);
+    while (!hz.empty() && hz.back() > 1.0001 * highestHz)
+        hz.pop_back();
+    return hz;
+}
+
+QColor ResponsePlot::colour(Speaker speaker)
+{
+    return QColor(looks[speaker].colour);
+}
+
+QString ResponsePlot::name(Speaker speaker)
+{
+    return tr(looks[speaker].name);
+}
+
+void ResponsePlot::setComputed(Speaker speaker, const std::vector<double>& hz,
+                               const std::vector<double>& factors)
+{
+    computed_[speaker]->setSamples(pointsOf(hz, factors));
+}
+
+void ResponsePlot::setMeasured(Speaker speaker, const std::vector<double>& hz,
+                               const std::vector<double>& factors)
+{
+    measured_[speaker]->setSamples(pointsOf(hz, factors));
+}
+
+bool ResponsePlot::savePng(const QString& path, QSize pixels)
+{
+    // A device or a pipe would be replaced by the file.
+    if (QFileInfo::exists(path) && !QFileInfo(path).isFile())
+        return false;
+    const QSize before = size();
+    resize(pixels);
+    replot();
+    QImage picture(pixels, QImage::Format_RGB32);
+    picture.fill(palette().color(QPalette::Window));
+    render(&picture);
+    resize(before);
+    QSaveFile file(path);
+    return file.open(QIODevice::WriteOnly) && picture.save(&file, "PNG") && file.commit();
+}
+
+} // namespace headunit

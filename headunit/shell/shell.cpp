@@ -1,0 +1,316 @@
+#include "headunit/shell/shell.h"
+
+#include "headunit/front/launcher.h"
+#include "headunit/front/screen.h"
+#include "headunit/inspector/inspector.h"
+#include "headunit/shell/audiopages.h"
+#include "headunit/shell/startuptrace.h"
+#include "headunit/shell/unitlanguage.h"
+#include "headunit/shell/windowhost.h"
+#include "headunit/sound/soundcontrol.h"
+#include "headunit/sound/storedsources.h"
+
+#include "common/appplugin.h"
+#include "common/windowinterface.h"
+#include "platform/common/settings/settingsstore.h"
+#include "platform/common/texts/language.h"
+#include "platform/hvaudioservice/audioservicehost.h"
+
+#include <QAbstractButton>
+#include <QGuiApplication>
+#include <QScreen>
+#include <QShortcut>
+
+namespace headunit {
+
+Shell::Shell(bool withFront, SoundControl* sound)
+    : m_sound(sound)
+{
+    restoreSources();
+    hvaudio::AudioServiceHost::powerOn();
+    m_volume.reload();
+    m_unit.reset(new UnitWindow(&m_volume, withFront));
+    connect(m_unit.data(), &UnitWindow::hardKey, this, &Shell::onHardKey);
+    connect(m_unit->screen()->launcher(), &Launcher::chosen, this, &Shell::openWindow);
+    connect(&m_events, &FrameworkEvents::backRequested, this, &Shell::leaveApplication);
+    connect(&m_events, &FrameworkEvents::statusBarHideRequested, this, &Shell::onStatusBarHideRequested);
+    connect(cm::Language::instance(), &cm::Language::changed, this, &Shell::onLanguageChanged);
+    // Later, when the owner of the setting has it and the editor that it was typed into is done.
+    connect(mem::SettingsStore::instance(), &mem::SettingsStore::edited, this, &Shell::onSettingEdited,
+            Qt::QueuedConnection);
+    auto* shortcut = new QShortcut(QKeySequence(Qt::Key_F12), m_unit.data());
+    shortcut->setContext(Qt::ApplicationShortcut);
+    connect(shortcut, &QShortcut::activated, this, &Shell::toggleInspector);
+}
+
+Shell::~Shell()
+{
+    shutDown();
+}
+
+int Shell::loadApplications(const QString& folder)
+{
+    m_plugins.load(folder);
+    StartupTrace::reached("plugins-loaded");
+    for (const PluginLoader::Loaded& loaded : m_plugins.loaded()) {
+        const QList<int> ids = loaded.plugin->windowInterfaceID();
+        for (const int id : ids) {
+            if (WindowInterface* window = loaded.plugin->requestWindowInterface(id))
+                addWindow(id, window);
+            else
+                qWarning("%s offers window %d and doesn't hand it out", qPrintable(loaded.file), id);
+        }
+    }
+    return m_hosts.size();
+}
+
+void Shell::addWindow(int id, WindowInterface* window)
+{
+    if (host(id)) {
+        qWarning("window %d (\"%s\") is there already (\"%s\")", id, qPrintable(window->name()),
+                 qPrintable(host(id)->name()));
+        return;
+    }
+    auto* added = new WindowHost(id, window, m_unit->screen()->applicationArea(), this);
+    connect(added, &WindowHost::rootVanished, this, &Shell::leaveApplication, Qt::QueuedConnection);
+    m_hosts.append(added);
+    m_unit->screen()->launcher()->addTile(id, added->name());
+}
+
+WindowHost* Shell::host(int windowId) const
+{
+    for (WindowHost* candidate : m_hosts) {
+        if (candidate->id() == windowId)
+            return candidate;
+    }
+    return nullptr;
+}
+
+bool Shell::openWindow(int id)
+{
+    WindowHost* wanted = host(id);
+    if (!wanted || !m_powered) {
+        qWarning("window %d can't be opened: %s", id,
+                 m_powered ? "no application offers it" : "the unit is off");
+        return false;
+    }
+    if (m_front == wanted)
+        return true;
+    leaveApplication();
+    StartupTrace::reached("window-opening");
+    Screen* screen = m_unit->screen();
+    screen->showApplication(); // first, so that the root widget becomes visible when it is shown
+    if (!wanted->open()) {
+        screen->showLauncher();
+        return false;
+    }
+    m_front = wanted;
+    StartupTrace::reached("window-open");
+    StartupTrace::reachedWhenPainted(wanted->root(), "window-painted");
+    return true;
+}
+
+bool Shell::openAudioPage(int page)
+{
+    // The application reads its page when it opens, and writes it. What the driver chose last is put back.
+    mem::SettingsStore* store = mem::SettingsStore::instance();
+    const QVariant remembered = store->value(audioPageSetting);
+    store->setValue(audioPageSetting, page, false);
+    const bool opened = openWindow(audioWindowId);
+    if (remembered.isValid())
+        store->setValue(audioPageSetting, remembered, true);
+    else
+        store->remove(audioPageSetting);
+    return opened;
+}
+
+void Shell::leaveApplication()
+{
+    if (!m_front)
+        return;
+    WindowHost* left = m_front;
+    m_front = nullptr;
+    left->leave();
+    m_unit->screen()->showLauncher();
+}
+
+bool Shell::passToWindow(KeyEvent::Key key, KeyEvent::Action action)
+{
+    if (!m_front)
+        return false;
+    KeyEvent event(key, action);
+    return m_front->window()->keyEvent(&event) != 0;
+}
+
+void Shell::onHardKey(KeyEvent::Key key, KeyEvent::Action action)
+{
+    if (!m_powered) {
+        if (key == KeyEvent::Key_Power && action == KeyEvent::Press)
+            setPowered(true);
+        return;
+    }
+    const bool handled = passToWindow(key, action);
+    if (action != KeyEvent::Press)
+        return;
+    switch (key) {
+    // A window hears of these two, and can't keep the driver from turning the unit off or going home.
+    case KeyEvent::Key_Power:
+        setPowered(false);
+        return;
+    case KeyEvent::Key_Home:
+        leaveApplication();
+        return;
+    default:
+        break;
+    }
+    if (handled)
+        return;
+    switch (key) {
+    case KeyEvent::Key_Back:
+        // A window that deals with it posts a back request when it wants to be left.
+        if (m_front && m_front->window()->backEvent() == 0)
+            leaveApplication();
+        break;
+    case KeyEvent::Key_VolumeUp:
+        m_volume.step(1);
+        break;
+    case KeyEvent::Key_VolumeDown:
+        m_volume.step(-1);
+        break;
+    case KeyEvent::Key_Mute:
+        m_volume.toggleMute();
+        break;
+    default: // the paging keys mean nothing at the launcher
+        break;
+    }
+}
+
+void Shell::endPrompts()
+{
+    for (int i = 0; m_sound && i < hvaudio::dsp::promptCount; ++i) {
+        if (m_sound->promptSounds(hvaudio::dsp::Prompt(i)))
+            m_sound->endPrompt(hvaudio::dsp::Prompt(i));
+    }
+}
+
+void Shell::setPowered(bool on)
+{
+    if (on == m_powered)
+        return;
+    if (!on) {
+        m_frontBeforePowerOff = m_front ? m_front->id() : 0;
+        leaveApplication();
+        for (WindowHost* window : qAsConst(m_hosts))
+            window->destroy();
+        endPrompts(); // a ring tone would go on when the unit comes back
+        hvaudio::AudioServiceHost::powerOff();
+        mem::SettingsStore::instance()->commit();
+    } else {
+        hvaudio::AudioServiceHost::powerOn();
+        m_volume.reload();
+    }
+    m_powered = on;
+    m_unit->setLit(on);
+    if (on && m_frontBeforePowerOff)
+        openWindow(m_frontBeforePowerOff);
+    emit powered(on);
+}
+
+void Shell::resetToFactory()
+{
+    setPowered(false);
+    mem::SettingsStore::instance()->clear();
+    m_frontBeforePowerOff = 0;
+    chooseLanguage(QString());
+    restoreSources();
+    setPowered(true);
+}
+
+bool Shell::setLanguage(const QString& code)
+{
+    if (!cm::Language::instance()->setCurrent(code))
+        return false;
+    keepLanguage();
+    return true;
+}
+
+void Shell::onLanguageChanged()
+{
+    for (const WindowHost* window : qAsConst(m_hosts))
+        m_unit->screen()->launcher()->setTileName(window->id(), window->name());
+    if (m_front)
+        m_front->refresh();
+}
+
+int Shell::shownAudioPage() const
+{
+    if (!m_front || m_front->id() != audioWindowId || !m_front->root())
+        return -1;
+    for (int page = 0; page < audioPageCount; ++page) {
+        const auto* key = m_front->root()->findChild<QAbstractButton*>(QLatin1String(audioPages[page].key));
+        if (key && key->isChecked())
+            return page;
+    }
+    return -1;
+}
+
+void Shell::restoreSources(const QString& key)
+{
+    if (m_sound)
+        headunit::restoreSources(m_sound, key);
+}
+
+void Shell::onSettingEdited(const QString& key)
+{
+    restoreSources(key);
+    // Some pages read a setting only when they are made.
+    WindowHost* const front = m_front;
+    const int page = key == audioPageSetting ? -1 : shownAudioPage();
+    m_front = nullptr;
+    for (WindowHost* window : qAsConst(m_hosts))
+        window->destroy();
+    if (page >= 0)
+        openAudioPage(page);
+    else if (front)
+        openWindow(front->id());
+}
+
+void Shell::onStatusBarHideRequested(bool hide)
+{
+    // A request that was posted before the window was left, and arrives after, is no longer its business.
+    m_unit->screen()->setStatusBarShown(!hide || !m_front);
+}
+
+void Shell::toggleInspector()
+{
+    if (!m_inspector)
+        m_inspector.reset(new Inspector(this));
+    if (m_inspector->isVisible()) {
+        m_inspector->hide();
+        return;
+    }
+    // Beside the unit where the desk is wide enough, else over its right edge.
+    if (const QScreen* desk = QGuiApplication::primaryScreen()) {
+        const QRect unit = m_unit->frameGeometry(), place = desk->availableGeometry();
+        const int left = qMin(unit.right() + 1, place.right() + 1 - m_inspector->width());
+        m_inspector->move(qMax(place.left(), left), unit.top());
+    }
+    m_inspector->show();
+}
+
+void Shell::shutDown()
+{
+    if (m_shutDown)
+        return;
+    m_shutDown = true;
+    m_inspector.reset();
+    leaveApplication();
+    qDeleteAll(m_hosts); // each ends with onDestroy and deletes its root widget
+    m_hosts.clear();
+    m_plugins.unload();
+    if (m_powered)
+        hvaudio::AudioServiceHost::powerOff();
+    m_powered = false;
+}
+
+} // namespace headunit

@@ -1,0 +1,43 @@
+#include "headunit/shell/unitlanguage.h"
+
+#include "common/settings.h"
+#include "platform/common/settings/settingsstore.h"
+#include "platform/common/texts/language.h"
+
+#include <QLocale>
+
+namespace headunit {
+
+namespace {
+
+const QLatin1String languageSetting("Headunit_Language");
+
+/// The unit's language that fits a locale; empty when it has none.
+QString fitting(const QLocale& locale)
+{
+    const QStringList codes = cm::Language::codes();
+    for (const QString& code : codes) {
+        if (locale.name() == code || QLocale(code).language() == locale.language())
+            return code;
+    }
+    return QString();
+}
+
+} // namespace
+
+void chooseLanguage(const QString& asked)
+{
+    QString code = asked;
+    if (code.isEmpty())
+        code = mem::SettingsFunc::instance()->getValue(languageSetting, QString());
+    if (!cm::Language::codes().contains(code))
+        code = fitting(QLocale::system());
+    cm::Language::instance()->setCurrent(code.isEmpty() ? QStringLiteral("en") : code);
+}
+
+void keepLanguage()
+{
+    mem::SettingsStore::instance()->setValue(languageSetting, cm::Language::instance()->current(), true);
+}
+
+} // namespace headunit

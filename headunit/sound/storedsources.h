@@ -1,0 +1,30 @@
+#pragma once
+
+#include "hvaudio/audioservice.h"
+#include "platform/hvaudio/player.h"
+
+#include <QString>
+#include <QStringList>
+
+namespace headunit {
+
+class SoundControl;
+
+// What the user has chosen to play as each source, and which of them is heard, in the settings store: under
+// "Headunit_Source_<name>" one of "input", "pink", "sweep", "silence" and "file:<path>", under
+// "Headunit_Playing" the name of a source. Need an open store. Thread: GUI.
+
+/// Keeps the choice for a source; path: of a file, absolute. Durable when it returns.
+void keepSource(HVAudio_source_id_e id, hvaudio::SourceKind kind, const QString& path);
+void keepPlayingSource(HVAudio_source_id_e id);
+
+/// Sets the sound to what is kept, else to other programs as each source and the radio playing; what it does
+/// already isn't touched. key: only what is kept under it; empty: everything. A value that is no choice is
+/// logged and counts as none. A file that can't be played is logged, stays kept (its medium may come back)
+/// and is replaced by silence.
+void restoreSources(SoundControl* sound, const QString& key = QString());
+
+/// A sentence for each source that has a file kept that the sound doesn't play.
+QStringList sourceComplaints(const SoundControl& sound);
+
+} // namespace headunit

@@ -1,0 +1,145 @@
+#include "headunit/sound/unitsound.h"
+
+#include "headunit/sound/soundnames.h"
+
+#include "platform/common/framework/journal.h"
+#include "platform/hvaudioservice/audioservicehost.h"
+
+#include <QFile>
+
+namespace headunit {
+
+using namespace hvaudio;
+
+namespace {
+
+/// From the player's threads, too; Qt's logging takes that.
+void log(LogLevel level, const std::string& text)
+{
+    if (level == LogLevel::Warning)
+        qWarning("%s", text.c_str());
+    else
+        qInfo("%s", text.c_str());
+}
+
+void report(const QString& operation)
+{
+    cm::Journal::instance()->record(QStringLiteral("Sound"), operation);
+}
+
+} // namespace
+
+UnitSound::UnitSound()
+    : m_player(log)
+{
+    for (const UnitSource& source : unitSources)
+        m_player.setSource(source.id, SourceKind::Input);
+    AudioServiceHost::setSink([this](const dsp::Settings& settings) { m_player.setSettings(settings); });
+    AudioServiceHost::setBeeper([this] { m_player.beep(); });
+}
+
+UnitSound::~UnitSound()
+{
+    AudioServiceHost::setBeeper({});
+    AudioServiceHost::setSink({});
+}
+
+bool UnitSound::start(const QString& output)
+{
+    return m_player.start(QFile::encodeName(output).toStdString());
+}
+
+bool UnitSound::setSource(HVAudio_source_id_e id, SourceKind kind, const QString& path, QString* error)
+{
+    const bool isFile = kind == SourceKind::File;
+    report(QStringLiteral("setSource(%1, %2%3)")
+               .arg(int(id))
+               .arg(nameOf(kind), isFile ? QStringLiteral(", \"%1\"").arg(path) : QString()));
+    std::string why;
+    const bool done = m_player.setSource(id, kind, QFile::encodeName(path).toStdString(), &why);
+    if (!done && error)
+        *error = QFile::decodeName(why.c_str());
+    return done;
+}
+
+SourceKind UnitSound::sourceKind(HVAudio_source_id_e id) const
+{
+    return m_player.sourceKind(id);
+}
+
+QString UnitSound::sourcePath(HVAudio_source_id_e id) const
+{
+    return QFile::decodeName(m_player.sourcePath(id).c_str());
+}
+
+void UnitSound::play(HVAudio_source_id_e id)
+{
+    report(QStringLiteral("play(%1)").arg(int(id)));
+    AudioServiceHost::setActiveSource(id);
+}
+
+HVAudio_source_id_e UnitSound::playing() const
+{
+    return HVAudio_source_id_e(m_player.engine().settings().source);
+}
+
+void UnitSound::prompt(dsp::Prompt which, bool repeated)
+{
+    report(
+        QStringLiteral("prompt(%1, %2)").arg(int(which)).arg(QLatin1String(repeated ? "repeated" : "once")));
+    if (settings().power) // else it would be heard when the unit is switched on, and surprise
+        m_player.prompt(which, repeated);
+}
+
+void UnitSound::endPrompt(dsp::Prompt which)
+{
+    report(QStringLiteral("endPrompt(%1)").arg(int(which)));
+    m_player.endPrompt(which);
+}
+
+bool UnitSound::promptSounds(dsp::Prompt which) const
+{
+    return m_player.promptSounds(which);
+}
+
+dsp::Settings UnitSound::settings() const
+{
+    return m_player.engine().settings();
+}
+
+dsp::Snapshot UnitSound::snapshot() const
+{
+    return m_player.engine().snapshot();
+}
+
+double UnitSound::rate() const
+{
+    return m_player.engine().rate();
+}
+
+int UnitSound::latencyFrames() const
+{
+    return m_player.engine().latencyFrames();
+}
+
+dsp::Meters UnitSound::takeMeters()
+{
+    return m_player.takeMeters();
+}
+
+void UnitSound::listen(bool on)
+{
+    m_player.listen(on);
+}
+
+int UnitSound::heard(HeardFrame* frames, int count, bool* gap)
+{
+    return m_player.heard(frames, count, gap);
+}
+
+QString UnitSound::status() const
+{
+    return QFile::decodeName(m_player.status().c_str());
+}
+
+} // namespace headunit

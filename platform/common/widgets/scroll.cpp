@@ -1,0 +1,488 @@
+#include "common/scroll.h"
+
+#include "platform/common/widgets/palette.h"
+
+#include <QApplication>
+#include <QEvent>
+#include <QMouseEvent>
+#include <QPainter>
+#include <QPointer>
+#include <QScrollArea>
+#include <QScrollPrepareEvent>
+#include <QScroller>
+#include <QScrollerProperties>
+#include <QStyle>
+#include <QStyleOption>
+#include <QVariantAnimation>
+
+namespace cm {
+
+namespace {
+
+constexpr int kBarWidth = 6;
+constexpr int kShortestHandle = 48;
+constexpr int kGlideMs = 300;
+
+/// A slider in the area keeps the finger that went down on it.
+bool belongsToSlider(const QWidget* viewport, const QPoint& pos)
+{
+    for (const QWidget* w = viewport->childAt(pos); w && w != viewport; w = w->parentWidget())
+        if (qobject_cast<const QAbstractSlider*>(w))
+            return w->isEnabled();
+    return false;
+}
+
+} // namespace
+
+/// Behaviour and look of the bar; the class itself only passes its events here.
+class ScrollBarPrivate
+{
+public:
+    ScrollBarPrivate(ScrollBar* bar, const QRect& geometry)
+        : q(bar)
+        , place(geometry)
+    {
+    }
+
+    QRect handleRect() const;
+    void changed(const QEvent* event);
+    void pressed(QMouseEvent* event);
+    void moved(QMouseEvent* event);
+    void released(QMouseEvent* event);
+    void paint();
+
+    ScrollBar* q;
+    const QRect place;
+    int grip = -1; ///< where the finger holds the handle, in px from its top; -1: not held
+};
+
+ScrollBar::ScrollBar(QWidget* parent, const QRect& geometry, int style)
+    : QScrollBar(Qt::Vertical, parent)
+    , d(new ScrollBarPrivate(this, geometry))
+{
+    Q_UNUSED(style) // there is one look; see the header
+    setContextMenuPolicy(Qt::NoContextMenu);
+    setGeometry(geometry);
+}
+
+ScrollBar::~ScrollBar()
+{
+    delete d;
+}
+
+QSize ScrollBar::sizeHint() const
+{
+    return QSize(0, d->place.height());
+}
+
+QSize ScrollBar::minimumSizeHint() const
+{
+    return QSize(0, 0);
+}
+
+bool ScrollBar::event(QEvent* event)
+{
+    switch (event->type()) {
+    case QEvent::MouseButtonPress:
+    case QEvent::MouseButtonDblClick:
+        if (!isEnabled())
+            break;
+        d->pressed(static_cast<QMouseEvent*>(event));
+        return true;
+    case QEvent::MouseMove:
+        if (!isEnabled())
+            break;
+        d->moved(static_cast<QMouseEvent*>(event));
+        return true;
+    case QEvent::MouseButtonRelease:
+        if (!isEnabled())
+            break;
+        d->released(static_cast<QMouseEvent*>(event));
+        return true;
+    case QEvent::Paint:
+        d->paint();
+        return true;
+    default:
+        break;
+    }
+    const bool handled = QScrollBar::event(event);
+    d->changed(event);
+    return handled;
+}
+
+QRect ScrollBarPrivate::handleRect() const
+{
+    const int range = q->maximum() - q->minimum();
+    const int pages = range + q->pageStep();
+    const int height = q->height();
+    const int length =
+        pages > 0 ? qBound(qMin(kShortestHandle, height), int(qint64(height) * q->pageStep() / pages), height)
+                  : height;
+    const int y = QStyle::sliderPositionFromValue(q->minimum(), q->maximum(), q->sliderPosition(),
+                                                  height - length, q->invertedAppearance());
+    return QRect(0, y, q->width(), length);
+}
+
+void ScrollBarPrivate::changed(const QEvent* event)
+{
+    switch (event->type()) {
+    case QEvent::Move:
+    case QEvent::Resize:
+        // A scroll area lays its bars out along its edge; this one has a place of its own.
+        if (q->geometry() != place)
+            q->setGeometry(place);
+        break;
+    case QEvent::Hide:
+    case QEvent::EnabledChange:
+        if (grip >= 0 && (!q->isVisible() || !q->isEnabled())) {
+            grip = -1;
+            q->setSliderDown(false);
+        }
+        break;
+    default:
+        break;
+    }
+}
+
+void ScrollBarPrivate::pressed(QMouseEvent* event)
+{
+    if (event->button() != Qt::LeftButton || q->maximum() <= q->minimum()) {
+        event->ignore();
+        return;
+    }
+    event->accept();
+    const QRect handle = handleRect();
+    const bool onHandle = event->y() >= handle.top() && event->y() <= handle.bottom();
+    grip = onHandle ? event->y() - handle.top() : handle.height() / 2; // beside it: it comes to the finger
+    q->setSliderDown(true);
+    moved(event);
+    q->update();
+}
+
+void ScrollBarPrivate::moved(QMouseEvent* event)
+{
+    if (grip < 0) {
+        event->ignore();
+        return;
+    }
+    event->accept();
+    const int span = qMax(1, q->height() - handleRect().height());
+    q->setSliderPosition(QStyle::sliderValueFromPosition(q->minimum(), q->maximum(), event->y() - grip, span,
+                                                         q->invertedAppearance()));
+}
+
+void ScrollBarPrivate::released(QMouseEvent* event)
+{
+    if (event->button() != Qt::LeftButton || grip < 0) {
+        event->ignore();
+        return;
+    }
+    event->accept();
+    grip = -1;
+    q->setSliderDown(false);
+    q->update();
+}
+
+void ScrollBarPrivate::paint()
+{
+    if (q->maximum() <= q->minimum())
+        return; // nothing to scroll, nothing to show
+    QPainter painter(q);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(Qt::NoPen);
+    const auto bar = [this, &painter](int top, int length, qreal thickness, QRgb color) {
+        const QRectF r((q->width() - thickness) / 2.0, top, thickness, length);
+        painter.setBrush(QColor(color));
+        painter.drawRoundedRect(r, thickness / 2.0, thickness / 2.0);
+    };
+    const QRect handle = handleRect();
+    bar(0, q->height(), kBarWidth - 2, palette::lineStrong);
+    const bool held = grip >= 0;
+    bar(handle.top(), handle.height(), held ? kBarWidth + 4 : kBarWidth,
+        !q->isEnabled() ? palette::panel
+        : held          ? palette::accentBright
+                        : palette::inkDim);
+    QStyleOption option;
+    option.initFrom(q);
+    if ((option.state & QStyle::State_HasFocus) && (option.state & QStyle::State_KeyboardFocusChange)) {
+        painter.setBrush(Qt::NoBrush);
+        painter.setPen(QPen(QColor(palette::accentBright), 2));
+        painter.drawRoundedRect(QRectF(q->rect()).adjusted(1, 1, -1, -1), 6, 6);
+    }
+}
+
+/// Feeds Qt's QScroller with the mouse (Qt makes touches into it) and puts the scroller's results on the
+/// scroll bars. Not by QScroller::grabGesture(): that leaves a recognizer behind for every page that ever
+/// scrolled, and the scroll area's own handling of the results knows neither which directions are allowed nor
+/// which widgets keep their finger.
+class ScrollManagePrivate : public QObject
+{
+    Q_OBJECT
+public:
+    ScrollManagePrivate(ScrollManage* owner, bool vertical, bool horizontal)
+        : QObject(owner)
+        , q(owner)
+        , vertical(vertical)
+        , horizontal(horizontal)
+    {
+        glide.setDuration(kGlideMs);
+        glide.setEasingCurve(QEasingCurve::OutCubic);
+        connect(&glide, SIGNAL(valueChanged(QVariant)), this, SLOT(onGlide(QVariant)));
+    }
+
+    /// Null as soon as the area is being destroyed.
+    QScrollArea* area() const { return qobject_cast<QScrollArea*>(q->parent()); }
+
+    bool isActive() const { return viewport; }
+
+    void activate()
+    {
+        if (viewport || !area())
+            return;
+        viewport = area()->viewport();
+        QScrollerProperties properties = scroller()->scrollerProperties();
+        properties.setScrollMetric(QScrollerProperties::DragStartDistance,
+                                   0.003); // m: a resting finger trembles
+        properties.setScrollMetric(QScrollerProperties::HorizontalOvershootPolicy,
+                                   QScrollerProperties::OvershootAlwaysOff);
+        properties.setScrollMetric(QScrollerProperties::VerticalOvershootPolicy,
+                                   QScrollerProperties::OvershootAlwaysOff);
+        scroller()->setScrollerProperties(properties);
+        qApp->installEventFilter(this); // a finger that goes down on a key in the area drags, too
+    }
+
+    void retire()
+    {
+        glide.stop();
+        finger = Finger::None;
+        if (qApp)
+            qApp->removeEventFilter(this);
+        if (viewport)
+            scroller()->stop();
+        viewport = nullptr;
+    }
+
+    void scrollTo(QPoint pos, bool animated)
+    {
+        QScrollArea* scrollArea = area();
+        if (!viewport || !scrollArea)
+            return;
+        glide.stop();
+        scroller()->stop();
+        const QScrollBar* h = scrollArea->horizontalScrollBar();
+        const QScrollBar* v = scrollArea->verticalScrollBar();
+        pos =
+            QPoint(qBound(h->minimum(), pos.x(), h->maximum()), qBound(v->minimum(), pos.y(), v->maximum()));
+        const QPoint from(h->value(), v->value());
+        if (!animated || from == pos) {
+            onGlide(pos);
+            return;
+        }
+        glide.setStartValue(from);
+        glide.setEndValue(pos);
+        glide.start();
+    }
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override
+    {
+        switch (event->type()) {
+        case QEvent::MouseButtonPress:
+        case QEvent::MouseButtonDblClick:
+            return isInside(watched) &&
+                   pressed(static_cast<QWidget*>(watched), static_cast<QMouseEvent*>(event));
+        case QEvent::MouseMove:
+            return isInside(watched) && moved(static_cast<QMouseEvent*>(event));
+        case QEvent::MouseButtonRelease:
+            return isInside(watched) && released(static_cast<QMouseEvent*>(event));
+        case QEvent::Wheel:
+            if (isInside(watched))
+                glide.stop();
+            return false;
+        case QEvent::Hide:
+            if (watched == viewport)
+                letGo(); // the page was left; nobody will say that the finger was lifted
+            return false;
+        case QEvent::ScrollPrepare:
+            return watched == viewport && prepare(static_cast<QScrollPrepareEvent*>(event));
+        case QEvent::Scroll:
+            if (watched != viewport)
+                return false;
+            onGlide(static_cast<QScrollEvent*>(event)->contentPos().toPoint());
+            event->accept();
+            return true;
+        default:
+            return false;
+        }
+    }
+
+private slots:
+    void onGlide(const QVariant& pos)
+    {
+        if (QScrollArea* scrollArea = area()) {
+            scrollArea->horizontalScrollBar()->setValue(pos.toPoint().x());
+            scrollArea->verticalScrollBar()->setValue(pos.toPoint().y());
+        }
+    }
+
+private:
+    enum class Finger {
+        None,
+        Down, ///< it may still become a touch on what lies under it
+        Drags ///< the area has it; nobody else sees it until it is lifted
+    };
+
+    QScroller* scroller() const { return QScroller::scroller(viewport.data()); }
+
+    bool isInside(QObject* watched) const
+    {
+        const auto* widget = watched->isWidgetType() ? static_cast<QWidget*>(watched) : nullptr;
+        return widget && viewport && (widget == viewport || viewport->isAncestorOf(widget));
+    }
+
+    bool input(QScroller::Input kind, const QMouseEvent* event)
+    {
+        return scroller()->handleInput(kind, viewport->mapFromGlobal(event->globalPos()),
+                                       qint64(event->timestamp()));
+    }
+
+    bool pressed(QWidget* widget, const QMouseEvent* event)
+    {
+        if (event->button() != Qt::LeftButton)
+            return finger == Finger::Drags;
+        // An event that a child ignores comes again, for its parent.
+        if (finger != Finger::None && pressTime == event->timestamp() && pressPos == event->globalPos())
+            return finger == Finger::Drags;
+        letGo();
+        pressTime = event->timestamp();
+        pressPos = event->globalPos();
+        const bool stopsAFlick = scroller()->state() == QScroller::Scrolling;
+        if ((!vertical && !horizontal) ||
+            belongsToSlider(viewport, viewport->mapFromGlobal(event->globalPos()))) {
+            scroller()->stop();
+            return false;
+        }
+        if (!input(QScroller::InputPress, event) && scroller()->state() == QScroller::Inactive)
+            return false; // there is nothing to scroll
+        touched = widget;
+        finger = stopsAFlick ? Finger::Drags : Finger::Down;
+        return stopsAFlick; // it is no touch on the key that happens to be passing
+    }
+
+    bool moved(const QMouseEvent* event)
+    {
+        if (finger == Finger::None || !(event->buttons() & Qt::LeftButton))
+            return false;
+        input(QScroller::InputMove, event);
+        if (finger == Finger::Down && scroller()->state() == QScroller::Dragging) {
+            finger = Finger::Drags;
+            takeBackPress();
+        }
+        return finger == Finger::Drags;
+    }
+
+    bool released(const QMouseEvent* event)
+    {
+        if (event->button() != Qt::LeftButton || finger == Finger::None)
+            return false;
+        const bool dragged = finger == Finger::Drags;
+        finger = Finger::None;
+        input(QScroller::InputRelease, event);
+        return dragged;
+    }
+
+    void letGo()
+    {
+        glide.stop();
+        if (finger != Finger::None) {
+            finger = Finger::None;
+            scroller()->stop();
+        }
+    }
+
+    /// The key under the finger went down at once; it is let go far outside, which is no click. Whatever lies
+    /// around it may have taken the press instead.
+    void takeBackPress()
+    {
+        const QPointF outside(-QWIDGETSIZE_MAX, -QWIDGETSIZE_MAX);
+        while (touched && touched != viewport) {
+            const QPointer<QWidget> around = touched->parentWidget();
+            QMouseEvent release(QEvent::MouseButtonRelease, outside, outside, outside, Qt::LeftButton,
+                                Qt::NoButton, Qt::NoModifier);
+            // Past the filters: it is meant for this one alone.
+            static_cast<QObject*>(touched.data())->event(&release);
+            touched = around;
+        }
+    }
+
+    bool prepare(QScrollPrepareEvent* event)
+    {
+        const QScrollBar* h = area()->horizontalScrollBar();
+        const QScrollBar* v = area()->verticalScrollBar();
+        const bool movesX = horizontal && h->maximum() > h->minimum();
+        const bool movesY = vertical && v->maximum() > v->minimum();
+        if (!movesX && !movesY) {
+            event->ignore();
+            return true;
+        }
+        // A direction that may not move is a range without extent at the place where it stands.
+        event->setViewportSize(viewport->size());
+        event->setContentPosRange(
+            QRectF(movesX ? h->minimum() : h->value(), movesY ? v->minimum() : v->value(),
+                   movesX ? h->maximum() - h->minimum() : 0, movesY ? v->maximum() - v->minimum() : 0));
+        event->setContentPos(QPointF(h->value(), v->value()));
+        event->accept();
+        return true;
+    }
+
+    ScrollManage* q;
+    QPointer<QWidget> viewport; ///< null: another manager has taken over
+    QPointer<QWidget> touched;  ///< what the finger went down on
+    Finger finger = Finger::None;
+    ulong pressTime = 0;
+    QPoint pressPos; ///< on the screen
+    QVariantAnimation glide;
+    const bool vertical;
+    const bool horizontal;
+};
+
+ScrollManage::ScrollManage(QScrollArea* area, bool vertical, bool horizontal)
+    : QObject(area)
+    , d(new ScrollManagePrivate(this, vertical, horizontal))
+{
+    if (!area) {
+        qWarning("ScrollManage: there is no area to manage");
+        return;
+    }
+    for (ScrollManage* older : area->findChildren<ScrollManage*>(QString(), Qt::FindDirectChildrenOnly))
+        if (older != this)
+            older->d->retire();
+    d->activate();
+}
+
+ScrollManage::~ScrollManage()
+{
+    QScrollArea* area = d->area();
+    const bool wasActive = d->isActive();
+    d->retire();
+    if (!area || !wasActive)
+        return; // either the area is going, with everything in it, or another manager has it
+    // The area is left as it was found: a manager that had to give way to this one takes it back.
+    ScrollManage* previous = nullptr;
+    for (ScrollManage* other : area->findChildren<ScrollManage*>(QString(), Qt::FindDirectChildrenOnly)) {
+        if (other == this)
+            break;
+        previous = other;
+    }
+    if (previous)
+        previous->d->activate();
+}
+
+void ScrollManage::scrollToPos(const QPoint& pos, bool animated)
+{
+    d->scrollTo(pos, animated);
+}
+
+} // namespace cm
+
+#include "scroll.moc"

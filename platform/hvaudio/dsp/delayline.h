@@ -1,0 +1,43 @@
+#pragma once
+
+#include "platform/hvaudio/dsp/history.h"
+#include "platform/hvaudio/dsp/settings.h"
+
+namespace hvaudio::dsp {
+
+/// [RT] but for `prepare`: the whole-frame part of the speakers' delays. A changed delay fades from one tap
+/// to the other on a smooth curve over about 40 ms; one that changes again meanwhile waits for the fade's end
+/// and then fades to the newest wish.
+class DelayLine
+{
+public:
+    /// [OFF] Longest tap in frames; the rate gives the fade's length.
+    void prepare(double rate, int longestTap);
+    void clear() noexcept;
+    /// Wanted tap; `jump` without fade.
+    void aim(int speaker, int tap) noexcept;
+    void jump() noexcept;
+    /// At a grid point: starts or moves on the fades. True while any is under way.
+    bool advanceGrid() noexcept;
+
+    float* const* room() noexcept;
+    /// Reads the frames just written into `room`, delayed, to `out`, which may not be the same memory; notes
+    /// each speaker's largest absolute sample in `peak` and raises frame[i] to the largest of all speakers.
+    /// `offset` is the place of the first frame after the last grid point; while a fade is under way the
+    /// piece may not go beyond the next one. Then makes them the past.
+    void read(float* const out[speakerCount], int frames, int offset, float peak[speakerCount],
+              float* frame) noexcept;
+
+private:
+    struct Tap
+    {
+        int now = 0, next = 0, wanted = 0;
+        int point = -1; ///< -1: no fade
+    };
+    History history_;
+    Tap taps_[speakerCount];
+    float* room_[speakerCount] = {};
+    int points_ = 1; ///< grid intervals of a fade
+};
+
+} // namespace hvaudio::dsp

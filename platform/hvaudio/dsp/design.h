@@ -1,0 +1,81 @@
+#pragma once
+
+#include "platform/hvaudio/dsp/settings.h"
+
+#include <array>
+#include <complex>
+
+/// Coefficient design: pure functions in double. What is applied to samples in single precision is rounded
+/// from these at the very end (`coefficientsOf`).
+namespace hvaudio::dsp {
+
+/// One second-order section as its analogue prototype: (hp s^2 + bp s + lp) / (s^2 + k s + 1), with s counted
+/// in units of g = tan(pi f / rate), the prewarped frequency.
+struct Section
+{
+    double g = 0.01;
+    double k = 2;
+    double hp = 1, bp = 2, lp = 1; ///< hp = 1, bp = k, lp = 1 passes everything
+};
+
+/// The section in the form that the inner loop runs (kernel.h).
+struct Coefficients
+{
+    double b2, b3, c1, q1, q2, q3;
+};
+Coefficients coefficientsOf(const Section& section);
+
+/// Transfer function at `hz`; the second from coefficients, which may have been rounded.
+std::complex<double> responseOf(const Section& section, double hz, double rate);
+std::complex<double> responseOf(const Coefficients& coefficients, double hz, double rate);
+
+/// tan(pi hz / rate), with hz brought into 1 Hz .. 0.49 rate.
+double prewarp(double hz, double rate);
+
+/// Peaking section of R. Bristow-Johnson's "Cookbook formulae for audio EQ biquad filter coefficients".
+Section peaking(double hz, double q, double gainDb, double rate);
+/// High shelf of the same source; 0 dB at 0 Hz, `gainDb` at the top, half of it (in dB) at hz.
+Section highShelf(double hz, double q, double gainDb, double rate);
+
+/// A Butterworth filter of order 1 to 4 as two sections; the second passes everything for orders 1 and 2.
+using TwoSections = std::array<Section, 2>;
+TwoSections butterworthHighPass(double hz, int order, double rate);
+TwoSections butterworthLowPass(double hz, int order, double rate);
+/// Sections that pass everything but keep the memory of a filter at 80 Hz running, so that switching a filter
+/// on or off is a glide of the output mix.
+TwoSections passThrough(double rate);
+
+/// Frequency of a table entry in Hz; 0 = off. Indexes beyond the table mean its last entry, negative ones
+/// off.
+double highPassHz(CrossoverTables tables, int index);
+double lowPassHz(CrossoverTables tables, int index);
+/// Subwoofer: `filter` 0 is silent (returns -1), 1 is no filter (returns 0), n is entry n - 1.
+double subwooferHz(CrossoverTables tables, int filter);
+
+/// Volume 0..50 as a factor: 0 is silence, 50 is 1, and each step is 1.2 dB, which is even to the ear.
+double volumeFactor(int volume);
+/// The same in dB; volume 0 counts as one step below 1.
+double volumeDb(int volume);
+/// Source gain 0..15 as a factor: -5..+10 dB.
+double sourceFactor(int gain);
+/// What the side that the control points away from keeps: 1 at the centre and on the near side, falling along
+/// cos to silence. `away` is 0..15.
+double farSideFactor(int away);
+/// Balance and fader for one cabin speaker.
+double fieldFactor(Speaker speaker, int balance, int fader);
+double factorOfDb(double db);
+double dbOfFactor(double factor);
+
+/// A delay in frames as a whole tap and the coefficient a of the all-pass (a + z^-1) / (1 + a z^-1) that
+/// supplies the rest (Laakso et al., "Splitting the unit delay", 1996: Thiran, first order). The all-pass
+/// itself always takes one frame of the constant latency, so a fraction of 0 gives a = 0 and is exact; its
+/// magnitude is 1 everywhere and each tone's delay (phase delay) is within 0.01 ms of the wish up to 16 kHz
+/// at 44.1 kHz.
+struct DelayParts
+{
+    int tap;
+    double allPass;
+};
+DelayParts splitDelay(double frames);
+
+} // namespace hvaudio::dsp

@@ -1,0 +1,43 @@
+#pragma once
+
+#include "platform/hvaudio/dsp/equalizer.h"
+#include "platform/hvaudio/dsp/kernel/kernel.h"
+#include "platform/hvaudio/dsp/settings.h"
+
+#include <array>
+#include <complex>
+
+namespace hvaudio::dsp {
+
+/// Everything that the audio thread needs to know, as one plain copy: the wanted coefficients and gains.
+/// Made by `makeSnapshot`, never changed afterwards, published through a `TripleBuffer`.
+struct Snapshot
+{
+    Parameters parameters; ///< all that glides, see kernel.h; bus[0] is without the source gain
+    std::array<int, speakerCount> delayTap = {}; ///< whole frames; the rest is in the parameters' all-pass
+    int source = 0;
+    float sourceFactor = 1; ///< kept apart because it changes while the programme is faded out
+    bool lowPassUsed = false;
+    bool power = false;
+};
+
+/// What the running filters would be in double precision: the same sections before they are rounded. The
+/// tests' reference computes with these.
+struct ExactSections
+{
+    std::array<Section, cascadeSections> cascade;
+    TwoSections highPass[cabinSpeakerCount], lowPass[cabinSpeakerCount], subwoofer;
+    double bus, speakerGain[speakerCount], delayFrames[speakerCount];
+};
+/// `settings` must be in range (`clampToRange`); `equalizer` is the design for `rate`.
+ExactSections makeSections(const Settings& settings, const EqualizerDesign& equalizer, double rate);
+
+/// Settings to the audio thread's view of them; same conditions.
+Snapshot makeSnapshot(const Settings& settings, const EqualizerDesign& equalizer, double rate);
+
+/// Transfer function from the programme input that belongs to the speaker (the subwoofer: both inputs at
+/// once) to it, computed from the snapshot's own coefficients; without the limiter and without the latency
+/// that all speakers share.
+std::complex<double> responseOf(const Snapshot& snapshot, Speaker speaker, double hz, double rate);
+
+} // namespace hvaudio::dsp

@@ -1,0 +1,282 @@
+#include "platform/hvaudio/files/soundfile.h"
+
+#include "platform/hvaudio/dsp/samples.h"
+#include "platform/hvaudio/files/regularfile.h"
+#include "platform/hvaudio/files/soundbytes.h"
+#include "platform/hvaudio/files/soundlength.h"
+
+#include <samplerate.h>
+#include <sndfile.h>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstring>
+
+namespace hvaudio {
+
+namespace {
+
+constexpr int maxChannels = 8;
+constexpr int chunkFrames = 1024;
+constexpr float side = 0.70710678f;
+
+struct Weight
+{
+    float left, right;
+};
+
+/// The usual channel order of 1 to 8 channels, as libsndfile's names of places.
+// clang-format off
+constexpr std::array<std::array<int, maxChannels>, maxChannels> usualPlaces = {{
+    {SF_CHANNEL_MAP_MONO},
+    {SF_CHANNEL_MAP_LEFT, SF_CHANNEL_MAP_RIGHT},
+    {SF_CHANNEL_MAP_LEFT, SF_CHANNEL_MAP_RIGHT, SF_CHANNEL_MAP_CENTER},
+    {SF_CHANNEL_MAP_LEFT, SF_CHANNEL_MAP_RIGHT, SF_CHANNEL_MAP_REAR_LEFT, SF_CHANNEL_MAP_REAR_RIGHT},
+    {SF_CHANNEL_MAP_LEFT, SF_CHANNEL_MAP_RIGHT, SF_CHANNEL_MAP_CENTER, SF_CHANNEL_MAP_REAR_LEFT, SF_CHANNEL_MAP_REAR_RIGHT},
+    {SF_CHANNEL_MAP_LEFT, SF_CHANNEL_MAP_RIGHT, SF_CHANNEL_MAP_CENTER, SF_CHANNEL_MAP_LFE, SF_CHANNEL_MAP_REAR_LEFT, SF_CHANNEL_MAP_REAR_RIGHT},
+    {SF_CHANNEL_MAP_LEFT, SF_CHANNEL_MAP_RIGHT, SF_CHANNEL_MAP_CENTER, SF_CHANNEL_MAP_LFE, SF_CHANNEL_MAP_REAR_CENTER, SF_CHANNEL_MAP_SIDE_LEFT, SF_CHANNEL_MAP_SIDE_RIGHT},
+    {SF_CHANNEL_MAP_LEFT, SF_CHANNEL_MAP_RIGHT, SF_CHANNEL_MAP_CENTER, SF_CHANNEL_MAP_LFE, SF_CHANNEL_MAP_REAR_LEFT, SF_CHANNEL_MAP_REAR_RIGHT, SF_CHANNEL_MAP_SIDE_LEFT, SF_CHANNEL_MAP_SIDE_RIGHT},
+}};
+// clang-format on
+
+Weight weightOf(int place)
+{
+    switch (place) {
+    case SF_CHANNEL_MAP_LEFT:
+    case SF_CHANNEL_MAP_FRONT_LEFT:
+        return {1, 0};
+    case SF_CHANNEL_MAP_RIGHT:
+    case SF_CHANNEL_MAP_FRONT_RIGHT:
+        return {0, 1};
+    case SF_CHANNEL_MAP_REAR_LEFT:
+    case SF_CHANNEL_MAP_SIDE_LEFT:
+    case SF_CHANNEL_MAP_FRONT_LEFT_OF_CENTER:
+    case SF_CHANNEL_MAP_TOP_FRONT_LEFT:
+    case SF_CHANNEL_MAP_TOP_REAR_LEFT:
+        return {side, 0};
+    case SF_CHANNEL_MAP_REAR_RIGHT:
+    case SF_CHANNEL_MAP_SIDE_RIGHT:
+    case SF_CHANNEL_MAP_FRONT_RIGHT_OF_CENTER:
+    case SF_CHANNEL_MAP_TOP_FRONT_RIGHT:
+    case SF_CHANNEL_MAP_TOP_REAR_RIGHT:
+        return {0, side};
+    case SF_CHANNEL_MAP_LFE:
+        return {0, 0};
+    default:
+        return {side, side}; // centres of any kind, mono
+    }
+}
+
+/// Weights of the file's channels; `map` is the file's own word.
+std::array<Weight, maxChannels> weightsOf(const int* map, int channels)
+{
+    const auto known = [&](const int* places) {
+        return std::all_of(places, places + channels,
+                           [](int p) { return p > SF_CHANNEL_MAP_INVALID && p < SF_CHANNEL_MAP_MAX; });
+    };
+    const int* const places = known(map) ? map : usualPlaces[channels - 1].data();
+    std::array<Weight, maxChannels> weights{};
+    float left = 0, right = 0;
+    for (int i = 0; i < channels; ++i) {
+        weights[i] = weightOf(places[i]);
+        left += weights[i].left;
+        right += weights[i].right;
+    }
+    // A file of nothing but low-frequency channels, or whose map names one side only, is still heard.
+    if (left <= 0 || right <= 0) {
+        weights.fill({1, 1});
+        left = right = float(channels);
+    }
+    for (Weight& w : weights)
+        w = {w.left / left, w.right / right};
+    return weights;
+}
+
+} // namespace
+
+struct SoundFile::Private
+{
+    ~Private()
+    {
+        src_delete(converter);
+        if (file)
+            sf_close(file);
+    }
+
+    /// Fills `chunk` from the file; false at its end.
+    bool nextChunk()
+    {
+        raw.resize(std::size_t(chunkFrames) * info.channels);
+        chunk.resize(chunkFrames);
+        const sf_count_t got = sf_readf_float(file, raw.data(), chunkFrames);
+        chunkStart = 0;
+        chunkLeft = int(std::max<sf_count_t>(got, 0));
+        framesRead += chunkLeft;
+        for (int n = 0; n < chunkLeft; ++n) {
+            StereoFrame frame;
+            for (int c = 0; c < info.channels; ++c) {
+                const float x = dsp::cleaned(raw[std::size_t(n) * info.channels + c]);
+                frame.left += weights[c].left * x;
+                frame.right += weights[c].right * x;
+            }
+            chunk[n] = frame;
+        }
+        return chunkLeft > 0;
+    }
+
+    Descriptor descriptor; ///< what `file` reads, through `bytes` where that is needed
+    std::unique_ptr<SoundBytes> bytes;
+    SNDFILE* file = nullptr;
+    SF_INFO info = {};
+    SRC_STATE* converter = nullptr; ///< null when rates are equal
+    double rate = 0;
+    std::array<Weight, maxChannels> weights{};
+    std::vector<float> raw;
+    std::vector<StereoFrame> chunk;
+    int chunkStart = 0, chunkLeft = 0;
+    long long framesRead = 0;
+    bool ended = false;
+};
+
+SoundFile::SoundFile(std::unique_ptr<Private> data)
+    : d(std::move(data))
+{
+}
+
+SoundFile::~SoundFile() = default;
+
+std::unique_ptr<SoundFile> SoundFile::open(const std::string& path, double rate, Quality quality,
+                                           std::string& error)
+{
+    auto d = std::make_unique<Private>();
+    d->descriptor = openForReading(path, error);
+    if (!d->descriptor)
+        return nullptr;
+    d->bytes = std::make_unique<SoundBytes>(d->descriptor.get());
+    if (d->bytes->isNeeded())
+        d->file = d->bytes->open(&d->info);
+    else
+        d->file = sf_open_fd(d->descriptor.get(), SFM_READ, &d->info, SF_FALSE);
+    // An MP3 file that begins with something else is only known by its name's ending.
+    if (!d->file) {
+        d->info = {};
+        d->file = sf_open(path.c_str(), SFM_READ, &d->info);
+    }
+    if (!d->file) {
+        error = "can't read '" + path + "': " + sf_strerror(nullptr);
+        while (!error.empty() && (error.back() == '\n' || error.back() == '.'))
+            error.pop_back();
+        return nullptr;
+    }
+    const SF_INFO& info = d->info;
+    if (info.channels < 1 || info.channels > maxChannels) {
+        error = "can't use '" + path + "': it has " + std::to_string(info.channels) +
+                " channels, 1 to 8 are possible";
+        return nullptr;
+    }
+    if (info.samplerate < 1000 || info.samplerate > 768000) {
+        error = "can't use '" + path + "': its rate of " + std::to_string(info.samplerate) +
+                " Hz is not between 1000 and 768000";
+        return nullptr;
+    }
+    int map[maxChannels] = {};
+    if (!sf_command(d->file, SFC_GET_CHANNEL_MAP_INFO, map, int(sizeof(int)) * info.channels))
+        std::fill(map, map + maxChannels, int(SF_CHANNEL_MAP_INVALID));
+    d->weights = weightsOf(map, info.channels);
+    d->rate = rate > 0 ? rate : info.samplerate;
+    if (d->rate != info.samplerate) {
+        int fault = 0;
+        d->converter = src_new(
+            quality == Quality::Rendering ? SRC_SINC_BEST_QUALITY : SRC_SINC_MEDIUM_QUALITY, 2, &fault);
+        if (!d->converter || !src_is_valid_ratio(d->rate / info.samplerate)) {
+            error = "can't convert '" + path + "' to " + std::to_string(int(d->rate)) + " Hz";
+            return nullptr;
+        }
+    }
+    // The first samples are read at once: a file that is nothing but a header is refused here rather than
+    // played as silence.
+    if (!d->nextChunk()) {
+        error = "can't use '" + path + "': it has no sound";
+        return nullptr;
+    }
+    return std::unique_ptr<SoundFile>(new SoundFile(std::move(d)));
+}
+
+int SoundFile::channels() const
+{
+    return d->info.channels;
+}
+
+int SoundFile::fileRate() const
+{
+    return d->info.samplerate;
+}
+
+double SoundFile::rate() const
+{
+    return d->rate;
+}
+
+long long SoundFile::fileFramesRead() const
+{
+    return d->framesRead;
+}
+
+bool SoundFile::isCutShort() const
+{
+    if (!d->ended)
+        return false;
+    // Without a tag the count of an MP3 is only an estimate from its first frames.
+    const bool counted =
+        (d->info.format & SF_FORMAT_TYPEMASK) != SF_FORMAT_MPEG && d->info.frames != SF_COUNT_MAX;
+    if (counted ? d->framesRead < d->info.frames : sf_error(d->file) != SF_ERR_NO_ERROR)
+        return true;
+    return endsEarly(d->descriptor.get());
+}
+
+int SoundFile::read(StereoFrame* frames, int count)
+{
+    int done = 0;
+    while (done < count && !d->ended) {
+        const bool more = d->chunkLeft > 0 || d->nextChunk();
+        if (!d->converter) {
+            const int n = std::min(count - done, d->chunkLeft);
+            std::copy_n(d->chunk.begin() + d->chunkStart, n, frames + done);
+            d->chunkStart += n;
+            d->chunkLeft -= n;
+            done += n;
+            d->ended = !more;
+            continue;
+        }
+        SRC_DATA data = {};
+        data.data_in = &d->chunk[d->chunkLeft > 0 ? d->chunkStart : 0].left;
+        data.input_frames = d->chunkLeft;
+        data.data_out = &frames[done].left;
+        data.output_frames = count - done;
+        data.end_of_input = !more;
+        data.src_ratio = d->rate / d->info.samplerate;
+        if (src_process(d->converter, &data) != 0)
+            break;
+        d->chunkStart += int(data.input_frames_used);
+        d->chunkLeft -= int(data.input_frames_used);
+        done += int(data.output_frames_gen);
+        // At the end the converter still gives what it holds.
+        d->ended = !more && data.output_frames_gen == 0;
+    }
+    return done;
+}
+
+bool SoundFile::rewind()
+{
+    if (sf_seek(d->file, 0, SEEK_SET) != 0)
+        return false;
+    if (d->converter)
+        src_reset(d->converter);
+    d->chunkLeft = 0;
+    d->framesRead = 0;
+    d->ended = false;
+    return true;
+}
+
+} // namespace hvaudio

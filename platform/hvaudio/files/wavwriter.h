@@ -1,0 +1,44 @@
+#pragma once
+
+#include "platform/hvaudio/files/regularfile.h"
+
+#include <memory>
+#include <string>
+#include <vector>
+
+struct sf_private_tag; // libsndfile's file
+
+namespace hvaudio {
+
+/// Writes a WAV file of 32 bit floats: 5 channels in the order FL FR RL RR SUB, or 2. A file beyond 4 GB
+/// becomes RF64, the same with longer fields. One thread at a time; not for the audio thread.
+class WavWriter
+{
+public:
+    /// Null and a sentence in `error` when the file can't be written, or is something other than a regular
+    /// file: the header is completed at the end, for which pipes have no way back.
+    static std::unique_ptr<WavWriter> create(const std::string& path, double rate, int channels,
+                                             std::string& error);
+    /// Into an empty file that stays the caller's and is open for longer than this; `name` is what messages
+    /// call it.
+    static std::unique_ptr<WavWriter> create(int descriptor, const std::string& name, double rate,
+                                             int channels, std::string& error);
+    /// Completes the file as far as it was written.
+    ~WavWriter();
+
+    /// One pointer a channel. False when the medium is full or gone.
+    bool write(const float* const* channels, int frames);
+    /// Completes the file; false and a sentence in `error` when that fails. Nothing can be written
+    /// afterwards.
+    bool finish(std::string& error);
+
+private:
+    WavWriter() = default;
+    Descriptor own_;
+    sf_private_tag* file_ = nullptr;
+    std::string name_;
+    int channels_ = 0;
+    std::vector<float> interleaved_;
+};
+
+} // namespace hvaudio

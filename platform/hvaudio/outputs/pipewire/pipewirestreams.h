@@ -1,0 +1,76 @@
+#pragma once
+
+#include "platform/hvaudio/outputs/pipewire/speakerfeed.h"
+
+#include <spa/param/latency-utils.h>
+#include <spa/utils/hook.h>
+
+#include <atomic>
+#include <functional>
+#include <memory>
+#include <string>
+
+struct pw_core;
+struct pw_stream;
+struct spa_io_position;
+struct spa_pod;
+
+namespace hvaudio {
+
+/// The unit's two nodes in a PipeWire graph: the sink "Head unit" that players play into, and the stream
+/// "Head unit output" to the device, with the way between them. All calls, and all that it calls, are on the
+/// loop's thread or on another one that has locked the loop, unless marked otherwise.
+class PipeWireStreams
+{
+public:
+    struct Listener
+    {
+        /// The nodes are of no use any more. Called from within their own events: destroy them later.
+        std::function<void(const char* why)> ended;
+        /// The session manager has no device; the nodes stay, and are connected when there is one.
+        std::function<void(const char* why)> noDevice;
+        /// The device pulls.
+        std::function<void()> playing;
+    };
+    explicit PipeWireStreams(Listener listener);
+    ~PipeWireStreams();
+    PipeWireStreams(const PipeWireStreams&) = delete;
+    PipeWireStreams& operator=(const PipeWireStreams&) = delete;
+
+    /// Prepares the feed for the server's rate in Hz and makes the nodes. On failure false and the reason;
+    /// `destroy` then, too. The feed must outlive them.
+    bool make(pw_core* core, Feed& feed, double serverRate, std::string& error);
+    /// Before the core is disconnected. Calling it twice is harmless.
+    void destroy();
+    bool made() const { return sink_; }
+    /// Number of the output's node in the graph.
+    std::uint32_t outputNode() const;
+    void setLayout(SpeakerFeed::Layout layout) { speakers_.setLayout(layout); }
+
+    /// [ANY]
+    SpeakerFeed::Layout layout() const { return speakers_.layout(); }
+    /// [ANY] The device pulls.
+    bool streaming() const { return streaming_; }
+    /// [ANY] Rate of the feed in Hz; 0 before the first `make`.
+    int rate() const { return rate_; }
+
+private:
+    void stateChanged(pw_stream* of, int state, const char* error);
+    void tellLatency(pw_stream* to, spa_latency_info info, spa_direction direction);
+    void passLatency(pw_stream* to, const spa_pod* param, spa_direction direction);
+    void comesIn() noexcept; // [RT]
+    void goesOut() noexcept; // [RT]
+
+    const Listener listener_;
+    Feed* feed_ = nullptr;
+    pw_stream* sink_ = nullptr;   ///< what players play into
+    pw_stream* stream_ = nullptr; ///< to the device
+    spa_hook sinkHook_ = {}, streamHook_ = {};
+    std::atomic<int> rate_{0};
+    std::atomic<bool> streaming_{false};
+    // Of the audio side.
+    std::atomic<spa_io_position*> sinkPosition_{nullptr}, streamPosition_{nullptr};
+    SpeakerFeed speakers_;
+};
+
+} // namespace hvaudio

@@ -1,0 +1,96 @@
+#pragma once
+
+#include "M5QX/m5qxcrosssettingwidget.h"
+#include "tests/M5QX/pagefixture.h"
+
+/// What the tests of the speaker crossover share.
+namespace crosssetting {
+
+using namespace platform_double;
+
+const char* const FreqKey = "settings_cross_freq_index";
+const char* const GainKey = "settings_cross_gain_index";
+const char* const SlopeKey = "settings_cross_slope_index";
+
+/// What the page draws into one of its curves, as its setter logs it.
+inline QStringList loggedCurves(const QString& setter)
+{
+    QStringList curves;
+    for (const QString& line : takeLog()) {
+        if (line.contains(setter))
+            curves << line.section(QStringLiteral(" -- "), 1).trimmed();
+    }
+    return curves;
+}
+
+inline QString points(QPoint a, QPoint b, QPoint c)
+{
+    QString text;
+    QDebug(&text).nospace() << a << " " << b << " " << c;
+    return text;
+}
+
+inline QString write(const char* key, const QString& defaultMap, const QString& map)
+{
+    return QStringLiteral("SettingsFunc.setValue(\"%1\", \"%2\", \"%3\", true)")
+        .arg(QLatin1String(key), defaultMap, map);
+}
+
+const QString KeyBeep = QStringLiteral("AudioService.doBeep(0)");
+
+inline QString hpf(int frequency, int gain, int speaker, int slope)
+{
+    return QStringLiteral("AudioService.setHPFFilter(%1, %2, %3, %4)")
+        .arg(frequency)
+        .arg(gain)
+        .arg(speaker)
+        .arg(slope);
+}
+
+/// The calls that send a group's filter.
+inline QStringList sent(int group, int freq, int gain, int slope)
+{
+    if (group == 0)
+        return {hpf(freq, gain, 1, slope), hpf(freq, gain, 2, slope)};
+    if (group == 1)
+        return {hpf(freq | 0x80, gain, 4, slope), hpf(freq | 0x80, gain, 8, slope)};
+    return {
+        QStringLiteral("AudioService.setSubFilter(%1, %2, %3)").arg(freq + 1).arg(gain).arg(slope),
+        QStringLiteral("SettingsFunc.setValue(\"subwooferFreq\", 7, %1, true)").arg(freq + 1),
+        QStringLiteral("SettingsFunc.setValue(\"subwooferslope\", 0, %1, true)").arg(slope),
+        QStringLiteral("SettingsFunc.setValue(\"subwooferLevel\", 11, %1, true)").arg(gain | 0x80),
+        QStringLiteral("SettingsFunc.setValue(\"subwooferOnOff\", true, true, true)"),
+    };
+}
+
+class CrossSettingFixture : public PageFixture<M5QXCrossSettingWidget>
+{
+protected:
+    void makePage()
+    {
+        reset();
+        m_page.reset(new M5QXCrossSettingWidget);
+    }
+    void resume()
+    {
+        m_page->resume();
+        take();
+        takeLog();
+    }
+    QStringList shown()
+    {
+        return {label("label_filter")->text(), label("txt_filter")->text(), label("txt_slope")->text(),
+                label("txt_level")->text()};
+    }
+    /// Which of the six step keys are enabled: filter down, up, slope down, up, level down, up.
+    QString enabled()
+    {
+        QString text;
+        for (const char* key : {"key_filter_down", "key_filter_up", "key_slope_down", "key_slope_up",
+                                "key_level_down", "key_level_up"})
+            text += QLatin1Char(find(key)->isEnabled() ? '1' : '0');
+        return text;
+    }
+};
+
+} // namespace crosssetting

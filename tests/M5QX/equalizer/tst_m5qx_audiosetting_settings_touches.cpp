@@ -1,0 +1,420 @@
+#include "tests/M5QX/equalizer/eqsettings.h"
+#include "tests/support/touch.h"
+
+#include <QRandomGenerator>
+#include <QRegularExpression>
+
+using namespace eqsettings;
+
+namespace {
+
+/// Counts events of one kind that reach the widgets that it watches.
+class EventCounter : public QObject
+{
+public:
+    explicit EventCounter(QEvent::Type type)
+        : m_type(type)
+    {
+    }
+    int count = 0;
+
+protected:
+    bool eventFilter(QObject*, QEvent* event) override
+    {
+        count += event->type() == m_type;
+        return false;
+    }
+
+private:
+    QEvent::Type m_type;
+};
+
+} // namespace
+
+/// What a finger on the EQ settings page does.
+class TestEqSettingsTouches : public EqSettingsFixture
+{
+    Q_OBJECT
+private slots:
+    void init() { makePage(); }
+    void cleanup() { m_host.reset(); }
+
+    void aTouchAtTheTopOfABarGivesPlus10AndAtTheBottomMinus10();
+    void fingerHeightGivesTheValue();
+    void aPressSetsTheTypeOnceThenBeeps_data();
+    void aPressSetsTheTypeOnceThenBeeps();
+    void withAPresetActiveATouchSwitchesToTheLastCustomTypeBeforeEditing();
+    void aReleaseSendsExactlyOneCallWithTheValueBeforeTheBand_data();
+    void aReleaseSendsExactlyOneCallWithTheValueBeforeTheBand();
+    void nothingIsSentDuringADrag();
+    void draggingAcrossBarsKeepsEditingTheBandFirstTouched();
+    void aDragOffTheBarKeepsTheLastValue();
+    void aPressOutsideEveryBarDoesNothing_data();
+    void aPressOutsideEveryBarDoesNothing();
+    void aPressOutsideEveryBarEndsATouchWhoseReleaseWasLost();
+    void aTouchOnWhatLiesInABarIsATouchOnTheBar_data();
+    void aTouchOnWhatLiesInABarIsATouchOnTheBar();
+    void theSecondOfTwoQuickTouchesCounts();
+    void otherButtonsAreNoTouch();
+    void hidingDuringATouchForgetsIt();
+
+    void bubbleFollowsTheFinger_data();
+    void bubbleFollowsTheFinger();
+    void bubbleGoesAtRelease();
+    void onlyTheTouchedHandleMovesAndIsRepainted();
+
+    void randomTouchesKeepEveryInvariant();
+};
+
+void TestEqSettingsTouches::aTouchAtTheTopOfABarGivesPlus10AndAtTheBottomMinus10()
+{
+    touch::click(m_page, {barLeft[4] + 5, BarTop});
+    QCOMPARE(take(), QStringList({"AudioService.setEQType(6, true)", "AudioService.doBeep(0)",
+                                  "AudioService.setCustomEq1(10, 4, true)"}));
+    QCOMPARE(drawn().at(4), 10);
+    touch::click(m_page, {barLeft[4] + 5, BarTop + BarHeight - 1});
+    QCOMPARE(take(), QStringList({"AudioService.setEQType(6, true)", "AudioService.doBeep(0)",
+                                  "AudioService.setCustomEq1(-10, 4, true)"}));
+    QCOMPARE(drawn().at(4), -10);
+}
+
+void TestEqSettingsTouches::fingerHeightGivesTheValue()
+{
+    for (int i = 0; i < 21; ++i) {
+        const int last = i == 20 ? BarHeight - 1 : firstPixel[i + 1] - 1;
+        for (const int pixel : {firstPixel[i], last}) {
+            touch::click(m_page, {barLeft[0], BarTop + pixel});
+            QCOMPARE(take().last(), QStringLiteral("AudioService.setCustomEq1(%1, 0, true)").arg(10 - i));
+        }
+    }
+}
+
+void TestEqSettingsTouches::aPressSetsTheTypeOnceThenBeeps_data()
+{
+    QTest::addColumn<int>("current");
+    QTest::addColumn<int>("set");
+    for (int type = 0; type <= 5; ++type)
+        QTest::addRow("preset %d, last user type 6", type) << type << 6;
+    QTest::newRow("user 1 is current") << 6 << 6;
+    QTest::newRow("user 2 is current") << 7 << 7;
+    QTest::newRow("type 8") << 8 << 6;
+}
+
+void TestEqSettingsTouches::aPressSetsTheTypeOnceThenBeeps()
+{
+    QFETCH(int, current);
+    QFETCH(int, set);
+    audio().eqType = current;
+    touch::press(m_page, onBar(7, 3));
+    QCOMPARE(take(), QStringList({QStringLiteral("AudioService.setEQType(%1, true)").arg(set),
+                                  QStringLiteral("AudioService.doBeep(0)")}));
+    QCOMPARE(drawn().at(7), 3);
+    touch::release(m_page, onBar(7, 3));
+}
+
+void TestEqSettingsTouches::withAPresetActiveATouchSwitchesToTheLastCustomTypeBeforeEditing()
+{
+    audio().eqType = 7;
+    emitEQType(7);
+    audio().eqType = 3;
+    emitEQType(3);
+    take(All);
+    touch::click(m_page, onBar(12, -4));
+    QCOMPARE(take(), QStringList({"AudioService.setEQType(7, true)", "AudioService.doBeep(0)",
+                                  "AudioService.setCustomEq2(-4, 12, true)"}));
+    QCOMPARE(drawn().at(12), -4);
+    m_page->updateEq(6);
+    QCOMPARE(drawn(), QVector<int>(13, 0));
+}
+
+void TestEqSettingsTouches::aReleaseSendsExactlyOneCallWithTheValueBeforeTheBand_data()
+{
+    QTest::addColumn<int>("type");
+    QTest::addColumn<QString>("call");
+    QTest::newRow("user 1") << 6 << "AudioService.setCustomEq1(%1, %2, true)";
+    QTest::newRow("user 2") << 7 << "AudioService.setCustomEq2(%1, %2, true)";
+}
+
+void TestEqSettingsTouches::aReleaseSendsExactlyOneCallWithTheValueBeforeTheBand()
+{
+    QFETCH(int, type);
+    QFETCH(QString, call);
+    audio().eqType = type;
+    for (int band = 0; band < BandCount; ++band) {
+        touch::press(m_page, onBar(band, 0));
+        touch::move(m_page, onBar(band, band - 6));
+        take(All);
+        touch::release(m_page, onBar(band, 9)); // where it is lifted doesn't matter, the last move does
+        QCOMPARE(take(), QStringList(call.arg(band - 6).arg(band)));
+        touch::release(m_page, onBar(band, 9));
+        QCOMPARE(take(), QStringList());
+    }
+}
+
+void TestEqSettingsTouches::nothingIsSentDuringADrag()
+{
+    touch::press(m_page, onBar(2, 10));
+    take(All);
+    for (int y = BarTop; y < BarTop + BarHeight; ++y)
+        touch::move(m_page, {barLeft[2] + 10, y});
+    QCOMPARE(take(), QStringList());
+    QCOMPARE(drawn().at(2), -10);
+    touch::release(m_page, onBar(2, -10));
+    QCOMPARE(take(), QStringList("AudioService.setCustomEq1(-10, 2, true)"));
+}
+
+void TestEqSettingsTouches::draggingAcrossBarsKeepsEditingTheBandFirstTouched()
+{
+    touch::press(m_page, onBar(5, 2));
+    touch::move(m_page, onBar(6, -8));
+    touch::move(m_page, onBar(7, 8));
+    QCOMPARE(drawn().at(5), 2);
+    QCOMPARE(drawn().at(6), 0);
+    touch::move(m_page, onBar(5, 4));
+    QCOMPARE(drawn().at(5), 4);
+    touch::move(m_page, onBar(8, 1));
+    take(All);
+    touch::release(m_page, onBar(8, 1));
+    QCOMPARE(take(), QStringList("AudioService.setCustomEq1(4, 5, true)"));
+    QVector<int> expected(13, 0);
+    expected[5] = 4;
+    QCOMPARE(drawn(), expected);
+}
+
+void TestEqSettingsTouches::aDragOffTheBarKeepsTheLastValue()
+{
+    touch::press(m_page, onBar(0, 5));
+    touch::move(m_page, onBar(0, 6));
+    const QRect before = bubble()->geometry();
+    for (const QPoint& off : {QPoint(barLeft[0] + 30, BarTop - 1),
+                              QPoint(barLeft[0] + 30, BarTop + BarHeight), QPoint(barLeft[0] - 1, 300),
+                              QPoint(barLeft[0] + 60, 300), QPoint(-500, -500), QPoint(5000, 5000)}) {
+        touch::move(m_page, off);
+        QCOMPARE(drawn().at(0), 6);
+        QCOMPARE(bubble()->geometry(), before);
+    }
+    take(All);
+    touch::release(m_page, {5000, 5000});
+    QCOMPARE(take(), QStringList("AudioService.setCustomEq1(6, 0, true)"));
+}
+
+void TestEqSettingsTouches::aPressOutsideEveryBarDoesNothing_data()
+{
+    QTest::addColumn<QPoint>("point");
+    QTest::newRow("above a bar") << QPoint(barLeft[3] + 30, BarTop - 1);
+    QTest::newRow("below a bar") << QPoint(barLeft[3] + 30, BarTop + BarHeight);
+    QTest::newRow("left of all") << QPoint(barLeft[0] - 1, 300);
+    QTest::newRow("right of the first, which is the narrow one") << QPoint(barLeft[0] + 60, 300);
+    QTest::newRow("right of the last") << QPoint(barLeft[12] + 62, 300);
+    QTest::newRow("between two bars") << QPoint(barLeft[1] + 62, 300);
+    QTest::newRow("title") << QPoint(200, 48);
+}
+
+void TestEqSettingsTouches::aPressOutsideEveryBarDoesNothing()
+{
+    QFETCH(QPoint, point);
+    audio().eqType = 2;
+    touch::press(m_page, point);
+    touch::move(m_page, onBar(4, 4));
+    touch::release(m_page, onBar(4, 4));
+    QCOMPARE(take(All), QStringList());
+    QVERIFY(bubble()->isHidden());
+    QCOMPARE(drawn(), QVector<int>(13, 0));
+}
+
+void TestEqSettingsTouches::aPressOutsideEveryBarEndsATouchWhoseReleaseWasLost()
+{
+    touch::press(m_page, onBar(4, 4));
+    take();
+    const QPoint outside(barLeft[3] + 30, BarTop - 1);
+    QTest::mousePress(m_page, Qt::LeftButton, Qt::NoModifier, outside);
+    QVERIFY(bubble()->isHidden());
+    touch::move(m_page, onBar(4, -4));
+    QTest::mouseRelease(m_page, Qt::LeftButton, Qt::NoModifier, onBar(4, -4));
+    QCOMPARE(take(), QStringList());
+    QCOMPARE(drawn().at(4), 4);
+}
+
+void TestEqSettingsTouches::aTouchOnWhatLiesInABarIsATouchOnTheBar_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QPoint>("point");
+    QTest::addColumn<int>("value");
+    QTest::newRow("handle") << "icon_band_num_9" << QPoint(barLeft[8] + 20, BarTop + 170) << 1;
+    QTest::newRow("background") << "bkg_band_num_9" << QPoint(barLeft[8] + 20, BarTop + 40) << 8;
+    QTest::newRow("caption") << "text_band_hz_9" << QPoint(barLeft[8] + 20, BarTop + 355) << -10;
+    QTest::newRow("panel") << "eq_band_widget9" << QPoint(barLeft[8] + 61, BarTop + 40) << 8;
+}
+
+void TestEqSettingsTouches::aTouchOnWhatLiesInABarIsATouchOnTheBar()
+{
+    QFETCH(QString, name);
+    QFETCH(QPoint, point);
+    QFETCH(int, value);
+    QCOMPARE(touch::press(m_page, point)->objectName(), name);
+    touch::release(m_page, point);
+    QCOMPARE(take().last(), QStringLiteral("AudioService.setCustomEq1(%1, 8, true)").arg(value));
+}
+
+void TestEqSettingsTouches::theSecondOfTwoQuickTouchesCounts()
+{
+    // The window system names the second press a double-click.
+    touch::click(m_page, onBar(1, 5));
+    take(All);
+    QTest::mouseDClick(m_page, Qt::LeftButton, Qt::NoModifier, onBar(1, 2));
+    QCOMPARE(take(), QStringList({"AudioService.setEQType(6, true)", "AudioService.doBeep(0)"}));
+    QTest::mouseRelease(m_page, Qt::LeftButton, Qt::NoModifier, onBar(1, 2));
+    QCOMPARE(take(), QStringList("AudioService.setCustomEq1(2, 1, true)"));
+}
+
+void TestEqSettingsTouches::otherButtonsAreNoTouch()
+{
+    QTest::mouseClick(m_page, Qt::RightButton, Qt::NoModifier, onBar(1, 2));
+    QCOMPARE(take(), QStringList());
+}
+
+void TestEqSettingsTouches::hidingDuringATouchForgetsIt()
+{
+    touch::press(m_page, onBar(6, 6));
+    QVERIFY(bubble()->isVisible());
+    take(All);
+    m_page->hide();
+    QVERIFY(bubble()->isHidden());
+    touch::move(m_page, onBar(6, -6));
+    touch::release(m_page, onBar(6, -6));
+    QCOMPARE(take(), QStringList());
+    m_page->show();
+    QVERIFY(bubble()->isHidden());
+}
+
+void TestEqSettingsTouches::bubbleFollowsTheFinger_data()
+{
+    QTest::addColumn<int>("type");
+    QTest::addColumn<int>("band");
+    QTest::addColumn<int>("value");
+    QTest::addColumn<QPoint>("place");
+    QTest::newRow("first bar at the top") << 6 << 0 << 10 << QPoint(57, 172);
+    QTest::newRow("first bar at the bottom is wholly on the page") << 6 << 0 << -10 << QPoint(57, 481);
+    QTest::newRow("last bar in the middle") << 6 << 12 << 0 << QPoint(849, 326);
+    QTest::newRow("user 2") << 7 << 5 << 3 << QPoint(387, 280);
+}
+
+void TestEqSettingsTouches::bubbleFollowsTheFinger()
+{
+    QFETCH(int, type);
+    QFETCH(int, band);
+    QFETCH(int, value);
+    QFETCH(QPoint, place);
+    audio().eqType = type;
+    touch::press(m_page, onBar(band, value));
+    QVERIFY(bubble()->isVisible());
+    QCOMPARE(bubble()->geometry(), QRect(place, QSize(164, 29)));
+    QVERIFY(m_page->rect().contains(bubble()->geometry()));
+    QVERIFY(qAbs(bubble()->geometry().center().x() - (barLeft[band] + 30)) <= 3);
+    QCOMPARE(label("text_eq_band_num")->text(), QString::number(value));
+    QCOMPARE(m_page->childAt(bubble()->geometry().center()), label("text_eq_band_num"));
+    // A move takes it along.
+    touch::move(m_page, onBar(band, -value));
+    QCOMPARE(bubble()->y(), BarTop + handleTravel[10 + value] + 31);
+    QCOMPARE(label("text_eq_band_num")->text(), QString::number(-value));
+    touch::release(m_page, onBar(band, -value));
+}
+
+void TestEqSettingsTouches::bubbleGoesAtRelease()
+{
+    touch::click(m_page, onBar(6, 1));
+    QVERIFY(bubble()->isHidden());
+}
+
+void TestEqSettingsTouches::onlyTheTouchedHandleMovesAndIsRepainted()
+{
+    touch::press(m_page, onBar(6, 2));
+    QCoreApplication::processEvents();
+    EventCounter otherMoves(QEvent::Move);
+    EventCounter otherPaints(QEvent::Paint);
+    EventCounter ownMoves(QEvent::Move);
+    for (int band = 0; band < BandCount; ++band) {
+        handle(band)->installEventFilter(band == 6 ? &ownMoves : &otherMoves);
+        if (qAbs(band - 6) > 1) // the bubble is wider than its bar
+            handle(band)->parentWidget()->installEventFilter(&otherPaints);
+    }
+    EventCounter titlePaints(QEvent::Paint);
+    label("text_title")->installEventFilter(&titlePaints);
+    touch::move(m_page, onBar(6, -5));
+    QCoreApplication::processEvents();
+    QCOMPARE(ownMoves.count, 1);
+    QCOMPARE(otherMoves.count, 0);
+    QCOMPARE(otherPaints.count, 0);
+    QCOMPARE(titlePaints.count, 0);
+    // A finger that trembles within one step repaints nothing at all.
+    EventCounter anyPaints(QEvent::Paint);
+    m_page->installEventFilter(&anyPaints);
+    touch::move(m_page, onBar(6, -5) + QPoint(1, 1));
+    QCoreApplication::processEvents();
+    QCOMPARE(ownMoves.count, 1);
+    QCOMPARE(anyPaints.count, 0);
+    touch::release(m_page, onBar(6, -5));
+}
+
+void TestEqSettingsTouches::randomTouchesKeepEveryInvariant()
+{
+    const quint32 seed = QRandomGenerator::global()->generate();
+    qInfo("seed %u", seed);
+    QRandomGenerator random(seed);
+    const QRegularExpression sent(
+        QStringLiteral("^AudioService\\.setCustomEq([12])\\((-?\\d+), (\\d+), true\\)$"));
+    // Off the close key: leaving is tested elsewhere, and here only fills the event queue.
+    const auto anywhere = [&random] { return QPoint(random.bounded(-40, 930), random.bounded(-40, 560)); };
+    const auto somewhere = [&] {
+        return random.bounded(4) == 0
+                   ? anywhere()
+                   : QPoint(random.bounded(100, 970), random.bounded(BarTop, BarTop + BarHeight));
+    };
+    bool down = false;
+    int band = -1;
+    for (int event = 0; event < 20000; ++event) {
+        const QPoint point = somewhere();
+        if (!down) {
+            if (random.bounded(50) == 0) {
+                audio().eqType = random.bounded(9);
+                emitEQType(audio().eqType);
+            }
+            take(All);
+            band = m_page->touchIndexByPoint(point);
+            if (!m_page->rect().contains(point))
+                continue;
+            touch::press(m_page, point);
+            down = true;
+            QCOMPARE(take(Audio).size(), band >= 0 ? 2 : 0);
+            QCOMPARE(bubble()->isVisible(), band >= 0);
+        } else if (random.bounded(5) != 0) {
+            touch::move(m_page, point);
+            QCOMPARE(take(), QStringList());
+        } else {
+            const bool onKey = m_page->childAt(point) && qobject_cast<QPushButton*>(m_page->childAt(point));
+            const QVector<int> before = drawn();
+            touch::release(m_page, point);
+            down = false;
+            const QStringList calls = take();
+            QVERIFY(bubble()->isHidden());
+            if (band >= 0) {
+                QCOMPARE(calls.size(), 1);
+                const auto match = sent.match(calls.first());
+                QVERIFY2(match.hasMatch(), qPrintable(calls.first()));
+                QCOMPARE(match.captured(1).toInt(), audio().eqType - 5);
+                QCOMPARE(match.captured(2).toInt(), before.at(band));
+                QCOMPARE(match.captured(3).toInt(), band);
+            } else if (!onKey) {
+                QCOMPARE(calls, QStringList());
+            }
+        }
+        QCOMPARE(drawn().size(), BandCount);
+        if (event % 500 == 0)
+            QCoreApplication::processEvents();
+    }
+    takeBackRequests();
+    takeLog();
+}
+
+QTEST_MAIN(TestEqSettingsTouches)
+#include "tst_m5qx_audiosetting_settings_touches.moc"

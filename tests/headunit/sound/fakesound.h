@@ -1,0 +1,109 @@
+#pragma once
+
+#include "headunit/sound/soundcontrol.h"
+#include "platform/hvaudio/dsp/snapshot.h"
+
+#include <QMap>
+#include <QStringList>
+#include <QVector>
+
+#include <optional>
+#include <vector>
+
+/// Records what panels ask for, and says what a test lets it say.
+class FakeSound : public headunit::SoundControl
+{
+public:
+    struct Stand
+    {
+        hvaudio::SourceKind kind = hvaudio::SourceKind::Input;
+        QString path;
+    };
+
+    FakeSound()
+    {
+        engine.prepare(48000);
+        wanted.power = true;
+        wanted.mainVolume = 50;
+        apply();
+    }
+
+    bool setSource(HVAudio_source_id_e id, hvaudio::SourceKind kind, const QString& path,
+                   QString* error) override
+    {
+        calls.append(QStringLiteral("setSource %1 %2 \"%3\"").arg(int(id)).arg(int(kind)).arg(path));
+        if (!refusal.isEmpty() && kind == refuses.value_or(kind)) {
+            *error = refusal;
+            return false;
+        }
+        sources[id] = {kind, path};
+        return true;
+    }
+    hvaudio::SourceKind sourceKind(HVAudio_source_id_e id) const override { return sources.value(id).kind; }
+    QString sourcePath(HVAudio_source_id_e id) const override { return sources.value(id).path; }
+    void play(HVAudio_source_id_e id) override
+    {
+        calls.append(QStringLiteral("play %1").arg(int(id)));
+        wanted.source = id;
+        apply();
+    }
+    HVAudio_source_id_e playing() const override { return HVAudio_source_id_e(wanted.source); }
+
+    void prompt(hvaudio::dsp::Prompt which, bool repeated) override
+    {
+        calls.append(QStringLiteral("prompt %1 %2").arg(int(which)).arg(repeated ? "repeated" : "once"));
+        sounding[which] = true;
+    }
+    void endPrompt(hvaudio::dsp::Prompt which) override
+    {
+        calls.append(QStringLiteral("endPrompt %1").arg(int(which)));
+        sounding[which] = false;
+    }
+    bool promptSounds(hvaudio::dsp::Prompt which) const override { return sounding[which]; }
+
+    hvaudio::dsp::Settings settings() const override { return wanted; }
+    hvaudio::dsp::Snapshot snapshot() const override { return engine.snapshot(); }
+    double rate() const override { return 48000; }
+    int latencyFrames() const override { return engine.latencyFrames(); }
+    hvaudio::dsp::Meters takeMeters() override
+    {
+        ++metersTaken;
+        return meters;
+    }
+    void listen(bool on) override { listening = on; }
+    int heard(hvaudio::HeardFrame* frames, int count, bool* gap) override
+    {
+        *gap = false;
+        const int given = std::min(count, int(toHear.size()));
+        std::copy(toHear.begin(), toHear.begin() + given, frames);
+        toHear.erase(toHear.begin(), toHear.begin() + given);
+        return given;
+    }
+    QString status() const override { return output; }
+
+    /// The engine stands at `wanted` at once.
+    void apply()
+    {
+        engine.set(wanted);
+        engine.settle();
+    }
+    QStringList take()
+    {
+        QStringList taken;
+        taken.swap(calls);
+        return taken;
+    }
+
+    QStringList calls;
+    QString refusal;                            ///< what a source is refused with; empty: taken
+    std::optional<hvaudio::SourceKind> refuses; ///< the kind that is refused; none: all
+    QString output = QStringLiteral("some output");
+    QMap<HVAudio_source_id_e, Stand> sources;
+    bool sounding[hvaudio::dsp::promptCount] = {};
+    hvaudio::dsp::Settings wanted;
+    hvaudio::dsp::Engine engine;
+    hvaudio::dsp::Meters meters;
+    int metersTaken = 0;
+    bool listening = false;
+    std::vector<hvaudio::HeardFrame> toHear;
+};

@@ -1,0 +1,305 @@
+#include "tests/platform/hvaudio/dsp/sound.h"
+
+#include <QtTest>
+
+using namespace sound;
+
+/// Corner, slope, level and polarity of each speaker's filters, measured from an impulse through the whole
+/// chain.
+class TestCrossover : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void highPassIsThreeDecibelsDownAtItsCorner_data();
+    void highPassIsThreeDecibelsDownAtItsCorner();
+    void subwooferIsThreeDecibelsDownAtItsCorner_data();
+    void subwooferIsThreeDecibelsDownAtItsCorner();
+    void lowPassIsThreeDecibelsDownAtItsCorner_data();
+    void lowPassIsThreeDecibelsDownAtItsCorner();
+    void highPassFallsByItsSlopeEachOctave_data();
+    void highPassFallsByItsSlopeEachOctave();
+    void subwooferFallsByItsSlopeEachOctave_data() { highPassFallsByItsSlopeEachOctave_data(); }
+    void subwooferFallsByItsSlopeEachOctave();
+    void eachFilterTouchesOnlyItsSpeaker();
+    void offIsFlat();
+    void indexBeyondTheTableIsItsLastEntry();
+    void subwooferCodeZeroIsSilentAndOneIsUnfiltered();
+    void attenuationIsInDecibels();
+    void polarityTurnsTheSignAndNothingElse();
+    void runningCoefficientsTellTheMeasuredResponse_data();
+    void runningCoefficientsTellTheMeasuredResponse();
+};
+
+static const double speakerPageHz[] = {0, 30, 40, 60, 80, 100, 120, 160, 250};
+
+static void addRates(const char* what, int index, double hz, CrossoverTables tables)
+{
+    for (double rate : {44100.0, 48000.0, 96000.0})
+        for (int slope = 0; slope < 4; ++slope)
+            QTest::addRow("%s %g Hz, %d dB/octave, %g", what, hz, 6 * (slope + 1), rate)
+                << int(tables) << index << slope << hz << rate;
+}
+
+static void addColumns()
+{
+    QTest::addColumn<int>("tables");
+    QTest::addColumn<int>("index");
+    QTest::addColumn<int>("slope");
+    QTest::addColumn<double>("hz");
+    QTest::addColumn<double>("rate");
+}
+
+void TestCrossover::highPassIsThreeDecibelsDownAtItsCorner_data()
+{
+    addColumns();
+    for (int i = 1; i <= 8; ++i)
+        addRates("speaker page", i, speakerPageHz[i], CrossoverTables::SpeakerPage);
+    const double alone[] = {0, 20, 60, 80, 160, 250};
+    for (int i = 1; i <= 5; ++i)
+        addRates("stand-alone page", i, alone[i], CrossoverTables::StandAlonePage);
+}
+
+void TestCrossover::highPassIsThreeDecibelsDownAtItsCorner()
+{
+    QFETCH(int, tables);
+    QFETCH(int, index);
+    QFETCH(int, slope);
+    QFETCH(double, hz);
+    QFETCH(double, rate);
+    Settings s = flat();
+    s.tables = CrossoverTables(tables);
+    for (auto& speaker : s.cabin)
+        speaker.highPass = {index, slope};
+    Rig rig(s, rate);
+    const Speakers out = rig.play(impulse(int(rate)));
+    for (int i = 0; i < cabinSpeakerCount; ++i) {
+        const double got = responseDb(out[i], hz, rate);
+        QVERIFY2(std::abs(got + 3.0103) < 0.1, qPrintable(QString("speaker %1: %2 dB").arg(i).arg(got)));
+        const double passed = responseDb(out[i], 2000, rate);
+        QVERIFY2(std::abs(passed) < 0.1,
+                 qPrintable(QString("speaker %1 at 2 kHz: %2 dB").arg(i).arg(passed)));
+    }
+}
+
+void TestCrossover::subwooferIsThreeDecibelsDownAtItsCorner_data()
+{
+    addColumns();
+    for (int i = 1; i <= 8; ++i)
+        addRates("speaker page", i + 1, speakerPageHz[i], CrossoverTables::SpeakerPage);
+    const double alone[] = {0, 0, 50, 80, 120, 160};
+    for (int i = 2; i <= 5; ++i)
+        addRates("stand-alone page", i, alone[i], CrossoverTables::StandAlonePage);
+}
+
+void TestCrossover::subwooferIsThreeDecibelsDownAtItsCorner()
+{
+    QFETCH(int, tables);
+    QFETCH(int, index);
+    QFETCH(int, slope);
+    QFETCH(double, hz);
+    QFETCH(double, rate);
+    Settings s = flat();
+    s.tables = CrossoverTables(tables);
+    s.subwoofer.filter = index;
+    s.subwoofer.slope = slope;
+    Rig rig(s, rate);
+    const Speakers out = rig.play(impulse(int(rate)));
+    const double got = responseDb(out[Subwoofer], hz, rate);
+    QVERIFY2(std::abs(got + 3.0103) < 0.1, qPrintable(QString::number(got)));
+    const double passed = responseDb(out[Subwoofer], 2, rate);
+    QVERIFY2(std::abs(passed) < 0.1, qPrintable(QString::number(passed)));
+    QVERIFY(std::abs(responseDb(out[FrontLeft], hz, rate)) < 0.01);
+}
+
+void TestCrossover::lowPassIsThreeDecibelsDownAtItsCorner_data()
+{
+    addColumns();
+    const double alone[] = {0, 2000, 8000, 10000, 16000, 20000};
+    for (int i = 1; i <= 5; ++i)
+        addRates("stand-alone page", i, alone[i], CrossoverTables::StandAlonePage);
+}
+
+void TestCrossover::lowPassIsThreeDecibelsDownAtItsCorner()
+{
+    QFETCH(int, tables);
+    QFETCH(int, index);
+    QFETCH(int, slope);
+    QFETCH(double, hz);
+    QFETCH(double, rate);
+    Settings s = flat();
+    s.tables = CrossoverTables(tables);
+    for (auto& speaker : s.cabin)
+        speaker.lowPass = {index, slope};
+    Rig rig(s, rate);
+    const Speakers out = rig.play(impulse(8192));
+    for (int i = 0; i < cabinSpeakerCount; ++i) {
+        const double got = responseDb(out[i], hz, rate);
+        QVERIFY2(std::abs(got + 3.0103) < 0.1, qPrintable(QString("speaker %1: %2 dB").arg(i).arg(got)));
+        QVERIFY(std::abs(responseDb(out[i], 50, rate)) < 0.1);
+    }
+}
+
+void TestCrossover::highPassFallsByItsSlopeEachOctave_data()
+{
+    QTest::addColumn<int>("slope");
+    for (int slope = 0; slope < 4; ++slope)
+        QTest::addRow("%d dB/octave", 6 * (slope + 1)) << slope;
+}
+
+void TestCrossover::highPassFallsByItsSlopeEachOctave()
+{
+    QFETCH(int, slope);
+    Settings s = flat();
+    for (auto& speaker : s.cabin)
+        speaker.highPass = {8, slope};
+    Rig rig(s);
+    const Speakers out = rig.play(impulse(48000));
+    for (int i = 0; i < cabinSpeakerCount; ++i) {
+        const double fall = responseDb(out[i], 40) - responseDb(out[i], 20);
+        QVERIFY2(std::abs(fall - 6.02 * (slope + 1)) < 0.25, qPrintable(QString::number(fall)));
+    }
+}
+
+void TestCrossover::subwooferFallsByItsSlopeEachOctave()
+{
+    QFETCH(int, slope);
+    Settings s = flat();
+    s.subwoofer.filter = 2;
+    s.subwoofer.slope = slope;
+    Rig rig(s);
+    const Speakers out = rig.play(impulse(48000));
+    const double fall = responseDb(out[Subwoofer], 300) - responseDb(out[Subwoofer], 600);
+    QVERIFY2(std::abs(fall - 6.02 * (slope + 1)) < 0.25, qPrintable(QString::number(fall)));
+}
+
+void TestCrossover::eachFilterTouchesOnlyItsSpeaker()
+{
+    for (int filtered = 0; filtered < cabinSpeakerCount; ++filtered) {
+        Settings s = flat();
+        s.cabin[filtered].highPass = {8, 3};
+        Rig rig(s);
+        const Speakers out = rig.play(impulse(16384));
+        for (int i = 0; i < speakerCount; ++i)
+            QCOMPARE(responseDb(out[i], 60) < -40, i == filtered);
+    }
+}
+
+void TestCrossover::offIsFlat()
+{
+    Settings s = flat();
+    for (auto& speaker : s.cabin) {
+        speaker.highPass = {0, 3};
+        speaker.lowPass = {0, 3};
+    }
+    Rig rig(s);
+    const Speakers out = rig.play(impulse(16384));
+    for (const Signal& speaker : out)
+        for (double hz : {20.0, 80.0, 1000.0, 20000.0})
+            QVERIFY(std::abs(responseDb(speaker, hz)) < 0.01);
+}
+
+void TestCrossover::indexBeyondTheTableIsItsLastEntry()
+{
+    Settings s = flat();
+    s.cabin[0].highPass = {99, 3};
+    s.tables = CrossoverTables::StandAlonePage;
+    s.subwoofer.filter = 7; // the store's default lies beyond this page's six entries
+    Rig rig(s);
+    const Speakers out = rig.play(impulse(48000));
+    QVERIFY(std::abs(responseDb(out[FrontLeft], 250) + 3.01) < 0.1);
+    QVERIFY(std::abs(responseDb(out[Subwoofer], 160) + 3.01) < 0.1);
+}
+
+void TestCrossover::subwooferCodeZeroIsSilentAndOneIsUnfiltered()
+{
+    Settings s = flat();
+    s.subwoofer.filter = 0;
+    Rig rig(s);
+    QCOMPARE(peak(rig.play(whiteNoise(0.5, 8192, 1))[Subwoofer]), 0.0f);
+    s.subwoofer.filter = 1;
+    rig.set(s);
+    QVERIFY(std::abs(responseDb(rig.play(impulse(8192))[Subwoofer], 5000)) < 0.01);
+}
+
+void TestCrossover::attenuationIsInDecibels()
+{
+    Settings s = flat();
+    for (int i = 0; i < cabinSpeakerCount; ++i)
+        s.cabin[i].attenuation = 3 * (i + 1);
+    s.subwoofer.attenuation = 11;
+    Rig rig(s);
+    const Speakers out = rig.play(impulse(8192));
+    for (int i = 0; i < cabinSpeakerCount; ++i)
+        QVERIFY(std::abs(responseDb(out[i], 1000) + 3 * (i + 1)) < 0.01);
+    QVERIFY(std::abs(responseDb(out[Subwoofer], 1000) + 11) < 0.01);
+}
+
+void TestCrossover::polarityTurnsTheSignAndNothingElse()
+{
+    Settings s = flat();
+    s.subwoofer.filter = 5;
+    Rig rig(s);
+    const Signal in = pinkNoise(0.5, 8192, 5);
+    const Speakers before = rig.play(in);
+    s.subwoofer.inverted = true;
+    s.cabin[RearLeft].inverted = true;
+    rig.set(s);
+    const Speakers after = rig.play(in);
+    for (int i = 0; i < speakerCount; ++i) {
+        const float sign = i == Subwoofer || i == RearLeft ? -1 : 1;
+        for (size_t n = 0; n < in.size(); ++n)
+            QCOMPARE(after[i][n], sign * before[i][n]);
+    }
+    QVERIFY(peak(before[Subwoofer]) > 0.01f);
+}
+
+void TestCrossover::runningCoefficientsTellTheMeasuredResponse_data()
+{
+    QTest::addColumn<double>("rate");
+    QTest::newRow("44.1 kHz") << 44100.0;
+    QTest::newRow("48 kHz") << 48000.0;
+    QTest::newRow("96 kHz") << 96000.0;
+}
+
+void TestCrossover::runningCoefficientsTellTheMeasuredResponse()
+{
+    QFETCH(double, rate);
+    Settings s = flat();
+    s.tables = CrossoverTables::StandAlonePage;
+    s.mainVolume = 30;
+    s.sourceGain = 8;
+    s.loudness = true;
+    s.equalizer = {6, 4, 2, -1, -3, -2, 1, 3, 5, -4, 2, -6, 4};
+    s.balance = 4;
+    s.fader = -3;
+    for (int i = 0; i < cabinSpeakerCount; ++i) {
+        s.cabin[i].highPass = {1 + i, i};
+        s.cabin[i].lowPass = {5 - i, 3 - i};
+        s.cabin[i].delayMs = 0.37 * i;
+        s.cabin[i].attenuation = i;
+    }
+    s.subwoofer = {4, 5, 2, true, 1.23};
+    Rig rig(s, rate);
+    // Loud enough that what is left at -140 dBFS, where the chain counts as rung out, is nothing beside it.
+    Signal in = impulse(int(rate));
+    in[0] *= 100;
+    const Speakers out = rig.play(in);
+    for (int i = 0; i < speakerCount; ++i)
+        for (double hz = 25; hz < 18000; hz *= 1.3) {
+            const std::complex<double> latency = std::polar(1.0, -2 * pi * hz / rate * rig.latency());
+            const std::complex<double> told = rig.engine.response(Speaker(i), hz) * latency;
+            const std::complex<double> measured = spectrum(out[i], hz, rate) / double(in[0]);
+            if (std::abs(told) < 1e-4)
+                continue; // deep in the stop band
+            QVERIFY2(std::abs(told - measured) < 1e-3 * std::abs(told),
+                     qPrintable(QString("speaker %1, %2 Hz: %3 dB, %4 rad")
+                                    .arg(i)
+                                    .arg(hz)
+                                    .arg(db(std::abs(told / measured)))
+                                    .arg(std::arg(told / measured))));
+        }
+}
+
+QTEST_GUILESS_MAIN(TestCrossover)
+#include "tst_crossover.moc"

@@ -1,0 +1,290 @@
+#include "tests/platform/hvaudio/dsp/sound.h"
+
+#include <QtTest>
+
+#include <functional>
+
+using namespace sound;
+
+/// A 200 Hz sine plays while settings change: whatever lies above 5 kHz is a click.
+class TestNoClick : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void anyChangeIsSmooth_data();
+    void anyChangeIsSmooth();
+    void aClickWouldBeFound();
+};
+
+using Change = std::function<void(Settings&)>;
+Q_DECLARE_METATYPE(Change)
+
+/// Largest sample of what lies above 5 kHz, in dBFS. Eight Butterworth sections in double keep the sine out.
+static double clickDb(const Signal& signal, double rate)
+{
+    double largest = 0;
+    std::vector<double> x(signal.begin(), signal.end());
+    const double g = std::tan(pi * 5000 / rate);
+    for (int section = 0; section < 4; ++section) {
+        const double k = 2 * std::cos(pi * (2 * section + 1) / 16);
+        const double a1 = 1 / (1 + g * (g + k));
+        double ic1 = 0, ic2 = 0;
+        for (double& v : x) {
+            const double v3 = v - ic2;
+            const double v1 = a1 * (ic1 + g * v3), v2 = ic2 + g * v1;
+            ic1 = 2 * v1 - ic1;
+            ic2 = 2 * v2 - ic2;
+            v = v - k * v1 - v2;
+        }
+    }
+    for (double v : x)
+        largest = std::max(largest, std::abs(v));
+    return db(largest);
+}
+
+void TestNoClick::anyChangeIsSmooth_data()
+{
+    QTest::addColumn<Change>("before");
+    QTest::addColumn<Change>("change");
+    const Change none = [](Settings&) {};
+    const auto row = [&](const char* name, Change change) { QTest::newRow(name) << none << change; };
+    const auto rowFrom = [&](const char* name, Change before, Change change) {
+        QTest::newRow(name) << before << change;
+    };
+
+    for (int i = 0; i < bandCount; ++i)
+        QTest::addRow("band %g Hz from -10 to 10", bandHz[i])
+            << Change([i](Settings& s) { s.equalizer[i] = -10; })
+            << Change([i](Settings& s) { s.equalizer[i] = 10; });
+    rowFrom(
+        "all bands from 10 to -10", [](Settings& s) { s.equalizer.fill(10); },
+        [](Settings& s) { s.equalizer.fill(-10); });
+    rowFrom(
+        "all bands turned over",
+        [](Settings& s) {
+            for (int i = 0; i < bandCount; ++i)
+                s.equalizer[i] = i & 1 ? 10 : -10;
+        },
+        [](Settings& s) {
+            for (int i = 0; i < bandCount; ++i)
+                s.equalizer[i] = i & 1 ? -10 : 10;
+        });
+    rowFrom(
+        "loudness on", [](Settings& s) { s.mainVolume = 30; }, [](Settings& s) { s.loudness = true; });
+    rowFrom(
+        "loudness off",
+        [](Settings& s) {
+            s.mainVolume = 30;
+            s.loudness = true;
+        },
+        [](Settings& s) { s.loudness = false; });
+    rowFrom(
+        "loudness on at the lowest volume", [](Settings& s) { s.mainVolume = 1; },
+        [](Settings& s) { s.loudness = true; });
+    rowFrom(
+        "volume from the lowest with loudness",
+        [](Settings& s) {
+            s.mainVolume = 1;
+            s.loudness = true;
+        },
+        [](Settings& s) { s.mainVolume = 50; });
+    rowFrom(
+        "volume with loudness",
+        [](Settings& s) {
+            s.mainVolume = 10;
+            s.loudness = true;
+        },
+        [](Settings& s) { s.mainVolume = 50; });
+    rowFrom(
+        "volume up", [](Settings& s) { s.mainVolume = 0; }, [](Settings& s) { s.mainVolume = 50; });
+    row("volume down", [](Settings& s) { s.mainVolume = 0; });
+    row("one volume step", [](Settings& s) { s.mainVolume = 49; });
+    row("mute", [](Settings& s) { s.mute = true; });
+    rowFrom(
+        "mute off", [](Settings& s) { s.mute = true; }, [](Settings& s) { s.mute = false; });
+    row("power off", [](Settings& s) { s.power = false; });
+    rowFrom(
+        "power on", [](Settings& s) { s.power = false; }, [](Settings& s) { s.power = true; });
+    row("another source", [](Settings& s) { s.source = 6; });
+    row("another source with its gain", [](Settings& s) {
+        s.source = 6;
+        s.sourceGain = 15;
+    });
+    rowFrom(
+        "source gain", [](Settings& s) { s.sourceGain = 0; }, [](Settings& s) { s.sourceGain = 15; });
+    row("balance to the right", [](Settings& s) { s.balance = 15; });
+    rowFrom(
+        "balance from side to side", [](Settings& s) { s.balance = -15; },
+        [](Settings& s) { s.balance = 15; });
+    rowFrom(
+        "fader from end to end", [](Settings& s) { s.fader = -15; }, [](Settings& s) { s.fader = 15; });
+    for (int i = 1; i <= 8; ++i)
+        QTest::addRow("high-pass on at index %d", i) << none << Change([i](Settings& s) {
+            for (auto& c : s.cabin)
+                c.highPass = {i, 3};
+        });
+    rowFrom(
+        "high-pass off",
+        [](Settings& s) {
+            for (auto& c : s.cabin)
+                c.highPass = {8, 3};
+        },
+        [](Settings& s) {
+            for (auto& c : s.cabin)
+                c.highPass.frequency = 0;
+        });
+    rowFrom(
+        "high-pass frequency",
+        [](Settings& s) {
+            for (auto& c : s.cabin)
+                c.highPass = {1, 3};
+        },
+        [](Settings& s) {
+            for (auto& c : s.cabin)
+                c.highPass.frequency = 8;
+        });
+    for (int from = 0; from < 4; ++from)
+        for (int to = 0; to < 4; ++to)
+            if (from != to)
+                QTest::addRow("high-pass slope %d to %d", from, to) << Change([from](Settings& s) {
+                    for (auto& c : s.cabin)
+                        c.highPass = {8, from};
+                }) << Change([to](Settings& s) {
+                    for (auto& c : s.cabin)
+                        c.highPass.slope = to;
+                });
+    rowFrom(
+        "low-pass on", [](Settings& s) { s.tables = CrossoverTables::StandAlonePage; },
+        [](Settings& s) {
+            for (auto& c : s.cabin)
+                c.lowPass = {1, 3};
+        });
+    rowFrom(
+        "low-pass off",
+        [](Settings& s) {
+            s.tables = CrossoverTables::StandAlonePage;
+            for (auto& c : s.cabin)
+                c.lowPass = {1, 3};
+        },
+        [](Settings& s) {
+            for (auto& c : s.cabin)
+                c.lowPass.frequency = 0;
+        });
+    row("attenuation", [](Settings& s) {
+        for (auto& c : s.cabin)
+            c.attenuation = 12;
+    });
+    row("polarity of the speakers", [](Settings& s) {
+        for (auto& c : s.cabin)
+            c.inverted = true;
+    });
+    row("polarity of the subwoofer", [](Settings& s) { s.subwoofer.inverted = true; });
+    row("subwoofer silent", [](Settings& s) { s.subwoofer.filter = 0; });
+    rowFrom(
+        "subwoofer sounds", [](Settings& s) { s.subwoofer.filter = 0; },
+        [](Settings& s) { s.subwoofer.filter = 7; });
+    for (int i = 2; i <= 9; ++i)
+        QTest::addRow("subwoofer filter on, code %d", i)
+            << none << Change([i](Settings& s) { s.subwoofer.filter = i; });
+    rowFrom(
+        "subwoofer frequency", [](Settings& s) { s.subwoofer.filter = 2; },
+        [](Settings& s) { s.subwoofer.filter = 9; });
+    rowFrom(
+        "subwoofer slope",
+        [](Settings& s) {
+            s.subwoofer = {9, 0, 0, false, 0};
+        },
+        [](Settings& s) { s.subwoofer.slope = 3; });
+    row("subwoofer level", [](Settings& s) { s.subwoofer.attenuation = 12; });
+    for (double ms : {0.1, 0.2, 1.0, 2.5, 5.0, 10.0})
+        QTest::addRow("delays to %g ms", ms) << none << Change([ms](Settings& s) {
+            for (auto& c : s.cabin)
+                c.delayMs = ms;
+            s.subwoofer.delayMs = ms;
+        });
+    rowFrom(
+        "delays from 10 ms to nothing",
+        [](Settings& s) {
+            for (auto& c : s.cabin)
+                c.delayMs = 10;
+            s.subwoofer.delayMs = 10;
+        },
+        [](Settings& s) {
+            for (auto& c : s.cabin)
+                c.delayMs = 0;
+            s.subwoofer.delayMs = 0;
+        });
+    row("all at once", [](Settings& s) {
+        s.equalizer = {10, -10, 10, -10, 10, -10, 10, -10, 10, -10, 10, -10, 10};
+        s.loudness = true;
+        s.mainVolume = 40;
+        s.balance = -7;
+        s.fader = 9;
+        for (auto& c : s.cabin)
+            c = {{6, 3}, {0, 0}, 3, true, 3.3};
+        s.subwoofer = {7, 4, 3, true, 6.6};
+    });
+}
+
+void TestNoClick::anyChangeIsSmooth()
+{
+    QFETCH(Change, before);
+    QFETCH(Change, change);
+    Settings first = flat();
+    before(first);
+    Settings second = first;
+    change(second);
+    for (double rate : {44100.0, 48000.0, 96000.0})
+        // Also interrupted half way, and changed back and forth again and again.
+        for (double betweenMs : {1000.0, 20.0, 7.0}) {
+            Rig rig(first, rate);
+            const int frames = int(1.2 * rate);
+            const Signal in = sine(200, 0.1, frames, rate);
+            Speakers all;
+            int done = 0, steps = 0;
+            while (done < frames) {
+                int piece = int(betweenMs * rate / 1000);
+                if (done == 0)
+                    piece = int(0.1 * rate) + 7; // off the grid, off the sine's zero
+                else if (steps > 8)
+                    piece = frames - done;
+                piece = std::min(piece, frames - done);
+                const Signal part(in.begin() + done, in.begin() + done + piece);
+                const Speakers out = rig.play(part);
+                for (int i = 0; i < speakerCount; ++i)
+                    all[i].insert(all[i].end(), out[i].begin(), out[i].end());
+                done += piece;
+                rig.engine.set(++steps & 1 ? second : first);
+            }
+            for (int i = 0; i < speakerCount; ++i) {
+                // The start of the sine itself is left out.
+                const Signal tail(all[i].begin() + int(0.05 * rate), all[i].end());
+                Signal faded = tail;
+                const int edge = int(0.02 * rate);
+                for (int n = 0; n < edge; ++n)
+                    faded[n] *= float(0.5 - 0.5 * std::cos(pi * n / edge));
+                const double got = clickDb(faded, rate);
+                QVERIFY2(got < -70, qPrintable(QString("speaker %1 at %2, %3 ms apart: %4 dBFS")
+                                                   .arg(i)
+                                                   .arg(rate)
+                                                   .arg(betweenMs)
+                                                   .arg(got)));
+            }
+        }
+}
+
+void TestNoClick::aClickWouldBeFound()
+{
+    Signal s = sine(200, 0.1, 48000);
+    QVERIFY(clickDb(Signal(s.begin() + 4800, s.end()), 48000) > -70); // it starts at once
+    for (int n = 0; n < 2400; ++n)
+        s[n] *= float(0.5 - 0.5 * std::cos(pi * n / 2400));
+    QVERIFY(clickDb(s, 48000) < -100);
+    for (size_t n = 20037; n < s.size(); ++n)
+        s[n] *= 0.9f; // a single step of a volume
+    QVERIFY(clickDb(s, 48000) > -70);
+}
+
+QTEST_GUILESS_MAIN(TestNoClick)
+#include "tst_noclick.moc"

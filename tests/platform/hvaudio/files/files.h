@@ -1,0 +1,63 @@
+#pragma once
+
+#include "platform/hvaudio/sources/ring.h"
+
+#include <sndfile.h>
+
+#include <QByteArray>
+#include <QTemporaryDir>
+
+#include <string>
+#include <vector>
+
+/// Sound files for the tests, written and read by libsndfile itself.
+namespace files {
+
+/// Interleaved samples to a file; an empty result means that it couldn't be written.
+inline std::string write(const std::string& path, int format, int rate, int channels,
+                         const std::vector<float>& interleaved)
+{
+    SF_INFO info = {};
+    info.samplerate = rate;
+    info.channels = channels;
+    info.format = format;
+    SNDFILE* const file = sf_open(path.c_str(), SFM_WRITE, &info);
+    if (!file)
+        return {};
+    const sf_count_t frames = sf_count_t(interleaved.size()) / channels;
+    const bool ok = sf_writef_float(file, interleaved.data(), frames) == frames;
+    return sf_close(file) == 0 && ok ? path : std::string();
+}
+
+/// An MP3 as a stream has it: without the first frame, in which the encoder's tag stands. Empty when there is
+/// none.
+inline QByteArray withoutTag(const QByteArray& mp3)
+{
+    const int first = mp3.indexOf('\xff');
+    const int second = first < 0 ? -1 : mp3.indexOf(mp3.mid(first, 2), first + 40);
+    const QByteArray frame = mp3.mid(first, second - first);
+    return second > 0 && (frame.contains("Xing") || frame.contains("Info")) ? mp3.mid(second) : QByteArray();
+}
+
+struct Contents
+{
+    SF_INFO info = {};
+    std::vector<std::vector<float>> channels;
+};
+
+inline Contents read(const std::string& path)
+{
+    Contents contents;
+    SNDFILE* const file = sf_open(path.c_str(), SFM_READ, &contents.info);
+    if (!file)
+        return contents;
+    std::vector<float> all(std::size_t(contents.info.frames * contents.info.channels));
+    sf_readf_float(file, all.data(), contents.info.frames);
+    sf_close(file);
+    contents.channels.resize(std::size_t(contents.info.channels));
+    for (std::size_t i = 0; i < all.size(); ++i)
+        contents.channels[i % contents.channels.size()].push_back(all[i]);
+    return contents;
+}
+
+} // namespace files

@@ -1,0 +1,363 @@
+#include "tests/platform/hvaudio/files/files.h"
+#include "tests/platform/hvaudio/files/nodes.h"
+
+#include "platform/hvaudio/dsp/engine.h"
+#include "platform/hvaudio/files/render.h"
+
+#include <QtTest>
+
+#include <algorithm>
+#include <cmath>
+#include <csignal>
+
+#include <sys/resource.h>
+
+using namespace hvaudio;
+
+namespace {
+
+/// Everything open and neutral.
+dsp::Settings neutral()
+{
+    dsp::Settings settings;
+    settings.mainVolume = 50;
+    settings.subwoofer.filter = 1;
+    settings.subwoofer.attenuation = 0;
+    return settings;
+}
+
+/// No file can become longer than this meanwhile, as on a medium that gets full.
+class MediumOf
+{
+public:
+    explicit MediumOf(rlim_t bytes)
+    {
+        std::signal(SIGXFSZ, SIG_IGN);
+        getrlimit(RLIMIT_FSIZE, &before_);
+        const rlimit room = {bytes, before_.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &room);
+    }
+    ~MediumOf() { setrlimit(RLIMIT_FSIZE, &before_); }
+
+private:
+    rlimit before_ = {};
+};
+
+} // namespace
+
+class TestRender : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void neutralSettingsGiveTheInputOnFiveSpeakers();
+    void rateIsKeptWhereTheProcessorKnowsIt_data();
+    void rateIsKeptWhereTheProcessorKnowsIt();
+    void settingsAreHeard();
+    void stereoIsTheFold();
+    void muteAndPowerDontSilenceTheRendering();
+    void limiterIsRemarked();
+    void cutInputIsRemarkedWithItsSeconds_data();
+    void cutInputIsRemarkedWithItsSeconds();
+    void sizeThatAPipeLeavesOpenIsNotRemarked_data();
+    void sizeThatAPipeLeavesOpenIsNotRemarked();
+    void bothRemarksAreMade();
+    void failureLeavesNoFileAndAnOldOneAsItWas();
+    void outputIsReplacedWhereItsLinkLeads();
+    void inputAsOutputIsRefusedByAnyName();
+
+private:
+    std::string path(const char* name) const { return folder.filePath(name).toStdString(); }
+    std::string noise(int rate, int frames, float level = 0.1f) const;
+    QStringList entries() const
+    {
+        return QDir(folder.path()).entryList(QDir::AllEntries | QDir::Hidden | QDir::System, QDir::Name);
+    }
+    QTemporaryDir folder;
+};
+
+std::string TestRender::noise(int rate, int frames, float level) const
+{
+    std::vector<float> samples;
+    unsigned state = 1;
+    for (int n = 0; n < 2 * frames; ++n) {
+        state = state * 1664525u + 1013904223u;
+        samples.push_back(level * (float(state >> 8) / 8388608.0f - 1));
+    }
+    return files::write(path("in.wav"), SF_FORMAT_WAV | SF_FORMAT_FLOAT, rate, 2, samples);
+}
+
+void TestRender::neutralSettingsGiveTheInputOnFiveSpeakers()
+{
+    RenderReport report;
+    std::string error;
+    QVERIFY2(render({noise(48000, 48000), path("out.wav"), neutral(), false}, report, error), error.c_str());
+    const auto in = files::read(path("in.wav")), out = files::read(path("out.wav"));
+    QCOMPARE(out.info.channels, 5);
+    QCOMPARE(out.info.format & SF_FORMAT_SUBMASK, int(SF_FORMAT_FLOAT));
+    QCOMPARE(out.info.samplerate, 48000);
+    QCOMPARE(int(out.info.frames), 48000 + 4800);
+    QCOMPARE(report.frames, (long long)(out.info.frames));
+    QVERIFY(report.remark.empty());
+    for (int n = 0; n < 48000; ++n) {
+        const float left = in.channels[0][n], right = in.channels[1][n];
+        const float wanted[5] = {left, right, left, right, (left + right) / 2};
+        for (int c = 0; c < 5; ++c)
+            QVERIFY2(
+                std::abs(out.channels[c][n] - wanted[c]) < 2e-6,
+                qPrintable(QString("%1 %2: %3 %4").arg(c).arg(n).arg(out.channels[c][n]).arg(wanted[c])));
+    }
+}
+
+void TestRender::rateIsKeptWhereTheProcessorKnowsIt_data()
+{
+    QTest::addColumn<int>("in");
+    QTest::addColumn<int>("out");
+    for (int rate : {44100, 48000, 96000})
+        QTest::addRow("%d", rate) << rate << rate;
+    for (int rate : {8000, 22050, 37800, 192000})
+        QTest::addRow("%d", rate) << rate << 48000;
+}
+
+void TestRender::rateIsKeptWhereTheProcessorKnowsIt()
+{
+    QFETCH(int, in);
+    QFETCH(int, out);
+    RenderReport report;
+    std::string error;
+    QVERIFY2(render({noise(in, in / 2), path("out.wav"), neutral(), false}, report, error), error.c_str());
+    const auto result = files::read(path("out.wav"));
+    QCOMPARE(result.info.samplerate, out);
+    QVERIFY(std::abs(double(result.info.frames) - 0.6 * out) <= 2);
+    QCOMPARE(int(report.inputRate), in);
+}
+
+void TestRender::settingsAreHeard()
+{
+    // An impulse through the rendering shows the response that the processor computes for these settings.
+    std::vector<float> samples(2 * 48000, 0.0f);
+    samples[0] = samples[1] = 0.01f;
+    const std::string in =
+        files::write(path("impulse.wav"), SF_FORMAT_WAV | SF_FORMAT_FLOAT, 48000, 2, samples);
+    dsp::Settings settings = neutral();
+    settings.equalizer = {6, 0, -4, 0, 3, 8, 0, -6, 0, 5, 0, -3, 2};
+    settings.cabin[dsp::RearLeft].highPass = {4, 3};
+    settings.cabin[dsp::RearLeft].delayMs = 2.5;
+    settings.balance = 6;
+    settings.subwoofer.filter = 5;
+    RenderReport report;
+    std::string error;
+    QVERIFY2(render({in, path("out.wav"), settings, false}, report, error), error.c_str());
+    const auto out = files::read(path("out.wav"));
+
+    dsp::Engine engine;
+    engine.prepare(48000);
+    settings.power = true;
+    engine.set(settings);
+    for (int speaker = 0; speaker < dsp::speakerCount; ++speaker)
+        for (double hz : {40.0, 100.0, 250.0, 1000.0, 4000.0, 10000.0}) {
+            double re = 0, im = 0;
+            for (std::size_t n = 0; n < out.channels[speaker].size(); ++n) {
+                re += out.channels[speaker][n] * std::cos(2 * M_PI * hz * double(n) / 48000) / 0.01;
+                im += out.channels[speaker][n] * std::sin(2 * M_PI * hz * double(n) / 48000) / 0.01;
+            }
+            const double wanted = 20 * std::log10(std::abs(engine.response(dsp::Speaker(speaker), hz)));
+            const double measured = 20 * std::log10(std::hypot(re, im));
+            QVERIFY2(std::abs(measured - wanted) < 0.1 || (wanted < -80 && measured < -80),
+                     qPrintable(QString("%1, %2 Hz: %3 instead of %4 dB")
+                                    .arg(speaker)
+                                    .arg(hz)
+                                    .arg(measured)
+                                    .arg(wanted)));
+        }
+    // Its delay is kept: the rear left speaker begins 2.5 ms later than the front one.
+    const auto first = [&](int speaker) {
+        const auto& channel = out.channels[std::size_t(speaker)];
+        return std::max_element(channel.begin(), channel.end(),
+                                [](float a, float b) { return std::abs(a) < std::abs(b); }) -
+               channel.begin();
+    };
+    QCOMPARE(int(first(dsp::RearLeft) - first(dsp::RearRight)), 120);
+}
+
+void TestRender::stereoIsTheFold()
+{
+    RenderReport report;
+    std::string error;
+    const std::string in = noise(48000, 20000);
+    QVERIFY2(render({in, path("five.wav"), neutral(), false}, report, error), error.c_str());
+    QVERIFY2(render({in, path("two.wav"), neutral(), true}, report, error), error.c_str());
+    const auto five = files::read(path("five.wav")), two = files::read(path("two.wav"));
+    QCOMPARE(two.info.channels, 2);
+    QCOMPARE(two.info.frames, five.info.frames);
+    for (std::size_t n = 0; n < two.channels[0].size(); ++n)
+        for (std::size_t side : {0, 1}) {
+            const float wanted =
+                0.25f * (five.channels[side][n] + five.channels[2 + side][n]) + 0.5f * five.channels[4][n];
+            QVERIFY(std::abs(two.channels[side][n] - wanted) < 1e-6f);
+        }
+}
+
+void TestRender::muteAndPowerDontSilenceTheRendering()
+{
+    dsp::Settings settings = neutral();
+    settings.power = false;
+    settings.mute = true;
+    RenderReport report;
+    std::string error;
+    QVERIFY2(render({noise(48000, 10000), path("out.wav"), settings, false}, report, error), error.c_str());
+    const auto in = files::read(path("in.wav")), out = files::read(path("out.wav"));
+    QVERIFY(std::abs(out.channels[0][0] - in.channels[0][0]) < 1e-5f); // from the first frame on
+}
+
+void TestRender::limiterIsRemarked()
+{
+    dsp::Settings settings = neutral();
+    settings.sourceGain = 15;
+    RenderReport report;
+    std::string error;
+    QVERIFY2(render({noise(48000, 20000, 0.9f), path("out.wav"), settings, false}, report, error),
+             error.c_str());
+    QVERIFY2(report.remark.find("limiter") != std::string::npos, report.remark.c_str());
+    for (const auto& channel : files::read(path("out.wav")).channels)
+        for (float x : channel)
+            QVERIFY(std::abs(x) <= std::pow(10.0f, -0.1f / 20));
+}
+
+void TestRender::cutInputIsRemarkedWithItsSeconds_data()
+{
+    QTest::addColumn<int>("format");
+    // clang-format off
+    QTest::newRow("WAV")         << int(SF_FORMAT_WAV | SF_FORMAT_FLOAT);
+    QTest::newRow("FLAC")        << int(SF_FORMAT_FLAC | SF_FORMAT_PCM_16);
+    QTest::newRow("Ogg, Vorbis") << int(SF_FORMAT_OGG | SF_FORMAT_VORBIS);
+    QTest::newRow("MP3")         << int(SF_FORMAT_MPEG | SF_FORMAT_MPEG_LAYER_III);
+    // clang-format on
+}
+
+void TestRender::cutInputIsRemarkedWithItsSeconds()
+{
+    QFETCH(int, format);
+    std::vector<float> samples;
+    for (int n = 0; n < 4 * 48000; ++n)
+        samples.insert(samples.end(), 2, float(0.1 * std::sin(n * 0.05) + 0.05 * std::sin(n * 0.31)));
+    const std::string in = files::write(path("cut"), format, 48000, 2, samples);
+    RenderReport report;
+    std::string error;
+    QVERIFY2(render({in, path("out.wav"), neutral(), false}, report, error), error.c_str());
+    QVERIFY2(report.remark.empty(), report.remark.c_str());
+
+    QFile file(folder.filePath("cut"));
+    QVERIFY(file.resize(file.size() * 55 / 100));
+    QVERIFY2(render({in, path("out.wav"), neutral(), false}, report, error), error.c_str());
+    const double seconds = double(report.frames) / report.rate - 0.1; // what rings out
+    QVERIFY(seconds > 0.4 && seconds < 3);
+    const QRegularExpression remark("^the input is cut short after ([0-9]+\\.[0-9]) s$");
+    const auto match = remark.match(QString::fromStdString(report.remark));
+    QVERIFY2(match.hasMatch() && std::abs(match.captured(1).toDouble() - seconds) < 0.06,
+             qPrintable(QString("%1: %2").arg(seconds).arg(report.remark.c_str())));
+    if ((format & SF_FORMAT_TYPEMASK) == SF_FORMAT_WAV)
+        QCOMPARE(match.captured(1), QString("2.2"));
+}
+
+void TestRender::sizeThatAPipeLeavesOpenIsNotRemarked_data()
+{
+    QTest::addColumn<QByteArray>("size");
+    QTest::newRow("none") << QByteArray(4, 0);
+    QTest::newRow("the largest") << QByteArray(4, char(0xff));
+}
+
+void TestRender::sizeThatAPipeLeavesOpenIsNotRemarked()
+{
+    QFETCH(QByteArray, size);
+    const std::string in = noise(48000, 48000);
+    QFile file(QString::fromStdString(in));
+    QVERIFY(file.open(QIODevice::ReadWrite));
+    const int at = file.readAll().indexOf("data") + 4;
+    QVERIFY(file.seek(4) && file.write(size) == 4 && file.seek(at) && file.write(size) == 4);
+    file.close();
+    RenderReport report;
+    std::string error;
+    QVERIFY2(render({in, path("out.wav"), neutral(), false}, report, error), error.c_str());
+    QVERIFY2(report.remark.empty(), report.remark.c_str());
+    QVERIFY(report.frames >= 48000 + 4800);
+}
+
+void TestRender::bothRemarksAreMade()
+{
+    const std::string in = noise(48000, 48000, 0.9f);
+    QVERIFY(QFile::resize(QString::fromStdString(in), QFileInfo(path("in.wav").c_str()).size() / 2));
+    dsp::Settings settings = neutral();
+    settings.sourceGain = 15;
+    RenderReport report;
+    std::string error;
+    QVERIFY2(render({in, path("out.wav"), settings, false}, report, error), error.c_str());
+    const QString remark = QString::fromStdString(report.remark);
+    QVERIFY2(remark.contains("cut short after 0.5 s; the limiter took up to"), qPrintable(remark));
+}
+
+void TestRender::failureLeavesNoFileAndAnOldOneAsItWas()
+{
+    RenderReport report;
+    std::string error;
+    QFile old(folder.filePath("old.wav"));
+    QVERIFY(old.open(QIODevice::WriteOnly));
+    old.write("precious");
+    old.close();
+    QVERIFY(!render({path("missing.wav"), path("old.wav"), neutral(), false}, report, error));
+    QVERIFY2(error.find("missing.wav") != std::string::npos, error.c_str());
+    QVERIFY(old.open(QIODevice::ReadOnly));
+    QCOMPARE(old.readAll(), QByteArray("precious"));
+
+    // A folder that doesn't exist, a folder, a medium that gets full, over an old file and where none was.
+    const std::string in = noise(48000, 200000);
+    QVERIFY(nodes::pipe(path("pipe")));
+    const QStringList before = entries();
+    for (const std::string& out : {path("no/such/folder.wav"), folder.path().toStdString(), path("pipe"),
+                                   path("old.wav"), path("full.wav")}) {
+        const MediumOf room(1000000);
+        error.clear();
+        QVERIFY2(!render({in, out, neutral(), false}, report, error), out.c_str());
+        QVERIFY2(error.find("'" + out + "'") != std::string::npos, error.c_str());
+    }
+    QVERIFY2(error.find("full") != std::string::npos, error.c_str());
+    QCOMPARE(entries(), before);
+    QVERIFY(nodes::kind(path("pipe")) == S_IFIFO);
+    QVERIFY(old.seek(0));
+    QCOMPARE(old.readAll(), QByteArray("precious"));
+}
+
+void TestRender::outputIsReplacedWhereItsLinkLeads()
+{
+    const std::string in = noise(48000, 1000);
+    QFile old(folder.filePath("linked.wav"));
+    QVERIFY(old.open(QIODevice::WriteOnly) && old.write("old") == 3);
+    old.close();
+    QVERIFY(QFile::link("linked.wav", folder.filePath("link.wav")));
+    RenderReport report;
+    std::string error;
+    QVERIFY2(render({in, path("link.wav"), neutral(), false}, report, error), error.c_str());
+    QVERIFY(nodes::kind(path("link.wav")) == S_IFLNK);
+    QCOMPARE((long long)(files::read(path("linked.wav")).info.frames), report.frames);
+}
+
+void TestRender::inputAsOutputIsRefusedByAnyName()
+{
+    RenderReport report;
+    std::string error;
+    const std::string in = noise(48000, 100);
+    QVERIFY(QFile::link("in.wav", folder.filePath("same-link.wav")));
+    QCOMPARE(link(in.c_str(), path("same-file.wav").c_str()), 0);
+    const QStringList before = entries();
+    for (const char* name : {"in.wav", "same-link.wav", "same-file.wav"})
+        for (const auto& job : {std::make_pair(in, path(name)), {path(name), in}}) {
+            error.clear();
+            QVERIFY(!render({job.first, job.second, neutral(), false}, report, error));
+            QVERIFY2(error.find("it is the file that is read") != std::string::npos, error.c_str());
+        }
+    QCOMPARE(int(files::read(in).info.frames), 100);
+    QCOMPARE(entries(), before);
+}
+
+QTEST_GUILESS_MAIN(TestRender)
+#include "tst_render.moc"

@@ -1,0 +1,323 @@
+// The unit on a desktop as it is: a session manager gives it its ports, connects it to the default device,
+// and connects players to it. Nothing is linked by hand but the recorder.
+
+#include "tests/support/unitonpipewire.h"
+
+#include "platform/hvaudio/files/wavwriter.h"
+#include "platform/hvaudio/outputs/pipewire/pipewireoutput.h"
+#include "platform/hvaudio/player.h"
+
+#include <QRegularExpression>
+
+#include <memory>
+
+using namespace hvaudio;
+using namespace unitonpipewire;
+
+namespace {
+
+const QStringList six = {"FL", "FR", "FC", "LFE", "RL", "RR"};
+const QStringList eight = {"FL", "FR", "FC", "LFE", "RL", "RR", "SL", "SR"};
+const QStringList side = {"FL", "FR", "FC", "LFE", "SL", "SR"};
+const QStringList mono = {"MONO"};
+
+constexpr double leftHz = 500, rightHz = 2000;
+/// Of the rear pair, 6 dB less than in front; of the subwoofer, which has the mean of both sides.
+const double rear = std::pow(10, -6 / 20.0);
+constexpr double low = 0.5;
+/// Each side's own tone, and the other side's by the subwoofer.
+const double foldOwn = 0.25 * (1 + rear) + 0.5 * low;
+constexpr double foldOther = 0.5 * low;
+
+/// A tone on either side.
+bool writeSides(const QString& path)
+{
+    std::string error;
+    const auto writer = WavWriter::create(path.toStdString(), rate, 2, error);
+    if (!writer)
+        return false;
+    std::vector<float> left(std::size_t(3 * rate)), right(left.size());
+    for (std::size_t n = 0; n < left.size(); ++n) {
+        left[n] = float(toneLevel * std::sin(2 * M_PI * leftHz * double(n) / rate));
+        right[n] = float(toneLevel * std::sin(2 * M_PI * rightHz * double(n) / rate));
+    }
+    const float* const channels[2] = {left.data(), right.data()};
+    return writer->write(channels, int(left.size())) && writer->finish(error);
+}
+
+} // namespace
+
+class TestPipeWireSession : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+    void cleanup();
+    void playerThatChoosesTheUnitIsHeardAtTheDefaultDevice();
+    void outputFollowsTheDefaultDeviceAndItsChannels_data();
+    void outputFollowsTheDefaultDeviceAndItsChannels();
+    void deviceThatGoesGivesWayToTheOther();
+    void sinkStaysWhereThereIsNoDeviceAndPlaysToTheFirstThatComes();
+    void unitAsDefaultDeviceTakesPlayersAndPlaysToARealOne();
+    void nodeThatIsRemovedComesBack();
+    void sessionManagerThatRestartsFindsTheUnitAgain();
+    void daemonAndSessionManagerThatRestartFindTheUnitAgain();
+
+private:
+    bool start();
+    bool waitForStatus(const QString& status) const
+    {
+        return PrivatePipeWire::waitFor([&] { return QString::fromStdString(player->status()) == status; });
+    }
+    /// As a user does: the player names the unit, or nothing at all.
+    Heard hearFrom(const QString& sink, const QStringList& channels, const QString& target = "headunit");
+    /// Empty when a channel has the two tones in these amplitudes, of those that were played.
+    static QString differs(const Heard& heard, const QStringList& channels, const QString& channel,
+                           double left, double right);
+    static QString differsFromFold(const Heard& heard);
+
+    std::unique_ptr<Lines> lines;
+    std::unique_ptr<PrivatePipeWire> server;
+    std::unique_ptr<Player> player;
+};
+
+void TestPipeWireSession::init()
+{
+    lines = std::make_unique<Lines>();
+    server = std::make_unique<PrivatePipeWire>(QStringLiteral(TEST_SUPPORT) + "/pipewire",
+                                               PrivatePipeWire::Managed);
+    QVERIFY(server->start());
+    QVERIFY(writeSides(server->path("sides.wav")));
+}
+
+void TestPipeWireSession::cleanup()
+{
+    player.reset();
+    server.reset();
+}
+
+bool TestPipeWireSession::start()
+{
+    player = std::make_unique<Player>(lines->log());
+    dsp::Settings settings;
+    settings.power = true;
+    settings.mainVolume = 50;
+    settings.subwoofer.filter = 1;
+    settings.subwoofer.attenuation = 0;
+    settings.cabin[dsp::RearLeft].attenuation = 6;
+    settings.cabin[dsp::RearRight].attenuation = 6;
+    player->setSettings(settings);
+    return player->setSource(settings.source, SourceKind::Input) && player->start("pipewire");
+}
+
+Heard TestPipeWireSession::hearFrom(const QString& sink, const QStringList& channels, const QString& target)
+{
+    return hear(*server, sink, channels, [&] {
+        QProcess cat;
+        QStringList arguments = {"-p"};
+        if (!target.isEmpty())
+            arguments << "--target" << target;
+        startTied(cat, "pw-cat", arguments << server->path("sides.wav"));
+        const bool ended = cat.waitForFinished(20000);
+        if (!ended) {
+            cat.kill();
+            cat.waitForFinished();
+        }
+        return ended;
+    });
+}
+
+QString TestPipeWireSession::differs(const Heard& heard, const QStringList& channels, const QString& channel,
+                                     double left, double right)
+{
+    if (heard.start == 0)
+        return "nothing heard";
+    const auto& signal = heard.channels[std::size_t(channels.indexOf(channel))];
+    const double hasLeft = amplitudeAt(signal, heard.start, pieceLength, leftHz, rate) / toneLevel;
+    const double hasRight = amplitudeAt(signal, heard.start, pieceLength, rightHz, rate) / toneLevel;
+    if (std::abs(hasLeft - left) < 0.01 && std::abs(hasRight - right) < 0.01)
+        return {};
+    return QString("%1: left %2 instead of %3, right %4 instead of %5")
+        .arg(channel)
+        .arg(hasLeft)
+        .arg(left)
+        .arg(hasRight)
+        .arg(right);
+}
+
+QString TestPipeWireSession::differsFromFold(const Heard& heard)
+{
+    return differs(heard, two, "FL", foldOwn, foldOther) + differs(heard, two, "FR", foldOther, foldOwn);
+}
+
+void TestPipeWireSession::playerThatChoosesTheUnitIsHeardAtTheDefaultDevice()
+{
+    const Device device("cabin", two);
+    QVERIFY(start());
+    QVERIFY(waitForStatus("PipeWire, 48000 Hz, stereo"));
+    const QString shown = PrivatePipeWire::output("wpctl", {"status"});
+    QVERIFY2(shown.contains(". Head unit "), qPrintable(shown));
+    QCOMPARE(differsFromFold(hearFrom("cabin", two)), QString());
+    QVERIFY2(lines->all().isEmpty(), qPrintable(lines->all().join('\n')));
+}
+
+void TestPipeWireSession::outputFollowsTheDefaultDeviceAndItsChannels_data()
+{
+    QTest::addColumn<QStringList>("channels");
+    QTest::addColumn<QString>("status");
+    QTest::addColumn<QStringList>("rears"); // the device's names of them
+    QTest::newRow("5.1 with rear speakers") << six << "5.1" << QStringList{"RL", "RR"};
+    QTest::newRow("5.1 with side speakers") << side << "5.1" << QStringList{"SL", "SR"};
+    QTest::newRow("7.1") << eight << "5.1" << QStringList{"RL", "RR"};
+    QTest::newRow("without subwoofer") << QStringList{"FL", "FR", "RL", "RR"} << "stereo" << QStringList();
+    QTest::newRow("mono") << mono << "mono" << QStringList();
+}
+
+void TestPipeWireSession::outputFollowsTheDefaultDeviceAndItsChannels()
+{
+    QFETCH(QStringList, channels);
+    QFETCH(QString, status);
+    QFETCH(QStringList, rears);
+    const Device stereo("cabin", two), other("other", channels);
+    QVERIFY(stereo.makeDefault());
+    QVERIFY(start());
+    QVERIFY(waitForStatus("PipeWire, 48000 Hz, stereo"));
+    QVERIFY(other.makeDefault());
+    QVERIFY(waitForStatus("PipeWire, 48000 Hz, " + status));
+
+    const Heard heard = hearFrom("other", channels);
+    for (const QString& channel : channels) {
+        QString fault;
+        if (channel == "MONO")
+            fault = differs(heard, channels, channel, (foldOwn + foldOther) / 2, (foldOwn + foldOther) / 2);
+        else if (status == "5.1" && channel == "LFE")
+            fault = differs(heard, channels, channel, low, low);
+        else if (channel == "FL")
+            fault = status == "5.1" ? differs(heard, channels, channel, 1, 0) : differsFromFold(heard);
+        else if (channel == "FR")
+            fault = status == "5.1" ? differs(heard, channels, channel, 0, 1) : QString();
+        else if (rears.contains(channel))
+            fault = differs(heard, channels, channel, channel == rears[0] ? rear : 0,
+                            channel == rears[1] ? rear : 0);
+        else
+            fault = differs(heard, channels, channel, 0, 0);
+        QCOMPARE(fault, QString());
+    }
+
+    QVERIFY(stereo.makeDefault());
+    QVERIFY(waitForStatus("PipeWire, 48000 Hz, stereo"));
+    // Four channels say "stereo" as well.
+    QVERIFY(PrivatePipeWire::waitFor(
+        [] { return PrivatePipeWire::links().contains("headunit-output:output_FL -> cabin:playback_FL"); }));
+    QCOMPARE(differsFromFold(hearFrom("cabin", two)), QString());
+}
+
+void TestPipeWireSession::deviceThatGoesGivesWayToTheOther()
+{
+    const Device stereo("cabin", two);
+    Device surround("surround", six);
+    QVERIFY(surround.makeDefault());
+    QVERIFY(start());
+    QVERIFY(waitForStatus("PipeWire, 48000 Hz, 5.1"));
+    surround.unplug();
+    QVERIFY(waitForStatus("PipeWire, 48000 Hz, stereo"));
+    QCOMPARE(differsFromFold(hearFrom("cabin", two)), QString());
+    // The user's choice holds when it is back.
+    QVERIFY(surround.plug());
+    QVERIFY(waitForStatus("PipeWire, 48000 Hz, 5.1"));
+    QCOMPARE(differs(hearFrom("surround", six), six, "RL", rear, 0), QString());
+}
+
+void TestPipeWireSession::sinkStaysWhereThereIsNoDeviceAndPlaysToTheFirstThatComes()
+{
+    QVERIFY(start());
+    QVERIFY(PrivatePipeWire::waitFor([&] { return lines->all().size() == 1; }));
+    QVERIFY2(lines->all().first().startsWith("no device to play to"), qPrintable(lines->all().first()));
+    QVERIFY(waitForStatus("PipeWire, 48000 Hz, no device"));
+    QVERIFY(PrivatePipeWire::waitForPorts({"headunit:playback_FL", "headunit:playback_FR"}));
+    // The program, its sink and its stream, by their numbers.
+    const auto numbers = [] {
+        QStringList result;
+        const QString shown = PrivatePipeWire::output("wpctl", {"status"});
+        auto each = QRegularExpression("(\\d+)\\. Head unit ").globalMatch(shown);
+        while (each.hasNext())
+            result << each.next().captured(1);
+        return result;
+    };
+    const QStringList before = numbers();
+    QCOMPARE(before.size(), 3);
+
+    Device device("cabin", two);
+    QVERIFY(waitForStatus("PipeWire, 48000 Hz, stereo"));
+    QCOMPARE(differsFromFold(hearFrom("cabin", two)), QString());
+    device.unplug();
+    QVERIFY(waitForStatus("PipeWire, 48000 Hz, no device"));
+    QVERIFY(PrivatePipeWire::ports().contains("headunit:playback_FL"));
+    QVERIFY(device.plug());
+    QVERIFY(waitForStatus("PipeWire, 48000 Hz, stereo"));
+    QCOMPARE(differsFromFold(hearFrom("cabin", two)), QString());
+    // The same ones all the time, and nothing more to say.
+    QCOMPARE(numbers(), before);
+    QCOMPARE(lines->all().size(), 1);
+}
+
+void TestPipeWireSession::unitAsDefaultDeviceTakesPlayersAndPlaysToARealOne()
+{
+    const Device device("cabin", two);
+    QVERIFY(start());
+    QVERIFY(waitForStatus("PipeWire, 48000 Hz, stereo"));
+    QVERIFY(Device::makeDefault("headunit"));
+    QCOMPARE(differsFromFold(hearFrom("cabin", two, QString())), QString());
+    const QStringList own = PrivatePipeWire::links().filter("headunit-output:");
+    QCOMPARE(own.size(), 2);
+    QCOMPARE(own.filter(" -> cabin:").size(), 2);
+}
+
+void TestPipeWireSession::nodeThatIsRemovedComesBack()
+{
+    const Device device("cabin", two);
+    QVERIFY(start());
+    for (const char* const node : {"headunit-output", "headunit"}) {
+        QVERIFY(waitForStatus("PipeWire, 48000 Hz, stereo"));
+        const int said = lines->all().size();
+        PrivatePipeWire::output("pw-cli", {"destroy", node});
+        QVERIFY(PrivatePipeWire::waitFor([&] { return lines->all().size() >= said + 2; }));
+        QVERIFY2(lines->all().last().contains("back"), qPrintable(lines->all().join('\n')));
+        QVERIFY(waitForStatus("PipeWire, 48000 Hz, stereo"));
+    }
+    QCOMPARE(differsFromFold(hearFrom("cabin", two)), QString());
+}
+
+void TestPipeWireSession::sessionManagerThatRestartsFindsTheUnitAgain()
+{
+    Device device("cabin", two);
+    QVERIFY(start());
+    QVERIFY(waitForStatus("PipeWire, 48000 Hz, stereo"));
+    for (int signal : {SIGTERM, SIGKILL}) {
+        // The devices are the session manager's own, so they go with it.
+        server->endManager(signal);
+        device.unplug();
+        QVERIFY(server->startManager());
+        QVERIFY(device.plug());
+        QVERIFY(waitForStatus("PipeWire, 48000 Hz, stereo"));
+        QCOMPARE(differsFromFold(hearFrom("cabin", two)), QString());
+    }
+}
+
+void TestPipeWireSession::daemonAndSessionManagerThatRestartFindTheUnitAgain()
+{
+    Device device("cabin", two);
+    QVERIFY(start());
+    QVERIFY(waitForStatus("PipeWire, 48000 Hz, stereo"));
+    server->end(SIGTERM);
+    server->endManager(SIGTERM);
+    QVERIFY(waitForStatus("PipeWire, waiting for the sound server"));
+    QVERIFY(server->start());
+    QVERIFY(device.plug());
+    QVERIFY(waitForStatus("PipeWire, 48000 Hz, stereo"));
+    QCOMPARE(differsFromFold(hearFrom("cabin", two)), QString());
+}
+
+QTEST_GUILESS_MAIN(TestPipeWireSession)
+#include "tst_pipewiresession.moc"

@@ -1,0 +1,157 @@
+#include "hvaudio/audioservice.h"
+#include "tests/support/platform_double/platform_double.h"
+
+namespace platform_double {
+
+namespace {
+
+AudioState state;
+
+QString text(bool value)
+{
+    return value ? QStringLiteral("true") : QStringLiteral("false");
+}
+
+QString text(int value)
+{
+    return QString::number(value);
+}
+
+QString text(float value)
+{
+    return QString::number(static_cast<double>(value), 'g', 6);
+}
+
+template <typename... Arguments>
+void recordCall(Kind kind, const char* operation, Arguments... arguments)
+{
+    const QStringList list{text(arguments)...};
+    record(
+        kind,
+        QStringLiteral("AudioService.%1(%2)").arg(QLatin1String(operation), list.join(QStringLiteral(", "))));
+}
+
+} // namespace
+
+void resetAudio()
+{
+    state = AudioState();
+}
+
+AudioState& audio()
+{
+    return state;
+}
+
+void emitVolumeChanged(bool muted, int level, int channel)
+{
+    emit hvaudio::AudioService::instance()->audioVolumeChanged(muted, level, channel);
+}
+
+} // namespace platform_double
+
+namespace hvaudio {
+
+using namespace platform_double;
+
+AudioService::AudioService()
+    : d(nullptr)
+{
+}
+
+AudioService::~AudioService() = default;
+
+AudioService* AudioService::instance()
+{
+    static AudioService theInstance;
+    return &theInstance;
+}
+
+void AudioService::doBeep(int tone)
+{
+    recordCall(Audio, "doBeep", tone);
+}
+
+AudioEQType AudioService::getCurrEQType()
+{
+    recordCall(Read, "getCurrEQType");
+    return static_cast<AudioEQType>(audio().eqType);
+}
+
+void AudioService::setEQType(AudioEQType type, bool save)
+{
+    recordCall(Audio, "setEQType", static_cast<int>(type), save);
+    audio().eqType = type;
+}
+
+int AudioService::getCustomEq(int band)
+{
+    recordCall(Read, "getCustomEq", band);
+    return band >= 0 && band < 13 ? audio().customEq[band] : 0;
+}
+
+void AudioService::setCustomEq(int value, int band, bool save)
+{
+    recordCall(Audio, "setCustomEq", value, band, save);
+}
+
+void AudioService::setCustomEq1(int value, int band, bool save)
+{
+    recordCall(Audio, "setCustomEq1", value, band, save);
+}
+
+void AudioService::setCustomEq2(int value, int band, bool save)
+{
+    recordCall(Audio, "setCustomEq2", value, band, save);
+}
+
+void AudioService::setCustomLoudness(bool on, bool save)
+{
+    recordCall(Audio, "setCustomLoudness", on, save);
+}
+
+void AudioService::getBalanceFader(int& balance, int& fader)
+{
+    recordCall(Read, "getBalanceFader");
+    balance = audio().balance;
+    fader = audio().fader;
+}
+
+void AudioService::setBalanceFader(int balance, int fader, bool save)
+{
+    recordCall(Audio, "setBalanceFader", balance, fader, save);
+    audio().balance = balance;
+    audio().fader = fader;
+}
+
+void AudioService::setHPFFilter(int frequency, int attenuation, int speaker, int slope)
+{
+    recordCall(Audio, "setHPFFilter", frequency, attenuation, speaker, slope);
+}
+
+void AudioService::setLPFFilter(int frequency, int attenuation, int speaker, int slope)
+{
+    recordCall(Audio, "setLPFFilter", frequency, attenuation, speaker, slope);
+}
+
+void AudioService::setSubFilter(int frequency, int attenuation, int slope)
+{
+    recordCall(Audio, "setSubFilter", frequency, attenuation, slope);
+}
+
+void AudioService::setSurroundDelay(int speaker, float delay)
+{
+    recordCall(Audio, "setSurroundDelay", speaker, delay);
+}
+
+void AudioService::setVolumeLevel(int level, int channel)
+{
+    recordCall(Audio, "setVolumeLevel", level, channel);
+}
+
+void AudioService::setSourceOffsetGain(HVAudio_source_id_e source, int gain)
+{
+    recordCall(Audio, "setSourceOffsetGain", static_cast<int>(source), gain);
+}
+
+} // namespace hvaudio
