@@ -2,8 +2,6 @@
 
 #include "platform/hvaudio/dsp/samples.h"
 #include "platform/hvaudio/files/regularfile.h"
-#include "platform/hvaudio/files/soundbytes.h"
-#include "platform/hvaudio/files/soundlength.h"
 
 #include <samplerate.h>
 #include <sndfile.h>
@@ -125,8 +123,7 @@ struct SoundFile::Private
         return chunkLeft > 0;
     }
 
-    Descriptor descriptor; ///< what `file` reads, through `bytes` where that is needed
-    std::unique_ptr<SoundBytes> bytes;
+    Descriptor descriptor; ///< what `file` reads
     SNDFILE* file = nullptr;
     SF_INFO info = {};
     SRC_STATE* converter = nullptr; ///< null when rates are equal
@@ -153,11 +150,7 @@ std::unique_ptr<SoundFile> SoundFile::open(const std::string& path, double rate,
     d->descriptor = openForReading(path, error);
     if (!d->descriptor)
         return nullptr;
-    d->bytes = std::make_unique<SoundBytes>(d->descriptor.get());
-    if (d->bytes->isNeeded())
-        d->file = d->bytes->open(&d->info);
-    else
-        d->file = sf_open_fd(d->descriptor.get(), SFM_READ, &d->info, SF_FALSE);
+    d->file = sf_open_fd(d->descriptor.get(), SFM_READ, &d->info, SF_FALSE);
     // An MP3 file that begins with something else is only known by its name's ending.
     if (!d->file) {
         d->info = {};
@@ -230,9 +223,7 @@ bool SoundFile::isCutShort() const
     // Without a tag the count of an MP3 is only an estimate from its first frames.
     const bool counted =
         (d->info.format & SF_FORMAT_TYPEMASK) != SF_FORMAT_MPEG && d->info.frames != SF_COUNT_MAX;
-    if (counted ? d->framesRead < d->info.frames : sf_error(d->file) != SF_ERR_NO_ERROR)
-        return true;
-    return endsEarly(d->descriptor.get());
+    return counted ? d->framesRead < d->info.frames : sf_error(d->file) != SF_ERR_NO_ERROR;
 }
 
 int SoundFile::read(StereoFrame* frames, int count)

@@ -44,9 +44,9 @@ public:
     double rate() const;
     /// Frames of the file read so far, at its own rate.
     long long fileFramesRead() const;
-    /// When the end has come: whether there should have been more, because the file was cut off or couldn't
-    /// be read any further. False before. Where a file doesn't say how long it is (one that was written into
-    /// a pipe), nobody can know.
+    /// When the end has come: whether there should have been more, as far as libsndfile knows: the file
+    /// couldn't be read any further, or a FLAC says how many frames it has and lacks some. False before the
+    /// end. Other formats end where they are cut off without a word.
     bool isCutShort() const;
 
     /// Fewer frames than asked for mean the end. Samples that aren't numbers are given as 0.

@@ -29,16 +29,6 @@ inline std::string write(const std::string& path, int format, int rate, int chan
     return sf_close(file) == 0 && ok ? path : std::string();
 }
 
-/// An MP3 as a stream has it: without the first frame, in which the encoder's tag stands. Empty when there is
-/// none.
-inline QByteArray withoutTag(const QByteArray& mp3)
-{
-    const int first = mp3.indexOf('\xff');
-    const int second = first < 0 ? -1 : mp3.indexOf(mp3.mid(first, 2), first + 40);
-    const QByteArray frame = mp3.mid(first, second - first);
-    return second > 0 && (frame.contains("Xing") || frame.contains("Info")) ? mp3.mid(second) : QByteArray();
-}
-
 struct Contents
 {
     SF_INFO info = {};

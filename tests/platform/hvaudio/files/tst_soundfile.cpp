@@ -60,12 +60,12 @@ private slots:
     void whatIsNoFileIsRefusedWithoutWaiting();
     void writerOfAPipeIsNotWokenByTheRefusal();
     void mp3BehindSomethingElseIsKnownByItsName();
-    void truncatedFileGivesWhatItHasAndSaysSo_data();
-    void truncatedFileGivesWhatItHasAndSaysSo();
+    void truncatedFileGivesWhatItHas_data();
+    void truncatedFileGivesWhatItHas();
+    void framesThatFlacPromisesAndLacksAreTold();
     void lengthThatAPipeLeavesOpenIsNoFault();
     void soundBehindAnOpenSizeIsReadToTheEnd_data();
     void soundBehindAnOpenSizeIsReadToTheEnd();
-    void mp3WithoutATagIsReadToTheEnd();
     void notANumberIsSilence();
     void rewindReadsTheSameAgain();
 
@@ -303,7 +303,7 @@ void TestSoundFile::mp3BehindSomethingElseIsKnownByItsName()
     QVERIFY(readAll(*sound).size() > 40000);
 }
 
-void TestSoundFile::truncatedFileGivesWhatItHasAndSaysSo_data()
+void TestSoundFile::truncatedFileGivesWhatItHas_data()
 {
     QTest::addColumn<int>("format");
     QTest::addColumn<double>("rate");
@@ -317,7 +317,7 @@ void TestSoundFile::truncatedFileGivesWhatItHasAndSaysSo_data()
     // clang-format on
 }
 
-void TestSoundFile::truncatedFileGivesWhatItHasAndSaysSo()
+void TestSoundFile::truncatedFileGivesWhatItHas()
 {
     QFETCH(int, format);
     QFETCH(double, rate);
@@ -329,13 +329,9 @@ void TestSoundFile::truncatedFileGivesWhatItHasAndSaysSo()
             QVERIFY(QFile::resize(QString::fromStdString(file), QFileInfo(path("cut").c_str()).size() / 2));
         const auto sound = open(file, error, rate);
         QVERIFY2(sound, error.c_str());
-        QVERIFY(!sound->isCutShort());
         const auto all = readAll(*sound);
-        QCOMPARE(sound->isCutShort(), cut);
         QVERIFY(sound->rewind());
-        QVERIFY(!sound->isCutShort()); // nobody has seen its end yet
         QCOMPARE(readAll(*sound).size(), all.size());
-        QCOMPARE(sound->isCutShort(), cut);
         if (!cut) {
             whole = all.size();
             continue;
@@ -349,6 +345,26 @@ void TestSoundFile::truncatedFileGivesWhatItHasAndSaysSo()
             im += all[std::size_t(n)].left * std::sin(2 * M_PI * hz * n) / 5000;
         }
         QVERIFY2(std::abs(std::hypot(re, im) - 0.5) < 0.05, qPrintable(QString::number(std::hypot(re, im))));
+    }
+}
+
+void TestSoundFile::framesThatFlacPromisesAndLacksAreTold()
+{
+    const std::string file = files::write(path("cut.flac"), SF_FORMAT_FLAC | SF_FORMAT_PCM_16, 48000, 2,
+                                          sine(480000, 2, 440, 48000));
+    for (const bool cut : {false, true}) {
+        if (cut)
+            QVERIFY(QFile::resize(QString::fromStdString(file), QFileInfo(file.c_str()).size() / 2));
+        std::string error;
+        const auto sound = open(file, error);
+        QVERIFY2(sound, error.c_str());
+        QVERIFY(!sound->isCutShort());
+        readAll(*sound);
+        QCOMPARE(sound->isCutShort(), cut);
+        QVERIFY(sound->rewind());
+        QVERIFY(!sound->isCutShort()); // nobody has seen its end yet
+        readAll(*sound);
+        QCOMPARE(sound->isCutShort(), cut);
     }
 }
 
@@ -380,15 +396,11 @@ void TestSoundFile::soundBehindAnOpenSizeIsReadToTheEnd_data()
     QTest::addColumn<int>("format");
     QTest::addColumn<QByteArray>("before");
     QTest::addColumn<QByteArray>("size");
-    const QByteArray none(4, 0), largest(4, char(0xff)), largest8(8, char(0xff));
+    const QByteArray none(4, 0), largest(4, char(0xff));
     const int pcm = SF_FORMAT_PCM_16;
     // clang-format off
-    QTest::newRow("WAV, none")        << int(SF_FORMAT_WAV | pcm)                 << QByteArray("data") << none;
     QTest::newRow("WAV, the largest") << int(SF_FORMAT_WAV | pcm)                 << QByteArray("data") << largest;
-    QTest::newRow("WAV, big endian")  << int(SF_FORMAT_WAV | pcm | SF_ENDIAN_BIG) << QByteArray("data") << none;
-    QTest::newRow("WAV, float")       << int(SF_FORMAT_WAV | SF_FORMAT_FLOAT)     << QByteArray("data") << none;
     QTest::newRow("AIFF, none")       << int(SF_FORMAT_AIFF | pcm)                << QByteArray("SSND") << none;
-    QTest::newRow("CAF, the largest") << int(SF_FORMAT_CAF | pcm)                 << QByteArray("data") << largest8;
     QTest::newRow("Wave64, none")     << int(SF_FORMAT_W64 | pcm) << QByteArray::fromHex("64617461f3acd3118cd100c04f8edb8a") << QByteArray(8, 0);
     // clang-format on
 }
@@ -415,38 +427,6 @@ void TestSoundFile::soundBehindAnOpenSizeIsReadToTheEnd()
             QVERIFY(std::abs(all[n].right - written[2 * n + 1]) < 1e-4f);
         QVERIFY(sound->rewind());
     }
-}
-
-void TestSoundFile::mp3WithoutATagIsReadToTheEnd()
-{
-    // Frames differ in length, and the first ones, noise, are the longest: what is guessed from them is far
-    // too short.
-    std::vector<float> samples = sine(480000, 2, 440, 48000);
-    unsigned state = 1;
-    for (std::size_t n = 0; n < 20000; ++n)
-        samples[n] = float(int((state = state * 1664525u + 1013904223u) >> 8) - 8388608) / 16777216.0f;
-    QFile whole(QString::fromStdString(
-        files::write(path("whole"), SF_FORMAT_MPEG | SF_FORMAT_MPEG_LAYER_III, 48000, 2, samples)));
-    QVERIFY(whole.open(QIODevice::ReadOnly));
-    const QByteArray stream = files::withoutTag(whole.readAll());
-    QVERIFY(!stream.isEmpty());
-    QFile file(folder.filePath("stream.mp3"));
-    QVERIFY(file.open(QIODevice::WriteOnly) && file.write(stream) == stream.size());
-    file.close();
-
-    std::string error;
-    const auto sound = open(path("stream.mp3"), error);
-    QVERIFY2(sound, error.c_str());
-    const auto first = readAll(*sound);
-    QVERIFY(!sound->isCutShort());
-    QVERIFY2(first.size() > 480000 - 1200 && first.size() < 480000 + 3 * 1152,
-             qPrintable(QString::number(first.size())));
-    QVERIFY(sound->rewind());
-    QCOMPARE(readAll(*sound).size(), first.size());
-    QVERIFY(file.resize(stream.size() / 2));
-    QVERIFY(sound->rewind());
-    const auto half = readAll(*sound);
-    QVERIFY(sound->isCutShort() && half.size() > 100000 && half.size() < 400000);
 }
 
 void TestSoundFile::notANumberIsSilence()
