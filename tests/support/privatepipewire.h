@@ -1,5 +1,7 @@
 #pragma once
 
+#include "tests/support/process.h"
+
 #include <QElapsedTimer>
 #include <QFile>
 #include <QProcess>
@@ -145,7 +147,7 @@ private:
     {
         if (process.state() == QProcess::NotRunning)
             return;
-        ::kill(pid_t(process.processId()), signal);
+        sendSignal(process, signal);
         process.waitForFinished(5000);
     }
 
@@ -232,7 +234,7 @@ public:
     std::vector<std::vector<float>> stop()
     {
         if (process_.state() != QProcess::NotRunning) {
-            ::kill(pid_t(process_.processId()), SIGINT);
+            sendSignal(process_, SIGINT);
             process_.waitForFinished(10000);
         }
         // RIFF chunks; pw-cat writes 32 bit floats here.

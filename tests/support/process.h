@@ -6,6 +6,14 @@
 
 #include <csignal>
 
+/// Sends a signal to a process that runs, and to nothing else: one that did not start has an id that stands
+/// for whole groups of processes. False when nothing was sent.
+inline bool sendSignal(const QProcess& process, int signal)
+{
+    const qint64 id = process.processId();
+    return id > 1 && ::kill(pid_t(id), signal) == 0;
+}
+
 /// A program of its own, ended with the object at the latest, its output kept as it comes.
 class Process
 {
@@ -62,7 +70,7 @@ public:
         m_process.waitForFinished(0);
         return m_process.state() == QProcess::Running;
     }
-    void raise(int signal) { ::kill(static_cast<pid_t>(m_process.processId()), signal); }
+    void raise(int signal) { sendSignal(m_process, signal); }
 
 private:
     QProcess m_process;

@@ -256,7 +256,7 @@ void TestOffline::signalEndsARenderingAndLeavesNothing()
         return !unfinished.isEmpty() && unfinished.first().size() > 100000;
     };
     QTRY_VERIFY_WITH_TIMEOUT(underWay(), 20000);
-    ::kill(pid_t(unit.processId()), signal);
+    QVERIFY(sendSignal(unit, signal));
     QVERIFY(unit.waitForFinished(20000));
     QCOMPARE(unit.exitStatus(), QProcess::CrashExit); // by the signal, not by an exit code
     QCOMPARE(unit.exitCode(), signal);
@@ -273,7 +273,7 @@ void TestOffline::hangupThatIsIgnoredStaysIgnored()
     unit.start("sh", {"-c", "trap '' HUP; exec \"$@\"", "sh", HEADUNIT, "--render",
                       folder->filePath("in.wav"), folder->filePath("out.wav")});
     QTRY_VERIFY_WITH_TIMEOUT(!entries().filter("unfinished-").isEmpty(), 20000);
-    ::kill(pid_t(unit.processId()), SIGHUP);
+    QVERIFY(sendSignal(unit, SIGHUP));
     QVERIFY(unit.waitForFinished(60000));
     QCOMPARE(unit.exitStatus(), QProcess::NormalExit);
     QCOMPARE(unit.exitCode(), 0);

@@ -3,13 +3,13 @@
 #include "common/settings.h"
 #include "platform/common/settings/settingsstore.h"
 #include "tests/support/messagelog.h"
+#include "tests/support/process.h"
 
 #include <QDir>
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QtTest>
 
-#include <csignal>
 #include <sqlite3.h>
 #include <sys/stat.h>
 
@@ -68,7 +68,7 @@ public:
     {
         if (m_process.state() == QProcess::NotRunning)
             return;
-        ::kill(static_cast<pid_t>(m_process.processId()), SIGKILL);
+        sendSignal(m_process, SIGKILL);
         m_process.waitForFinished(patienceMs);
     }
     bool say(const QByteArray& words)
