@@ -4,7 +4,7 @@
 #include <QStringList>
 #include <QtGlobal>
 
-/// Collects what is logged while it lives, instead of printing it.
+/// Collects what is logged while it lives, instead of printing it. One at a time.
 class MessageLog
 {
 public:
@@ -22,7 +22,7 @@ public:
         static QStringList theLines;
         return theLines;
     }
-    int count(const QString& part) const { return lines().filter(part).size(); }
+    static int count(const QString& part) { return lines().filter(part).size(); }
 
 private:
     static void collect(QtMsgType, const QMessageLogContext&, const QString& text) { lines().append(text); }

@@ -6,14 +6,16 @@
 #include <QEvent>
 #include <QTranslator>
 
+#include <algorithm>
+#include <iterator>
 #include <memory>
 
 namespace cm {
 
 namespace {
 
-constexpr int kEnglish = 0;
-constexpr int kHighestId = 4095; ///< ids lie below; far above the highest that is in use
+constexpr int englishIndex = 0;
+constexpr int highestId = 4095; ///< ids lie below; far above the highest that is in use
 
 struct Row
 {
@@ -22,7 +24,7 @@ struct Row
 };
 
 // clang-format off
-constexpr Row kLanguages[] = {
+constexpr Row languages[] = {
     {"en",    "English"},
     {"de",    "Deutsch"},
     {"fr",    "Français"},
@@ -33,21 +35,20 @@ constexpr Row kLanguages[] = {
     {"ja",    "日本語"},
 };
 // clang-format on
-constexpr int kCount = int(sizeof kLanguages / sizeof *kLanguages);
-static_assert(kCount == 8, "a language is a row here and a file in ts/");
+static_assert(std::size(languages) == 8, "a language is a row here and a file in ts/");
 
 struct Texts
 {
     QTranslator english;
     std::unique_ptr<QTranslator> other; ///< the current language's, when that isn't English
-    int current = kEnglish;
+    int current = englishIndex;
 
-    Texts() { load(english, kEnglish); }
+    Texts() { load(english, englishIndex); }
 
     bool use(int index)
     {
         std::unique_ptr<QTranslator> loaded;
-        if (index != kEnglish) {
+        if (index != englishIndex) {
             loaded = std::make_unique<QTranslator>();
             if (!load(*loaded, index))
                 return false;
@@ -59,10 +60,10 @@ struct Texts
 
     static bool load(QTranslator& translator, int index)
     {
-        const QString file = QStringLiteral(":/audiosetting_texts/%1.qm").arg(kLanguages[index].code);
+        const QString file = QStringLiteral(":/audiosetting_texts/%1.qm").arg(languages[index].code);
         if (translator.load(file))
             return true;
-        qCritical("Language: the texts of \"%s\" are missing (%s)", kLanguages[index].code, qPrintable(file));
+        qCritical("Language: the texts of \"%s\" are missing (%s)", languages[index].code, qPrintable(file));
         return false;
     }
 };
@@ -77,14 +78,18 @@ Texts& texts()
 int indexOf(const QString& code)
 {
     const QString name = code.section('.', 0, 0).section('@', 0, 0).replace('-', '_');
-    for (int i = 0; i < kCount; ++i)
-        if (!name.compare(QLatin1String(kLanguages[i].code), Qt::CaseInsensitive))
-            return i;
+    const auto rowWhere = [](const auto& fits) {
+        const auto row = std::find_if(std::begin(languages), std::end(languages), fits);
+        return row == std::end(languages) ? -1 : static_cast<int>(row - languages);
+    };
+    const int exact = rowWhere(
+        [&name](const Row& row) { return !name.compare(QLatin1String(row.code), Qt::CaseInsensitive); });
+    if (exact >= 0)
+        return exact;
     const QString language = name.section('_', 0, 0);
-    for (int i = 0; i < kCount; ++i)
-        if (!language.compare(QString(kLanguages[i].code).section('_', 0, 0), Qt::CaseInsensitive))
-            return i;
-    return -1;
+    return rowWhere([&language](const Row& row) {
+        return !language.compare(QString(row.code).section('_', 0, 0), Qt::CaseInsensitive);
+    });
 }
 
 /// What the environment asks for, by POSIX: the first of these that is set counts.
@@ -146,14 +151,14 @@ Language::~Language() = default;
 QStringList Language::codes()
 {
     QStringList all;
-    for (const Row& row : kLanguages)
+    for (const Row& row : languages)
         all.append(QString::fromLatin1(row.code));
     return all;
 }
 
 QString Language::nativeName(const QString& code)
 {
-    for (const Row& row : kLanguages)
+    for (const Row& row : languages)
         if (code == QLatin1String(row.code))
             return QString::fromUtf8(row.nativeName);
     return {};
@@ -163,7 +168,7 @@ QVector<int> Language::textIds()
 {
     // The files are the one list; English has them all.
     QVector<int> ids;
-    for (int id = 0; id <= kHighestId; ++id)
+    for (int id = 0; id <= highestId; ++id)
         if (!textIn(texts().english, id).isNull())
             ids.append(id);
     return ids;
@@ -171,7 +176,7 @@ QVector<int> Language::textIds()
 
 QString Language::current() const
 {
-    return QString::fromLatin1(kLanguages[texts().current].code);
+    return QString::fromLatin1(languages[texts().current].code);
 }
 
 bool Language::setCurrent(const QString& code)

@@ -18,15 +18,15 @@ namespace {
 
 // Style 4, made for a row of 59 px: the bubble with the number above, so that the finger on the handle
 // doesn't cover it, and the track below.
-constexpr int kBubbleWidth = 58;
-constexpr int kBubbleHeight = 31;
-constexpr int kPointerHeight = 5; ///< the bubble's tip
-constexpr int kHandleRadius = 10;
-constexpr int kTrackHeight = 6;
-constexpr int kDigits = 23;                         ///< px
-constexpr int kMargin = kBubbleWidth / 2 + 2;       ///< from the edge to the handle's centre at either end
-constexpr int kTrackFromBottom = kHandleRadius + 2; ///< to the track's centre line
-constexpr int kSettleMs = 400;
+constexpr int bubbleWidth = 58;
+constexpr int bubbleHeight = 31;
+constexpr int pointerHeight = 5; ///< the bubble's tip
+constexpr int handleRadius = 10;
+constexpr int trackHeight = 6;
+constexpr int digitPixels = 23;
+constexpr int margin = bubbleWidth / 2 + 2;       ///< from the edge to the handle's centre at either end
+constexpr int trackFromBottom = handleRadius + 2; ///< to the track's centre line
+constexpr int settleMs = 400;
 
 /// Relative luminance, WCAG 2.1.
 qreal luminance(const QColor& color)
@@ -84,7 +84,7 @@ CustomSlider_2::CustomSlider_2(QWidget* parent, const QRect& geometry, int style
     setGeometry(geometry);
     setFocusPolicy(Qt::TabFocus); // a touch takes no focus, the keyboard reaches it
     d->settle.setSingleShot(true);
-    d->settle.setInterval(kSettleMs);
+    d->settle.setInterval(settleMs);
     connect(&d->settle, &QTimer::timeout, this, [this] { d->settled(); });
 }
 
@@ -112,15 +112,15 @@ void CustomSlider_2::setHintColor(const QColor& color)
 int CustomSlider_2Private::valueAt(int x) const
 {
     const bool flipped = q->invertedAppearance() != (q->layoutDirection() == Qt::RightToLeft);
-    return QStyle::sliderValueFromPosition(q->minimum(), q->maximum(), x - kMargin,
-                                           qMax(1, q->width() - 2 * kMargin), flipped);
+    return QStyle::sliderValueFromPosition(q->minimum(), q->maximum(), x - margin,
+                                           qMax(1, q->width() - 2 * margin), flipped);
 }
 
 int CustomSlider_2Private::handleX() const
 {
     const bool flipped = q->invertedAppearance() != (q->layoutDirection() == Qt::RightToLeft);
-    return kMargin + QStyle::sliderPositionFromValue(q->minimum(), q->maximum(), q->sliderPosition(),
-                                                     qMax(1, q->width() - 2 * kMargin), flipped);
+    return margin + QStyle::sliderPositionFromValue(q->minimum(), q->maximum(), q->sliderPosition(),
+                                                    qMax(1, q->width() - 2 * margin), flipped);
 }
 
 /// Ends a drag or a stepping that doesn't count: the slider shows again what was last saved or set.
@@ -287,38 +287,38 @@ void CustomSlider_2Private::paint()
     painter.setPen(Qt::NoPen);
 
     const int x = handleX();
-    const qreal y = q->height() - kTrackFromBottom;
-    const QRectF track(kMargin - kHandleRadius, y - kTrackHeight / 2.0,
-                       q->width() - 2.0 * (kMargin - kHandleRadius), kTrackHeight);
+    const qreal y = q->height() - trackFromBottom;
+    const QRectF track(margin - handleRadius, y - trackHeight / 2.0,
+                       q->width() - 2.0 * (margin - handleRadius), trackHeight);
     QRectF filled = track;
     if (option.upsideDown)
         filled.setLeft(x);
     else
         filled.setRight(x);
     painter.setBrush(QColor(palette::lineStrong));
-    painter.drawRoundedRect(track, kTrackHeight / 2.0, kTrackHeight / 2.0);
+    painter.drawRoundedRect(track, trackHeight / 2.0, trackHeight / 2.0);
     painter.setBrush(QColor(enabled ? palette::accent : palette::accentDeep));
-    painter.drawRoundedRect(filled, kTrackHeight / 2.0, kTrackHeight / 2.0);
+    painter.drawRoundedRect(filled, trackHeight / 2.0, trackHeight / 2.0);
 
     const QColor handle = !enabled   ? QColor(palette::inkDim).darker(170)
                           : dragging ? hint
                                      : QColor(palette::ink);
     painter.setBrush(QColor(palette::page)); // a gap that lifts the handle off the track
-    painter.drawEllipse(QPointF(x, y), kHandleRadius + 2, kHandleRadius + 2);
+    painter.drawEllipse(QPointF(x, y), handleRadius + 2, handleRadius + 2);
     painter.setBrush(handle);
-    painter.drawEllipse(QPointF(x, y), kHandleRadius, kHandleRadius);
+    painter.drawEllipse(QPointF(x, y), handleRadius, handleRadius);
 
     const QColor ground = dragging ? hint : QColor(enabled ? palette::panel : palette::line);
-    const QRectF bubble(x - kBubbleWidth / 2.0, 1, kBubbleWidth, kBubbleHeight);
+    const QRectF bubble(x - bubbleWidth / 2.0, 1, bubbleWidth, bubbleHeight);
     QPainterPath shape;
     shape.addRoundedRect(bubble, 8, 8);
     QPainterPath tip;
     tip.addPolygon(QPolygonF({QPointF(x - 6, bubble.bottom() - 1), QPointF(x + 6, bubble.bottom() - 1),
-                              QPointF(x, bubble.bottom() + kPointerHeight)}));
+                              QPointF(x, bubble.bottom() + pointerHeight)}));
     painter.fillPath(shape.united(tip), ground);
 
     QFont digits = q->font();
-    digits.setPixelSize(kDigits);
+    digits.setPixelSize(digitPixels);
     digits.setBold(true);
     painter.setFont(digits);
     painter.setPen(!enabled ? QColor(palette::inkDim) : readableOn(ground));

@@ -10,8 +10,8 @@
 namespace cm {
 
 namespace {
-constexpr int kLongPressMs = 800;
-constexpr int kRepeatMs = 150;
+constexpr int longPressMs = 800;
+constexpr int repeatMs = 150;
 } // namespace
 
 /// Follows the button's own pressed(), released() and clicked(), so that a press by keyboard or by a screen
@@ -63,7 +63,7 @@ private slots:
     {
         // An auto-repeating button reports a press again and again while it is down.
         if (!timer.isActive())
-            timer.start(longGiven ? kRepeatMs : kLongPressMs);
+            timer.start(longGiven ? repeatMs : longPressMs);
     }
 
     void onReleased()
@@ -81,7 +81,7 @@ private slots:
 
     void onHeld()
     {
-        timer.start(kRepeatMs); // before the signal: its receiver may delete the wrapper
+        timer.start(repeatMs); // before the signal: its receiver may delete the wrapper
         if (longGiven) {
             emit q->longPressedRepeat();
         } else {

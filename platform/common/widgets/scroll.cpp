@@ -19,9 +19,9 @@ namespace cm {
 
 namespace {
 
-constexpr int kBarWidth = 6;
-constexpr int kShortestHandle = 48;
-constexpr int kGlideMs = 300;
+constexpr int barWidth = 6;
+constexpr int shortestHandle = 48;
+constexpr int glideMs = 300;
 
 /// A slider in the area keeps the finger that went down on it.
 bool belongsToSlider(const QWidget* viewport, const QPoint& pos)
@@ -116,7 +116,7 @@ QRect ScrollBarPrivate::handleRect() const
     const int pages = range + q->pageStep();
     const int height = q->height();
     const int length =
-        pages > 0 ? qBound(qMin(kShortestHandle, height), int(qint64(height) * q->pageStep() / pages), height)
+        pages > 0 ? qBound(qMin(shortestHandle, height), int(qint64(height) * q->pageStep() / pages), height)
                   : height;
     const int y = QStyle::sliderPositionFromValue(q->minimum(), q->maximum(), q->sliderPosition(),
                                                   height - length, q->invertedAppearance());
@@ -196,9 +196,9 @@ void ScrollBarPrivate::paint()
         painter.drawRoundedRect(r, thickness / 2.0, thickness / 2.0);
     };
     const QRect handle = handleRect();
-    bar(0, q->height(), kBarWidth - 2, palette::lineStrong);
+    bar(0, q->height(), barWidth - 2, palette::lineStrong);
     const bool held = grip >= 0;
-    bar(handle.top(), handle.height(), held ? kBarWidth + 4 : kBarWidth,
+    bar(handle.top(), handle.height(), held ? barWidth + 4 : barWidth,
         !q->isEnabled() ? palette::panel
         : held          ? palette::accentBright
                         : palette::inkDim);
@@ -225,7 +225,7 @@ public:
         , vertical(vertical)
         , horizontal(horizontal)
     {
-        glide.setDuration(kGlideMs);
+        glide.setDuration(glideMs);
         glide.setEasingCurve(QEasingCurve::OutCubic);
         connect(&glide, SIGNAL(valueChanged(QVariant)), this, SLOT(onGlide(QVariant)));
     }

@@ -19,22 +19,23 @@ namespace cm {
 
 namespace {
 
-constexpr int kBaseSize = 11; ///< pt; fills the lowest captions, 20 px high, without being cut
-constexpr int kFaceRadius = 8;
-constexpr int kRingWidth = 3;
-constexpr int kScrollMargin = 20; ///< px above or below what the keyboard scrolls to
+constexpr int baseSize = 11; ///< pt; fills the lowest captions, 20 px high, without being cut
+constexpr int faceRadius = 8;
+constexpr int ringWidth = 3;
+constexpr int scrollMargin = 20; ///< px above or below what the keyboard scrolls to
 
-constexpr char kLatin[] = "Noto Sans"; // with Greek and Cyrillic
-constexpr char kArabic[] =
+constexpr char latinFamily[] = "Noto Sans"; // with Greek and Cyrillic
+constexpr char arabicFamily[] =
     "Noto Sans Arabic UI"; // lines as high as Latin ones; without "UI" two don't fit a tab
-constexpr char kChinese[] = "Noto Sans CJK SC";
-constexpr char kJapanese[] = "Noto Sans CJK JP";
+constexpr char chineseFamily[] = "Noto Sans CJK SC";
+constexpr char japaneseFamily[] = "Noto Sans CJK JP";
 
 /// Chinese and Japanese share code points that they draw differently, so the language's own comes first.
 QStringList familiesOf(const QString& code)
 {
-    return code == QLatin1String("ja") ? QStringList{kLatin, kArabic, kJapanese, kChinese}
-                                       : QStringList{kLatin, kArabic, kChinese, kJapanese};
+    return code == QLatin1String("ja")
+               ? QStringList{latinFamily, arabicFamily, japaneseFamily, chineseFamily}
+               : QStringList{latinFamily, arabicFamily, chineseFamily, japaneseFamily};
 }
 
 /// Says once which family isn't installed; fontconfig then picks some other one.
@@ -55,8 +56,8 @@ void tellMissingFamilies()
 void applyFont(QApplication& application, const QString& code)
 {
     // Also for those who name the Latin family alone.
-    QFont::removeSubstitutions(kLatin);
-    QFont::insertSubstitutions(kLatin, familiesOf(code).mid(1));
+    QFont::removeSubstitutions(latinFamily);
+    QFont::insertSubstitutions(latinFamily, familiesOf(code).mid(1));
     application.setFont(UnitStyle::font(code));
 }
 
@@ -85,14 +86,14 @@ QPixmap picture(const QStyleOptionButton& key, const QWidget* widget)
 }
 
 /// Marks the keys that the keyboard stops at.
-constexpr char kTabStop[] = "unitStyleTabStop";
+constexpr char tabStopProperty[] = "unitStyleTabStop";
 
 /// Qt leaves an exclusive group one tab stop, the key that had the focus last; the arrow keys would go on,
 /// and each step would also act. On this unit every key is looked at before it is worked.
 void restoreTabStops(const QWidget* window)
 {
     for (QAbstractButton* key : window->findChildren<QAbstractButton*>()) {
-        if (key->group() && key->group()->exclusive() && key->property(kTabStop).toBool())
+        if (key->group() && key->group()->exclusive() && key->property(tabStopProperty).toBool())
             key->setFocusPolicy(Qt::FocusPolicy(key->focusPolicy() | Qt::TabFocus));
     }
 }
@@ -102,7 +103,7 @@ void bringIntoView(QWidget* focused)
 {
     for (QWidget* parent = focused->parentWidget(); parent; parent = parent->parentWidget()) {
         if (auto* area = qobject_cast<QScrollArea*>(parent))
-            area->ensureWidgetVisible(focused, 0, kScrollMargin);
+            area->ensureWidgetVisible(focused, 0, scrollMargin);
     }
 }
 
@@ -110,13 +111,12 @@ void drawFocusRing(const QStyleOption& option, QPainter* painter)
 {
     if (!(option.state & QStyle::State_KeyboardFocusChange))
         return; // the focus came by touch or by code
-    const qreal half = kRingWidth / 2.0;
+    const qreal half = ringWidth / 2.0;
     painter->save();
     painter->setRenderHint(QPainter::Antialiasing);
     painter->setBrush(Qt::NoBrush);
-    painter->setPen(QPen(QColor(palette::accentBright), kRingWidth));
-    painter->drawRoundedRect(QRectF(option.rect).adjusted(half, half, -half, -half), kFaceRadius,
-                             kFaceRadius);
+    painter->setPen(QPen(QColor(palette::accentBright), ringWidth));
+    painter->drawRoundedRect(QRectF(option.rect).adjusted(half, half, -half, -half), faceRadius, faceRadius);
     painter->restore();
 }
 
@@ -143,7 +143,7 @@ void UnitStyle::install(QApplication& application)
 
 QFont UnitStyle::font(const QString& code)
 {
-    QFont font(QLatin1String(kLatin), kBaseSize);
+    QFont font(QLatin1String(latinFamily), baseSize);
     font.setFamilies(familiesOf(code));
     return font;
 }
@@ -157,7 +157,7 @@ QPalette UnitStyle::palette()
         QRgb active, disabled;
     };
     // clang-format off
-    static constexpr Row kRows[] = {
+    static constexpr Row paletteRows[] = {
         {QPalette::Window,          page,         page},
         {QPalette::WindowText,      ink,          inkDim},
         {QPalette::Base,            well,         well},
@@ -181,7 +181,7 @@ QPalette UnitStyle::palette()
     };
     // clang-format on
     QPalette all;
-    for (const Row& row : kRows) {
+    for (const Row& row : paletteRows) {
         all.setColor(QPalette::All, row.role, QColor(row.active));
         all.setColor(QPalette::Disabled, row.role, QColor(row.disabled));
     }
@@ -215,7 +215,7 @@ void UnitStyle::drawControl(ControlElement element, const QStyleOption* option, 
             painter->setRenderHint(QPainter::Antialiasing);
             painter->setPen(Qt::NoPen);
             painter->setBrush(QColor(lit ? palette::accentDeep : palette::panel));
-            painter->drawRoundedRect(QRectF(key->rect).adjusted(1, 1, -1, -1), kFaceRadius, kFaceRadius);
+            painter->drawRoundedRect(QRectF(key->rect).adjusted(1, 1, -1, -1), faceRadius, faceRadius);
         }
     } else {
         // Dimmed as a whole, so that Qt needs no grey picture of its own making.
@@ -278,7 +278,7 @@ void UnitStyle::polish(QWidget* widget)
     if (key->focusPolicy() == Qt::StrongFocus)
         key->setFocusPolicy(Qt::TabFocus);
     if (key->focusPolicy() & Qt::TabFocus)
-        key->setProperty(kTabStop, true);
+        key->setProperty(tabStopProperty, true);
 }
 
 void UnitStyle::polish(QApplication* application)

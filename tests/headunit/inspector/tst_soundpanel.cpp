@@ -1,7 +1,7 @@
 #include "headunit/inspector/soundpanel.h"
 
 #include "tests/headunit/sound/fakesound.h"
-#include "tests/support/messages.h"
+#include "tests/support/messagelog.h"
 
 #include "headunit/inspector/levelmeter.h"
 #include "headunit/inspector/responseplot.h"
@@ -289,10 +289,10 @@ void TestSoundPanel::pictureGetsAnEnding()
 void TestSoundPanel::pictureThatCantBeWrittenIsSaid()
 {
     m_panel->show();
-    const Messages messages;
+    const MessageLog messages;
     QVERIFY(!m_panel->savePicture("/no/such/folder/responses.png"));
     QVERIFY(m_panel->findChild<QLabel*>("picture_saved")->text().contains("can't be written"));
-    QCOMPARE(Messages::with("/no/such/folder"), 1);
+    QCOMPARE(MessageLog::count("/no/such/folder"), 1);
 }
 
 void TestSoundPanel::saveKeyAsksWhereTo()

@@ -1,6 +1,6 @@
 #include "headunit/shell/pluginloader.h"
 
-#include "tests/support/messages.h"
+#include "tests/support/messagelog.h"
 
 #include "common/appplugin.h"
 #include "common/windowinterface.h"
@@ -116,12 +116,12 @@ void TestPluginLoader::refusesEachBrokenFileAndGoesOn()
         folderWith({file});
     }
 
-    Messages messages;
+    MessageLog messages;
     PluginLoader loader;
     loader.load(folder);
     QCOMPARE(loader.refused().size(), 1);
     QVERIFY2(reasonFor(loader, file).contains(reason), qPrintable(reasonFor(loader, file)));
-    QVERIFY(messages.with(file) >= 1);
+    QVERIFY(messages.count(file) >= 1);
     QCOMPARE(loader.loaded().size(), 1);
     QCOMPARE(loader.loaded()[0].file, QStringLiteral("zz_good.so"));
 }
@@ -152,7 +152,7 @@ void TestPluginLoader::otherQtVersionIsNamed()
     old.write(bytes);
     old.close();
 
-    Messages messages;
+    MessageLog messages;
     PluginLoader loader;
     loader.load(m_folder->path());
     QCOMPARE(loader.loaded().size(), 0);
@@ -228,11 +228,11 @@ void TestPluginLoader::linkedLibraryIsLoadedOnce()
 
 void TestPluginLoader::missingFolderIsLoggedAndLoadsNothing()
 {
-    Messages messages;
+    MessageLog messages;
     PluginLoader loader;
     loader.load(m_folder->filePath("nowhere"));
     QCOMPARE(loader.loaded().size(), 0);
-    QCOMPARE(messages.with("nowhere does not exist"), 1);
+    QCOMPARE(messages.count("nowhere does not exist"), 1);
 }
 
 void TestPluginLoader::unloadDeletesThePluginObject()

@@ -1,7 +1,7 @@
 #include "headunit/shell/shell.h"
 
 #include "tests/headunit/shell/fakewindow.h"
-#include "tests/support/messages.h"
+#include "tests/support/messagelog.h"
 
 #include "headunit/front/launcher.h"
 #include "headunit/front/screen.h"
@@ -160,9 +160,9 @@ void TestShell::touchingATileOpensTheWindow()
 
 void TestShell::unknownWindowIsRefused()
 {
-    Messages messages;
+    MessageLog messages;
     QVERIFY(!m_shell->openWindow(34));
-    QCOMPARE(messages.with("window 34"), 1);
+    QCOMPARE(messages.count("window 34"), 1);
     QVERIFY(!m_shell->front());
 }
 
@@ -178,9 +178,9 @@ void TestShell::windowWithoutRootWidgetLeavesTheLauncherInFront()
 void TestShell::secondWindowOfTheSameIdIsRefused()
 {
     FakeWindow second;
-    Messages messages;
+    MessageLog messages;
     m_shell->addWindow(33, &second);
-    QCOMPARE(messages.with("window 33"), 1);
+    QCOMPARE(messages.count("window 33"), 1);
     QCOMPARE(screen()->launcher()->findChildren<LauncherTile*>().size(), 1);
 }
 

@@ -1,7 +1,7 @@
 #include "headunit/shell/windowhost.h"
 
 #include "tests/headunit/shell/fakewindow.h"
-#include "tests/support/messages.h"
+#include "tests/support/messagelog.h"
 
 #include <QtTest>
 
@@ -162,11 +162,11 @@ void TestWindowHost::refreshBehindTheFrontDoesNothing()
 void TestWindowHost::windowWithoutRootWidgetIsNotInFront()
 {
     m_window.handsOutRoot = false;
-    Messages messages;
+    MessageLog messages;
     QVERIFY(!m_host->open());
     QVERIFY(!m_host->isInFront());
     QCOMPARE(m_window.take(), QStringList{"onCreate"});
-    QCOMPARE(messages.with("no root widget"), 1);
+    QCOMPARE(messages.count("no root widget"), 1);
     m_host->leave();
     QCOMPARE(m_window.take(), QStringList());
 }

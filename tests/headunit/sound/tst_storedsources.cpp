@@ -1,7 +1,7 @@
 #include "headunit/sound/storedsources.h"
 
 #include "tests/headunit/sound/fakesound.h"
-#include "tests/support/messages.h"
+#include "tests/support/messagelog.h"
 
 #include "headunit/sound/soundnames.h"
 #include "platform/common/settings/settingsstore.h"
@@ -71,11 +71,11 @@ void TestStoredSources::whatIsKeptComesBack()
     QFETCH(QString, path);
     keepSource(HVAudio_source_BtAudio, SourceKind(kind), path);
     keepPlayingSource(HVAudio_source_BtAudio);
-    const Messages messages;
+    const MessageLog messages;
     restoreSources(m_sound.data());
     QCOMPARE(m_sound->take(), QStringList({QStringLiteral("setSource 5 %1 \"%2\"").arg(kind).arg(path),
                                            QStringLiteral("play 5")}));
-    QCOMPARE(Messages::all(), QStringList());
+    QCOMPARE(MessageLog::lines(), QStringList());
     QCOMPARE(sourceComplaints(*m_sound), QStringList());
     // Once is enough.
     restoreSources(m_sound.data());
@@ -115,11 +115,11 @@ void TestStoredSources::badValueIsLoggedAndCountsAsNone()
     QFETCH(QString, key);
     QFETCH(QVariant, value);
     store()->setValue(key, value, true);
-    const Messages messages;
+    const MessageLog messages;
     restoreSources(m_sound.data());
     QCOMPARE(m_sound->take(), QStringList());
-    QCOMPARE(Messages::with(key), 1);
-    QVERIFY(Messages::all().first().size() < 300);
+    QCOMPARE(MessageLog::count(key), 1);
+    QVERIFY(MessageLog::lines().first().size() < 300);
     QCOMPARE(store()->value(key), value);
     QCOMPARE(sourceComplaints(*m_sound), QStringList());
 }
@@ -130,12 +130,12 @@ void TestStoredSources::fileThatHasGoneIsSaidAndSilentAndStaysKept()
     keepSource(HVAudio_source_AvIn, SourceKind::Sweep, QString());
     m_sound->refusal = "/stick/gone.wav: no such file";
     m_sound->refuses = SourceKind::File;
-    const Messages messages;
+    const MessageLog messages;
     restoreSources(m_sound.data());
     QCOMPARE(m_sound->sourceKind(HVAudio_source_Usb), SourceKind::Silence);
     QCOMPARE(m_sound->sourceKind(HVAudio_source_AvIn), SourceKind::Sweep);
-    QCOMPARE(Messages::with("USB"), 1);
-    QCOMPARE(Messages::with("'/stick/gone.wav' stays kept"), 1);
+    QCOMPARE(MessageLog::count("USB"), 1);
+    QCOMPARE(MessageLog::count("'/stick/gone.wav' stays kept"), 1);
     QCOMPARE(sourceComplaints(*m_sound).filter("/stick/gone.wav").size(), 1);
     QCOMPARE(store()->value("Headunit_Source_USB"), QVariant("file:/stick/gone.wav"));
     // The stick is back at the next start.

@@ -1,6 +1,6 @@
 #include "headunit/sound/unitsound.h"
 
-#include "tests/support/messages.h"
+#include "tests/support/messagelog.h"
 
 #include "common/mcumanager.h"
 #include "headunit/inspector/inspector.h"
@@ -170,18 +170,18 @@ void TestUnitSound::serviceIsSilentWithoutIt()
 
 void TestUnitSound::outputIsToldOnceInTheLog()
 {
-    const Messages messages;
+    const MessageLog messages;
     start();
     QTRY_VERIFY(m_sound->status().contains("no sound output"));
-    QCOMPARE(Messages::with("no sound output"), 1);
+    QCOMPARE(MessageLog::count("no sound output"), 1);
 }
 
 void TestUnitSound::unusableOutputIsSaidAndTheRestWorks()
 {
-    const Messages messages;
+    const MessageLog messages;
     m_sound.reset(new UnitSound);
     QVERIFY(!m_sound->start("/no/such/folder/out.wav"));
-    QCOMPARE(Messages::with("/no/such/folder/out.wav"), 1);
+    QCOMPARE(MessageLog::count("/no/such/folder/out.wav"), 1);
     m_shell.reset(new Shell(false, m_sound.data()));
     QVERIFY(m_sound->setSource(HVAudio_source_Radio, SourceKind::PinkNoise, {}, nullptr));
     QTRY_VERIFY(isLoud());
@@ -210,14 +210,14 @@ void TestUnitSound::sourceIsSetAndPlayed()
 void TestUnitSound::unreadableFileIsRefused()
 {
     start();
-    const Messages messages;
+    const MessageLog messages;
     const QString path = m_folder->filePath(QStringLiteral("L\u00fccke.wav"));
     QString error;
     QVERIFY(!m_sound->setSource(HVAudio_source_Usb, SourceKind::File, path, &error));
     QVERIFY2(error.contains(QStringLiteral("L\u00fccke.wav")), qPrintable(error));
     QCOMPARE(m_sound->sourceKind(HVAudio_source_Usb), SourceKind::Input);
     QVERIFY(m_sound->sourcePath(HVAudio_source_Usb).isEmpty());
-    QVERIFY(Messages::all().size() >= 1);
+    QVERIFY(MessageLog::lines().size() >= 1);
 }
 
 /// As a user does in the source panel.
@@ -280,9 +280,9 @@ void TestUnitSound::fileThatHasGoneIsSilentAfterARestart()
     }
     QVERIFY(QFile::rename(file, file + ".away"));
     {
-        const Messages messages;
+        const MessageLog messages;
         restart();
-        QVERIFY(Messages::with(file) >= 1);
+        QVERIFY(MessageLog::count(file) >= 1);
     }
     QCOMPARE(m_sound->sourceKind(HVAudio_source_Radio), SourceKind::Silence);
     {

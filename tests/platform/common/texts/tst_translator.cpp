@@ -12,10 +12,10 @@
 namespace {
 
 /// Every id that a page shows.
-const std::set<int> kIds = {17,   18,   141,  195,  224,  236,  237,  238,  239,  240,  246,  266,  267,
-                            366,  368,  369,  384,  387,  421,  435,  436,  437,  438,  439,  440,  441,
-                            443,  444,  735,  790,  1226, 1227, 1228, 1229, 1230, 1231, 1239, 1240, 1241,
-                            1242, 1243, 1244, 1246, 1247, 1249, 1250, 1251, 1254, 1255, 1256, 1258, 1259};
+const std::set<int> shownIds = {17,   18,   141,  195,  224,  236,  237,  238,  239,  240,  246,  266,  267,
+                                366,  368,  369,  384,  387,  421,  435,  436,  437,  438,  439,  440,  441,
+                                443,  444,  735,  790,  1226, 1227, 1228, 1229, 1230, 1231, 1239, 1240, 1241,
+                                1242, 1243, 1244, 1246, 1247, 1249, 1250, 1251, 1254, 1255, 1256, 1258, 1259};
 
 QString text(int id)
 {
@@ -40,7 +40,7 @@ struct Box
 // letters don't. Captions without a given size are taken at the size that suits their height; tabs have 4 px
 // to either edge.
 // clang-format off
-const Box kBoxes[] = {
+const Box boxes[] = {
     {"tab balance",          [] { return upper(421) + "\n" + upper(141); },             142,  72, 16, false},
     {"tab equalizer",        [] { return upper(195) + "\n" + upper(387); },             142,  72, 16, false},
     {"tab presets",          [] { return text(1227).replace(' ', '\n'); },              142,  72, 16, false},
@@ -130,7 +130,7 @@ private slots:
     {
         const QVector<int> known = cm::Language::textIds();
         QVERIFY(std::is_sorted(known.begin(), known.end()));
-        QCOMPARE(std::set<int>(known.begin(), known.end()), kIds);
+        QCOMPARE(std::set<int>(known.begin(), known.end()), shownIds);
     }
 
     void everyIdHasATextInEveryLanguage_data() { columnOfLanguages(); }
@@ -141,7 +141,7 @@ private slots:
         QTranslator file;
         QVERIFY(file.load(":/audiosetting_texts/" + code + ".qm"));
         QVERIFY(cm::Language::instance()->setCurrent(code));
-        for (int id : kIds) {
+        for (int id : shownIds) {
             const QString own = file.translate("", QByteArray("txt_" + QByteArray::number(id)).constData());
             QVERIFY2(!own.trimmed().isEmpty(), qPrintable(QString::number(id)));
             QCOMPARE(text(id), own);
@@ -153,7 +153,7 @@ private slots:
     {
         QFETCH(QString, code);
         QVERIFY(cm::Language::instance()->setCurrent(code));
-        for (int id : kIds) {
+        for (int id : shownIds) {
             const bool wordFollows = id == 735 || id == 1229;
             QCOMPARE(text(id).endsWith(' '), wordFollows);
             QVERIFY(!text(id).startsWith(' '));
@@ -181,13 +181,13 @@ private slots:
             return;
         QVERIFY(cm::Language::instance()->setCurrent(code));
         int same = 0;
-        for (int id : kIds) {
+        for (int id : shownIds) {
             const QString own = text(id);
             QVERIFY(cm::Language::instance()->setCurrent("en"));
             same += own == text(id);
             QVERIFY(cm::Language::instance()->setCurrent(code));
         }
-        QVERIFY2(same < int(kIds.size()) / 2, qPrintable(QString("%1 texts are English").arg(same)));
+        QVERIFY2(same < int(shownIds.size()) / 2, qPrintable(QString("%1 texts are English").arg(same)));
     }
 
     void textsAreInTheirScript_data()
@@ -217,8 +217,8 @@ private slots:
         QTest::addColumn<QString>("code");
         QTest::addColumn<int>("box");
         for (const QString& code : cm::Language::codes())
-            for (int i = 0; i < int(std::size(kBoxes)); ++i)
-                QTest::newRow(qPrintable(code + ' ' + kBoxes[i].name)) << code << i;
+            for (int i = 0; i < int(std::size(boxes)); ++i)
+                QTest::newRow(qPrintable(code + ' ' + boxes[i].name)) << code << i;
     }
 
     void everyTextFitsItsPlace()
@@ -226,18 +226,18 @@ private slots:
         QFETCH(QString, code);
         QFETCH(int, box);
         QVERIFY(cm::Language::instance()->setCurrent(code));
-        const Box& place = kBoxes[box];
+        const Box& place = boxes[box];
         QFont font = cm::UnitStyle::font(code);
         font.setPointSize(place.points);
         font.setBold(place.bold);
         // The same label with room around it: no ink may lie outside its place.
-        constexpr int kRoom = 100;
+        constexpr int around = 100;
         const QString shown = place.shown();
         QLabel label(shown);
         label.setFont(font);
         label.setAlignment(Qt::AlignCenter);
-        label.resize(place.width + 2 * kRoom, place.height + 2 * kRoom);
-        const QRect ink = inkOf(label).translated(-kRoom, -kRoom);
+        label.resize(place.width + 2 * around, place.height + 2 * around);
+        const QRect ink = inkOf(label).translated(-around, -around);
         QVERIFY(!ink.isEmpty());
         QVERIFY2(QRect(0, 0, place.width, place.height).contains(ink),
                  qPrintable(QString("%1 takes %2 x %3 at %4, %5; has %6 x %7")

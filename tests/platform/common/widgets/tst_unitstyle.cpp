@@ -17,8 +17,8 @@
 
 namespace {
 
-const QColor kNormalOff(10, 200, 10), kNormalOn(200, 10, 10), kSelectedOff(10, 10, 200),
-    kSelectedOn(200, 10, 200), kActive(200, 200, 10), kDisabled(10, 200, 200);
+const QColor normalOff(10, 200, 10), normalOn(200, 10, 10), selectedOff(10, 10, 200),
+    selectedOn(200, 10, 200), active(200, 200, 10), disabled(10, 200, 200);
 
 QPixmap plain(const QColor& color)
 {
@@ -83,10 +83,10 @@ private slots:
         QTest::addColumn<bool>("checked");
         QTest::addColumn<bool>("down");
         QTest::addColumn<QColor>("shown");
-        QTest::newRow("at rest") << false << false << kNormalOff;
-        QTest::newRow("checked") << true << false << kNormalOn;
-        QTest::newRow("down") << false << true << kSelectedOff;
-        QTest::newRow("checked and down") << true << true << kSelectedOff;
+        QTest::newRow("at rest") << false << false << normalOff;
+        QTest::newRow("checked") << true << false << normalOn;
+        QTest::newRow("down") << false << true << selectedOff;
+        QTest::newRow("checked and down") << true << true << selectedOff;
     }
 
     void aKeyShowsThePictureOfItsState()
@@ -94,10 +94,10 @@ private slots:
         QFETCH(bool, checked);
         QFETCH(bool, down);
         QFETCH(QColor, shown);
-        key->setIcon(icon({{QIcon::Normal, QIcon::Off, kNormalOff},
-                           {QIcon::Normal, QIcon::On, kNormalOn},
-                           {QIcon::Selected, QIcon::Off, kSelectedOff},
-                           {QIcon::Selected, QIcon::On, kSelectedOn}}));
+        key->setIcon(icon({{QIcon::Normal, QIcon::Off, normalOff},
+                           {QIcon::Normal, QIcon::On, normalOn},
+                           {QIcon::Selected, QIcon::Off, selectedOff},
+                           {QIcon::Selected, QIcon::On, selectedOn}}));
         key->setCheckable(true);
         key->setChecked(checked);
         if (down)
@@ -110,40 +110,40 @@ private slots:
     void aFingerThatSlidesOffLetsThePictureGo()
     {
         key->setIcon(
-            icon({{QIcon::Normal, QIcon::Off, kNormalOff}, {QIcon::Selected, QIcon::Off, kSelectedOff}}));
+            icon({{QIcon::Normal, QIcon::Off, normalOff}, {QIcon::Selected, QIcon::Off, selectedOff}}));
         QTest::mousePress(key, Qt::LeftButton);
-        QCOMPARE(centre(), kSelectedOff);
+        QCOMPARE(centre(), selectedOff);
         QMouseEvent move(QEvent::MouseMove, QPoint(200, 100), key->mapToGlobal(QPoint(200, 100)),
                          Qt::NoButton, Qt::LeftButton, Qt::NoModifier);
         QApplication::sendEvent(key, &move);
-        QCOMPARE(centre(), kNormalOff);
+        QCOMPARE(centre(), normalOff);
         QTest::mouseRelease(key, Qt::LeftButton, Qt::NoModifier, QPoint(200, 100));
-        QCOMPARE(centre(), kNormalOff);
+        QCOMPARE(centre(), normalOff);
     }
 
     void aPressedPictureInTheOnStateIsShownToo()
     {
         // Two preset tiles have it there.
-        key->setIcon(icon({{QIcon::Normal, QIcon::Off, kNormalOff},
-                           {QIcon::Normal, QIcon::On, kNormalOn},
-                           {QIcon::Selected, QIcon::On, kSelectedOn}}));
+        key->setIcon(icon({{QIcon::Normal, QIcon::Off, normalOff},
+                           {QIcon::Normal, QIcon::On, normalOn},
+                           {QIcon::Selected, QIcon::On, selectedOn}}));
         key->setDown(true);
-        QCOMPARE(centre(), kSelectedOn);
+        QCOMPARE(centre(), selectedOn);
     }
 
     void aKeyWithoutAPressedPictureKeepsItsOwn()
     {
-        key->setIcon(icon({{QIcon::Normal, QIcon::Off, kNormalOff}, {QIcon::Normal, QIcon::On, kNormalOn}}));
+        key->setIcon(icon({{QIcon::Normal, QIcon::Off, normalOff}, {QIcon::Normal, QIcon::On, normalOn}}));
         key->setDown(true);
-        QCOMPARE(centre(), kNormalOff);
+        QCOMPARE(centre(), normalOff);
     }
 
     void hoverAndFocusShowNoOtherPicture()
     {
-        key->setIcon(icon({{QIcon::Normal, QIcon::Off, kNormalOff}, {QIcon::Active, QIcon::Off, kActive}}));
+        key->setIcon(icon({{QIcon::Normal, QIcon::Off, normalOff}, {QIcon::Active, QIcon::Off, active}}));
         key->setFocus(Qt::OtherFocusReason);
         QVERIFY(key->hasFocus());
-        QCOMPARE(centre(), kNormalOff);
+        QCOMPARE(centre(), normalOff);
     }
 
     void aDisabledKeyIsDimmedAndStillLegible()
@@ -198,7 +198,7 @@ private slots:
 
     void theFocusRingFollowsTheKeyboardAlone()
     {
-        key->setIcon(icon({{QIcon::Normal, QIcon::Off, kNormalOff}}));
+        key->setIcon(icon({{QIcon::Normal, QIcon::Off, normalOff}}));
         other->setFocus();
         QTest::mouseClick(key, Qt::LeftButton);
         QVERIFY(!key->hasFocus()); // a touch takes no focus
