@@ -22,6 +22,7 @@ public:
         QString operation; ///< e.g. "setEQType(6, true)"
     };
 
+    /// Never null; stays the library's.
     static Journal* instance();
 
     /// Adds an entry. The latest 2000 are kept.
@@ -32,6 +33,7 @@ public:
     void setPrinting(bool on);
 
 signals:
+    /// After the entry was added. A listener may call the platform, which adds further entries.
     void recorded(const cm::Journal::Entry& entry);
 
 private:

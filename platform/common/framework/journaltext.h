@@ -5,7 +5,8 @@
 #include <QVariant>
 
 /// Text forms of calls in the journal: `setValue("lpfFreq", 0, 3, true)`. Strings stand in double quotes with
-/// line ends escaped, so that an entry is one line; numbers as QString::number writes them.
+/// line ends escaped, so that an entry is one line, and are cut after 200 characters; numbers are as
+/// QString::number writes them. Thread: any.
 namespace cm {
 
 inline QString journalText(bool value)

@@ -1,7 +1,6 @@
 #include "platform/common/settings/settingsdatabase.h"
 
 #include <QFile>
-#include <QFileInfo>
 #include <QTemporaryDir>
 
 #include <limits>
@@ -130,6 +129,25 @@ SettingsDatabase::~SettingsDatabase()
     close();
 }
 
+bool SettingsDatabase::read(const QString& path, SettingsMap* values, QString* reason)
+{
+    const QTemporaryDir folder;
+    if (!folder.isValid()) {
+        *reason = QStringLiteral("can't make a temporary folder: %1").arg(folder.errorString());
+        return false;
+    }
+    const QString copy = folder.filePath(QStringLiteral("settings.db"));
+    if (!SettingsFile::copy(path, copy, reason))
+        return false;
+    SettingsDatabase database;
+    if (database.connectTo(copy, reason) != State::Good) {
+        *reason = QStringLiteral("it is damaged or no settings file (%1)").arg(*reason);
+        return false;
+    }
+    *values = database.m_values;
+    return true;
+}
+
 SettingsDatabase::Opened SettingsDatabase::open(const QString& path, QString* message)
 {
     close();
@@ -138,7 +156,9 @@ SettingsDatabase::Opened SettingsDatabase::open(const QString& path, QString* me
     const auto unwritable = [&](const QString& reason) {
         disconnectFrom();
         m_file.release();
-        readCopyOf(path);
+        m_values.clear();
+        QString unreadable;
+        read(path, &m_values, &unreadable); // otherwise the unit starts on its defaults
         *message =
             QStringLiteral("Settings can't be kept in %1 (%2); the unit works from memory until power-off.")
                 .arg(path, reason);
@@ -154,7 +174,7 @@ SettingsDatabase::Opened SettingsDatabase::open(const QString& path, QString* me
     // The second round follows a damaged file that was put aside.
     for (int round = 0; round < 2; ++round) {
         QString reason;
-        switch (m_file.take(path, waitForHolderMs, &reason)) {
+        switch (m_file.hold(path, waitForHolderMs, &reason)) {
         case SettingsFile::Hold::Held:
             break;
         case SettingsFile::Hold::Busy:
@@ -189,13 +209,6 @@ void SettingsDatabase::close()
 {
     disconnectFrom();
     m_file.release();
-}
-
-SettingsMap SettingsDatabase::takeValues()
-{
-    SettingsMap values;
-    values.swap(m_values);
-    return values;
 }
 
 void SettingsDatabase::disconnectFrom()
@@ -326,24 +339,6 @@ bool SettingsDatabase::write(const SettingsMap& changes, bool wipe, QString* rea
     if (!sqlite3_get_autocommit(m_connection))
         execute(m_connection, "ROLLBACK");
     return false;
-}
-
-void SettingsDatabase::readCopyOf(const QString& path)
-{
-    // SQLite can't read a write-ahead log without writing beside it, so it gets a copy to work on.
-    m_values.clear();
-    const QTemporaryDir folder;
-    const QString copy = folder.filePath(QStringLiteral("settings.db"));
-    // A pipe would keep the reader waiting.
-    if (!folder.isValid() || !QFileInfo(path).isFile() || !QFile::copy(path, copy))
-        return;
-    QFile::copy(path + QStringLiteral("-wal"), copy + QStringLiteral("-wal"));
-    for (const QString& file : {copy, copy + QStringLiteral("-wal")})
-        QFile::setPermissions(file, QFile::ReadOwner | QFile::WriteOwner);
-    QString ignored;
-    if (connectTo(copy, &ignored) != State::Good)
-        m_values.clear();
-    disconnectFrom();
 }
 
 } // namespace mem

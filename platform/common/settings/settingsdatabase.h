@@ -32,6 +32,11 @@ public:
     SettingsDatabase(const SettingsDatabase&) = delete;
     SettingsDatabase& operator=(const SettingsDatabase&) = delete;
 
+    /// What the file at path holds, without changing or holding it: SQLite can't read a write-ahead log
+    /// without writing beside it, so it gets a copy to work on. False with a reason when the file can't be
+    /// read.
+    static bool read(const QString& path, SettingsMap* values, QString* reason);
+
     /// message: one sentence for the user, empty when there is nothing to say.
     Opened open(const QString& path, QString* message);
     void close();
@@ -39,7 +44,7 @@ public:
 
     /// What the file held when it was opened. A row that isn't what its type says comes as long long, double
     /// or QByteArray, which are no types of settings.
-    SettingsMap takeValues();
+    const SettingsMap& values() const { return m_values; }
     /// One durable transaction: every row goes first when wipe is set, then each change is written; an
     /// invalid variant deletes its row. False with a reason when nothing was written.
     bool write(const SettingsMap& changes, bool wipe, QString* reason);
@@ -52,7 +57,6 @@ private:
     State load(QString* reason);
     State stateOf(int code, QString* reason) const;
     void disconnectFrom();
-    void readCopyOf(const QString& path);
 
     SettingsFile m_file;
     sqlite3* m_connection = nullptr;

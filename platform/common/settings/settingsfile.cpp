@@ -63,7 +63,7 @@ SettingsFile::~SettingsFile()
     release();
 }
 
-SettingsFile::Hold SettingsFile::take(const QString& path, int waitMs, QString* reason)
+SettingsFile::Hold SettingsFile::hold(const QString& path, int waitMs, QString* reason)
 {
     release();
     const QFileInfo info(path);
@@ -151,6 +151,30 @@ void SettingsFile::syncFolder(const QString& path)
     // A file system that can't sync a folder has nothing to sync there.
     ::fsync(descriptor);
     ::close(descriptor);
+}
+
+bool SettingsFile::copy(const QString& path, const QString& copy, QString* reason)
+{
+    const QFileInfo info(path);
+    // Opening a pipe would wait for somebody who writes.
+    if (info.exists() && !info.isFile()) {
+        *reason = QStringLiteral("it is no settings file");
+        return false;
+    }
+    // The log goes first: should its owner bring it into the database meanwhile, the copy has those pages
+    // twice, and not never.
+    constexpr auto ours = QFile::ReadOwner | QFile::WriteOwner;
+    for (const char* suffix : companions) {
+        const QString companion = copy + QLatin1String(suffix);
+        if (QFile::copy(path + QLatin1String(suffix), companion))
+            QFile::setPermissions(companion, ours);
+    }
+    QFile original(path);
+    if (!original.open(QIODevice::ReadOnly) || !original.copy(copy)) {
+        *reason = original.errorString();
+        return false;
+    }
+    return QFile::setPermissions(copy, ours);
 }
 
 } // namespace mem

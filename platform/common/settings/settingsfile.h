@@ -25,16 +25,20 @@ public:
 
     /// Makes folder (0700) and file where they are missing. Waits up to waitMs for another holder. reason:
     /// the system's words, for Unwritable.
-    Hold take(const QString& path, int waitMs, QString* reason);
+    Hold hold(const QString& path, int waitMs, QString* reason);
     /// Lets go. Call only when the database is closed: closing any descriptor of a file drops the POSIX locks
     /// that SQLite holds on it.
     void release();
     /// Renames the file and what SQLite keeps beside it to "<name>.damaged-<date>...", and lets go. Returns
     /// the new path, empty with a reason when the folder doesn't allow it.
     QString moveAside(QString* reason);
-    /// Makes the folder's entries survive a power cut.
+    /// Makes the entries of the folder that holds path survive a power cut.
     static void syncFolder(const QString& path);
+    /// Copies the file and what SQLite keeps beside it to `copy`, for reading: neither is there a wait for
+    /// somebody who holds it, nor is the original touched. False with a reason when the file can't be copied.
+    static bool copy(const QString& path, const QString& copy, QString* reason);
 
+    /// Of the file that is held, links resolved.
     QString path() const { return m_path; }
 
 private:

@@ -4,6 +4,7 @@
 
 #include <QCoreApplication>
 #include <QDebug>
+#include <QFileInfo>
 #include <QSet>
 #include <QStandardPaths>
 #include <QTimer>
@@ -102,10 +103,28 @@ SettingsStore::Opened SettingsStore::open(const QString& path, QString* message)
     if (opened == SettingsDatabase::Opened::Busy)
         return Opened::Refused;
 
+    replaceValues(d->database.values());
+    return opened == SettingsDatabase::Opened::Yes ? Opened::Durable : Opened::Memory;
+}
+
+bool SettingsStore::openReadOnly(const QString& path, QString* reason)
+{
+    const QString file = path.isEmpty() ? defaultPath() : path;
+    const bool factorySettings = path.isEmpty() && !QFileInfo::exists(file);
+    SettingsMap values;
+    if (!factorySettings && !SettingsDatabase::read(file, &values, reason))
+        return false;
+    close();
+    d->path = file;
+    replaceValues(values);
+    return true;
+}
+
+void SettingsStore::replaceValues(const QMap<QString, QVariant>& after)
+{
     const SettingsMap before = d->values;
-    d->values = d->database.takeValues();
+    d->values = after;
     d->complained.clear();
-    const SettingsMap after = d->values;
     for (auto old = before.begin(); old != before.end(); ++old) {
         if (!after.contains(old.key()))
             emit valueChanged(old.key(), QVariant());
@@ -114,7 +133,6 @@ SettingsStore::Opened SettingsStore::open(const QString& path, QString* message)
         if (!same(before.value(now.key()), now.value()))
             emit valueChanged(now.key(), now.value());
     }
-    return opened == SettingsDatabase::Opened::Yes ? Opened::Durable : Opened::Memory;
 }
 
 void SettingsStore::close()

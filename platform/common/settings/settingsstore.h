@@ -24,6 +24,7 @@ public:
         Refused, ///< another process holds the file; nothing was touched
     };
 
+    /// Never null; stays the library's.
     static SettingsStore* instance();
 
     /// $XDG_DATA_HOME/audiosetting/settings.db
@@ -34,6 +35,11 @@ public:
     /// second and a half, then refuses and keeps the values as they were. message: what to tell the user, for
     /// every outcome but a plain Durable; empty for that one.
     Opened open(const QString& path, QString* message = nullptr);
+    /// Takes over the values of the file at path without changing or holding it, so that a unit that is
+    /// running on it isn't disturbed; writes then stay in memory. An empty path means defaultPath(), and the
+    /// factory settings when there is no file. False with a reason when the file can't be read or is damaged;
+    /// the store is then as it was.
+    bool openReadOnly(const QString& path, QString* reason);
     /// Commits what is pending and lets the file go. The values stay readable.
     void close();
     /// Makes every write so far durable. Returns false when that failed (logged; the values stay in memory
@@ -42,8 +48,11 @@ public:
     /// Forgets all values, in memory and in the file: factory settings.
     void clear();
 
+    /// The file of the last opening, empty before the first.
     QString path() const;
+    /// A file is open for writing.
     bool isDurable() const;
+    /// All of them, also those of which value() says that they are of no setting's type.
     QMap<QString, QVariant> values() const;
     /// Invalid when the key is absent. What the file held under the key and is not an int, bool or text as it
     /// says comes as another type (long long, double, QByteArray), for the host to show.
@@ -54,7 +63,7 @@ public:
     /// As SettingsFunc::setValue. Refuses (false, logged) what is not int, bool or QString, and an empty key.
     /// A write that cannot be made durable is logged and tried again; it is no refusal.
     bool setValue(const QString& key, const QVariant& value, bool commit);
-    /// Durable at the next commit, within 2 s at most.
+    /// Does nothing when the key is absent. Durable at the next commit, within 2 s at most.
     void remove(const QString& key);
     /// Changes a setting behind the back of whoever owns it, durably: an invalid value removes the key.
     /// Refuses as setValue() does. Owners that keep what they have read take the value over, when edited()
@@ -70,6 +79,7 @@ signals:
 private:
     SettingsStore();
     ~SettingsStore() override;
+    void replaceValues(const QMap<QString, QVariant>& after);
     SettingsStorePrivate* d;
     Q_DISABLE_COPY(SettingsStore)
 };

@@ -1,7 +1,5 @@
 #include "platform/common/texts/language.h"
 
-#include "platform/common/texts/languagetexts.h"
-
 #include <QCoreApplication>
 #include <QEvent>
 #include <QTranslator>
@@ -116,9 +114,9 @@ QString textIn(const QTranslator& translator, int id)
 
 } // namespace
 
-QString languageText(int id)
+QString Language::text(int id)
 {
-    Language::instance(); // reads the environment when it is the first call
+    instance(); // reads the environment when it is the first call
     Texts& all = texts();
     if (all.other) {
         const QString text = textIn(*all.other, id);

@@ -1,12 +1,12 @@
 #include "common/translator.h"
 
-#include "platform/common/texts/languagetexts.h"
+#include "platform/common/texts/language.h"
 
 #include <QSet>
 
 QString Translator::translate(int id)
 {
-    const QString text = cm::languageText(id);
+    const QString text = cm::Language::text(id);
     if (!text.isNull())
         return text;
     static QSet<int> told;

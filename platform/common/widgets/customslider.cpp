@@ -322,7 +322,7 @@ void CustomSlider_2Private::paint()
     digits.setBold(true);
     painter.setFont(digits);
     painter.setPen(!enabled ? QColor(palette::inkDim) : readableOn(ground));
-    painter.drawText(bubble, Qt::AlignCenter, QString::number(q->sliderPosition() + offset));
+    painter.drawText(bubble, Qt::AlignCenter, QString::number(qint64(q->sliderPosition()) + offset));
 
     if ((option.state & QStyle::State_HasFocus) && (option.state & QStyle::State_KeyboardFocusChange)) {
         painter.setBrush(Qt::NoBrush);

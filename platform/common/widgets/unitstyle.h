@@ -24,12 +24,15 @@ public:
     UnitStyle();
     ~UnitStyle() override;
 
-    /// Gives the application style, palette and font. Call once, before the first widget.
+    /// Gives the application style, which it owns from then on, palette and font, and follows the language.
+    /// Font families that aren't installed are logged. Call once, before the first widget.
     static void install(QApplication& application);
 
-    /// The unit's base font, 11 pt, for texts in that language (one of Language::codes()). Which script an
-    /// ideograph is drawn in depends on it; every script of every language is there in each.
+    /// The unit's base font, 11 pt, for texts in that language (one of Language::codes(); any other code is
+    /// taken as English). Which script an ideograph is drawn in depends on it; every script of every language
+    /// is there in each.
     static QFont font(const QString& code);
+    /// The unit's colours, for every role that Qt's widgets draw with.
     static QPalette palette();
 
     void drawControl(ControlElement element, const QStyleOption* option, QPainter* painter,

@@ -6,7 +6,8 @@
 class SourceInterface;
 class WindowInterface;
 
-/// What the shell loads from an application's library. Thread: GUI; calls come in the order of declaration.
+/// What the shell loads from an application's library. Thread: GUI; calls come in the order of declaration,
+/// the last two for the ids that were named.
 class AppPlugin
 {
 public:

@@ -18,7 +18,9 @@ public:
     /// Deletes a root widget that no shell has taken (one without a parent).
     ~BaseWindow() override;
 
-    /// Hands the root widget and its window id to the framework. Ownership of the widget passes with it.
+    /// Hands the root widget and its window id (any number) to the framework. Ownership of the widget passes
+    /// with it: to the shell that gives it a parent, until then to this window. A widget that was handed out
+    /// before and that no shell has taken is deleted. Null is logged; the window then has no root widget.
     void setMainWidget(QWidget* widget, int windowId);
 
     // The order of these nine is the interface's slot order; an application's window overrides what it needs
@@ -32,8 +34,9 @@ public:
     /// Returns 0: a window that doesn't override it leaves the request to the shell.
     int backEvent() override;
     /// Deals with the two paging keys by passing them to the transfer station (returns 1); every other key is
-    /// left to the shell (returns 0).
+    /// left to the shell (returns 0). Null is logged and returns 0.
     int keyEvent(KeyEvent* event) override;
+    /// Empty for a window that doesn't override it.
     QString name() override;
 
     QWidget* mainWidget() const override;

@@ -16,20 +16,21 @@ class COMMON_EXPORT CustomSlider_2 : public QSlider
 {
     Q_OBJECT
 public:
-    /// style: 4 = full row with the value shown beside the handle (the only one that the unit uses); any
-    /// other number is taken as 4.
+    /// geometry: px in the parent, which owns the slider. style: 4 = full row with the value in a bubble
+    /// above the handle (the only one that the unit uses); any other number is taken as 4.
     CustomSlider_2(QWidget* parent, const QRect& geometry, int style);
     ~CustomSlider_2() override;
 
-    /// Added to the value for display only; valSave() carries the bare value.
+    /// Added to the value for display only, any number; valSave() carries the bare value. 0 at first.
     void setOffset(int offset);
-    /// Colour of the bubble while the handle is dragged.
+    /// Colour of the bubble and the handle while it is dragged. An invalid one is logged and ignored.
     void setHintColor(const QColor& color);
 
 signals:
-    /// Once each time the user settles on a value: on release of a touch, or when keyboard stepping pauses.
-    /// Never for setValue(), and never when the slider is disabled or hidden under the finger: then it shows
-    /// the value before the touch again. The value is inside the slider's range, without the offset.
+    /// Once each time the user settles on a value: on release of a touch, also where it began, or when
+    /// keyboard stepping pauses for 400 ms, the focus leaves or the page is hidden. Never for setValue(), and
+    /// never when the slider is disabled or hidden under the finger: then it shows the value before the touch
+    /// again. The value is inside the slider's range, without the offset.
     void valSave(int value);
 
 protected:

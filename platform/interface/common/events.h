@@ -53,8 +53,8 @@ public:
     }
 };
 
-/// A touch request. The payload is 16 bytes: event type 1008, touch code, x, y, each a 32-bit signed integer
-/// in host byte order. Requests without a place carry x = y = -1.
+/// A touch request at a place, in px of the screen. The payload is 16 bytes: event type 1008, touch code, x,
+/// y, each a 32-bit signed integer in host byte order. Requests without a place carry x = y = -1.
 class TouchEvent : public SimpleEvent<Qx::Touch>
 {
 public:

@@ -10,7 +10,8 @@ namespace cm {
 
 class PushButtonPrivate;
 
-/// Tells short and long presses of a form's button apart. The button stays the form's. Thread: GUI.
+/// Tells short and long presses of a form's button apart, made by finger or by keyboard. Disabling or hiding
+/// the button ends a press without a click. Thread: GUI.
 ///
 ///     press ---- 800 ms ----> longPressed() -- 150 ms --> longPressedRepeat() -- 150 ms --> ...
 ///     release inside the key -> shortClicked(), once, however long it was held
@@ -18,6 +19,8 @@ class COMMON_EXPORT PushButton : public QObject
 {
     Q_OBJECT
 public:
+    /// The button stays the form's and may go first. Without a button (null) nothing is ever reported, which
+    /// is logged. The parent owns the wrapper; without one the caller does.
     PushButton(QPushButton* button, QObject* parent);
     ~PushButton() override;
 

@@ -19,8 +19,9 @@ class COMMON_EXPORT ScrollBar : public QScrollBar
 {
     Q_OBJECT
 public:
-    /// style: 0 = thin bar with a touchable handle (the only one that the unit uses); any other number is
-    /// taken as 0. The geometry holds against a scroll area that would lay the bar out.
+    /// geometry: px in the parent, which owns the bar; it holds against a scroll area that would lay the bar
+    /// out. style: 0 = thin bar with a touchable handle (the only one that the unit uses); any other number
+    /// is taken as 0.
     ScrollBar(QWidget* parent, const QRect& geometry, int style);
     ~ScrollBar() override;
 
@@ -44,12 +45,13 @@ class COMMON_EXPORT ScrollManage : public QObject
 {
     Q_OBJECT
 public:
-    /// vertical, horizontal: which way a finger drags. With both false it only offers scrollToPos().
+    /// vertical, horizontal: which way a finger drags. With both false it only offers scrollToPos(). Without
+    /// an area (null, logged) it does nothing and is the caller's.
     ScrollManage(QScrollArea* area, bool vertical, bool horizontal);
     ~ScrollManage() override;
 
-    /// Brings pos (contents coordinates) to the upper left corner of the view, clamped to what can be
-    /// scrolled; animated: glides there, else at once.
+    /// Brings pos (px in the contents) to the upper left corner of the view, clamped to what can be scrolled;
+    /// animated: glides there in 300 ms, else at once. A manager that another one has replaced does nothing.
     void scrollToPos(const QPoint& pos, bool animated);
 
 private:

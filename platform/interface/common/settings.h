@@ -9,15 +9,17 @@
 /// The persisted settings store. Values are int, bool or string and keep their type. Reads come from memory.
 /// Thread: GUI.
 ///
-/// A key that is absent, or holds another type than the one asked for, reads as the default. A write with the
-/// flag true is durable when the call returns; with false it is visible at once and durable at the next
-/// commit, within 2 s at most.
+/// A key that is absent, or holds another type than the one asked for, reads as the default. A write is
+/// visible at once. With the flag true it is durable when the call returns, with false at the next commit,
+/// within 2 s at most. Where the store can't be written, writes stay in memory: that is logged and the host
+/// is told, while the caller goes on as ever.
 namespace mem {
 
 /// The process-wide store object.
 class COMMON_EXPORT SettingsFunc
 {
 public:
+    /// Never null; stays the library's.
     static SettingsFunc* instance();
 
     int getValue(const QString& key, int defaultValue);
@@ -26,8 +28,8 @@ public:
     /// A bare literal would silently pick the bool overload.
     QString getValue(const QString& key, const char* defaultValue) = delete;
 
-    /// value: int, bool or QString; any other type is refused with a log line. defaultValue tells what
-    /// absence means.
+    /// value: int, bool or QString; any other type, and an empty key, is refused with a log line.
+    /// defaultValue tells what absence means; it isn't stored.
     void setValue(const QString& key, const QVariant& defaultValue, const QVariant& value, bool commit);
 
 private:
@@ -49,6 +51,7 @@ public:
     /// A bare literal would silently pick the bool overload.
     int getValue(const QString& key, const char* defaultValue) = delete;
 
+    /// As SettingsFunc::setValue().
     void setValue(const QString& key, const QVariant& defaultValue, const QVariant& value, bool commit);
 
 private:
@@ -60,6 +63,7 @@ class COMMON_EXPORT SettingsUtil : public QObject
 {
     Q_OBJECT
 public:
+    /// Never null; stays the library's.
     static SettingsUtil* instance();
 
 signals:

@@ -26,8 +26,9 @@ signals:
 class COMMON_EXPORT TransferFunction
 {
 public:
+    /// Never null; stays the library's.
     static TransferFunction* instance();
-    /// Never null; stays the holder's.
+    /// Never null, always the same; stays the holder's.
     R9TransferStation* getTS();
 
 private:

@@ -32,9 +32,10 @@ public:
     /// The driver asks to go back. Returns 1 when the window has dealt with it (it then posts what it wants
     /// from the shell), 0 when it hasn't and the shell decides.
     virtual int backEvent() = 0;
-    /// A hard key. Returns 1 when the window has dealt with it, else 0. The event stays the caller's.
+    /// A hard key. Returns 1 when the window has dealt with it, else 0. The event is never null and stays the
+    /// caller's.
     virtual int keyEvent(KeyEvent* event) = 0;
-    /// Name that the launcher shows.
+    /// Name that the launcher shows; may be empty.
     virtual QString name() = 0;
 
     /// The root widget that the window has handed out, null before onCreate() and after its destruction. The

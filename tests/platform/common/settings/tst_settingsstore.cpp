@@ -32,6 +32,9 @@ private slots:
     void changesAreToldOnceAndOnlyWhenReal();
     void anEditIsToldAfterItsChangeAndIsDurable();
     void openingTellsWhatIsDifferent();
+    void openingReadOnlyLeavesTheFileAlone();
+    void openingReadOnlyWithoutAFileGivesTheFactorySettings();
+    void whatCantBeReadLeavesTheStoreAsItWas();
     void closingKeepsTheValuesReadable();
     void removingAKeyLasts();
     void factorySettingsForgetEverything();
@@ -257,6 +260,62 @@ void TestSettingsStore::openingTellsWhatIsDifferent()
         keys.append(change.at(0).toString());
     QCOMPARE(keys, QStringList({QStringLiteral("gone"), QStringLiteral("other")}));
     QCOMPARE(func()->getValue(QStringLiteral("other"), 0), 1);
+}
+
+void TestSettingsStore::openingReadOnlyLeavesTheFileAlone()
+{
+    func()->setValue(QStringLiteral("k"), 0, 1, true);
+    const QString copy = m_path + QStringLiteral(".copy");
+    QVERIFY(QFile::copy(m_path, copy));
+    QVERIFY(QFile::copy(m_path + QStringLiteral("-wal"), copy + QStringLiteral("-wal")));
+    QVERIFY(QFile::setPermissions(copy + QStringLiteral("-wal"), QFile::ReadOwner));
+    QVERIFY(QFile::setPermissions(copy, QFile::ReadOwner));
+    store()->clear();
+    const QDir folder = QFileInfo(copy).dir();
+
+    QString reason;
+    QVERIFY2(store()->openReadOnly(copy, &reason), qPrintable(reason));
+    QCOMPARE(store()->path(), copy);
+    QVERIFY(!store()->isDurable());
+    // From the log beside it, which had not been brought into the file.
+    QCOMPARE(func()->getValue(QStringLiteral("k"), 0), 1);
+    func()->setValue(QStringLiteral("k"), 0, 2, true);
+    QCOMPARE(func()->getValue(QStringLiteral("k"), 0), 2);
+    store()->close();
+    QVERIFY(store()->openReadOnly(copy, &reason));
+    QCOMPARE(func()->getValue(QStringLiteral("k"), 0), 1);
+    QCOMPARE(folder.entryList({QStringLiteral("*.copy*")}, QDir::Files).size(), 2);
+}
+
+void TestSettingsStore::openingReadOnlyWithoutAFileGivesTheFactorySettings()
+{
+    func()->setValue(QStringLiteral("k"), 0, 1, true);
+    const QByteArray before = qgetenv("XDG_DATA_HOME");
+    qputenv("XDG_DATA_HOME", m_folder.filePath(QStringLiteral("nobody's")).toUtf8());
+    QString reason;
+    const bool opened = store()->openReadOnly(QString(), &reason);
+    const bool made = QFileInfo::exists(m_folder.filePath(QStringLiteral("nobody's")));
+    before.isEmpty() ? qunsetenv("XDG_DATA_HOME") : qputenv("XDG_DATA_HOME", before);
+    QVERIFY2(opened, qPrintable(reason));
+    QVERIFY(store()->values().isEmpty());
+    QVERIFY(!made);
+}
+
+void TestSettingsStore::whatCantBeReadLeavesTheStoreAsItWas()
+{
+    func()->setValue(QStringLiteral("k"), 0, 1, true);
+    QFile text(m_folder.filePath(QStringLiteral("text")));
+    QVERIFY(text.open(QIODevice::WriteOnly) && text.write("no settings at all") > 0);
+    text.close();
+    for (const QString& path :
+         {text.fileName(), m_folder.path(), m_folder.filePath(QStringLiteral("gone"))}) {
+        QString reason;
+        QVERIFY(!store()->openReadOnly(path, &reason));
+        QVERIFY(!reason.isEmpty());
+        QCOMPARE(store()->path(), m_path);
+        QVERIFY(store()->isDurable());
+        QCOMPARE(func()->getValue(QStringLiteral("k"), 0), 1);
+    }
 }
 
 void TestSettingsStore::closingKeepsTheValuesReadable()

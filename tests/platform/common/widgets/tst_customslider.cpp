@@ -3,6 +3,7 @@
 #include <QSignalSpy>
 #include <QtTest>
 
+#include <limits>
 #include <memory>
 
 /// Drives the slider with real mouse, wheel and key events. A row of the volume page: 393 x 59, 0..50.
@@ -288,6 +289,16 @@ private slots:
         slider->setRange(-5, 10);
         slider->setValue(0); // same place, same number
         QCOMPARE(slider->grab().toImage(), shown);
+    }
+
+    void everyOffsetIsShown()
+    {
+        slider->setRange(0, 15);
+        slider->setValue(15);
+        slider->setOffset(std::numeric_limits<int>::max());
+        const QImage largest = slider->grab().toImage();
+        slider->setOffset(std::numeric_limits<int>::min());
+        QVERIFY(slider->grab().toImage() != largest);
     }
 
     void theBubbleHasTheHintColourWhileDragged()

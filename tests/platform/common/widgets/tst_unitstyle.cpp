@@ -318,6 +318,11 @@ private slots:
         QCOMPARE(QLabel().font().pointSize(), 11);
     }
 
+    void theFontOfAnUnknownLanguageIsTheEnglishOne()
+    {
+        QCOMPARE(cm::UnitStyle::font("xx"), cm::UnitStyle::font("en"));
+    }
+
     void aMissingFamilyIsToldOnce()
     {
         // A second run of this program, on a machine without fonts; it changes languages, too.
