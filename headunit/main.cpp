@@ -2,7 +2,6 @@
 #include "headunit/cli/options.h"
 #include "headunit/cli/stopsignals.h"
 #include "headunit/cli/tour.h"
-#include "headunit/shell/quitsignals.h"
 #include "headunit/shell/shell.h"
 #include "headunit/shell/startuptrace.h"
 #include "headunit/shell/unitlanguage.h"
@@ -52,11 +51,8 @@ OptionsResult optionsOf(int argc, char** argv)
 int workOffline(const Options& options)
 {
     QString message;
-    bool done = false;
-    {
-        const StopSignals stopSignals;
-        done = options.plot.isEmpty() ? renderFile(options, &message) : plotResponses(options, &message);
-    }
+    const bool done =
+        options.plot.isEmpty() ? renderFile(options, &message) : plotResponses(options, &message);
     if (!done && StopSignals::received()) {
         complain(ExitNotRendered, message);
         StopSignals::dieBy(StopSignals::received());
@@ -155,12 +151,11 @@ int main(int argc, char** argv)
     cm::Journal::instance()->setPrinting(options.trace);
     StartupTrace::reached("application");
 
+    // Outlives the unit and its store: a signal that comes twice must not cut the orderly exit short.
+    const StopSignals stopSignals;
     if (!options.render.isEmpty() || !options.plot.isEmpty())
         return workOffline(options);
-
-    // Outlives the unit and its store: a signal that comes twice must not cut the orderly exit short.
-    const QuitSignals quitSignals;
-    QObject::connect(&quitSignals, &QuitSignals::quitRequested, &application, &QCoreApplication::quit);
+    QObject::connect(&stopSignals, &StopSignals::stopRequested, &application, &QCoreApplication::quit);
     QString message;
     const auto opened = mem::SettingsStore::instance()->open(options.settings, &message);
     if (opened == mem::SettingsStore::Opened::Refused)

@@ -1,30 +1,35 @@
 #pragma once
 
+#include <QObject>
+
 #include <csignal>
 
 namespace headunit {
 
-/// Takes SIGINT, SIGTERM and SIGHUP while work without an event loop is under way, so that the work can look
-/// whether it is to stop and clear up behind itself. However often they come: a terminal and a script both
-/// pass them on. SIGHUP is left ignored where it is (nohup). One at a time. Thread: GUI.
-class StopSignals
+/// Takes SIGINT, SIGTERM and SIGHUP, so that the exit is an orderly one: as a signal of the event loop, and
+/// for work without an event loop by asking. However often they come: a terminal and the script that started
+/// the unit both pass them on. SIGHUP is left ignored where it is (nohup). One at a time. Thread: GUI.
+class StopSignals : public QObject
 {
+    Q_OBJECT
 public:
-    StopSignals();
-    /// The signals do again what they did before.
-    ~StopSignals();
-    StopSignals(const StopSignals&) = delete;
-    StopSignals& operator=(const StopSignals&) = delete;
+    explicit StopSignals(QObject* parent = nullptr);
+    /// The signals are ignored from then on: what they ask for is under way.
+    ~StopSignals() override;
 
-    /// The last one that came since one of these objects was made; 0 for none. From any thread.
+    /// The last one that came since this object was made; 0 for none. From any thread.
     static int received();
     /// Ends the process by this signal, as if it had not been taken: a shell that runs a script ends the
-    /// script on Ctrl-C only when it sees that.
+    /// script on Ctrl-C only when it sees that. number: a signal that ends a process.
     [[noreturn]] static void dieBy(int number);
 
+signals:
+    void stopRequested();
+
 private:
-    static constexpr int numbers[] = {SIGINT, SIGTERM, SIGHUP};
-    struct sigaction before_[3] = {};
+    void onReadable();
+
+    Q_DISABLE_COPY(StopSignals)
 };
 
 } // namespace headunit
