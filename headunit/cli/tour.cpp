@@ -4,9 +4,6 @@
 #include "headunit/front/screen.h"
 #include "headunit/shell/audiopages.h"
 #include "headunit/shell/shell.h"
-#include "headunit/shell/windowhost.h"
-
-#include "platform/common/settings/settingsstore.h"
 
 #include <QAbstractButton>
 #include <QCoreApplication>
@@ -14,11 +11,25 @@
 #include <QMouseEvent>
 #include <QPainter>
 
+#include <iterator>
+
 namespace headunit {
 
 namespace {
 
 constexpr int pageAreaHeight = 510;
+
+// clang-format off
+constexpr const char* pagePictures[] = {
+    "page-0-equalizer",
+    "page-1-audio-levels",
+    "page-2-crossover",
+    "page-3-time-alignment",
+    "page-4-eq-presets",
+    "page-5-volume-levels",
+};
+// clang-format on
+static_assert(std::size(pagePictures) == audioPageCount, "one picture a page");
 
 /// Lets posted events, deferred deletions and paints happen.
 void settle()
@@ -61,14 +72,9 @@ bool Tour::run()
 {
     if (!QDir().mkpath(m_folder))
         return fail(QStringLiteral("folder %1 can't be made").arg(m_folder));
-    mem::SettingsStore* store = mem::SettingsStore::instance();
-    const QVariant remembered = store->value(audioPageSetting);
+    const RememberedPage remembered; // touching the tile makes the audio settings note a page
     const bool done = visitLauncher() && visitPages();
     m_shell->leaveApplication();
-    if (remembered.isValid())
-        store->setValue(audioPageSetting, remembered, true);
-    else
-        store->remove(audioPageSetting);
     return done;
 }
 
@@ -89,30 +95,23 @@ bool Tour::visitPages()
         return false;
     if (!m_shell->front())
         return fail(QStringLiteral("the audio settings do not open"));
+    QImage before;
     for (int page = 0; page < audioPageCount; ++page) {
-        if (!visitPage(page))
+        if (!m_shell->openAudioPage(page))
+            return fail(QStringLiteral("page %1 can't be shown").arg(page));
+        settle();
+        if (!m_shell->front())
+            return fail(QStringLiteral("page %1 left the application").arg(page));
+        const QImage shown = picture(), area = shown.copy(0, 0, shown.width(), pageAreaHeight);
+        if (isPlain(area))
+            return fail(QStringLiteral("page %1 shows nothing").arg(page));
+        if (area == before)
+            return fail(QStringLiteral("page %1 looks as the one before").arg(page));
+        before = area;
+        if (!save(QLatin1String(pagePictures[page]), shown))
             return false;
     }
     return true;
-}
-
-bool Tour::visitPage(int page)
-{
-    const AudioPage& row = audioPages[page];
-    QWidget* root = m_shell->front()->root();
-    auto* key = root ? root->findChild<QAbstractButton*>(QLatin1String(row.key)) : nullptr;
-    if (!key)
-        return fail(QStringLiteral("page %1 has no key \"%2\"").arg(page).arg(QLatin1String(row.key)));
-    if (!touch(key))
-        return false;
-    if (!m_shell->front())
-        return fail(QStringLiteral("page %1 left the application").arg(page));
-    if (!key->isChecked() || mem::SettingsStore::instance()->value(audioPageSetting) != QVariant(page))
-        return fail(QStringLiteral("page %1 does not follow its key").arg(page));
-    const QImage shown = picture();
-    if (isPlain(shown.copy(0, 0, shown.width(), pageAreaHeight)))
-        return fail(QStringLiteral("page %1 shows nothing").arg(page));
-    return save(QLatin1String(row.picture), shown);
 }
 
 bool Tour::touch(QWidget* target)

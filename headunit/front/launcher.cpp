@@ -1,13 +1,14 @@
 #include "headunit/front/launcher.h"
 
 #include "headunit/front/statusbar.h"
-#include "headunit/shell/audiopages.h"
 
 #include "common/mcumanager.h"
 #include "platform/common/widgets/palette.h"
 
 #include <QPainter>
 #include <QPainterPath>
+
+#include <iterator>
 
 namespace headunit {
 
@@ -19,7 +20,7 @@ constexpr int tileSize = 216, tileGap = 24, tilesInRow = 4, maxRows = 2;
 void drawEqualizer(QPainter& painter, const QRectF& field)
 {
     constexpr qreal knobs[] = {0.62, 0.34, 0.20, 0.44, 0.66, 0.48, 0.28}; // 0 top ... 1 bottom
-    const int count = int(sizeof(knobs) / sizeof(knobs[0]));
+    constexpr int count = int(std::size(knobs));
     const qreal pitch = field.width() / count;
     for (int i = 0; i < count; ++i) {
         const qreal x = field.left() + (i + 0.5) * pitch;
@@ -36,9 +37,10 @@ void drawEqualizer(QPainter& painter, const QRectF& field)
 
 } // namespace
 
-LauncherTile::LauncherTile(int windowId, const QString& name, QWidget* parent)
+LauncherTile::LauncherTile(int windowId, const QString& name, Picture picture, QWidget* parent)
     : QAbstractButton(parent)
     , m_windowId(windowId)
+    , m_picture(picture)
 {
     setObjectName(QStringLiteral("tile_%1").arg(windowId));
     setText(name);
@@ -68,8 +70,7 @@ void LauncherTile::paintEvent(QPaintEvent*)
 
     const QRectF picture(48, 40, width() - 96, 92);
     QFont font = this->font();
-    // The pictures of the unit's own applications; another one shows its first letter.
-    if (m_windowId == audioWindowId) {
+    if (m_picture == Picture::Equalizer) {
         drawEqualizer(painter, picture);
     } else {
         font.setPixelSize(84);
@@ -99,11 +100,11 @@ Launcher::Launcher(QWidget* parent)
 
 Launcher::~Launcher() = default;
 
-void Launcher::addTile(int windowId, const QString& name)
+void Launcher::addTile(int windowId, const QString& name, LauncherTile::Picture picture)
 {
     if (m_tiles.size() >= tilesInRow * maxRows)
         qWarning("the launcher is full; the tile \"%s\" lies off the screen", qPrintable(name));
-    auto* tile = new LauncherTile(windowId, name, this);
+    auto* tile = new LauncherTile(windowId, name, picture, this);
     connect(tile, &QAbstractButton::clicked, this, [this, windowId] {
         McuManager::instance()->triggerBeep(0);
         emit chosen(windowId);
@@ -114,7 +115,7 @@ void Launcher::addTile(int windowId, const QString& name)
 
 void Launcher::setTileName(int windowId, const QString& name)
 {
-    for (LauncherTile* tile : qAsConst(m_tiles)) {
+    for (LauncherTile* tile : std::as_const(m_tiles)) {
         if (tile->windowId() != windowId)
             continue;
         tile->setText(name);

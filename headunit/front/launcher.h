@@ -11,8 +11,12 @@ class LauncherTile : public QAbstractButton
 {
     Q_OBJECT
 public:
+    enum class Picture {
+        FirstLetter, ///< of the name
+        Equalizer,
+    };
     /// name: what stands on it.
-    LauncherTile(int windowId, const QString& name, QWidget* parent);
+    LauncherTile(int windowId, const QString& name, Picture picture, QWidget* parent);
     ~LauncherTile() override;
 
     int windowId() const { return m_windowId; }
@@ -23,6 +27,7 @@ protected:
 
 private:
     const int m_windowId;
+    const Picture m_picture;
     Q_DISABLE_COPY(LauncherTile)
 };
 
@@ -35,7 +40,8 @@ public:
     ~Launcher() override;
 
     /// Adds a tile; the row stays centred. Beyond two rows of four the tiles lie off the screen, logged.
-    void addTile(int windowId, const QString& name);
+    void addTile(int windowId, const QString& name,
+                 LauncherTile::Picture picture = LauncherTile::Picture::FirstLetter);
     /// Puts another name on a tile; an unknown id does nothing.
     void setTileName(int windowId, const QString& name);
 

@@ -88,7 +88,7 @@ void UnitWindow::setLit(bool lit)
     m_screen->setLit(lit);
     if (m_knob)
         m_knob->setLit(lit);
-    for (HardKey* key : qAsConst(m_keys))
+    for (HardKey* key : std::as_const(m_keys))
         key->setLit(lit || key->objectName() == QStringLiteral("hardkey_%1").arg(int(KeyEvent::Key_Power)));
 }
 

@@ -5,19 +5,19 @@
 #include "headunit/inspector/soundpanel.h"
 #include "headunit/inspector/sourcepanel.h"
 #include "headunit/inspector/unitpanel.h"
-#include "headunit/shell/shell.h"
 
 #include <QTabWidget>
 #include <QVBoxLayout>
 
 namespace headunit {
 
-Inspector::Inspector(Shell* shell)
+Inspector::Inspector(int height, SoundControl* sound)
     : m_panels(new QTabWidget(this))
+    , m_unitPanel(new UnitPanel(m_panels))
 {
     setObjectName(QStringLiteral("inspector"));
     setWindowTitle(tr("Inspector"));
-    resize(560, shell->unit()->height());
+    resize(560, height);
     // The unit's font is for arm's length; this one is read at a desk.
     QFont desk = font();
     desk.setPixelSize(13);
@@ -27,10 +27,10 @@ Inspector::Inspector(Shell* shell)
     layout->addWidget(m_panels);
     m_panels->addTab(new JournalPanel(m_panels), tr("Journal"));
     m_panels->addTab(new SettingsPanel(m_panels), tr("Settings"));
-    m_panels->addTab(new UnitPanel(shell, m_panels), tr("Unit"));
-    if (shell->sound()) {
-        m_panels->addTab(new SourcePanel(shell->sound(), m_panels), tr("Sources"));
-        m_panels->addTab(new SoundPanel(shell->sound(), m_panels), tr("Sound"));
+    m_panels->addTab(m_unitPanel, tr("Unit"));
+    if (sound) {
+        m_panels->addTab(new SourcePanel(sound, m_panels), tr("Sources"));
+        m_panels->addTab(new SoundPanel(sound, m_panels), tr("Sound"));
     }
 }
 

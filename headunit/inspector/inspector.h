@@ -6,7 +6,8 @@ class QTabWidget;
 
 namespace headunit {
 
-class Shell;
+class SoundControl;
+class UnitPanel;
 
 /// The window beside the unit for those who develop with it: what goes on inside, and levers to pull. Panels
 /// are tabs, one class each; a further one is added in the constructor. It speaks English, whatever the
@@ -15,14 +16,18 @@ class Inspector : public QWidget
 {
     Q_OBJECT
 public:
-    /// shell: outlives the inspector.
-    explicit Inspector(Shell* shell);
+    /// height: of the unit, in pixels. sound: outlives the inspector; null: the panels that show it are left
+    /// out.
+    Inspector(int height, SoundControl* sound);
     ~Inspector() override;
 
     QTabWidget* panels() const { return m_panels; }
+    /// Where the user asks for what only the shell can do.
+    UnitPanel* unitPanel() const { return m_unitPanel; }
 
 private:
     QTabWidget* m_panels;
+    UnitPanel* m_unitPanel;
     Q_DISABLE_COPY(Inspector)
 };
 

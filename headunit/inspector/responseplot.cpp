@@ -18,8 +18,6 @@
 
 namespace headunit {
 
-using namespace hvaudio::dsp;
-
 namespace {
 
 constexpr double lowestHz = 20, highestHz = 20000;
@@ -87,7 +85,7 @@ ResponsePlot::ResponsePlot(QWidget* parent)
         line->setRenderHint(QwtPlotItem::RenderAntialiased);
         line->setLegendAttribute(QwtPlotCurve::LegendShowLine);
         line->attach(this);
-        computed_[look.speaker] = line;
+        m_computed[look.speaker] = line;
 
         auto* const dots = new QwtPlotCurve;
         dots->setStyle(QwtPlotCurve::NoCurve);
@@ -98,7 +96,7 @@ ResponsePlot::ResponsePlot(QWidget* parent)
         dots->setRenderHint(QwtPlotItem::RenderAntialiased);
         dots->setZ(line->z() + 1);
         dots->attach(this);
-        measured_[look.speaker] = dots;
+        m_measured[look.speaker] = dots;
     }
 }
 
@@ -134,13 +132,13 @@ QString ResponsePlot::name(Speaker speaker)
 void ResponsePlot::setComputed(Speaker speaker, const std::vector<double>& hz,
                                const std::vector<double>& factors)
 {
-    computed_[speaker]->setSamples(pointsOf(hz, factors));
+    m_computed[speaker]->setSamples(pointsOf(hz, factors));
 }
 
 void ResponsePlot::setMeasured(Speaker speaker, const std::vector<double>& hz,
                                const std::vector<double>& factors)
 {
-    measured_[speaker]->setSamples(pointsOf(hz, factors));
+    m_measured[speaker]->setSamples(pointsOf(hz, factors));
 }
 
 bool ResponsePlot::savePng(const QString& path, QSize pixels)

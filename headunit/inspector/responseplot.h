@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/hvaudio/dsp/settings.h"
+#include "headunit/sound/soundtypes.h"
 
 #include <QColor>
 #include <QSize>
@@ -27,22 +27,20 @@ public:
     static std::vector<double> frequencies(int count);
     /// The same for a speaker's dots: each speaker's lie beside the other ones', so that those of equal
     /// speakers are all seen. One that would lie beyond the axis is left out.
-    static std::vector<double> frequenciesOf(hvaudio::dsp::Speaker speaker, int count);
-    static QColor colour(hvaudio::dsp::Speaker speaker);
-    static QString name(hvaudio::dsp::Speaker speaker);
+    static std::vector<double> frequenciesOf(Speaker speaker, int count);
+    static QColor colour(Speaker speaker);
+    static QString name(Speaker speaker);
 
     /// Both as factors (1 = 0 dB) at `hz`; an empty vector takes the curve away. Shown at the next replot().
-    void setComputed(hvaudio::dsp::Speaker speaker, const std::vector<double>& hz,
-                     const std::vector<double>& factors);
-    void setMeasured(hvaudio::dsp::Speaker speaker, const std::vector<double>& hz,
-                     const std::vector<double>& factors);
+    void setComputed(Speaker speaker, const std::vector<double>& hz, const std::vector<double>& factors);
+    void setMeasured(Speaker speaker, const std::vector<double>& hz, const std::vector<double>& factors);
 
     /// Writes what is shown, size in pixels; false when the file can't be written, or is a device, a pipe or
     /// a folder.
     bool savePng(const QString& path, QSize size = QSize(1280, 720));
 
 private:
-    std::array<QwtPlotCurve*, hvaudio::dsp::speakerCount> computed_, measured_; // the plot's
+    std::array<QwtPlotCurve*, speakerCount> m_computed, m_measured; // the plot's
 };
 
 } // namespace headunit

@@ -1,5 +1,6 @@
 #include "headunit/inspector/settingsmodel.h"
 
+#include "common/settingstable.h"
 #include "platform/common/settings/settingsstore.h"
 
 #include <QBrush>
@@ -13,66 +14,28 @@ namespace headunit {
 
 namespace {
 
-struct KnownKey
+QVariant::Type variantType(mem::SettingType type)
 {
-    const char* key; ///< "%1" stands for first ... first + count - 1
-    QVariant::Type type;
-    int count = 0; ///< 0: the key as it is
-};
+    switch (type) {
+    case mem::SettingType::Bool:
+        return QVariant::Bool;
+    case mem::SettingType::Int:
+        return QVariant::Int;
+    case mem::SettingType::Text:
+        break;
+    }
+    return QVariant::String;
+}
 
-// The keys that the applications and the audio service use; which value absence means is theirs to know.
-// clang-format off
-const KnownKey knownKeys[] = {
-    {"AudioSetting_Page",                  QVariant::Int},
-    {"customloudnes",                      QVariant::Bool},
-    {"subwooferOnOff",                     QVariant::Bool},
-    {"subwooferLevel",                     QVariant::Int},
-    {"subwooferFreq",                      QVariant::Int},
-    {"subwooferslope",                     QVariant::Int},
-    {"lpfState",                           QVariant::Bool},
-    {"lpfFreq",                            QVariant::Int},
-    {"lpfslope",                           QVariant::Int},
-    {"hpfState",                           QVariant::Bool},
-    {"hpfFreq",                            QVariant::Int},
-    {"hpfslope",                           QVariant::Int},
-    {"settings_cross_filter",              QVariant::Int},
-    {"settings_cross_freq_index",          QVariant::String},
-    {"settings_cross_gain_index",          QVariant::String},
-    {"settings_cross_slope_index",         QVariant::String},
-    {"Audio_Phase_Troggle",                QVariant::Bool},
-    {"eq1%1",                              QVariant::Int, 13},
-    {"eq2%1",                              QVariant::Int, 13},
-    {"Audio_Time_Alignment_Num1%1",        QVariant::Int, 5},
-    {"Audio_Time_Alignment_Num2%1",        QVariant::Int, 5},
-    {"Audio_Time_Alignment_Num3%1",        QVariant::Int, 5},
-    {"Audio_Time_Alignment_Preset",        QVariant::Int},
-    {"volume%1",                           QVariant::Int, 6},
-    {"Setup_Main_Volume",                  QVariant::Int},
-    {"Setup_Volume_Type_BT_Ringer",        QVariant::Int},
-    {"Setup_Volume_Type_BT_Talking",       QVariant::Int},
-    {"Setup_Volume_Type_Navi",             QVariant::Int},
-    {"Setup_Volume_Type_Voice",            QVariant::Int},
-    {"Setup_Input_Gain_Type_Radio",        QVariant::Int},
-    {"Setup_Input_Gain_Type_USB",          QVariant::Int},
-    {"Setup_Input_Gain_Type_BT_Audio",     QVariant::Int},
-    {"Setup_Input_Gain_Type_AUX",          QVariant::Int},
-    {"Setup_Input_Gain_Type_Carplay",      QVariant::Int},
-    {"Setup_Input_Gain_Type_Android_Auto", QVariant::Int},
-    {"Setup_Input_Gain_Type_DAB",          QVariant::Int},
-};
-// clang-format on
-static_assert(sizeof(knownKeys) / sizeof(knownKeys[0]) == 36, "one row a key");
-
+/// Of every key that the unit knows.
 const QMap<QString, QVariant::Type>& knownTypes()
 {
     static const QMap<QString, QVariant::Type> types = [] {
         QMap<QString, QVariant::Type> all;
-        for (const KnownKey& row : knownKeys) {
+        for (const mem::Setting& row : mem::settings) {
             const QString key = QLatin1String(row.key);
-            if (row.count == 0)
-                all.insert(key, row.type);
             for (int i = 0; i < row.count; ++i)
-                all.insert(key.arg(i), row.type);
+                all.insert(row.count > 1 ? key.arg(i) : key, variantType(row.type));
         }
         return all;
     }();

@@ -12,11 +12,7 @@
 #include <QLabel>
 #include <QPushButton>
 
-#include <algorithm>
-
 namespace headunit {
-
-using namespace hvaudio::dsp;
 
 namespace {
 
@@ -25,14 +21,6 @@ constexpr int linePoints = 240;
 constexpr int dotPoints = 61;          ///< six an octave
 constexpr double dotOctaves = 1.0 / 6; ///< one joins on to the next, so that no tone falls between them
 constexpr int heardAtOnce = 4096;
-
-/// Whether the speakers' responses are the same in both; the prompts' volumes and the low-pass's being used
-/// don't show.
-bool sameResponse(const Snapshot& a, const Snapshot& b)
-{
-    return std::equal(a.parameters.data(), a.parameters.data() + parameterCount, b.parameters.data()) &&
-           a.delayTap == b.delayTap && a.sourceFactor == b.sourceFactor && a.source == b.source;
-}
 
 } // namespace
 
@@ -100,7 +88,7 @@ void SoundPanel::showEvent(QShowEvent* event)
         meter->reset();
     m_limiter->reset();
     m_sound->listen(true);
-    m_rate = 0; // the curves are drawn anew
+    m_responses = {}; // the curves are drawn anew
     tick();
     m_timer.start();
     QWidget::showEvent(event);
@@ -127,20 +115,18 @@ void SoundPanel::tick()
 
 void SoundPanel::followSettings()
 {
-    const Snapshot now = m_sound->snapshot();
-    const double rate = m_sound->rate();
-    if (rate == m_rate && sameResponse(now, m_snapshot))
+    const SpeakerResponses now = m_sound->responses();
+    if (now == m_responses)
         return;
-    m_snapshot = now;
-    m_rate = rate;
-    m_meter.restart(rate, m_sound->latencyFrames());
+    m_responses = now;
+    m_meter.restart(now.rate(), m_sound->latencyFrames());
     m_pieces = -1;
 
     const std::vector<double> hz = ResponsePlot::frequencies(linePoints);
     for (int i = 0; i < speakerCount; ++i) {
         std::vector<double> factors;
         for (const double at : hz)
-            factors.push_back(at < rate / 2 ? std::abs(responseOf(now, Speaker(i), at, rate)) : 0);
+            factors.push_back(now.factor(Speaker(i), at));
         m_plot->setComputed(Speaker(i), hz, factors);
     }
     drawMeasured();
@@ -150,7 +136,7 @@ void SoundPanel::measure()
 {
     for (int count = heardAtOnce; count == heardAtOnce;) {
         bool gap = false;
-        count = m_sound->heard(m_heard.data(), heardAtOnce, &gap);
+        count = m_sound->fetchHeard(m_heard.data(), heardAtOnce, &gap);
         if (gap)
             m_meter.gap();
         m_meter.add(m_heard.data(), count);

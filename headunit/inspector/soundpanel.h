@@ -1,6 +1,7 @@
 #pragma once
 
-#include "headunit/inspector/responsemeter.h"
+#include "headunit/sound/responsemeter.h"
+#include "headunit/sound/speakerresponses.h"
 
 #include <QTimer>
 #include <QVector>
@@ -28,7 +29,7 @@ public:
     ~SoundPanel() override;
 
     ResponsePlot* plot() const { return m_plot; }
-    LevelMeter* level(hvaudio::dsp::Speaker speaker) const { return m_levels[speaker]; }
+    LevelMeter* level(Speaker speaker) const { return m_levels[speaker]; }
     LevelMeter* limiter() const { return m_limiter; }
 
 public slots:
@@ -50,17 +51,16 @@ private:
 
     SoundControl* const m_sound;
     ResponsePlot* m_plot;
-    std::array<LevelMeter*, hvaudio::dsp::speakerCount> m_levels;
+    std::array<LevelMeter*, speakerCount> m_levels;
     LevelMeter* m_limiter;
     QLabel* m_status;
     QLabel* m_saved;
     QTimer m_timer;
 
     ResponseMeter m_meter;
-    std::vector<hvaudio::HeardFrame> m_heard;
+    std::vector<HeardFrame> m_heard;
     /// What the computed curves were drawn from; nothing at first.
-    hvaudio::dsp::Snapshot m_snapshot;
-    double m_rate = 0;
+    SpeakerResponses m_responses;
     int m_pieces = -1; ///< of the meter, when the measured curves were drawn
     Q_DISABLE_COPY(SoundPanel)
 };

@@ -19,8 +19,6 @@
 
 namespace headunit {
 
-using hvaudio::SourceKind;
-
 namespace {
 
 constexpr int pollMs = 100;
@@ -126,12 +124,13 @@ void SourcePanel::retranslate()
 
 void SourcePanel::refresh()
 {
-    for (const Row& row : qAsConst(m_rows)) {
+    for (const Row& row : std::as_const(m_rows)) {
+        const SourceChoice choice = m_sound->source(row.id);
         row.name->setChecked(row.id == m_sound->playing());
-        row.kind->setCurrentIndex(row.kind->findData(int(m_sound->sourceKind(row.id))));
+        row.kind->setCurrentIndex(row.kind->findData(int(choice.kind)));
         if (row.path->isModified() && !row.path->text().isEmpty())
             continue; // typed and not taken: it is there to be corrected
-        row.path->setText(m_sound->sourcePath(row.id));
+        row.path->setText(choice.path);
         row.path->setToolTip(row.path->text());
     }
     refreshPrompts();
@@ -152,12 +151,12 @@ void SourcePanel::say(const QString& error)
 void SourcePanel::setKind(int row, SourceKind kind, const QString& path)
 {
     // The next run may start in another folder.
-    const QString whole = path.isEmpty() ? path : QFileInfo(path).absoluteFilePath();
+    const SourceChoice choice{kind, path.isEmpty() ? path : QFileInfo(path).absoluteFilePath()};
     QString error;
     QLineEdit* const field = m_rows[row].path;
-    if (m_sound->setSource(m_rows[row].id, kind, whole, &error)) {
+    if (m_sound->setSource(m_rows[row].id, choice, &error)) {
         error.clear();
-        keepSource(m_rows[row].id, kind, whole);
+        keepSource(m_rows[row].id, choice);
         field->setModified(false);
     } else if (kind == SourceKind::File) {
         field->setText(path);
@@ -192,7 +191,7 @@ void SourcePanel::askForFile(int row)
     dialog->setFileMode(QFileDialog::ExistingFile);
     dialog->setNameFilters(
         {tr("Sound files (*.wav *.flac *.ogg *.oga *.mp3 *.aiff *.aif)"), tr("All files (*)")});
-    const QString before = m_sound->sourcePath(m_rows[row].id);
+    const QString before = m_sound->source(m_rows[row].id).path;
     if (!before.isEmpty())
         dialog->selectFile(before);
     connect(dialog, &QFileDialog::fileSelected, this,

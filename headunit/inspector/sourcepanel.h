@@ -1,7 +1,6 @@
 #pragma once
 
-#include "hvaudio/audioservice.h"
-#include "platform/hvaudio/player.h"
+#include "headunit/sound/soundtypes.h"
 
 #include <QTimer>
 #include <QVector>
@@ -50,8 +49,8 @@ private:
     /// Shows the error; without one, which of the stored files can't be played.
     void say(const QString& error);
     /// The one place where a source's stand-in changes.
-    void setKind(int row, hvaudio::SourceKind kind, const QString& path);
-    void onKindChosen(int row, hvaudio::SourceKind kind);
+    void setKind(int row, SourceKind kind, const QString& path);
+    void onKindChosen(int row, SourceKind kind);
     void onPathEntered(int row);
     void askForFile(int row);
     void onPromptTouched(int key);

@@ -1,7 +1,5 @@
 #include "headunit/inspector/unitpanel.h"
 
-#include "headunit/shell/shell.h"
-
 #include "platform/common/settings/settingsstore.h"
 #include "platform/common/texts/language.h"
 
@@ -28,17 +26,15 @@ QLabel* plainText(const QString& text, QWidget* parent)
 
 } // namespace
 
-UnitPanel::UnitPanel(Shell* shell, QWidget* parent)
+UnitPanel::UnitPanel(QWidget* parent)
     : QWidget(parent)
-    , m_shell(shell)
+    , m_power(new QPushButton(this))
     , m_reset(new QPushButton(this))
+    , m_applications(plainText(QString(), this))
 {
-    auto* power = new QPushButton(this);
-    power->setObjectName(QStringLiteral("power"));
-    const auto showPower = [=] { power->setText(shell->isPowered() ? tr("Switch off") : tr("Switch on")); };
-    showPower();
-    connect(power, &QPushButton::clicked, shell, [=] { shell->setPowered(!shell->isPowered()); });
-    connect(shell, &Shell::powered, power, showPower);
+    m_power->setObjectName(QStringLiteral("power"));
+    showPowered(true);
+    connect(m_power, &QPushButton::clicked, this, [this] { emit powerChosen(!m_powered); });
 
     m_reset->setObjectName(QStringLiteral("factory_reset"));
     m_reset->setText(tr("Forget every setting"));
@@ -48,12 +44,12 @@ UnitPanel::UnitPanel(Shell* shell, QWidget* parent)
     auto* layout = new QFormLayout(this);
     layout->setVerticalSpacing(14);
     layout->addRow(tr("Language"), languageBox());
-    layout->addRow(tr("Power"), power);
+    layout->addRow(tr("Power"), m_power);
     layout->addRow(tr("Factory reset"), m_reset);
     layout->addRow(
         tr("Settings"),
         plainText(store->isDurable() ? store->path() : tr("in memory only, until the unit is left"), this));
-    layout->addRow(tr("Applications"), plainText(applicationsText(), this));
+    layout->addRow(tr("Applications"), m_applications);
 }
 
 UnitPanel::~UnitPanel() = default;
@@ -70,22 +66,21 @@ QWidget* UnitPanel::languageBox()
     };
     showCurrent();
     // "activated" is the user's doing only, so showing a change can't start another.
-    connect(box, QOverload<int>::of(&QComboBox::activated), m_shell,
-            [this, box](int row) { m_shell->setLanguage(box->itemData(row).toString()); });
+    connect(box, QOverload<int>::of(&QComboBox::activated), this,
+            [this, box](int row) { emit languageChosen(box->itemData(row).toString()); });
     connect(cm::Language::instance(), &cm::Language::changed, box, showCurrent);
     return box;
 }
 
-QString UnitPanel::applicationsText() const
+void UnitPanel::showPowered(bool on)
 {
-    QStringList lines;
-    for (const PluginLoader::Loaded& loaded : m_shell->plugins().loaded())
-        lines.append(loaded.file);
-    for (const PluginLoader::Refused& refused : m_shell->plugins().refused()) {
-        if (refused.reason != PluginLoader::refusal({})) // a platform library is no news
-            lines.append(tr("%1 not loaded: %2").arg(refused.file, refused.reason));
-    }
-    return lines.join(QLatin1Char('\n'));
+    m_powered = on;
+    m_power->setText(on ? tr("Switch off") : tr("Switch on"));
+}
+
+void UnitPanel::showApplications(const QStringList& lines)
+{
+    m_applications->setText(lines.join(QLatin1Char('\n')));
 }
 
 void UnitPanel::onResetClicked()
@@ -100,7 +95,7 @@ void UnitPanel::onResetClicked()
         });
         return;
     }
-    m_shell->resetToFactory();
+    emit factoryResetChosen();
 }
 
 } // namespace headunit

@@ -1,29 +1,43 @@
 #pragma once
 
+#include <QStringList>
 #include <QWidget>
 
+class QLabel;
 class QPushButton;
 
 namespace headunit {
 
-class Shell;
-
-/// Language, power cycle and factory reset, and where the unit's files are. Thread: GUI.
+/// Language, power cycle and factory reset, and where the unit's files are. Asks by signals, and shows what
+/// it is told. Thread: GUI.
 class UnitPanel : public QWidget
 {
     Q_OBJECT
 public:
-    /// shell: outlives the panel.
-    UnitPanel(Shell* shell, QWidget* parent);
+    explicit UnitPanel(QWidget* parent);
     ~UnitPanel() override;
+
+public slots:
+    /// The unit is on, as at first, or off.
+    void showPowered(bool on);
+    /// lines: one for each application, loaded or not.
+    void showApplications(const QStringList& lines);
+
+signals:
+    void powerChosen(bool on);
+    /// code: one of cm::Language::codes().
+    void languageChosen(const QString& code);
+    /// The user has confirmed that every setting shall be forgotten.
+    void factoryResetChosen();
 
 private:
     QWidget* languageBox();
-    QString applicationsText() const;
     void onResetClicked();
 
-    Shell* const m_shell;
+    QPushButton* m_power;
     QPushButton* m_reset;
+    QLabel* m_applications;
+    bool m_powered = true;
     Q_DISABLE_COPY(UnitPanel)
 };
 

@@ -1,17 +1,31 @@
 #include "headunit/shell/audiopages.h"
 
+#include "platform/common/settings/settingsstore.h"
+
 namespace headunit {
 
-// clang-format off
-const AudioPage audioPages[] = {
-    {"key_EQ_setting",        "page-0-equalizer"},
-    {"key_balance_setting",   "page-1-audio-levels"},
-    {"key_crossover_setting", "page-2-crossover"},
-    {"key_time_alignment",    "page-3-time-alignment"},
-    {"key_eq_preset",         "page-4-eq-presets"},
-    {"key_audio_level",       "page-5-volume-levels"},
-};
-// clang-format on
-static_assert(sizeof(audioPages) / sizeof(audioPages[0]) == audioPageCount, "one row a page");
+QString audioPageKey()
+{
+    return QLatin1String(audioPageSetting.key);
+}
+
+RememberedPage::RememberedPage()
+    : m_remembered(mem::SettingsStore::instance()->value(audioPageKey()))
+{
+}
+
+RememberedPage::~RememberedPage()
+{
+    mem::SettingsStore* store = mem::SettingsStore::instance();
+    if (m_remembered.isValid())
+        store->setValue(audioPageKey(), m_remembered, true);
+    else
+        store->remove(audioPageKey());
+}
+
+void RememberedPage::lookAt(int page)
+{
+    mem::SettingsStore::instance()->setValue(audioPageKey(), page, false);
+}
 
 } // namespace headunit

@@ -1,24 +1,35 @@
 #pragma once
 
-#include <QLatin1String>
+#include "common/settingstable.h"
+
+#include <QVariant>
 
 namespace headunit {
 
-/// What --page and --tour touch of the audio settings. The shell has no header of that application, so these
-/// are names, as a test robot would know them.
-struct AudioPage
-{
-    const char* key;     ///< object name of the tab bar's key
-    const char* picture; ///< file name of the tour's picture, without ending
-};
+/// What the shell knows of the audio settings: their window, and where they keep which page they show. They
+/// show that page whenever they are opened.
 
-constexpr int audioPageCount = 6;
-/// By page index.
-extern const AudioPage audioPages[audioPageCount];
-
-/// Window id of the audio settings.
 constexpr int audioWindowId = 33;
-/// Where the application keeps the index of its last page.
-const QLatin1String audioPageSetting("AudioSetting_Page");
+constexpr mem::Setting audioPageSetting = mem::settingOf("AudioSetting_Page");
+constexpr int audioPageCount = audioPageSetting.largest + 1;
+
+/// The key of audioPageSetting.
+QString audioPageKey();
+
+/// Lets the audio settings show another page than the remembered one: the page that is remembered when this
+/// object is made is put back, durably, when it goes. Thread: GUI.
+class RememberedPage
+{
+public:
+    RememberedPage();
+    ~RememberedPage();
+
+    /// The page that the audio settings show when they are opened next; 0 .. audioPageCount - 1.
+    void lookAt(int page);
+
+private:
+    const QVariant m_remembered; ///< invalid: none
+    Q_DISABLE_COPY(RememberedPage)
+};
 
 } // namespace headunit

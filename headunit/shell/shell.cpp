@@ -3,6 +3,7 @@
 #include "headunit/front/launcher.h"
 #include "headunit/front/screen.h"
 #include "headunit/inspector/inspector.h"
+#include "headunit/inspector/unitpanel.h"
 #include "headunit/shell/audiopages.h"
 #include "headunit/shell/startuptrace.h"
 #include "headunit/shell/unitlanguage.h"
@@ -16,7 +17,6 @@
 #include "platform/common/texts/language.h"
 #include "platform/hvaudioservice/audioservicehost.h"
 
-#include <QAbstractButton>
 #include <QGuiApplication>
 #include <QScreen>
 #include <QShortcut>
@@ -38,6 +38,11 @@ Shell::Shell(bool withFront, SoundControl* sound)
     // Later, when the owner of the setting has it and the editor that it was typed into is done.
     connect(mem::SettingsStore::instance(), &mem::SettingsStore::edited, this, &Shell::onSettingEdited,
             Qt::QueuedConnection);
+    // The audio settings note each page that they show.
+    connect(mem::SettingsStore::instance(), &mem::SettingsStore::written, this, [this](const QString& key) {
+        if (key == audioPageKey())
+            m_lookedAt = -1;
+    });
     auto* shortcut = new QShortcut(QKeySequence(Qt::Key_F12), m_unit.data());
     shortcut->setContext(Qt::ApplicationShortcut);
     connect(shortcut, &QShortcut::activated, this, &Shell::toggleInspector);
@@ -74,7 +79,9 @@ void Shell::addWindow(int id, WindowInterface* window)
     auto* added = new WindowHost(id, window, m_unit->screen()->applicationArea(), this);
     connect(added, &WindowHost::rootVanished, this, &Shell::leaveApplication, Qt::QueuedConnection);
     m_hosts.append(added);
-    m_unit->screen()->launcher()->addTile(id, added->name());
+    m_unit->screen()->launcher()->addTile(id, added->name(),
+                                          id == audioWindowId ? LauncherTile::Picture::Equalizer
+                                                              : LauncherTile::Picture::FirstLetter);
 }
 
 WindowHost* Shell::host(int windowId) const
@@ -112,15 +119,14 @@ bool Shell::openWindow(int id)
 
 bool Shell::openAudioPage(int page)
 {
-    // The application reads its page when it opens, and writes it. What the driver chose last is put back.
-    mem::SettingsStore* store = mem::SettingsStore::instance();
-    const QVariant remembered = store->value(audioPageSetting);
-    store->setValue(audioPageSetting, page, false);
-    const bool opened = openWindow(audioWindowId);
-    if (remembered.isValid())
-        store->setValue(audioPageSetting, remembered, true);
-    else
-        store->remove(audioPageSetting);
+    bool opened = false;
+    {
+        RememberedPage remembered;
+        remembered.lookAt(page);
+        leaveApplication(); // it reads the page when it is opened
+        opened = openWindow(audioWindowId);
+    }
+    m_lookedAt = opened ? page : -1;
     return opened;
 }
 
@@ -187,9 +193,9 @@ void Shell::onHardKey(KeyEvent::Key key, KeyEvent::Action action)
 
 void Shell::endPrompts()
 {
-    for (int i = 0; m_sound && i < hvaudio::dsp::promptCount; ++i) {
-        if (m_sound->promptSounds(hvaudio::dsp::Prompt(i)))
-            m_sound->endPrompt(hvaudio::dsp::Prompt(i));
+    for (int i = 0; m_sound && i < promptCount; ++i) {
+        if (m_sound->promptSounds(Prompt(i)))
+            m_sound->endPrompt(Prompt(i));
     }
 }
 
@@ -200,7 +206,7 @@ void Shell::setPowered(bool on)
     if (!on) {
         m_frontBeforePowerOff = m_front ? m_front->id() : 0;
         leaveApplication();
-        for (WindowHost* window : qAsConst(m_hosts))
+        for (WindowHost* window : std::as_const(m_hosts))
             window->destroy();
         endPrompts(); // a ring tone would go on when the unit comes back
         hvaudio::AudioServiceHost::powerOff();
@@ -236,22 +242,10 @@ bool Shell::setLanguage(const QString& code)
 
 void Shell::onLanguageChanged()
 {
-    for (const WindowHost* window : qAsConst(m_hosts))
+    for (const WindowHost* window : std::as_const(m_hosts))
         m_unit->screen()->launcher()->setTileName(window->id(), window->name());
     if (m_front)
         m_front->refresh();
-}
-
-int Shell::shownAudioPage() const
-{
-    if (!m_front || m_front->id() != audioWindowId || !m_front->root())
-        return -1;
-    for (int page = 0; page < audioPageCount; ++page) {
-        const auto* key = m_front->root()->findChild<QAbstractButton*>(QLatin1String(audioPages[page].key));
-        if (key && key->isChecked())
-            return page;
-    }
-    return -1;
 }
 
 void Shell::restoreSources(const QString& key)
@@ -265,12 +259,12 @@ void Shell::onSettingEdited(const QString& key)
     restoreSources(key);
     // Some pages read a setting only when they are made.
     WindowHost* const front = m_front;
-    const int page = key == audioPageSetting ? -1 : shownAudioPage();
+    const int lookedAt = key == audioPageKey() ? -1 : m_lookedAt;
     m_front = nullptr;
-    for (WindowHost* window : qAsConst(m_hosts))
+    for (WindowHost* window : std::as_const(m_hosts))
         window->destroy();
-    if (page >= 0)
-        openAudioPage(page);
+    if (front && front->id() == audioWindowId && lookedAt >= 0)
+        openAudioPage(lookedAt);
     else if (front)
         openWindow(front->id());
 }
@@ -281,10 +275,29 @@ void Shell::onStatusBarHideRequested(bool hide)
     m_unit->screen()->setStatusBarShown(!hide || !m_front);
 }
 
+void Shell::buildInspector()
+{
+    m_inspector.reset(new Inspector(m_unit->height(), m_sound));
+    UnitPanel* panel = m_inspector->unitPanel();
+    QStringList applications;
+    for (const PluginLoader::Loaded& loaded : m_plugins.loaded())
+        applications.append(loaded.file);
+    for (const PluginLoader::Refused& refused : m_plugins.refused()) {
+        if (refused.reason != PluginLoader::refusal({})) // a platform library is no news
+            applications.append(tr("%1 not loaded: %2").arg(refused.file, refused.reason));
+    }
+    panel->showApplications(applications);
+    panel->showPowered(m_powered);
+    connect(this, &Shell::powered, panel, &UnitPanel::showPowered);
+    connect(panel, &UnitPanel::powerChosen, this, &Shell::setPowered);
+    connect(panel, &UnitPanel::languageChosen, this, &Shell::setLanguage);
+    connect(panel, &UnitPanel::factoryResetChosen, this, &Shell::resetToFactory);
+}
+
 void Shell::toggleInspector()
 {
     if (!m_inspector)
-        m_inspector.reset(new Inspector(this));
+        buildInspector();
     if (m_inspector->isVisible()) {
         m_inspector->hide();
         return;

@@ -45,9 +45,6 @@ public:
     WindowHost* front() const { return m_front; }
     WindowHost* host(int windowId) const;
     bool isPowered() const { return m_powered; }
-    /// May be null.
-    SoundControl* sound() const { return m_sound; }
-
     /// The order of this end: windows destroyed, plug-ins unloaded, audio service off. Nothing may be called
     /// afterwards.
     void shutDown();
@@ -55,7 +52,8 @@ public:
 public slots:
     /// False, logged, for an unknown id or a window that doesn't come up; the launcher is in front then.
     bool openWindow(int id);
-    /// Opens the audio settings at a page, and leaves the remembered page as it is.
+    /// Opens the audio settings at a page, anew when they are in front, and leaves the remembered page as it
+    /// is. page: 0 .. audioPageCount - 1. False as openWindow().
     bool openAudioPage(int page);
     /// Back to the launcher; nothing happens there.
     void leaveApplication();
@@ -79,8 +77,7 @@ private:
     void restoreSources(const QString& key = QString());
     /// Makes the windows anew, so that they show what was edited.
     void onSettingEdited(const QString& key);
-    /// By the tab bar, -1 while the audio settings aren't in front.
-    int shownAudioPage() const;
+    void buildInspector();
     void endPrompts();
     bool passToWindow(KeyEvent::Key key, KeyEvent::Action action);
 
@@ -92,6 +89,9 @@ private:
     QScopedPointer<Inspector> m_inspector; ///< made when it is first wanted
     QVector<WindowHost*> m_hosts;
     WindowHost* m_front = nullptr;
+    /// The page that openAudioPage() shows, until the audio settings note another one; -1: they show the one
+    /// that they remember.
+    int m_lookedAt = -1;
     int m_frontBeforePowerOff = 0; ///< window id, 0: the launcher
     bool m_powered = true;
     bool m_shutDown = false;

@@ -1,6 +1,7 @@
 #include "headunit/shell/unitlanguage.h"
 
 #include "common/settings.h"
+#include "common/settingstable.h"
 #include "platform/common/settings/settingsstore.h"
 #include "platform/common/texts/language.h"
 
@@ -10,7 +11,12 @@ namespace headunit {
 
 namespace {
 
-const QLatin1String languageSetting("Headunit_Language");
+constexpr mem::Setting languageSetting = mem::settingOf("Headunit_Language");
+
+QString languageKey()
+{
+    return QLatin1String(languageSetting.key);
+}
 
 /// The unit's language that fits a locale; empty when it has none.
 QString fitting(const QLocale& locale)
@@ -29,7 +35,8 @@ void chooseLanguage(const QString& asked)
 {
     QString code = asked;
     if (code.isEmpty())
-        code = mem::SettingsFunc::instance()->getValue(languageSetting, QString());
+        code = mem::SettingsFunc::instance()->getValue(languageKey(),
+                                                       QString::fromLatin1(languageSetting.defaultText));
     if (!cm::Language::codes().contains(code))
         code = fitting(QLocale::system());
     cm::Language::instance()->setCurrent(code.isEmpty() ? QStringLiteral("en") : code);
@@ -37,7 +44,7 @@ void chooseLanguage(const QString& asked)
 
 void keepLanguage()
 {
-    mem::SettingsStore::instance()->setValue(languageSetting, cm::Language::instance()->current(), true);
+    mem::SettingsStore::instance()->setValue(languageKey(), cm::Language::instance()->current(), true);
 }
 
 } // namespace headunit

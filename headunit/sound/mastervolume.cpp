@@ -7,6 +7,7 @@ namespace headunit {
 
 namespace {
 
+constexpr mem::Setting volumeSetting = mem::settingOf("volume%1");
 constexpr int mainChannel = 0;
 
 } // namespace
@@ -23,7 +24,9 @@ MasterVolume::~MasterVolume() = default;
 
 void MasterVolume::reload()
 {
-    show(mem::SettingsFunc::instance()->getValue(QStringLiteral("volume%1").arg(mainChannel), 0), false);
+    show(mem::SettingsFunc::instance()->getValue(QString::fromLatin1(volumeSetting.key).arg(mainChannel),
+                                                 volumeSetting.defaultValue),
+         false);
 }
 
 void MasterVolume::step(int steps)

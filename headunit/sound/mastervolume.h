@@ -1,5 +1,7 @@
 #pragma once
 
+#include "common/settingstable.h"
+
 #include <QObject>
 
 namespace headunit {
@@ -9,7 +11,7 @@ class MasterVolume : public QObject
 {
     Q_OBJECT
 public:
-    static constexpr int maximum = 50;
+    static constexpr int maximum = mem::settingOf("volume%1").largest;
 
     explicit MasterVolume(QObject* parent = nullptr);
     ~MasterVolume() override;

@@ -2,19 +2,19 @@
 
 #include "common/translator.h"
 
+#include <iterator>
+
 namespace headunit {
 
-using hvaudio::SourceKind;
-
 // clang-format off
-const UnitSource unitSources[] = {
-    {HVAudio_source_Radio,       366, nullptr, "Radio"},
-    {HVAudio_source_Usb,          18, nullptr, "USB"},
-    {HVAudio_source_BtAudio,     369, nullptr, "BT_Audio"},
-    {HVAudio_source_AvIn,        368, nullptr, "AUX"},
-    {HVAudio_source_Carplay,     443, nullptr, "Carplay"},
-    {HVAudio_source_AndroidAuto,  17, nullptr, "Android_Auto"},
-    {HVAudio_source_Dab,           0, "DAB",   "DAB"},
+constexpr UnitSource unitSources[] = {
+    {HVAudio_source_Radio,       366, nullptr, "Radio",        mem::settingOf("Headunit_Source_Radio")},
+    {HVAudio_source_Usb,          18, nullptr, "USB",          mem::settingOf("Headunit_Source_USB")},
+    {HVAudio_source_BtAudio,     369, nullptr, "BT_Audio",     mem::settingOf("Headunit_Source_BT_Audio")},
+    {HVAudio_source_AvIn,        368, nullptr, "AUX",          mem::settingOf("Headunit_Source_AUX")},
+    {HVAudio_source_Carplay,     443, nullptr, "Carplay",      mem::settingOf("Headunit_Source_Carplay")},
+    {HVAudio_source_AndroidAuto,  17, nullptr, "Android_Auto", mem::settingOf("Headunit_Source_Android_Auto")},
+    {HVAudio_source_Dab,           0, "DAB",   "DAB",          mem::settingOf("Headunit_Source_DAB")},
 };
 
 const SourceKindName sourceKinds[] = {
@@ -32,9 +32,9 @@ const PromptKey promptKeys[] = {
     {hvaudio::dsp::Voice, "prompt_voice", "Voice",             false},
 };
 // clang-format on
-static_assert(sizeof(unitSources) / sizeof(unitSources[0]) == unitSourceCount, "one row a source");
-static_assert(sizeof(sourceKinds) / sizeof(sourceKinds[0]) == sourceKindCount, "one row a kind");
-static_assert(sizeof(promptKeys) / sizeof(promptKeys[0]) == promptKeyCount, "one row a prompt");
+static_assert(std::size(unitSources) == unitSourceCount, "one row a source");
+static_assert(std::size(sourceKinds) == sourceKindCount, "one row a kind");
+static_assert(std::size(promptKeys) == promptKeyCount, "one row a prompt");
 
 QString nameOf(const UnitSource& source)
 {

@@ -1,9 +1,7 @@
 #pragma once
 
-#include "hvaudio/audioservice.h"
-#include "platform/hvaudio/player.h"
-
-#include <QString>
+#include "common/settingstable.h"
+#include "headunit/sound/soundtypes.h"
 
 namespace headunit {
 
@@ -11,9 +9,10 @@ namespace headunit {
 struct UnitSource
 {
     HVAudio_source_id_e id;
-    int textId;       ///< of the translator; 0: the fixed text
-    const char* text; ///< where there is no text id
-    const char* word; ///< in the settings store
+    int textId;                 ///< of the translator; 0: the fixed text
+    const char* text;           ///< where there is no text id
+    const char* word;           ///< in the setting of which source plays
+    const mem::Setting& choice; ///< the setting of what plays as this source
 };
 constexpr int unitSourceCount = 7;
 extern const UnitSource unitSources[unitSourceCount];
@@ -23,23 +22,23 @@ QString nameOf(const UnitSource& source);
 /// What can stand in for a source, in the order in which a panel offers it.
 struct SourceKindName
 {
-    hvaudio::SourceKind kind;
+    SourceKind kind;
     const char* text;
     const char* word; ///< in the settings store
 };
 constexpr int sourceKindCount = 5;
 extern const SourceKindName sourceKinds[sourceKindCount];
-QString nameOf(hvaudio::SourceKind kind);
+QString nameOf(SourceKind kind);
 
 /// The chimes that a panel offers.
 struct PromptKey
 {
-    hvaudio::dsp::Prompt prompt;
+    Prompt prompt;
     const char* objectName;
     const char* text;
     bool repeated; ///< sounds until the key is touched again
 };
-constexpr int promptKeyCount = hvaudio::dsp::promptCount;
+constexpr int promptKeyCount = promptCount;
 extern const PromptKey promptKeys[promptKeyCount];
 
 } // namespace headunit

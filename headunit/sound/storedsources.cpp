@@ -3,31 +3,18 @@
 #include "headunit/sound/soundcontrol.h"
 #include "headunit/sound/soundnames.h"
 
-#include "common/settings.h"
+#include "common/settingstable.h"
 #include "platform/common/settings/settingsstore.h"
 
 #include <QDebug>
 
 namespace headunit {
 
-using hvaudio::SourceKind;
-
 namespace {
 
-const QLatin1String playingSetting("Headunit_Playing");
+constexpr mem::Setting playingSetting = mem::settingOf("Headunit_Playing");
 
-struct Choice
-{
-    SourceKind kind = SourceKind::Input;
-    QString path; ///< of a file
-};
-
-QString settingOf(const UnitSource& source)
-{
-    return QStringLiteral("Headunit_Source_") + QLatin1String(source.word);
-}
-
-QString textOf(const Choice& choice)
+QString textOf(const SourceChoice& choice)
 {
     for (const SourceKindName& row : sourceKinds) {
         if (row.kind == choice.kind)
@@ -38,10 +25,10 @@ QString textOf(const Choice& choice)
 }
 
 /// False when that is no choice.
-bool parse(const QString& text, Choice* choice)
+bool parse(const QString& text, SourceChoice* choice)
 {
     for (const SourceKindName& row : sourceKinds) {
-        Choice of{row.kind, QString()};
+        SourceChoice of{row.kind, QString()};
         if (row.kind == SourceKind::File)
             of.path = text.section(QLatin1Char(':'), 1);
         if (text == textOf(of) && of.path.isEmpty() == (row.kind != SourceKind::File)) {
@@ -52,25 +39,36 @@ bool parse(const QString& text, Choice* choice)
     return false;
 }
 
+QString keyOf(const mem::Setting& setting)
+{
+    return QLatin1String(setting.key);
+}
+
 /// Empty when nothing is kept.
-QString kept(const QString& key)
+QString kept(const mem::Setting& setting)
 {
-    return mem::SettingsStore::instance()->valueOr(key, QString()).toString();
+    return mem::SettingsStore::instance()
+        ->valueOr(keyOf(setting), QLatin1String(setting.defaultText))
+        .toString();
 }
 
-void sayNoChoice(const QString& key, const QString& used)
+void keep(const mem::Setting& setting, const QString& text)
 {
-    qWarning().noquote().nospace() << "stored " << key << " is \"" << kept(key).left(80) << "\", no choice; "
-                                   << used << " is used";
+    mem::SettingsStore::instance()->setValue(keyOf(setting), text, true);
 }
 
-Choice keptChoice(const UnitSource& source)
+void sayNoChoice(const mem::Setting& setting, const QString& used)
 {
-    Choice choice;
-    const QString key = settingOf(source);
-    const QString text = kept(key);
+    qWarning().noquote().nospace() << "stored " << setting.key << " is \"" << kept(setting).left(80)
+                                   << "\", no choice; " << used << " is used";
+}
+
+SourceChoice keptChoice(const UnitSource& source)
+{
+    SourceChoice choice;
+    const QString text = kept(source.choice);
     if (!text.isEmpty() && !parse(text, &choice))
-        sayNoChoice(key, textOf(choice));
+        sayNoChoice(source.choice, textOf(choice));
     return choice;
 }
 
@@ -86,29 +84,24 @@ HVAudio_source_id_e keptPlaying()
     return HVAudio_source_Radio;
 }
 
-bool plays(const SoundControl& sound, const UnitSource& source, const Choice& choice)
-{
-    return sound.sourceKind(source.id) == choice.kind && sound.sourcePath(source.id) == choice.path;
-}
-
 void restore(SoundControl* sound, const UnitSource& source)
 {
-    const Choice choice = keptChoice(source);
-    QString why; // said by the sound
-    if (plays(*sound, source, choice) || sound->setSource(source.id, choice.kind, choice.path, &why))
+    const SourceChoice choice = keptChoice(source);
+    // Why it refuses a file is said by the sound.
+    if (sound->source(source.id) == choice || sound->setSource(source.id, choice))
         return;
     qWarning().noquote().nospace() << "source " << source.word << " is silent, '" << choice.path
                                    << "' stays kept";
-    sound->setSource(source.id, SourceKind::Silence, QString(), &why);
+    sound->setSource(source.id, {SourceKind::Silence, QString()});
 }
 
 } // namespace
 
-void keepSource(HVAudio_source_id_e id, SourceKind kind, const QString& path)
+void keepSource(HVAudio_source_id_e id, const SourceChoice& choice)
 {
     for (const UnitSource& source : unitSources) {
         if (source.id == id)
-            mem::SettingsStore::instance()->setValue(settingOf(source), textOf({kind, path}), true);
+            keep(source.choice, textOf(choice));
     }
 }
 
@@ -116,17 +109,17 @@ void keepPlayingSource(HVAudio_source_id_e id)
 {
     for (const UnitSource& source : unitSources) {
         if (source.id == id)
-            mem::SettingsStore::instance()->setValue(playingSetting, QString::fromLatin1(source.word), true);
+            keep(playingSetting, QLatin1String(source.word));
     }
 }
 
 void restoreSources(SoundControl* sound, const QString& key)
 {
     for (const UnitSource& source : unitSources) {
-        if (key.isEmpty() || key == settingOf(source))
+        if (key.isEmpty() || key == keyOf(source.choice))
             restore(sound, source);
     }
-    if (!key.isEmpty() && key != playingSetting)
+    if (!key.isEmpty() && key != keyOf(playingSetting))
         return;
     const HVAudio_source_id_e playing = keptPlaying();
     if (playing != sound->playing())
@@ -137,9 +130,9 @@ QStringList sourceComplaints(const SoundControl& sound)
 {
     QStringList complaints;
     for (const UnitSource& source : unitSources) {
-        Choice choice;
-        if (parse(kept(settingOf(source)), &choice) && choice.kind == SourceKind::File &&
-            !plays(sound, source, choice))
+        SourceChoice choice;
+        if (parse(kept(source.choice), &choice) && choice.kind == SourceKind::File &&
+            !(sound.source(source.id) == choice))
             complaints.append(QStringLiteral("%1: '%2' can't be played").arg(nameOf(source), choice.path));
     }
     return complaints;

@@ -1,9 +1,7 @@
 #pragma once
 
-#include "hvaudio/audioservice.h"
-#include "platform/hvaudio/player.h"
+#include "headunit/sound/soundtypes.h"
 
-#include <QString>
 #include <QStringList>
 
 namespace headunit {
@@ -14,8 +12,8 @@ class SoundControl;
 // "Headunit_Source_<name>" one of "input", "pink", "sweep", "silence" and "file:<path>", under
 // "Headunit_Playing" the name of a source. Need an open store. Thread: GUI.
 
-/// Keeps the choice for a source; path: of a file, absolute. Durable when it returns.
-void keepSource(HVAudio_source_id_e id, hvaudio::SourceKind kind, const QString& path);
+/// Keeps the choice for a source. Durable when it returns.
+void keepSource(HVAudio_source_id_e id, const SourceChoice& choice);
 void keepPlayingSource(HVAudio_source_id_e id);
 
 /// Sets the sound to what is kept, else to other programs as each source and the radio playing; what it does

@@ -49,27 +49,22 @@ bool UnitSound::start(const QString& output)
     return m_player.start(QFile::encodeName(output).toStdString());
 }
 
-bool UnitSound::setSource(HVAudio_source_id_e id, SourceKind kind, const QString& path, QString* error)
+bool UnitSound::setSource(HVAudio_source_id_e id, const SourceChoice& choice, QString* error)
 {
-    const bool isFile = kind == SourceKind::File;
+    const bool isFile = choice.kind == SourceKind::File;
     report(QStringLiteral("setSource(%1, %2%3)")
                .arg(int(id))
-               .arg(nameOf(kind), isFile ? QStringLiteral(", \"%1\"").arg(path) : QString()));
+               .arg(nameOf(choice.kind), isFile ? QStringLiteral(", \"%1\"").arg(choice.path) : QString()));
     std::string why;
-    const bool done = m_player.setSource(id, kind, QFile::encodeName(path).toStdString(), &why);
+    const bool done = m_player.setSource(id, choice.kind, QFile::encodeName(choice.path).toStdString(), &why);
     if (!done && error)
         *error = QFile::decodeName(why.c_str());
     return done;
 }
 
-SourceKind UnitSound::sourceKind(HVAudio_source_id_e id) const
+SourceChoice UnitSound::source(HVAudio_source_id_e id) const
 {
-    return m_player.sourceKind(id);
-}
-
-QString UnitSound::sourcePath(HVAudio_source_id_e id) const
-{
-    return QFile::decodeName(m_player.sourcePath(id).c_str());
+    return {m_player.sourceKind(id), QFile::decodeName(m_player.sourcePath(id).c_str())};
 }
 
 void UnitSound::play(HVAudio_source_id_e id)
@@ -78,51 +73,26 @@ void UnitSound::play(HVAudio_source_id_e id)
     AudioServiceHost::setActiveSource(id);
 }
 
-HVAudio_source_id_e UnitSound::playing() const
-{
-    return HVAudio_source_id_e(m_player.engine().settings().source);
-}
-
-void UnitSound::prompt(dsp::Prompt which, bool repeated)
+void UnitSound::prompt(Prompt which, bool repeated)
 {
     report(
         QStringLiteral("prompt(%1, %2)").arg(int(which)).arg(QLatin1String(repeated ? "repeated" : "once")));
-    if (settings().power) // else it would be heard when the unit is switched on, and surprise
+    if (engine().settings().power) // else it would be heard when the unit is switched on, and surprise
         m_player.prompt(which, repeated);
 }
 
-void UnitSound::endPrompt(dsp::Prompt which)
+void UnitSound::endPrompt(Prompt which)
 {
     report(QStringLiteral("endPrompt(%1)").arg(int(which)));
     m_player.endPrompt(which);
 }
 
-bool UnitSound::promptSounds(dsp::Prompt which) const
+bool UnitSound::promptSounds(Prompt which) const
 {
     return m_player.promptSounds(which);
 }
 
-dsp::Settings UnitSound::settings() const
-{
-    return m_player.engine().settings();
-}
-
-dsp::Snapshot UnitSound::snapshot() const
-{
-    return m_player.engine().snapshot();
-}
-
-double UnitSound::rate() const
-{
-    return m_player.engine().rate();
-}
-
-int UnitSound::latencyFrames() const
-{
-    return m_player.engine().latencyFrames();
-}
-
-dsp::Meters UnitSound::takeMeters()
+Meters UnitSound::takeMeters()
 {
     return m_player.takeMeters();
 }
@@ -132,7 +102,7 @@ void UnitSound::listen(bool on)
     m_player.listen(on);
 }
 
-int UnitSound::heard(HeardFrame* frames, int count, bool* gap)
+int UnitSound::fetchHeard(HeardFrame* frames, int count, bool* gap)
 {
     return m_player.heard(frames, count, gap);
 }
@@ -140,6 +110,11 @@ int UnitSound::heard(HeardFrame* frames, int count, bool* gap)
 QString UnitSound::status() const
 {
     return QFile::decodeName(m_player.status().c_str());
+}
+
+const dsp::Engine& UnitSound::engine() const
+{
+    return m_player.engine();
 }
 
 } // namespace headunit

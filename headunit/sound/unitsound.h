@@ -23,23 +23,17 @@ public:
     /// but the sound works then.
     bool start(const QString& output);
 
-    bool setSource(HVAudio_source_id_e id, hvaudio::SourceKind kind, const QString& path,
-                   QString* error) override;
-    hvaudio::SourceKind sourceKind(HVAudio_source_id_e id) const override;
-    QString sourcePath(HVAudio_source_id_e id) const override;
+    bool setSource(HVAudio_source_id_e id, const SourceChoice& choice, QString* error = nullptr) override;
+    SourceChoice source(HVAudio_source_id_e id) const override;
     void play(HVAudio_source_id_e id) override;
-    HVAudio_source_id_e playing() const override;
-    void prompt(hvaudio::dsp::Prompt which, bool repeated) override;
-    void endPrompt(hvaudio::dsp::Prompt which) override;
-    bool promptSounds(hvaudio::dsp::Prompt which) const override;
-    hvaudio::dsp::Settings settings() const override;
-    hvaudio::dsp::Snapshot snapshot() const override;
-    double rate() const override;
-    int latencyFrames() const override;
-    hvaudio::dsp::Meters takeMeters() override;
+    void prompt(Prompt which, bool repeated) override;
+    void endPrompt(Prompt which) override;
+    bool promptSounds(Prompt which) const override;
+    Meters takeMeters() override;
     void listen(bool on) override;
-    int heard(hvaudio::HeardFrame* frames, int count, bool* gap) override;
+    int fetchHeard(HeardFrame* frames, int count, bool* gap) override;
     QString status() const override;
+    const hvaudio::dsp::Engine& engine() const override;
 
 private:
     hvaudio::Player m_player;

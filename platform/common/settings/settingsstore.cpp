@@ -233,6 +233,7 @@ bool SettingsStore::setValue(const QString& key, const QVariant& value, bool com
         d->commitSoon();
     if (changed)
         emit valueChanged(key, value);
+    emit written(key);
     return true;
 }
 

@@ -73,6 +73,8 @@ public:
 signals:
     /// After the value really changed; an invalid variant: the key was removed.
     void valueChanged(const QString& key, const QVariant& value);
+    /// After each setValue() and edit() of a value that wasn't refused, whether or not it changed anything.
+    void written(const QString& key);
     /// After each edit() that wasn't refused, and after what valueChanged() says of it.
     void edited(const QString& key);
 

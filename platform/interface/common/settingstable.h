@@ -107,9 +107,19 @@ constexpr Setting settings[] = {
     detail::number("Setup_Input_Gain_Type_Carplay",      1,  5,  0,   15,    detail::pages),
     detail::number("Setup_Input_Gain_Type_Android_Auto", 1,  5,  0,   15,    detail::pages),
     detail::number("Setup_Input_Gain_Type_DAB",          1,  5,  0,   15,    detail::pages),
+    // The unit's own: its language, the source that is heard, and what plays as each source.
+    detail::text  ("Headunit_Language",                  1,  "",             detail::shell),
+    detail::text  ("Headunit_Playing",                   1,  "",             detail::shell),
+    detail::text  ("Headunit_Source_Radio",              1,  "",             detail::shell),
+    detail::text  ("Headunit_Source_USB",                1,  "",             detail::shell),
+    detail::text  ("Headunit_Source_BT_Audio",           1,  "",             detail::shell),
+    detail::text  ("Headunit_Source_AUX",                1,  "",             detail::shell),
+    detail::text  ("Headunit_Source_Carplay",            1,  "",             detail::shell),
+    detail::text  ("Headunit_Source_Android_Auto",       1,  "",             detail::shell),
+    detail::text  ("Headunit_Source_DAB",                1,  "",             detail::shell),
 };
 // clang-format on
-static_assert(std::size(settings) == 39, "one row a key or family of keys");
+static_assert(std::size(settings) == 48, "one row a key or family of keys");
 
 /// The row of that key. Meant for constants: a key that is in no row doesn't compile there.
 constexpr const Setting& settingOf(std::string_view key)

@@ -44,7 +44,7 @@ void TestInspector::isNoTallerThanTheUnit()
     QFETCH(bool, withFront);
     FakeSound sound;
     Shell shell(withFront, &sound);
-    Inspector inspector(&shell);
+    Inspector inspector(shell.unit()->height(), &sound);
     QVERIFY2(inspector.minimumSizeHint().height() <= shell.unit()->height(),
              qPrintable(QString::number(inspector.minimumSizeHint().height())));
     auto* panel = inspector.findChild<SoundPanel*>();

@@ -66,6 +66,10 @@ void TestSettingsModel::listsTheKeysOfTheUnitWithoutValues_data()
                                     << "int";
     QTest::newRow("last of a row") << "eq212"
                                    << "int";
+    QTest::newRow("the service's own") << "AudioService_Balance"
+                                       << "int";
+    QTest::newRow("the unit's own") << "Headunit_Source_Radio"
+                                    << "string";
 }
 
 void TestSettingsModel::listsTheKeysOfTheUnitWithoutValues()

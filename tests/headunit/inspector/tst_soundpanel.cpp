@@ -95,7 +95,7 @@ void TestSoundPanel::playNoise(double seconds)
         outs[i] = out[i].data();
     }
     const float* const ins[2] = {in[0].data(), in[1].data()};
-    m_sound->engine.process(ins, outs, frames);
+    m_sound->processor.process(ins, outs, frames);
     std::vector<HeardFrame> heard(static_cast<std::size_t>(frames));
     for (std::size_t n = 0; n < heard.size(); ++n) {
         heard[n] = {{in[0][n], in[1][n]}, {}};
@@ -139,7 +139,7 @@ void TestSoundPanel::computedCurvesAreTheRunningCoefficients()
         QVERIFY(line.size() > 100);
         for (const QPointF& point : line) {
             const double expected =
-                20 * std::log10(std::abs(m_sound->engine.response(Speaker(i), point.x())) + 1e-12);
+                20 * std::log10(std::abs(m_sound->processor.response(Speaker(i), point.x())) + 1e-12);
             QVERIFY(expected < -60 || std::abs(point.y() - expected) < 0.01);
         }
     }
@@ -178,7 +178,8 @@ void TestSoundPanel::measuredDotsLieOnTheLines()
         const QVector<QPointF> dots = points(Speaker(i), true);
         QVERIFY2(dots.size() > 40, qPrintable(QString::number(dots.size())));
         for (const QPointF& dot : dots) {
-            const double expected = 20 * std::log10(std::abs(m_sound->engine.response(Speaker(i), dot.x())));
+            const double expected =
+                20 * std::log10(std::abs(m_sound->processor.response(Speaker(i), dot.x())));
             if (dot.x() < 50 || expected < -50)
                 continue; // few bins; far down
             QVERIFY2(std::abs(dot.y() - expected) < 1.2,

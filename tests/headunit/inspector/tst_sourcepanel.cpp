@@ -123,7 +123,7 @@ void TestSourcePanel::touchingASourcePlaysIt()
     m_sound->wanted.source = id == 18 ? 6 : 18;
     auto* button = child<QAbstractButton>(QStringLiteral("source_%1").arg(id));
     QTest::mouseClick(button, Qt::LeftButton, {}, QPoint(8, button->height() / 2));
-    QCOMPARE(m_sound->take(), QStringList{QStringLiteral("play %1").arg(id)});
+    QCOMPARE(m_sound->takeCalls(), QStringList{QStringLiteral("play %1").arg(id)});
     QVERIFY(button->isChecked());
 }
 
@@ -131,11 +131,12 @@ void TestSourcePanel::playingSourceIsMarked()
 {
     m_panel->hide();
     m_sound->wanted.source = 7;
+    m_sound->apply();
     m_panel->show();
     for (const UnitSource& source : unitSources)
         QCOMPARE(child<QAbstractButton>(QStringLiteral("source_%1").arg(int(source.id)))->isChecked(),
                  source.id == 7);
-    QVERIFY(m_sound->take().isEmpty());
+    QVERIFY(m_sound->takeCalls().isEmpty());
 }
 
 void TestSourcePanel::kindIsSetForItsSource_data()
@@ -156,7 +157,7 @@ void TestSourcePanel::kindIsSetForItsSource()
     QFETCH(int, id);
     QFETCH(int, kind);
     choose(id, SourceKind(kind));
-    QCOMPARE(m_sound->take(), QStringList{QStringLiteral("setSource %1 %2 \"\"").arg(id).arg(kind)});
+    QCOMPARE(m_sound->takeCalls(), QStringList{QStringLiteral("setSource %1 %2 \"\"").arg(id).arg(kind)});
 }
 
 void TestSourcePanel::fileIsAskedForAndSet()
@@ -168,10 +169,10 @@ void TestSourcePanel::fileIsAskedForAndSet()
     file.close();
     choose(6, SourceKind::File);
     QVERIFY(dialog());
-    QVERIFY(m_sound->take().isEmpty());
+    QVERIFY(m_sound->takeCalls().isEmpty());
     dialog()->selectFile(path);
     emit dialog()->fileSelected(path);
-    QCOMPARE(m_sound->take(),
+    QCOMPARE(m_sound->takeCalls(),
              QStringList{QStringLiteral("setSource 6 %1 \"%2\"").arg(int(SourceKind::File)).arg(path)});
     QCOMPARE(child<QLineEdit>("path_6")->text(), path);
 }
@@ -181,7 +182,7 @@ void TestSourcePanel::fileDialogLeftAloneChangesNothing()
     choose(6, SourceKind::File);
     QVERIFY(dialog());
     dialog()->reject();
-    QVERIFY(m_sound->take().isEmpty());
+    QVERIFY(m_sound->takeCalls().isEmpty());
     QCOMPARE(child<QComboBox>("kind_6")->currentData().toInt(), int(SourceKind::Input));
 }
 
@@ -191,7 +192,7 @@ void TestSourcePanel::enteredPathIsSet()
     path->setFocus();
     QTest::keyClicks(path, "/music/one.flac");
     QTest::keyClick(path, Qt::Key_Return);
-    QCOMPARE(m_sound->take(),
+    QCOMPARE(m_sound->takeCalls(),
              QStringList{QStringLiteral("setSource 5 %1 \"/music/one.flac\"").arg(int(SourceKind::File))});
     QCOMPARE(child<QComboBox>("kind_5")->currentData().toInt(), int(SourceKind::File));
 }
@@ -229,7 +230,7 @@ void TestSourcePanel::refusedPathStaysToBeCorrected()
     path->setCursorPosition(int(qstrlen("/music/on")));
     QTest::keyClick(path, Qt::Key_Backspace);
     QTest::keyClick(path, Qt::Key_Return);
-    QCOMPARE(m_sound->sourcePath(HVAudio_source_id_e(5)), QStringLiteral("/music/one.flac"));
+    QCOMPARE(m_sound->source(HVAudio_source_id_e(5)).path, QStringLiteral("/music/one.flac"));
     QVERIFY(child<QLabel>("source_error")->text().isEmpty());
     // Taken: from now on the field says what plays.
     choose(5, SourceKind::Sweep);
@@ -251,11 +252,11 @@ void TestSourcePanel::emptiedPathIsBackToWhatPlays()
     path->setFocus();
     QTest::keyClicks(path, "/music/one.flac");
     QTest::keyClick(path, Qt::Key_Return);
-    m_sound->take();
+    m_sound->takeCalls();
     path->selectAll();
     QTest::keyClick(path, Qt::Key_Delete);
     QTest::keyClick(path, Qt::Key_Return);
-    QVERIFY(m_sound->take().isEmpty());
+    QVERIFY(m_sound->takeCalls().isEmpty());
     QCOMPARE(path->text(), QStringLiteral("/music/one.flac"));
 }
 
@@ -354,10 +355,10 @@ void TestSourcePanel::promptKeysCallTheirPrompt()
     QFETCH(QString, how);
     auto* button = child<QAbstractButton>(key);
     QTest::mouseClick(button, Qt::LeftButton);
-    QCOMPARE(m_sound->take(), QStringList{QStringLiteral("prompt %1 %2").arg(prompt).arg(how)});
+    QCOMPARE(m_sound->takeCalls(), QStringList{QStringLiteral("prompt %1 %2").arg(prompt).arg(how)});
     QVERIFY(button->isChecked());
     QTest::mouseClick(button, Qt::LeftButton);
-    QCOMPARE(m_sound->take(), QStringList{QStringLiteral("endPrompt %1").arg(prompt)});
+    QCOMPARE(m_sound->takeCalls(), QStringList{QStringLiteral("endPrompt %1").arg(prompt)});
     QVERIFY(!button->isChecked());
 }
 

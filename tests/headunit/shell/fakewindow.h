@@ -72,7 +72,7 @@ public:
     int mainWidgetId() const override { return root ? m_id : 0; }
 
     /// What was called since the last time.
-    QStringList take()
+    QStringList takeCalls()
     {
         QStringList taken;
         taken.swap(calls);

@@ -11,6 +11,7 @@
 #include "platform/common/texts/language.h"
 #include "platform/hvaudioservice/audioservicehost.h"
 
+#include <QComboBox>
 #include <QtTest>
 
 using namespace headunit;
@@ -62,8 +63,11 @@ private slots:
     void audioPageIsShownWithoutBeingRemembered();
     void shutDownRunsTheWholeOrder();
     void inspectorOpensAndCloses();
+    void inspectorsLeversMoveTheUnit();
 
 private:
+    /// Null before F12.
+    static QWidget* inspector();
     void press(KeyEvent::Key key);
     /// Starts a shell on a fresh store, with the fake window; its calls so far are forgotten.
     void start(bool withFront = true);
@@ -147,13 +151,13 @@ void TestShell::startsAtTheLauncherWithItsStatusBar()
     QVERIFY(tile(33));
     QCOMPARE(tile(33)->text(), QStringLiteral("EQ"));
     QVERIFY(tile(33)->isVisible());
-    QVERIFY(m_window->take().isEmpty());
+    QVERIFY(m_window->takeCalls().isEmpty());
 }
 
 void TestShell::touchingATileOpensTheWindow()
 {
     QTest::mouseClick(tile(33), Qt::LeftButton);
-    QCOMPARE(m_window->take(), opening);
+    QCOMPARE(m_window->takeCalls(), opening);
     QCOMPARE(m_shell->front(), m_shell->host(33));
     QVERIFY(m_window->root->isVisible());
 }
@@ -189,21 +193,21 @@ void TestShell::openingAnotherWindowLeavesTheFirst()
     FakeWindow second(34);
     m_shell->addWindow(34, &second);
     m_shell->openWindow(33);
-    m_window->take();
+    m_window->takeCalls();
     QVERIFY(m_shell->openWindow(34));
-    QCOMPARE(m_window->take(), leaving);
-    QCOMPARE(second.take(), opening);
+    QCOMPARE(m_window->takeCalls(), leaving);
+    QCOMPARE(second.takeCalls(), opening);
     m_shell.reset(); // before the window that it drives
 }
 
 void TestShell::backRequestLeavesForTheLauncher()
 {
     m_shell->openWindow(33);
-    m_window->take();
+    m_window->takeCalls();
     QCoreApplication::postEvent(qApp, new TouchEvent(Qx::Touch_Back, -1, -1));
-    QCOMPARE(m_window->take(), QStringList()); // posted, not sent
+    QCOMPARE(m_window->takeCalls(), QStringList()); // posted, not sent
     QCoreApplication::processEvents();
-    QCOMPARE(m_window->take(), leaving);
+    QCOMPARE(m_window->takeCalls(), leaving);
     QVERIFY(!m_shell->front());
     QVERIFY(screen()->applicationArea()->isHidden());
 }
@@ -212,7 +216,7 @@ void TestShell::backRequestAtTheLauncherDoesNothing()
 {
     QCoreApplication::postEvent(qApp, new TouchEvent(Qx::Touch_Back, -1, -1));
     QCoreApplication::processEvents();
-    QCOMPARE(m_window->take(), QStringList());
+    QCOMPARE(m_window->takeCalls(), QStringList());
     QVERIFY(screen()->isStatusBarShown());
 }
 
@@ -235,9 +239,9 @@ void TestShell::reopeningResumes()
     m_shell->openWindow(33);
     const QWidget* root = m_window->root;
     m_shell->leaveApplication();
-    m_window->take();
+    m_window->takeCalls();
     m_shell->openWindow(33);
-    QCOMPARE(m_window->take(), opening);
+    QCOMPARE(m_window->takeCalls(), opening);
     QCOMPARE(m_window->root.data(), root);
     QCoreApplication::processEvents();
     QVERIFY(!screen()->isStatusBarShown());
@@ -249,47 +253,47 @@ void TestShell::vanishedRootWidgetBringsTheLauncher()
     delete m_window->root;
     QTRY_VERIFY(!m_shell->front());
     QVERIFY(screen()->applicationArea()->isHidden());
-    m_window->take();
+    m_window->takeCalls();
     QVERIFY(m_shell->openWindow(33));
-    QCOMPARE(m_window->take(), opening);
+    QCOMPARE(m_window->takeCalls(), opening);
 }
 
 void TestShell::everyHardKeyReachesTheWindowFirst()
 {
     m_shell->openWindow(33);
-    m_window->take();
+    m_window->takeCalls();
     m_window->handlesBack = 1;
     for (const auto key : {KeyEvent::Key_Back, KeyEvent::Key_VolumeUp, KeyEvent::Key_VolumeDown,
                            KeyEvent::Key_Mute, KeyEvent::Key_PrevPage, KeyEvent::Key_NextPage}) {
         m_shell->onHardKey(key, KeyEvent::Press);
-        QCOMPARE(m_window->take().first(), QStringLiteral("key %1 1001").arg(int(key)));
+        QCOMPARE(m_window->takeCalls().first(), QStringLiteral("key %1 1001").arg(int(key)));
         m_shell->onHardKey(key, KeyEvent::LongPress);
-        QCOMPARE(m_window->take(), QStringList(QStringLiteral("key %1 1003").arg(int(key))));
+        QCOMPARE(m_window->takeCalls(), QStringList(QStringLiteral("key %1 1003").arg(int(key))));
         m_shell->onHardKey(key, KeyEvent::Release);
-        QCOMPARE(m_window->take(), QStringList(QStringLiteral("key %1 1002").arg(int(key))));
+        QCOMPARE(m_window->takeCalls(), QStringList(QStringLiteral("key %1 1002").arg(int(key))));
     }
     m_shell->onHardKey(KeyEvent::Key_Home, KeyEvent::Press);
-    QCOMPARE(m_window->take(), QStringList{"key 2 1001"} + leaving);
+    QCOMPARE(m_window->takeCalls(), QStringList{"key 2 1001"} + leaving);
 }
 
 void TestShell::unhandledBackAsksTheWindowThenTheShell()
 {
     m_shell->openWindow(33);
-    m_window->take();
+    m_window->takeCalls();
     m_shell->onHardKey(KeyEvent::Key_Back, KeyEvent::Press);
-    QCOMPARE(m_window->take(), QStringList({"key 3 1001", "backEvent"}) + leaving);
+    QCOMPARE(m_window->takeCalls(), QStringList({"key 3 1001", "backEvent"}) + leaving);
     // A window that takes the key itself is not asked again.
     m_shell->openWindow(33);
-    m_window->take();
+    m_window->takeCalls();
     m_window->handledKey = KeyEvent::Key_Back;
     m_shell->onHardKey(KeyEvent::Key_Back, KeyEvent::Press);
-    QCOMPARE(m_window->take(), QStringList{"key 3 1001"});
+    QCOMPARE(m_window->takeCalls(), QStringList{"key 3 1001"});
 }
 
 void TestShell::handledBackWaitsForTheWindowsRequest()
 {
     m_shell->openWindow(33);
-    m_window->take();
+    m_window->takeCalls();
     m_window->handlesBack = 1;
     m_shell->onHardKey(KeyEvent::Key_Back, KeyEvent::Press);
     QCoreApplication::processEvents();
@@ -361,9 +365,9 @@ void TestShell::anotherChannelLeavesTheVolumeAlone()
 void TestShell::powerOffDestroysTheWindowAndDarkensTheScreen()
 {
     m_shell->openWindow(33);
-    m_window->take();
+    m_window->takeCalls();
     press(KeyEvent::Key_Power);
-    QCOMPARE(m_window->take(), QStringList{"key 1 1001"} + leaving + destroying);
+    QCOMPARE(m_window->takeCalls(), QStringList{"key 1 1001"} + leaving + destroying);
     QVERIFY(!m_shell->isPowered());
     QVERIFY(!screen()->isLit());
     QVERIFY(!m_window->root);
@@ -376,9 +380,9 @@ void TestShell::powerOnBringsTheWindowBack()
 {
     m_shell->openWindow(33);
     press(KeyEvent::Key_Power);
-    m_window->take();
+    m_window->takeCalls();
     press(KeyEvent::Key_Power);
-    QCOMPARE(m_window->take(), opening + QStringList{"key 1 1002"});
+    QCOMPARE(m_window->takeCalls(), opening + QStringList{"key 1 1002"});
     QVERIFY(screen()->isLit());
     QCOMPARE(m_shell->front(), m_shell->host(33));
     // From the launcher it comes back to the launcher.
@@ -398,7 +402,7 @@ void TestShell::offNothingButPowerWorks()
     QVERIFY(!m_shell->openWindow(33));
     QVERIFY(!tile(33)->isEnabled());
     QCOMPARE(store()->value("volume0"), volume);
-    QCOMPARE(m_window->take(), QStringList());
+    QCOMPARE(m_window->takeCalls(), QStringList());
 }
 
 void TestShell::powerOffCommitsTheStore()
@@ -413,13 +417,13 @@ void TestShell::powerOffCommitsTheStore()
 void TestShell::languageSwitchRenewsTheOpenWindow()
 {
     m_shell->openWindow(33);
-    m_window->take();
+    m_window->takeCalls();
     m_window->title = "Klang";
     QVERIFY(m_shell->setLanguage("de"));
-    QCOMPARE(m_window->take(), leaving + opening);
+    QCOMPARE(m_window->takeCalls(), leaving + opening);
     QCOMPARE(tile(33)->text(), QStringLiteral("Klang"));
     QVERIFY(m_shell->setLanguage("de")); // as it is: nothing to renew
-    QCOMPARE(m_window->take(), QStringList());
+    QCOMPARE(m_window->takeCalls(), QStringList());
     QVERIFY(!m_shell->setLanguage("tlh"));
     QCOMPARE(cm::Language::instance()->current(), QStringLiteral("de"));
 }
@@ -433,27 +437,27 @@ void TestShell::languageIsKept()
 void TestShell::editedSettingMakesTheWindowAnew()
 {
     m_shell->openWindow(33);
-    m_window->take();
+    m_window->takeCalls();
     store()->setValue("volume0", 9, true); // as an application does
     QCoreApplication::processEvents();
-    QCOMPARE(m_window->take(), QStringList());
+    QCOMPARE(m_window->takeCalls(), QStringList());
     store()->edit("eq10", 3);
-    QCOMPARE(m_window->take(), QStringList()); // the editor may still be at work
+    QCOMPARE(m_window->takeCalls(), QStringList()); // the editor may still be at work
     QCoreApplication::processEvents();
-    QCOMPARE(m_window->take(), leaving + destroying + opening);
+    QCOMPARE(m_window->takeCalls(), leaving + destroying + opening);
     QVERIFY(m_shell->front());
     QVERIFY(!screen()->isStatusBarShown());
     QVERIFY(m_window->root->isVisible());
     // One that waits behind the launcher is made when it is wanted.
     m_shell->leaveApplication();
-    m_window->take();
+    m_window->takeCalls();
     store()->edit("eq10", 4);
     QCoreApplication::processEvents();
-    QCOMPARE(m_window->take(), destroying);
+    QCOMPARE(m_window->takeCalls(), destroying);
     QVERIFY(!m_shell->front());
     store()->edit("eq10", 5);
     QCoreApplication::processEvents();
-    QCOMPARE(m_window->take(), QStringList());
+    QCOMPARE(m_window->takeCalls(), QStringList());
 }
 
 void TestShell::editedVolumeIsShown()
@@ -468,9 +472,9 @@ void TestShell::factoryResetForgetsEverythingAndStartsAtTheLauncher()
     store()->setValue("subwooferLevel", 3, true);
     store()->setValue("Setup_Main_Volume", 7, true);
     m_shell->openWindow(33);
-    m_window->take();
+    m_window->takeCalls();
     m_shell->resetToFactory();
-    QCOMPARE(m_window->take(), leaving + destroying);
+    QCOMPARE(m_window->takeCalls(), leaving + destroying);
     QVERIFY(!store()->value("subwooferLevel").isValid());
     QVERIFY(!m_shell->front());
     QVERIFY(m_shell->isPowered());
@@ -498,7 +502,7 @@ void TestShell::audioPageIsShownWithoutBeingRemembered()
     });
     QVERIFY(m_shell->openAudioPage(5));
     disconnect(store(), nullptr, this, nullptr);
-    QCOMPARE(m_window->take(), opening);
+    QCOMPARE(m_window->takeCalls(), opening);
     QCOMPARE(seen.first(), QVariant(5));
     QCOMPARE(store()->value("AudioSetting_Page"), remembered);
 }
@@ -506,25 +510,53 @@ void TestShell::audioPageIsShownWithoutBeingRemembered()
 void TestShell::shutDownRunsTheWholeOrder()
 {
     m_shell->openWindow(33);
-    m_window->take();
+    m_window->takeCalls();
     m_shell->shutDown();
-    QCOMPARE(m_window->take(), leaving + destroying);
+    QCOMPARE(m_window->takeCalls(), leaving + destroying);
     m_shell->shutDown();
-    QCOMPARE(m_window->take(), QStringList());
+    QCOMPARE(m_window->takeCalls(), QStringList());
 }
 
 void TestShell::inspectorOpensAndCloses()
 {
     QTest::keyClick(m_shell->unit(), Qt::Key_F12);
-    QWidget* inspector = nullptr;
-    for (QWidget* window : QApplication::topLevelWidgets()) {
-        if (window->objectName() == QLatin1String("inspector"))
-            inspector = window;
-    }
-    QVERIFY(inspector);
-    QVERIFY(inspector->isVisible());
+    QVERIFY(inspector());
+    QVERIFY(inspector()->isVisible());
     QTest::keyClick(m_shell->unit(), Qt::Key_F12);
-    QVERIFY(!inspector->isVisible());
+    QVERIFY(!inspector()->isVisible());
+}
+
+QWidget* TestShell::inspector()
+{
+    const QWidgetList windows = QApplication::topLevelWidgets();
+    for (QWidget* window : windows) {
+        if (window->objectName() == QLatin1String("inspector"))
+            return window;
+    }
+    return nullptr;
+}
+
+void TestShell::inspectorsLeversMoveTheUnit()
+{
+    QTest::keyClick(m_shell->unit(), Qt::Key_F12);
+    auto* power = inspector()->findChild<QAbstractButton*>("power");
+    QCOMPARE(power->text(), QStringLiteral("Switch off"));
+    power->click();
+    QVERIFY(!m_shell->isPowered());
+    QCOMPARE(power->text(), QStringLiteral("Switch on"));
+    power->click();
+    QVERIFY(m_shell->isPowered());
+
+    auto* language = inspector()->findChild<QComboBox*>("language");
+    emit language->activated(language->findData("de"));
+    QCOMPARE(cm::Language::instance()->current(), QStringLiteral("de"));
+
+    store()->setValue("subwooferLevel", 3, true);
+    auto* reset = inspector()->findChild<QAbstractButton*>("factory_reset");
+    reset->click(); // asks whether it is meant
+    QVERIFY(store()->value("subwooferLevel").isValid());
+    reset->click();
+    QVERIFY(!store()->value("subwooferLevel").isValid());
 }
 
 QTEST_MAIN(TestShell)

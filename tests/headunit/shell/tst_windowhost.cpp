@@ -53,7 +53,7 @@ void TestWindowHost::init()
 void TestWindowHost::openRunsCreateShowEnter()
 {
     QVERIFY(m_host->open());
-    QCOMPARE(m_window.take(), opening);
+    QCOMPARE(m_window.takeCalls(), opening);
     QVERIFY(m_host->isInFront());
     QVERIFY(m_host->isCreated());
 }
@@ -70,17 +70,17 @@ void TestWindowHost::openFillsTheAreaWithTheRootWidget()
 void TestWindowHost::openTwiceOpensOnce()
 {
     m_host->open();
-    m_window.take();
+    m_window.takeCalls();
     QVERIFY(m_host->open());
-    QCOMPARE(m_window.take(), QStringList());
+    QCOMPARE(m_window.takeCalls(), QStringList());
 }
 
 void TestWindowHost::leaveRunsExitHide()
 {
     m_host->open();
-    m_window.take();
+    m_window.takeCalls();
     m_host->leave();
-    QCOMPARE(m_window.take(), leaving);
+    QCOMPARE(m_window.takeCalls(), leaving);
     QVERIFY(!m_host->isInFront());
     QVERIFY(m_host->isCreated());
 }
@@ -88,7 +88,7 @@ void TestWindowHost::leaveRunsExitHide()
 void TestWindowHost::leaveBehindTheFrontDoesNothing()
 {
     m_host->leave();
-    QCOMPARE(m_window.take(), QStringList());
+    QCOMPARE(m_window.takeCalls(), QStringList());
 }
 
 void TestWindowHost::reopeningResumesTheSameRootWidget()
@@ -96,19 +96,19 @@ void TestWindowHost::reopeningResumesTheSameRootWidget()
     m_host->open();
     const QWidget* root = m_host->root();
     m_host->leave();
-    m_window.take();
+    m_window.takeCalls();
     QVERIFY(m_host->open());
-    QCOMPARE(m_window.take(), opening);
+    QCOMPARE(m_window.takeCalls(), opening);
     QCOMPARE(m_host->root(), root);
 }
 
 void TestWindowHost::destroyInFrontLeavesFirst()
 {
     m_host->open();
-    m_window.take();
+    m_window.takeCalls();
     QSignalSpy vanished(m_host.data(), SIGNAL(rootVanished()));
     m_host->destroy();
-    QCOMPARE(m_window.take(), leaving + destroying);
+    QCOMPARE(m_window.takeCalls(), leaving + destroying);
     QCOMPARE(vanished.count(), 0);
     QVERIFY(!m_host->isCreated());
 }
@@ -117,26 +117,26 @@ void TestWindowHost::destroyAfterLeaveOnlyDestroys()
 {
     m_host->open();
     m_host->leave();
-    m_window.take();
+    m_window.takeCalls();
     m_host->destroy();
-    QCOMPARE(m_window.take(), destroying);
+    QCOMPARE(m_window.takeCalls(), destroying);
     m_host->destroy();
-    QCOMPARE(m_window.take(), QStringList());
+    QCOMPARE(m_window.takeCalls(), QStringList());
 }
 
 void TestWindowHost::destroyBeforeOpenDoesNothing()
 {
     m_host->destroy();
-    QCOMPARE(m_window.take(), QStringList());
+    QCOMPARE(m_window.takeCalls(), QStringList());
 }
 
 void TestWindowHost::afterDestroyOpenTakesANewRootWidget()
 {
     m_host->open();
     m_host->destroy();
-    m_window.take();
+    m_window.takeCalls();
     QVERIFY(m_host->open());
-    QCOMPARE(m_window.take(), opening);
+    QCOMPARE(m_window.takeCalls(), opening);
     QVERIFY(m_window.root);
     QCOMPARE(m_host->root(), m_window.root.data());
 }
@@ -144,9 +144,9 @@ void TestWindowHost::afterDestroyOpenTakesANewRootWidget()
 void TestWindowHost::refreshGoesThroughTheWholeCircle()
 {
     m_host->open();
-    m_window.take();
+    m_window.takeCalls();
     m_host->refresh();
-    QCOMPARE(m_window.take(), leaving + opening);
+    QCOMPARE(m_window.takeCalls(), leaving + opening);
     QVERIFY(m_host->isInFront());
 }
 
@@ -154,9 +154,9 @@ void TestWindowHost::refreshBehindTheFrontDoesNothing()
 {
     m_host->open();
     m_host->leave();
-    m_window.take();
+    m_window.takeCalls();
     m_host->refresh();
-    QCOMPARE(m_window.take(), QStringList());
+    QCOMPARE(m_window.takeCalls(), QStringList());
 }
 
 void TestWindowHost::windowWithoutRootWidgetIsNotInFront()
@@ -165,10 +165,10 @@ void TestWindowHost::windowWithoutRootWidgetIsNotInFront()
     MessageLog messages;
     QVERIFY(!m_host->open());
     QVERIFY(!m_host->isInFront());
-    QCOMPARE(m_window.take(), QStringList{"onCreate"});
+    QCOMPARE(m_window.takeCalls(), QStringList{"onCreate"});
     QCOMPARE(messages.count("no root widget"), 1);
     m_host->leave();
-    QCOMPARE(m_window.take(), QStringList());
+    QCOMPARE(m_window.takeCalls(), QStringList());
 }
 
 void TestWindowHost::rootWidgetThatVanishesIsTold()
@@ -184,17 +184,17 @@ void TestWindowHost::leaveAfterTheRootWidgetVanishedStillRunsExitHide()
 {
     m_host->open();
     delete m_window.root;
-    m_window.take();
+    m_window.takeCalls();
     m_host->leave();
-    QCOMPARE(m_window.take(), (QStringList{"onExit", "onHide"}));
+    QCOMPARE(m_window.takeCalls(), (QStringList{"onExit", "onHide"}));
 }
 
 void TestWindowHost::deletingTheHostDestroysTheWindow()
 {
     m_host->open();
-    m_window.take();
+    m_window.takeCalls();
     m_host.reset();
-    QCOMPARE(m_window.take(), leaving + destroying);
+    QCOMPARE(m_window.takeCalls(), leaving + destroying);
 }
 
 QTEST_MAIN(TestWindowHost)

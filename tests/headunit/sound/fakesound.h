@@ -14,40 +14,33 @@
 class FakeSound : public headunit::SoundControl
 {
 public:
-    struct Stand
-    {
-        hvaudio::SourceKind kind = hvaudio::SourceKind::Input;
-        QString path;
-    };
-
     FakeSound()
     {
-        engine.prepare(48000);
+        processor.prepare(48000);
         wanted.power = true;
         wanted.mainVolume = 50;
         apply();
     }
 
-    bool setSource(HVAudio_source_id_e id, hvaudio::SourceKind kind, const QString& path,
-                   QString* error) override
+    bool setSource(HVAudio_source_id_e id, const headunit::SourceChoice& choice, QString* error) override
     {
-        calls.append(QStringLiteral("setSource %1 %2 \"%3\"").arg(int(id)).arg(int(kind)).arg(path));
-        if (!refusal.isEmpty() && kind == refuses.value_or(kind)) {
-            *error = refusal;
+        calls.append(
+            QStringLiteral("setSource %1 %2 \"%3\"").arg(int(id)).arg(int(choice.kind)).arg(choice.path));
+        if (!refusal.isEmpty() && choice.kind == refuses.value_or(choice.kind)) {
+            if (error)
+                *error = refusal;
             return false;
         }
-        sources[id] = {kind, path};
+        sources[id] = choice;
         return true;
     }
-    hvaudio::SourceKind sourceKind(HVAudio_source_id_e id) const override { return sources.value(id).kind; }
-    QString sourcePath(HVAudio_source_id_e id) const override { return sources.value(id).path; }
+    headunit::SourceChoice source(HVAudio_source_id_e id) const override { return sources.value(id); }
     void play(HVAudio_source_id_e id) override
     {
         calls.append(QStringLiteral("play %1").arg(int(id)));
         wanted.source = id;
         apply();
     }
-    HVAudio_source_id_e playing() const override { return HVAudio_source_id_e(wanted.source); }
 
     void prompt(hvaudio::dsp::Prompt which, bool repeated) override
     {
@@ -61,17 +54,13 @@ public:
     }
     bool promptSounds(hvaudio::dsp::Prompt which) const override { return sounding[which]; }
 
-    hvaudio::dsp::Settings settings() const override { return wanted; }
-    hvaudio::dsp::Snapshot snapshot() const override { return engine.snapshot(); }
-    double rate() const override { return 48000; }
-    int latencyFrames() const override { return engine.latencyFrames(); }
     hvaudio::dsp::Meters takeMeters() override
     {
         ++metersTaken;
         return meters;
     }
     void listen(bool on) override { listening = on; }
-    int heard(hvaudio::HeardFrame* frames, int count, bool* gap) override
+    int fetchHeard(hvaudio::HeardFrame* frames, int count, bool* gap) override
     {
         *gap = false;
         const int given = std::min(count, int(toHear.size()));
@@ -80,14 +69,16 @@ public:
         return given;
     }
     QString status() const override { return output; }
+    const hvaudio::dsp::Engine& engine() const override { return processor; }
 
     /// The engine stands at `wanted` at once.
     void apply()
     {
-        engine.set(wanted);
-        engine.settle();
+        processor.set(wanted);
+        processor.settle();
     }
-    QStringList take()
+    /// What was asked for since the last time.
+    QStringList takeCalls()
     {
         QStringList taken;
         taken.swap(calls);
@@ -98,10 +89,10 @@ public:
     QString refusal;                            ///< what a source is refused with; empty: taken
     std::optional<hvaudio::SourceKind> refuses; ///< the kind that is refused; none: all
     QString output = QStringLiteral("some output");
-    QMap<HVAudio_source_id_e, Stand> sources;
+    QMap<HVAudio_source_id_e, headunit::SourceChoice> sources;
     bool sounding[hvaudio::dsp::promptCount] = {};
     hvaudio::dsp::Settings wanted;
-    hvaudio::dsp::Engine engine;
+    hvaudio::dsp::Engine processor;
     hvaudio::dsp::Meters meters;
     int metersTaken = 0;
     bool listening = false;

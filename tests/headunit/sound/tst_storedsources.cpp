@@ -47,7 +47,7 @@ void TestStoredSources::init()
 void TestStoredSources::freshStoreLeavesTheSoundAlone()
 {
     restoreSources(m_sound.data());
-    QCOMPARE(m_sound->take(), QStringList());
+    QCOMPARE(m_sound->takeCalls(), QStringList());
     QCOMPARE(store()->values(), Values());
 }
 
@@ -69,27 +69,27 @@ void TestStoredSources::whatIsKeptComesBack()
 {
     QFETCH(int, kind);
     QFETCH(QString, path);
-    keepSource(HVAudio_source_BtAudio, SourceKind(kind), path);
+    keepSource(HVAudio_source_BtAudio, {SourceKind(kind), path});
     keepPlayingSource(HVAudio_source_BtAudio);
     const MessageLog messages;
     restoreSources(m_sound.data());
-    QCOMPARE(m_sound->take(), QStringList({QStringLiteral("setSource 5 %1 \"%2\"").arg(kind).arg(path),
-                                           QStringLiteral("play 5")}));
+    QCOMPARE(m_sound->takeCalls(), QStringList({QStringLiteral("setSource 5 %1 \"%2\"").arg(kind).arg(path),
+                                                QStringLiteral("play 5")}));
     QCOMPARE(MessageLog::lines(), QStringList());
     QCOMPARE(sourceComplaints(*m_sound), QStringList());
     // Once is enough.
     restoreSources(m_sound.data());
-    QCOMPARE(m_sound->take(), QStringList());
+    QCOMPARE(m_sound->takeCalls(), QStringList());
 }
 
 void TestStoredSources::everySourceHasAKeyOfItsOwn()
 {
     for (const UnitSource& source : unitSources)
-        keepSource(source.id, SourceKind::Sweep, QString());
+        keepSource(source.id, {SourceKind::Sweep, {}});
     QCOMPARE(store()->values().size(), unitSourceCount);
     restoreSources(m_sound.data());
     for (const UnitSource& source : unitSources) {
-        QCOMPARE(m_sound->sourceKind(source.id), SourceKind::Sweep);
+        QCOMPARE(m_sound->source(source.id).kind, SourceKind::Sweep);
         keepPlayingSource(source.id);
         restoreSources(m_sound.data());
         QCOMPARE(m_sound->playing(), source.id);
@@ -117,7 +117,7 @@ void TestStoredSources::badValueIsLoggedAndCountsAsNone()
     store()->setValue(key, value, true);
     const MessageLog messages;
     restoreSources(m_sound.data());
-    QCOMPARE(m_sound->take(), QStringList());
+    QCOMPARE(m_sound->takeCalls(), QStringList());
     QCOMPARE(MessageLog::count(key), 1);
     QVERIFY(MessageLog::lines().first().size() < 300);
     QCOMPARE(store()->value(key), value);
@@ -126,14 +126,14 @@ void TestStoredSources::badValueIsLoggedAndCountsAsNone()
 
 void TestStoredSources::fileThatHasGoneIsSaidAndSilentAndStaysKept()
 {
-    keepSource(HVAudio_source_Usb, SourceKind::File, "/stick/gone.wav");
-    keepSource(HVAudio_source_AvIn, SourceKind::Sweep, QString());
+    keepSource(HVAudio_source_Usb, {SourceKind::File, "/stick/gone.wav"});
+    keepSource(HVAudio_source_AvIn, {SourceKind::Sweep, {}});
     m_sound->refusal = "/stick/gone.wav: no such file";
     m_sound->refuses = SourceKind::File;
     const MessageLog messages;
     restoreSources(m_sound.data());
-    QCOMPARE(m_sound->sourceKind(HVAudio_source_Usb), SourceKind::Silence);
-    QCOMPARE(m_sound->sourceKind(HVAudio_source_AvIn), SourceKind::Sweep);
+    QCOMPARE(m_sound->source(HVAudio_source_Usb).kind, SourceKind::Silence);
+    QCOMPARE(m_sound->source(HVAudio_source_AvIn).kind, SourceKind::Sweep);
     QCOMPARE(MessageLog::count("USB"), 1);
     QCOMPARE(MessageLog::count("'/stick/gone.wav' stays kept"), 1);
     QCOMPARE(sourceComplaints(*m_sound).filter("/stick/gone.wav").size(), 1);
@@ -141,32 +141,32 @@ void TestStoredSources::fileThatHasGoneIsSaidAndSilentAndStaysKept()
     // The stick is back at the next start.
     m_sound->refusal.clear();
     restoreSources(m_sound.data());
-    QCOMPARE(m_sound->sourcePath(HVAudio_source_Usb), QStringLiteral("/stick/gone.wav"));
+    QCOMPARE(m_sound->source(HVAudio_source_Usb).path, QStringLiteral("/stick/gone.wav"));
     QCOMPARE(sourceComplaints(*m_sound), QStringList());
 }
 
 void TestStoredSources::onlyTheKeyThatIsAskedForIsRestored()
 {
-    keepSource(HVAudio_source_Usb, SourceKind::Sweep, QString());
-    keepSource(HVAudio_source_Dab, SourceKind::Sweep, QString());
+    keepSource(HVAudio_source_Usb, {SourceKind::Sweep, {}});
+    keepSource(HVAudio_source_Dab, {SourceKind::Sweep, {}});
     keepPlayingSource(HVAudio_source_Dab);
     restoreSources(m_sound.data(), "eq10");
-    QCOMPARE(m_sound->take(), QStringList());
+    QCOMPARE(m_sound->takeCalls(), QStringList());
     restoreSources(m_sound.data(), "Headunit_Source_DAB");
-    QCOMPARE(m_sound->take(),
+    QCOMPARE(m_sound->takeCalls(),
              QStringList{QStringLiteral("setSource 19 %1 \"\"").arg(int(SourceKind::Sweep))});
     restoreSources(m_sound.data(), "Headunit_Playing");
-    QCOMPARE(m_sound->take(), QStringList{"play 19"});
+    QCOMPARE(m_sound->takeCalls(), QStringList{"play 19"});
 }
 
 void TestStoredSources::emptyStoreTakesChoicesBack()
 {
-    keepSource(HVAudio_source_Usb, SourceKind::Sweep, QString());
+    keepSource(HVAudio_source_Usb, {SourceKind::Sweep, {}});
     keepPlayingSource(HVAudio_source_Usb);
     restoreSources(m_sound.data());
     store()->clear();
     restoreSources(m_sound.data());
-    QCOMPARE(m_sound->sourceKind(HVAudio_source_Usb), SourceKind::Input);
+    QCOMPARE(m_sound->source(HVAudio_source_Usb).kind, SourceKind::Input);
     QCOMPARE(m_sound->playing(), HVAudio_source_Radio);
 }
 

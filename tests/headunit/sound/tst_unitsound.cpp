@@ -118,7 +118,7 @@ float TestUnitSound::loudest()
     int left = 4800;
     const bool played = QTest::qWaitFor([&] {
         HeardFrame frames[480];
-        const int count = m_sound->heard(frames, 480, nullptr);
+        const int count = m_sound->fetchHeard(frames, 480, nullptr);
         for (int n = 0; n < count; ++n)
             for (const float sample : frames[n].speaker)
                 largest = std::max(largest, std::abs(sample));
@@ -133,9 +133,9 @@ void TestUnitSound::settingReachesTheSound()
 {
     start();
     AudioService::instance()->setBalanceFader(-7, 3, false);
-    QCOMPARE(m_sound->settings().balance, -7);
-    QCOMPARE(m_sound->settings().fader, 3);
-    QVERIFY(m_sound->settings().power);
+    QCOMPARE(m_sound->engine().settings().balance, -7);
+    QCOMPARE(m_sound->engine().settings().fader, 3);
+    QVERIFY(m_sound->engine().settings().power);
 }
 
 void TestUnitSound::editInTheInspectorReachesTheSound()
@@ -145,16 +145,16 @@ void TestUnitSound::editInTheInspectorReachesTheSound()
     const auto edit = [&model](const char* key, const QVariant& value) {
         return model.setData(model.index(model.rowOf(key), SettingsModel::Value), value);
     };
-    QVERIFY(!m_sound->settings().loudness);
+    QVERIFY(!m_sound->engine().settings().loudness);
     QVERIFY(edit("customloudnes", true));
-    QVERIFY(m_sound->settings().loudness);
+    QVERIFY(m_sound->engine().settings().loudness);
     AudioService::instance()->setEQType(EQ_Type_User2, false);
     QVERIFY(edit("eq24", "-6"));
-    QCOMPARE(m_sound->settings().equalizer[4], -6);
+    QCOMPARE(m_sound->engine().settings().equalizer[4], -6);
     model.unset(model.index(model.rowOf("eq24"), SettingsModel::Value));
-    QCOMPARE(m_sound->settings().equalizer[4], 0);
+    QCOMPARE(m_sound->engine().settings().equalizer[4], 0);
     QVERIFY(edit("volume0", 0));
-    QCOMPARE(m_sound->settings().mainVolume, 0);
+    QCOMPARE(m_sound->engine().settings().mainVolume, 0);
 }
 
 void TestUnitSound::serviceIsSilentWithoutIt()
@@ -183,7 +183,7 @@ void TestUnitSound::unusableOutputIsSaidAndTheRestWorks()
     QVERIFY(!m_sound->start("/no/such/folder/out.wav"));
     QCOMPARE(MessageLog::count("/no/such/folder/out.wav"), 1);
     m_shell.reset(new Shell(false, m_sound.data()));
-    QVERIFY(m_sound->setSource(HVAudio_source_Radio, SourceKind::PinkNoise, {}, nullptr));
+    QVERIFY(m_sound->setSource(HVAudio_source_Radio, {SourceKind::PinkNoise, {}}));
     QTRY_VERIFY(isLoud());
 }
 
@@ -192,18 +192,18 @@ void TestUnitSound::everySourceStartsWithOtherPrograms()
     start();
     QCOMPARE(m_sound->playing(), HVAudio_source_Radio);
     for (const UnitSource& source : unitSources)
-        QCOMPARE(m_sound->sourceKind(source.id), SourceKind::Input);
+        QCOMPARE(m_sound->source(source.id).kind, SourceKind::Input);
 }
 
 void TestUnitSound::sourceIsSetAndPlayed()
 {
     start();
     for (const UnitSource& source : unitSources) {
-        QVERIFY(m_sound->setSource(source.id, SourceKind::Sweep, {}, nullptr));
-        QCOMPARE(m_sound->sourceKind(source.id), SourceKind::Sweep);
+        QVERIFY(m_sound->setSource(source.id, {SourceKind::Sweep, {}}));
+        QCOMPARE(m_sound->source(source.id).kind, SourceKind::Sweep);
         m_sound->play(source.id);
         QCOMPARE(m_sound->playing(), source.id);
-        QCOMPARE(m_sound->settings().source, int(source.id));
+        QCOMPARE(m_sound->engine().settings().source, int(source.id));
     }
 }
 
@@ -213,10 +213,10 @@ void TestUnitSound::unreadableFileIsRefused()
     const MessageLog messages;
     const QString path = m_folder->filePath(QStringLiteral("L\u00fccke.wav"));
     QString error;
-    QVERIFY(!m_sound->setSource(HVAudio_source_Usb, SourceKind::File, path, &error));
+    QVERIFY(!m_sound->setSource(HVAudio_source_Usb, {SourceKind::File, path}, &error));
     QVERIFY2(error.contains(QStringLiteral("L\u00fccke.wav")), qPrintable(error));
-    QCOMPARE(m_sound->sourceKind(HVAudio_source_Usb), SourceKind::Input);
-    QVERIFY(m_sound->sourcePath(HVAudio_source_Usb).isEmpty());
+    QCOMPARE(m_sound->source(HVAudio_source_Usb).kind, SourceKind::Input);
+    QVERIFY(m_sound->source(HVAudio_source_Usb).path.isEmpty());
     QVERIFY(MessageLog::lines().size() >= 1);
 }
 
@@ -258,11 +258,11 @@ void TestUnitSound::chosenSourcesSurviveARestart()
         panel.findChild<QAbstractButton*>(QStringLiteral("source_6"))->click();
     }
     restart();
-    QCOMPARE(m_sound->sourceKind(HVAudio_source_Usb), SourceKind::PinkNoise);
-    QCOMPARE(m_sound->sourceKind(HVAudio_source_Radio), SourceKind::Silence);
-    QCOMPARE(m_sound->sourceKind(HVAudio_source_Dab), SourceKind::File);
-    QCOMPARE(m_sound->sourcePath(HVAudio_source_Dab), file);
-    QCOMPARE(m_sound->sourceKind(HVAudio_source_AvIn), SourceKind::Input);
+    QCOMPARE(m_sound->source(HVAudio_source_Usb).kind, SourceKind::PinkNoise);
+    QCOMPARE(m_sound->source(HVAudio_source_Radio).kind, SourceKind::Silence);
+    QCOMPARE(m_sound->source(HVAudio_source_Dab).kind, SourceKind::File);
+    QCOMPARE(m_sound->source(HVAudio_source_Dab).path, file);
+    QCOMPARE(m_sound->source(HVAudio_source_AvIn).kind, SourceKind::Input);
     QCOMPARE(m_sound->playing(), HVAudio_source_Usb);
     QTRY_VERIFY(isLoud());
     SourcePanel panel(m_sound.data(), nullptr);
@@ -284,7 +284,7 @@ void TestUnitSound::fileThatHasGoneIsSilentAfterARestart()
         restart();
         QVERIFY(MessageLog::count(file) >= 1);
     }
-    QCOMPARE(m_sound->sourceKind(HVAudio_source_Radio), SourceKind::Silence);
+    QCOMPARE(m_sound->source(HVAudio_source_Radio).kind, SourceKind::Silence);
     {
         SourcePanel panel(m_sound.data(), nullptr);
         panel.show();
@@ -293,7 +293,7 @@ void TestUnitSound::fileThatHasGoneIsSilentAfterARestart()
     // It was only away.
     QVERIFY(QFile::rename(file + ".away", file));
     restart();
-    QCOMPARE(m_sound->sourcePath(HVAudio_source_Radio), file);
+    QCOMPARE(m_sound->source(HVAudio_source_Radio).path, file);
 }
 
 void TestUnitSound::factoryResetForgetsTheSources()
@@ -303,10 +303,10 @@ void TestUnitSound::factoryResetForgetsTheSources()
     chooseKind(&panel, HVAudio_source_Usb, SourceKind::Sweep);
     panel.findChild<QAbstractButton*>(QStringLiteral("source_6"))->click();
     m_shell->resetToFactory();
-    QCOMPARE(m_sound->sourceKind(HVAudio_source_Usb), SourceKind::Input);
+    QCOMPARE(m_sound->source(HVAudio_source_Usb).kind, SourceKind::Input);
     QCOMPARE(m_sound->playing(), HVAudio_source_Radio);
     restart();
-    QCOMPARE(m_sound->sourceKind(HVAudio_source_Usb), SourceKind::Input);
+    QCOMPARE(m_sound->source(HVAudio_source_Usb).kind, SourceKind::Input);
     QCOMPARE(m_sound->playing(), HVAudio_source_Radio);
 }
 
@@ -314,7 +314,7 @@ void TestUnitSound::editedSourceIsSet()
 {
     start();
     mem::SettingsStore::instance()->edit("Headunit_Source_DAB", "sweep");
-    QTRY_COMPARE(m_sound->sourceKind(HVAudio_source_Dab), SourceKind::Sweep);
+    QTRY_COMPARE(m_sound->source(HVAudio_source_Dab).kind, SourceKind::Sweep);
     mem::SettingsStore::instance()->edit("Headunit_Playing", "DAB");
     QTRY_COMPARE(m_sound->playing(), HVAudio_source_Dab);
 }
@@ -327,15 +327,15 @@ void TestUnitSound::pipeAsFileOrOutputDoesNotFreezeTheUnit()
     QVERIFY(!m_sound->start(pipe)); // would wait for a reader
     start();
     QString error;
-    QVERIFY(!m_sound->setSource(HVAudio_source_Usb, SourceKind::File, pipe, &error)); // for a writer
+    QVERIFY(!m_sound->setSource(HVAudio_source_Usb, {SourceKind::File, pipe}, &error)); // for a writer
     QVERIFY2(error.contains("it is a pipe"), qPrintable(error));
-    QCOMPARE(m_sound->sourceKind(HVAudio_source_Usb), SourceKind::Input);
+    QCOMPARE(m_sound->source(HVAudio_source_Usb).kind, SourceKind::Input);
 }
 
 void TestUnitSound::callsAreInTheJournal()
 {
     start();
-    m_sound->setSource(HVAudio_source_Usb, SourceKind::PinkNoise, {}, nullptr);
+    m_sound->setSource(HVAudio_source_Usb, {SourceKind::PinkNoise, {}});
     m_sound->play(HVAudio_source_Usb);
     m_sound->prompt(dsp::Ring, true);
     m_sound->endPrompt(dsp::Ring);
@@ -351,8 +351,8 @@ void TestUnitSound::callsAreInTheJournal()
 void TestUnitSound::noiseIsHeardOnlyAsTheSourceThatPlays()
 {
     start();
-    m_sound->setSource(HVAudio_source_Usb, SourceKind::PinkNoise, {}, nullptr);
-    m_sound->setSource(HVAudio_source_Radio, SourceKind::Silence, {}, nullptr);
+    m_sound->setSource(HVAudio_source_Usb, {SourceKind::PinkNoise, {}});
+    m_sound->setSource(HVAudio_source_Radio, {SourceKind::Silence, {}});
     m_sound->play(HVAudio_source_Usb);
     QTRY_VERIFY(isLoud());
     m_sound->play(HVAudio_source_Radio);
@@ -384,18 +384,18 @@ void TestUnitSound::keyBeepsAreHeard()
 void TestUnitSound::knobTurnsTheSoundDown()
 {
     start();
-    QCOMPARE(m_sound->settings().mainVolume, 25); // the start-up volume
+    QCOMPARE(m_sound->engine().settings().mainVolume, 25); // the start-up volume
     m_shell->onHardKey(KeyEvent::Key_VolumeDown, KeyEvent::Press);
-    QCOMPARE(m_sound->settings().mainVolume, 24);
+    QCOMPARE(m_sound->engine().settings().mainVolume, 24);
     m_shell->onHardKey(KeyEvent::Key_Mute, KeyEvent::Press);
-    QCOMPARE(m_sound->settings().mainVolume, 0);
+    QCOMPARE(m_sound->engine().settings().mainVolume, 0);
     QTRY_VERIFY(isSilent());
 }
 
 void TestUnitSound::promptStepsTheProgrammeBack()
 {
     start();
-    m_sound->setSource(HVAudio_source_Radio, SourceKind::PinkNoise, {}, nullptr);
+    m_sound->setSource(HVAudio_source_Radio, {SourceKind::PinkNoise, {}});
     AudioService::instance()->setVolumeLevel(50, 0);
     AudioService::instance()->setVolumeLevel(20, 1); // so that the programme is what is measured
     QTRY_VERIFY(loudest() > 0.2f);
@@ -415,11 +415,11 @@ void TestUnitSound::promptStepsTheProgrammeBack()
 void TestUnitSound::powerOffFallsSilentAndEndsPrompts()
 {
     start();
-    m_sound->setSource(HVAudio_source_Radio, SourceKind::PinkNoise, {}, nullptr);
+    m_sound->setSource(HVAudio_source_Radio, {SourceKind::PinkNoise, {}});
     m_sound->prompt(dsp::Ring, true);
     QTRY_VERIFY(isLoud());
     m_shell->setPowered(false);
-    QVERIFY(!m_sound->settings().power);
+    QVERIFY(!m_sound->engine().settings().power);
     QTRY_VERIFY(isSilent());
     QTRY_VERIFY(!m_sound->promptSounds(dsp::Ring));
     m_sound->prompt(dsp::Ring, true);
@@ -429,13 +429,13 @@ void TestUnitSound::powerOffFallsSilentAndEndsPrompts()
 void TestUnitSound::powerOnComesBackAtItsStartVolume()
 {
     start();
-    m_sound->setSource(HVAudio_source_Usb, SourceKind::PinkNoise, {}, nullptr);
+    m_sound->setSource(HVAudio_source_Usb, {SourceKind::PinkNoise, {}});
     m_sound->play(HVAudio_source_Usb);
     AudioService::instance()->setVolumeLevel(50, 0);
     m_shell->setPowered(false);
     QTRY_VERIFY(isSilent());
     m_shell->setPowered(true);
-    QCOMPARE(m_sound->settings().mainVolume, 25);
+    QCOMPARE(m_sound->engine().settings().mainVolume, 25);
     QCOMPARE(m_sound->playing(), HVAudio_source_Usb);
     QTRY_VERIFY(isLoud());
 }
@@ -443,7 +443,7 @@ void TestUnitSound::powerOnComesBackAtItsStartVolume()
 void TestUnitSound::panelMeasuresWhatIsPlayed()
 {
     start();
-    m_sound->setSource(HVAudio_source_Radio, SourceKind::PinkNoise, {}, nullptr);
+    m_sound->setSource(HVAudio_source_Radio, {SourceKind::PinkNoise, {}});
     AudioService::instance()->setEQType(EQ_Type_Rock, false);
     SoundPanel panel(m_sound.data(), nullptr);
     panel.show();
@@ -463,9 +463,7 @@ void TestUnitSound::panelMeasuresWhatIsPlayed()
     for (std::size_t i = 0; i < measured()->dataSize(); ++i) {
         const QPointF dot = measured()->sample(int(i));
         const double hz = dot.x();
-        const double expected =
-            20 *
-            std::log10(std::abs(dsp::responseOf(m_sound->snapshot(), dsp::FrontLeft, hz, m_sound->rate())));
+        const double expected = 20 * std::log10(std::abs(m_sound->engine().response(dsp::FrontLeft, hz)));
         if (hz > 50)
             QVERIFY2(
                 std::abs(dot.y() - expected) < 1.5,
@@ -473,9 +471,9 @@ void TestUnitSound::panelMeasuresWhatIsPlayed()
     }
 }
 
-static QStringList panelsOf(Shell* shell)
+static QStringList panelsOf(SoundControl* sound)
 {
-    const Inspector inspector(shell);
+    const Inspector inspector(664, sound);
     QStringList names;
     for (int i = 0; i < inspector.panels()->count(); ++i)
         names.append(inspector.panels()->tabText(i));
@@ -485,15 +483,14 @@ static QStringList panelsOf(Shell* shell)
 void TestUnitSound::inspectorShowsItsPanels()
 {
     start();
-    const QStringList names = panelsOf(m_shell.data());
+    const QStringList names = panelsOf(m_sound.data());
     QVERIFY(names.contains("Sources"));
     QVERIFY(names.contains("Sound"));
 }
 
 void TestUnitSound::inspectorWithoutSoundHasNoPanelsForIt()
 {
-    Shell silent(false);
-    const QStringList names = panelsOf(&silent);
+    const QStringList names = panelsOf(nullptr);
     QVERIFY(names.contains("Unit"));
     QVERIFY(!names.contains("Sources") && !names.contains("Sound"));
 }

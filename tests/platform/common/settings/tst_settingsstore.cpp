@@ -31,6 +31,7 @@ private slots:
     void bothFacesReachTheSameStore();
     void changesAreToldOnceAndOnlyWhenReal();
     void anEditIsToldAfterItsChangeAndIsDurable();
+    void everyWriteIsToldButARefusedOne();
     void openingTellsWhatIsDifferent();
     void openingReadOnlyLeavesTheFileAlone();
     void openingReadOnlyWithoutAFileGivesTheFactorySettings();
@@ -244,6 +245,19 @@ void TestSettingsStore::anEditIsToldAfterItsChangeAndIsDurable()
     store()->close();
     QCOMPARE(store()->open(copy), SettingsStore::Opened::Durable);
     QCOMPARE(store()->values().keys(), QStringList({QStringLiteral("k")}));
+}
+
+void TestSettingsStore::everyWriteIsToldButARefusedOne()
+{
+    QSignalSpy written(store(), &SettingsStore::written);
+    store()->setValue("page", 3, false);
+    store()->setValue("page", 3, true);
+    store()->edit("page", 4);
+    QCOMPARE(written.count(), 3);
+    QCOMPARE(written.last().first().toString(), QStringLiteral("page"));
+    QVERIFY(!store()->setValue("page", 0.5, true));
+    store()->remove("page");
+    QCOMPARE(written.count(), 3);
 }
 
 void TestSettingsStore::openingTellsWhatIsDifferent()

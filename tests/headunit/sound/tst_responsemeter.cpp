@@ -1,4 +1,4 @@
-#include "headunit/inspector/responsemeter.h"
+#include "headunit/sound/responsemeter.h"
 
 #include "platform/hvaudio/dsp/engine.h"
 

@@ -1,4 +1,4 @@
-#include "headunit/inspector/responsemeter.h"
+#include "headunit/sound/responsemeter.h"
 
 #include <algorithm>
 #include <cmath>
@@ -7,9 +7,6 @@
 #include <kiss_fftr.h>
 
 namespace headunit {
-
-using namespace hvaudio::dsp;
-using hvaudio::HeardFrame;
 
 namespace {
 

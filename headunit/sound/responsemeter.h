@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/hvaudio/player.h"
+#include "headunit/sound/soundtypes.h"
 
 #include <array>
 #include <memory>
@@ -27,7 +27,7 @@ public:
     /// called for.
     void restart(double rate, int latencyFrames);
     /// Takes the next frames; what doesn't follow the ones before is announced by `gap`.
-    void add(const hvaudio::HeardFrame* frames, int count);
+    void add(const HeardFrame* frames, int count);
     /// The frames so far don't join on to the next ones; what they said stays.
     void gap();
     /// Pieces that have been averaged since the restart; the first result needs two.
@@ -41,7 +41,7 @@ public:
     /// at which, since low ones fall between the spectrum's bins, and a lone tone is where it is. Those are
     /// left out where the programme has nothing, or 80 dB less than where it has most, or where the speaker
     /// plays something else, such as a chime.
-    Curve curve(hvaudio::dsp::Speaker speaker, const std::vector<double>& hz, double octaves) const;
+    Curve curve(Speaker speaker, const std::vector<double>& hz, double octaves) const;
 
 private:
     void analyse();
