@@ -2,10 +2,9 @@
 
 #include "M5QX/diagnostic.h"
 #include "M5QX/filelocal.h"
-#include "ui_eqpresetwidget.h"
-
 #include "common/translator.h"
-#include "hvaudio/audioservice.h"
+#include "hvaudio/eqcurves.h"
+#include "ui_eqpresetwidget.h"
 
 #include <QButtonGroup>
 
@@ -15,7 +14,6 @@ struct Tile
 {
     QPushButton* Ui_EQPresetWidget::*key;
     QLabel* Ui_EQPresetWidget::*label;
-    int textId;
     AudioEQType type;
 };
 
@@ -25,18 +23,18 @@ using Form = Ui_EQPresetWidget;
 // to flat.
 // clang-format off
 constexpr Tile tiles[] = {
-    {&Form::key_jazz,   &Form::label_jazz,   246,  EQ_Type_Jazz},
-    {&Form::key_hiphop, &Form::label_hiphop, 240,  EQ_Type_HipHop},
-    {&Form::key_pop,    &Form::label_pop,    238,  EQ_Type_Pop},
-    {&Form::key_rock,   &Form::label_rock,   239,  EQ_Type_Rock},
-    {&Form::key_rb,     &Form::label_rb,     237,  EQ_Type_RB},
-    {&Form::key_flat,   &Form::label_flat,   1226, EQ_Type_Flat},
-    {&Form::key_user1,  &Form::label_user1,  1258, EQ_Type_User1},
-    {&Form::key_user2,  &Form::label_user2,  1259, EQ_Type_User2},
+    {&Form::key_jazz,   &Form::label_jazz,   EQ_Type_Jazz},
+    {&Form::key_hiphop, &Form::label_hiphop, EQ_Type_HipHop},
+    {&Form::key_pop,    &Form::label_pop,    EQ_Type_Pop},
+    {&Form::key_rock,   &Form::label_rock,   EQ_Type_Rock},
+    {&Form::key_rb,     &Form::label_rb,     EQ_Type_RB},
+    {&Form::key_flat,   &Form::label_flat,   EQ_Type_Flat},
+    {&Form::key_user1,  &Form::label_user1,  EQ_Type_User1},
+    {&Form::key_user2,  &Form::label_user2,  EQ_Type_User2},
 };
 // clang-format on
-constexpr int TileCount = sizeof(tiles) / sizeof(tiles[0]);
-static_assert(TileCount == 8, "one tile a preset");
+constexpr int tileCount = std::size(tiles);
+static_assert(tileCount == 8, "one tile a preset");
 
 } // namespace
 
@@ -49,20 +47,17 @@ EQPresetWidget::EQPresetWidget(QWidget* parent)
     init();
 }
 
-EQPresetWidget::~EQPresetWidget()
-{
-    delete ui;
-}
+EQPresetWidget::~EQPresetWidget() = default;
 
 void EQPresetWidget::init()
 {
     ui->key_exit->hide();
     for (const Tile& tile : tiles)
-        (ui->*tile.label)->setAttribute(Qt::WA_TransparentForMouseEvents);
+        (ui.data()->*tile.label)->setAttribute(Qt::WA_TransparentForMouseEvents);
     retranslateUi();
     m_group = new QButtonGroup(this);
-    for (int id = 0; id < TileCount; ++id)
-        m_group->addButton(ui->*tiles[id].key, id);
+    for (int id = 0; id < tileCount; ++id)
+        m_group->addButton(ui.data()->*tiles[id].key, id);
     connect(m_group, SIGNAL(buttonClicked(int)), this, SLOT(onButtonGroupClicked(int)));
 }
 
@@ -73,9 +68,9 @@ void EQPresetWidget::retranslateUi()
     ui->key_back->setAccessibleName(title);
     ui->key_exit->setAccessibleName(title + QStringLiteral(" X"));
     for (const Tile& tile : tiles) {
-        const QString name = Translator::translate(tile.textId).toUpper();
-        (ui->*tile.label)->setText(name);
-        (ui->*tile.key)->setAccessibleName(name);
+        const QString name = Translator::translate(hvaudio::eqCurveOf(tile.type).nameId).toUpper();
+        (ui.data()->*tile.label)->setText(name);
+        (ui.data()->*tile.key)->setAccessibleName(name);
     }
 }
 
@@ -84,14 +79,14 @@ void EQPresetWidget::resume()
     const AudioEQType type = hvaudio::AudioService::instance()->getCurrEQType();
     for (const Tile& tile : tiles) {
         if (tile.type == type)
-            (ui->*tile.key)->setChecked(true);
+            (ui.data()->*tile.key)->setChecked(true);
     }
 }
 
 void EQPresetWidget::onButtonGroupClicked(int id)
 {
     AS_DEBUG() << "id:" << id;
-    if (id < 0 || id >= TileCount)
+    if (id < 0 || id >= tileCount)
         return;
     hvaudio::AudioService::instance()->setEQType(tiles[id].type, true);
 }

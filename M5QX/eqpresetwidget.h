@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QScopedPointer>
 #include <QWidget>
 
 class QButtonGroup;
@@ -29,7 +30,7 @@ public slots:
 private:
     void retranslateUi();
 
-    Ui_EQPresetWidget* ui;
+    QScopedPointer<Ui_EQPresetWidget> ui;
     QButtonGroup* m_group;
 
     Q_DISABLE_COPY(EQPresetWidget)

@@ -1,5 +1,6 @@
 #include "common/translator.h"
 
+#include "hvaudio/eqcurves.h"
 #include "platform/common/texts/language.h"
 
 #include <QSet>
@@ -19,18 +20,10 @@ QString Translator::translate(int id)
 
 namespace cm {
 
-// clang-format off
-const int eqNameStrId[9] = {
-    1226, // flat
-    237,  // R&B
-    239,  // rock
-    238,  // pop
-    240,  // hip-hop
-    246,  // jazz
-    1258, // user 1
-    1259, // user 2
-    1226, // has no curve of its own and is drawn flat
-};
-// clang-format on
+using hvaudio::eqCurveOf;
+
+const int eqNameStrId[9] = {eqCurveOf(0).nameId, eqCurveOf(1).nameId, eqCurveOf(2).nameId,
+                            eqCurveOf(3).nameId, eqCurveOf(4).nameId, eqCurveOf(5).nameId,
+                            eqCurveOf(6).nameId, eqCurveOf(7).nameId, eqCurveOf(8).nameId};
 
 } // namespace cm

@@ -2,6 +2,8 @@
 
 #include "hvaudio/audioservice.h"
 
+#include <iterator>
+
 /// The equalizer's curves, in the one table that the page draws from and the sound processor plays from.
 namespace hvaudio {
 
@@ -9,14 +11,14 @@ constexpr int eqBandCount = 13;
 
 struct EqCurve
 {
-    int type;               ///< AudioEQType, or -1 for what is none
+    int type;               ///< AudioEQType; -1 in the row of all that is no type
     int nameId;             ///< id of its name at the translator
     int value[eqBandCount]; ///< -10..10 dB, bands 32 Hz ... 16 kHz
 };
 
 /// The two user curves lie in the settings store; their rows here are what an empty store means. The lookup
-/// visits nine places for eight types: the ninth is no type, and what isn't found, type 8 too, ends there and
-/// is flat.
+/// visits nine places for eight types: the ninth is no type, and whatever isn't found, type 8 too, ends there
+/// and is flat. Every name of an EQ type, by whichever list, is taken from here.
 // clang-format off
 constexpr EqCurve eqCurves[] = {
     {EQ_Type_Flat,   1226, { 0, 0, 0, 0,  0,  0,  0,  0, 0, 0,  0,  0,  0}},
@@ -30,17 +32,16 @@ constexpr EqCurve eqCurves[] = {
     {-1,             1226, { 0, 0, 0, 0,  0,  0,  0,  0, 0, 0,  0,  0,  0}},
 };
 // clang-format on
-constexpr int eqCurveCount = sizeof(eqCurves) / sizeof(eqCurves[0]);
-static_assert(eqCurveCount == 9, "eight types and the flat end");
+static_assert(std::size(eqCurves) == 9, "eight types and the flat end");
 
-/// type: any number.
+/// The row of an EQ type; any number without one has the flat end's.
 constexpr const EqCurve& eqCurveOf(int type)
 {
     for (const EqCurve& curve : eqCurves) {
         if (curve.type == type)
             return curve;
     }
-    return eqCurves[eqCurveCount - 1];
+    return eqCurves[std::size(eqCurves) - 1];
 }
 
 } // namespace hvaudio

@@ -38,6 +38,7 @@ private slots:
     void typeKeysWrapAround_data();
     void typeKeysWrapAround();
     void typeNameFollowsThePlatformsSignal();
+    void eachTypeHasTheNameOfTheCurveThatItDraws();
     void unknownTypeShowsNoName();
 
 private:
@@ -312,6 +313,19 @@ void TestTabWidget::typeNameFollowsThePlatformsSignal()
     QCOMPARE(label("text_EQ_type")->text(), QStringLiteral("T239"));
     QCOMPARE(changed.count(), 1);
     QVERIFY(takeLog().last().endsWith("-- type: 2"));
+}
+
+void TestTabWidget::eachTypeHasTheNameOfTheCurveThatItDraws()
+{
+    QStringList names;
+    for (int type = 0; type <= 8; ++type) {
+        audio().eqType = type;
+        emitEQType(type);
+        names += label("text_EQ_type")->text();
+    }
+    // Type 8 has no curve of its own and is drawn flat.
+    QCOMPARE(names,
+             QStringList({"T1226", "T237", "T239", "T238", "T240", "T246", "T1258", "T1259", "T1226"}));
 }
 
 void TestTabWidget::unknownTypeShowsNoName()

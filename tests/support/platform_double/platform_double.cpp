@@ -4,6 +4,7 @@
 #include "common/mcumanager.h"
 #include "common/settings.h"
 #include "common/translator.h"
+#include "hvaudio/eqcurves.h"
 
 #include <QCoreApplication>
 #include <QHash>
@@ -174,5 +175,9 @@ QString Translator::translate(int id)
 }
 
 namespace cm {
-const int eqNameStrId[9] = {1226, 237, 239, 238, 240, 246, 1258, 1259, 1257};
-}
+using hvaudio::eqCurveOf;
+
+const int eqNameStrId[9] = {eqCurveOf(0).nameId, eqCurveOf(1).nameId, eqCurveOf(2).nameId,
+                            eqCurveOf(3).nameId, eqCurveOf(4).nameId, eqCurveOf(5).nameId,
+                            eqCurveOf(6).nameId, eqCurveOf(7).nameId, eqCurveOf(8).nameId};
+} // namespace cm
