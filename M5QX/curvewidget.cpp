@@ -10,8 +10,8 @@
 
 namespace {
 
-constexpr int FlatWidth = 6;
-constexpr int EdgeWidth = 5;
+constexpr int flatWidth = 6;
+constexpr int edgeWidth = 5;
 
 /// Truncates toward zero. Beyond what an int holds it stops there, and no number counts as 0: a cast would be
 /// undefined.
@@ -74,10 +74,10 @@ void CurveWidget::paintEvent(QPaintEvent*)
     painter.setRenderHint(QPainter::Antialiasing);
     QPen pen(curveColor);
     // A high-pass has its edge in the first line, a low-pass in the second; edges are drawn thinner.
-    pen.setWidth(isLpf || flat ? FlatWidth : EdgeWidth);
+    pen.setWidth(isLpf || flat ? flatWidth : edgeWidth);
     painter.setPen(pen);
     painter.drawLine(points.at(0), points.at(1));
-    pen.setWidth(isLpf && !flat ? EdgeWidth : FlatWidth);
+    pen.setWidth(isLpf && !flat ? edgeWidth : flatWidth);
     painter.setPen(pen);
     painter.drawLine(points.at(0), points.at(2));
     painter.restore();

@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <ctime>
 #include <execinfo.h>
+#include <iterator>
 
 namespace {
 
@@ -23,7 +24,7 @@ namespace {
     "Custom",
 };
 // clang-format on
-static_assert(sizeof(eqNames) / sizeof(eqNames[0]) == 7, "seven equalizer names");
+static_assert(std::size(eqNames) == 7, "seven equalizer names");
 
 /// The monotonic clock in milliseconds.
 [[maybe_unused]] long long monotonicMs()

@@ -5,27 +5,29 @@
 #include "M5QX/filelocal.h"
 #include "M5QX/k41_audio_root_bf.h"
 #include "M5QX/pa_balancefadercontrol.h"
-#include "M5QX/subwoofersettings.h"
+#include "M5QX/storedsettings.h"
 #include "common/customslider.h"
 #include "common/mcumanager.h"
 #include "common/pushbutton.h"
 #include "common/settings.h"
 #include "common/translator.h"
 #include "hvaudio/audioservice.h"
+#include "hvaudio/crossovers.h"
 #include "ui_m5qx_audiosetting_audio_levels_page.h"
 
 namespace audiosetting {
 
 namespace {
 
-constexpr int MaxBalanceFader = 15; // to either side
-constexpr int MaxLevel = 12;        // attenuation steps of the subwoofer, 0 the loudest
-constexpr int KeyMask = 15;         // what the two level keys take from level and frequency
-constexpr int FrequencyOff = 0;     // subwoofer filter index that silences it
+constexpr const mem::Setting& loudness = mem::settingOf("customloudnes");
+constexpr const mem::Setting& subwooferOn = mem::settingOf("subwooferOnOff");
+constexpr const mem::Setting& subwooferLevel = mem::settingOf("subwooferLevel");
+constexpr const mem::Setting& subwooferFreq = mem::settingOf("subwooferFreq");
 
-// Key of the store with what its absence means.
-const QString loudnessKey = QStringLiteral("customloudnes");
-constexpr bool loudnessDefault = false;
+constexpr int maxBalanceFader = mem::settingOf("AudioService_Balance").largest; // to either side
+constexpr int maxLevel = hvaudio::largestAttenuation;                           // 0 is the loudest
+constexpr int keyMask = 15;     // what the two level keys take from level and frequency
+constexpr int frequencyOff = 0; // subwoofer filter index that silences it
 
 mem::SettingsFunc* store()
 {
@@ -35,7 +37,7 @@ mem::SettingsFunc* store()
 // The slider runs the other way round: to the right is louder.
 int sliderOfLevel(int level)
 {
-    return MaxLevel - level;
+    return maxLevel - level;
 }
 
 QString upper(int id)
@@ -46,8 +48,8 @@ QString upper(int id)
 // The two keys of one axis: at an end the key towards it is disabled.
 void enableArrows(int value, QWidget* minus, QWidget* plus)
 {
-    plus->setEnabled(value != MaxBalanceFader);
-    minus->setEnabled(value != -MaxBalanceFader);
+    plus->setEnabled(value != maxBalanceFader);
+    minus->setEnabled(value != -maxBalanceFader);
 }
 
 } // namespace
@@ -75,10 +77,7 @@ m5qx_eq_audio_levels_page::m5qx_eq_audio_levels_page(QWidget* parent)
     init();
 }
 
-m5qx_eq_audio_levels_page::~m5qx_eq_audio_levels_page()
-{
-    delete ui;
-}
+m5qx_eq_audio_levels_page::~m5qx_eq_audio_levels_page() = default;
 
 void m5qx_eq_audio_levels_page::init()
 {
@@ -86,7 +85,7 @@ void m5qx_eq_audio_levels_page::init()
 
     m_slider = new settings::CustomSlider_2(this, ui->horizontalSlider->geometry(), 4);
     ui->horizontalSlider->hide();
-    m_slider->setMaximum(MaxLevel);
+    m_slider->setMaximum(maxLevel);
     m_slider->setMinimum(0);
     connect(m_slider, SIGNAL(valSave(int)), this, SLOT(onSliderOnSave(int)));
     // The slider is made after the form: put it between its keys for whoever steps through by keyboard.
@@ -128,9 +127,9 @@ void m5qx_eq_audio_levels_page::resume()
     onUpdateBF(balance(), fader());
     showSwitches();
     // Bit 7 tells how the level was last written; the switch itself has a key of its own.
-    const int level = store()->getValue(subwoofer::LevelKey, subwoofer::LevelDefault) & subwoofer::LevelBits;
-    m_slider->setValue(qBound(0, sliderOfLevel(level), MaxLevel));
-    setSubwooferSliderEnable(store()->getValue(subwoofer::OnKey, subwoofer::OnDefault));
+    const int level = stored::number(store(), subwooferLevel) & mem::subwooferLevelBits;
+    m_slider->setValue(qBound(0, sliderOfLevel(level), maxLevel));
+    setSubwooferSliderEnable(stored::flag(store(), subwooferOn));
 }
 
 void m5qx_eq_audio_levels_page::showEvent(QShowEvent*)
@@ -188,28 +187,28 @@ void m5qx_eq_audio_levels_page::faderPlus()
 {
     const int b = balance();
     const int f = fader();
-    setBalance(f < MaxBalanceFader ? f + 1 : f, b);
+    setBalance(f < maxBalanceFader ? f + 1 : f, b);
 }
 
 void m5qx_eq_audio_levels_page::faderMinus()
 {
     const int b = balance();
     const int f = fader();
-    setBalance(f > -MaxBalanceFader ? f - 1 : f, b);
+    setBalance(f > -maxBalanceFader ? f - 1 : f, b);
 }
 
 void m5qx_eq_audio_levels_page::balancePlus()
 {
     const int b = balance();
     const int f = fader();
-    setBalance(f, b < MaxBalanceFader ? b + 1 : b);
+    setBalance(f, b < maxBalanceFader ? b + 1 : b);
 }
 
 void m5qx_eq_audio_levels_page::balanceMinus()
 {
     const int b = balance();
     const int f = fader();
-    setBalance(f, b > -MaxBalanceFader ? b - 1 : b);
+    setBalance(f, b > -maxBalanceFader ? b - 1 : b);
 }
 
 void m5qx_eq_audio_levels_page::onUpClicked()
@@ -322,8 +321,8 @@ void m5qx_eq_audio_levels_page::soundClickedBeep()
 
 void m5qx_eq_audio_levels_page::showSwitches()
 {
-    ui->key_loudness->setChecked(store()->getValue(loudnessKey, loudnessDefault));
-    ui->key_subwoofer->setChecked(store()->getValue(subwoofer::OnKey, subwoofer::OnDefault));
+    ui->key_loudness->setChecked(stored::flag(store(), loudness));
+    ui->key_subwoofer->setChecked(stored::flag(store(), subwooferOn));
 }
 
 void m5qx_eq_audio_levels_page::on_key_loudness_clicked()
@@ -339,15 +338,16 @@ void m5qx_eq_audio_levels_page::on_key_subwoofer_clicked()
     const bool on = ui->key_subwoofer->isChecked();
     AS_DEBUG() << on;
     McuManager::instance()->triggerBeep(0);
-    store()->setValue(subwoofer::OnKey, subwoofer::OnDefault, on, true);
-    const int level = store()->getValue(subwoofer::LevelKey, subwoofer::LevelDefault);
-    const int frequency = store()->getValue(subwoofer::FreqKey, subwoofer::FreqDefault);
+    stored::write(store(), subwooferOn, on);
+    const int level = stored::number(store(), subwooferLevel);
+    const int frequency = stored::number(store(), subwooferFreq);
     if (on) {
         sendSubwooferLevel(level, frequency);
     } else {
         // No hurry with this one: the switch itself is already durable, and the level is what it was.
-        store()->setValue(subwoofer::LevelKey, subwoofer::LevelDefault, level & subwoofer::LevelBits, false);
-        hvaudio::AudioService::instance()->setSubFilter(FrequencyOff, level & subwoofer::LevelBits, 0);
+        store()->setValue(stored::key(subwooferLevel), subwooferLevel.defaultValue,
+                          level & mem::subwooferLevelBits, false);
+        hvaudio::AudioService::instance()->setSubFilter(frequencyOff, level & mem::subwooferLevelBits, 0);
     }
     setSubwooferSliderEnable(on);
 }
@@ -356,8 +356,8 @@ void m5qx_eq_audio_levels_page::onSliderOnSave(int value)
 {
     AS_DEBUG() << value;
     switchSubwooferOn();
-    const int level = sliderOfLevel(qBound(0, value, MaxLevel));
-    sendSubwooferLevel(level, store()->getValue(subwoofer::FreqKey, subwoofer::FreqDefault));
+    const int level = sliderOfLevel(qBound(0, value, maxLevel));
+    sendSubwooferLevel(level, stored::number(store(), subwooferFreq));
 }
 
 void m5qx_eq_audio_levels_page::on_key_sub_level_up_clicked()
@@ -378,9 +378,9 @@ void m5qx_eq_audio_levels_page::stepSubwooferLevel(int step)
 {
     soundClickedBeep();
     switchSubwooferOn();
-    int level = store()->getValue(subwoofer::LevelKey, subwoofer::LevelDefault) & KeyMask;
-    const int frequency = store()->getValue(subwoofer::FreqKey, subwoofer::FreqDefault) & KeyMask;
-    if (step < 0 ? level > 0 : level < MaxLevel)
+    int level = stored::number(store(), subwooferLevel) & keyMask;
+    const int frequency = stored::number(store(), subwooferFreq) & keyMask;
+    if (step < 0 ? level > 0 : level < maxLevel)
         level += step;
     m_slider->setValue(sliderOfLevel(level));
     sendSubwooferLevel(level, frequency);
@@ -390,14 +390,14 @@ void m5qx_eq_audio_levels_page::stepSubwooferLevel(int step)
 // or the switch.
 void m5qx_eq_audio_levels_page::switchSubwooferOn()
 {
-    store()->setValue(subwoofer::OnKey, subwoofer::OnDefault, true, true);
+    stored::write(store(), subwooferOn, true);
     ui->key_subwoofer->setChecked(true);
 }
 
 void m5qx_eq_audio_levels_page::sendSubwooferLevel(int level, int frequency)
 {
-    store()->setValue(subwoofer::LevelKey, subwoofer::LevelDefault, level | subwoofer::WrittenWhileOn, true);
-    hvaudio::AudioService::instance()->setSubFilter(frequency, level & subwoofer::LevelBits, 0);
+    stored::write(store(), subwooferLevel, level | mem::subwooferWrittenWhileOn);
+    hvaudio::AudioService::instance()->setSubFilter(frequency, level & mem::subwooferLevelBits, 0);
 }
 
 void m5qx_eq_audio_levels_page::setSubwooferSliderEnable(bool on)

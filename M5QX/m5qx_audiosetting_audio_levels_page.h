@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QScopedPointer>
 #include <QWidget>
 
 class k41_audio_root_bf;
@@ -83,7 +84,7 @@ private:
     void sendSubwooferLevel(int level, int frequency);
     void showSwitches();
 
-    Ui::m5qx_audiosetting_audio_levels_page* ui;
+    QScopedPointer<Ui::m5qx_audiosetting_audio_levels_page> ui;
     k41_audio_root_bf* m_touchArea = nullptr;
     balanceFaderControl* m_pad = nullptr;
     bool m_flag1 = false; ///< true once built; nothing reads it

@@ -1,16 +1,15 @@
 #include "M5QX/m5qx_audiosetting_crossover_setting_page.h"
 
-#include "ui_m5qx_audiosetting_crossover_setting_page.h"
-
 #include "M5QX/backrequest.h"
 #include "M5QX/diagnostic.h"
 #include "M5QX/filelocal.h"
 #include "M5QX/pasetuptogglekey.h"
-#include "M5QX/subwoofersettings.h"
-
+#include "M5QX/storedsettings.h"
 #include "common/settings.h"
 #include "common/translator.h"
 #include "hvaudio/audioservice.h"
+#include "hvaudio/crossovers.h"
+#include "ui_m5qx_audiosetting_crossover_setting_page.h"
 
 #include <QButtonGroup>
 #include <QPixmapCache>
@@ -25,77 +24,71 @@ using hvaudio::AudioService;
 namespace {
 
 // Text ids.
-constexpr int SettingsText = 141;
-constexpr int SubwooferText = 236;
-constexpr int MainAudioText = 1228;
-constexpr int CrossoverText = 1229;
-constexpr int SubFreqText = 1230;
-constexpr int SubLevelText = 1231;
+constexpr int settingsText = 141;
+constexpr int subwooferText = 236;
+constexpr int mainAudioText = 1228;
+constexpr int crossoverText = 1229;
+constexpr int subFreqText = 1230;
+constexpr int subLevelText = 1231;
 
-// What the step keys reach.
-constexpr int FreqMin = 1;
-constexpr int FreqMax = 5;
-constexpr int SubFreqMin = 0;
-constexpr int SubFreqMax = 4;
-constexpr int SubLevelMin = 1;
-constexpr int SubLevelMax = 14;
+constexpr const mem::Setting& subOn = mem::settingOf("subwooferOnOff");
+constexpr const mem::Setting& subFreq = mem::settingOf("subwooferFreq");
+constexpr const mem::Setting& subLevel = mem::settingOf("subwooferLevel");
 
-constexpr int SlopeCount = 3;
-constexpr int FreqBits = 0x7F;   ///< what a filter's second argument takes of the frequency
-constexpr int LineIconStep = 44; ///< pixels of the sketch between two frequencies
-constexpr int Speakers[] = {1, 2, 4, 8};
+// What the step keys reach: of the filters everything but "OFF", of the subwoofer less than its range.
+constexpr int freqCount = std::size(hvaudio::mainHighPass);
+constexpr int freqMin = 1;
+constexpr int freqMax = freqCount - 1;
+constexpr int subFreqMin = 0;
+constexpr int subFreqMax = 4;
+constexpr int subLevelMin = 1;
+constexpr int subLevelMax = 14;
+
+constexpr int slopeCount = 3;
+constexpr int freqBits = 0x7F;   ///< what a filter's second argument takes of the frequency
+constexpr int lineIconStep = 44; ///< pixels of the sketch between two frequencies
+constexpr int speakers[] = {1, 2, 4, 8};
 
 /// All that tells the high-pass column from the low-pass one.
 struct Filter
 {
-    QLatin1String stateKey;
-    bool stateDefault;
-    QLatin1String freqKey;
-    int freqDefault;
-    QLatin1String slopeKey;
-    int slopeDefault;
+    const mem::Setting& state;
+    const mem::Setting& freq;
+    const mem::Setting& slope;
     void (AudioService::*send)(int, int, int, int);
     QPushButton* Form::*next;
     QPushButton* Form::*prev;
-    QLabel* Form::*freqText;
     QLabel* Form::*caption;
     QLabel* Form::*line;
     QWidget* Form::*freqRow;
     QWidget* Form::*slopeRow;
     QLabel* Form::*slopeCaption;
-    QPushButton* Form::*slopeKeys[SlopeCount];
-    QLabel* Form::*slopeTexts[SlopeCount];
-    const char* lines[SlopeCount];
-    const char* freqTexts[FreqMax + 1];
+    QPushButton* Form::*slopeKeys[slopeCount];
+    QLabel* Form::*slopeTexts[slopeCount];
+    const char* lines[slopeCount];
+    const hvaudio::CrossoverFrequency (&frequencies)[freqCount];
 };
 
 // clang-format off
-const Filter hpf = {
-    QLatin1String("hpfState"), false, QLatin1String("hpfFreq"), 4, QLatin1String("hpfslope"), 1, &AudioService::setHPFFilter,
-    &Form::Key_hpf_freq_plus, &Form::Key_hpf_freq_minus, &Form::text_hpf_freq,
+constexpr Filter hpf = {
+    mem::settingOf("hpfState"), mem::settingOf("hpfFreq"), mem::settingOf("hpfslope"), &AudioService::setHPFFilter,
+    &Form::Key_hpf_freq_plus, &Form::Key_hpf_freq_minus,
     &Form::text_high_pass, &Form::icon_line_hpf, &Form::hpf_freq_widget, &Form::hpf_slope_widget, &Form::text_hpf_freq_slope,
     {&Form::key_hpf_slope_6db, &Form::key_hpf_slope_12db, &Form::key_hpf_slope_18db},
     {&Form::text_lpf_slope_6db, &Form::text_lpf_slope_12db, &Form::text_lpf_slope_18db},
     {":/vexa_m5qx_audiosettingicon/filter_thumb_left65.png", ":/vexa_m5qx_audiosettingicon/filter_thumb_left75.png", ":/vexa_m5qx_audiosettingicon/filter_thumb_left85.png"},
-    {"OFF", "20Hz", "60Hz", "80Hz", "160Hz", "250Hz"},
+    hvaudio::mainHighPass,
 };
 // A fresh low-pass is off and has none of the three slopes: what no key of the page reaches stands for "never set".
-const Filter lpf = {
-    QLatin1String("lpfState"), false, QLatin1String("lpfFreq"), 0, QLatin1String("lpfslope"), 3, &AudioService::setLPFFilter,
-    &Form::Key_low_freq_plus, &Form::Key_low_freq_minus, &Form::text_low_freq,
+constexpr Filter lpf = {
+    mem::settingOf("lpfState"), mem::settingOf("lpfFreq"), mem::settingOf("lpfslope"), &AudioService::setLPFFilter,
+    &Form::Key_low_freq_plus, &Form::Key_low_freq_minus,
     &Form::text_low_pass, &Form::icon_line_lpf, &Form::low_freq_widgetl, &Form::low_slope_widget, &Form::text_low_freq_slope,
     {&Form::key_low_slope_6db, &Form::key_low_slope_12db, &Form::key_low_slope_18db},
     {&Form::text_low_slope_6db, &Form::text_low_slope_12db, &Form::text_low_slope_18db},
     {":/vexa_m5qx_audiosettingicon/filter_thumb_right65.png", ":/vexa_m5qx_audiosettingicon/filter_thumb_right75.png", ":/vexa_m5qx_audiosettingicon/filter_thumb_right85.png"},
-    {"OFF", "2kHz", "8KHz", "10KHz", "16KHz", "20KHz"},
+    hvaudio::mainLowPass,
 };
-
-constexpr const char* subFreqTexts[] = {
-    "OFF", "AP", "50Hz", "80Hz", "120Hz", "160Hz",
-    "100Hz", "120Hz", "160Hz", "250Hz", // as the speaker groups' page stores them; the keys here don't reach them
-};
-constexpr int SubFreqTextCount = sizeof(subFreqTexts) / sizeof(subFreqTexts[0]);
-static_assert(SubFreqTextCount == 6 + 4, "six entries of this page, four of the speaker groups'");
 
 struct Binding { QPushButton* Form::*key; const char* slot; };
 const Binding bindings[] = {
@@ -111,20 +104,21 @@ const Binding bindings[] = {
     {&Form::Key_subwoofer_level_plus,  SLOT(onSUBLevelNextClicked())},
     {&Form::Key_subwoofer_level_minus, SLOT(onSUBLevelPrevClicked())},
 };
-static_assert(sizeof(bindings) / sizeof(bindings[0]) == 11, "every key but the slopes");
+static_assert(std::size(bindings) == 11, "every key but the slopes");
 // clang-format on
 
-void showFreqText(Form* form, const Filter& filter, int freq)
+/// What has no entry in the list has no text.
+template <int count>
+void showFreqText(QLabel* label, const hvaudio::CrossoverFrequency (&list)[count], int freq)
 {
-    const bool known = freq >= 0 && freq <= FreqMax;
-    (form->*filter.freqText)->setText(QLatin1String(known ? filter.freqTexts[freq] : ""));
+    label->setText(QLatin1String(freq >= 0 && freq < count ? list[freq].text : ""));
 }
 
 void placeLine(QLabel* line, int freq)
 {
-    if (freq < FreqMin || freq > FreqMax)
+    if (freq < freqMin || freq > freqMax)
         return;
-    line->move(LineIconStep * (freq - 1), 0);
+    line->move(lineIconStep * (freq - 1), 0);
     line->raise();
     line->show();
 }
@@ -156,7 +150,7 @@ void showSlope(QButtonGroup* keys, int slope)
 
 void showSlopeLine(Form* form, const Filter& filter, int slope)
 {
-    const bool known = slope >= 0 && slope < SlopeCount;
+    const bool known = slope >= 0 && slope < slopeCount;
     (form->*filter.line)->setPixmap(known ? QPixmap(QLatin1String(filter.lines[slope])) : QPixmap());
 }
 
@@ -173,15 +167,15 @@ int down(int value, int min)
 /// To each speaker; freq 0 switches the filter off.
 void send(const Filter& filter, int freq, int slope)
 {
-    for (const int speaker : Speakers)
-        (AudioService::instance()->*filter.send)(freq, freq & FreqBits, speaker, slope);
+    for (const int speaker : speakers)
+        (AudioService::instance()->*filter.send)(freq, freq & freqBits, speaker, slope);
 }
 
 /// level: with its flag; without it the subwoofer is silent.
 void sendSub(int freq, int level)
 {
-    AudioService::instance()->setSubFilter(level & subwoofer::WrittenWhileOn ? freq : 0,
-                                           level & subwoofer::LevelBits, 0);
+    AudioService::instance()->setSubFilter(level & mem::subwooferWrittenWhileOn ? freq : 0,
+                                           level & mem::subwooferLevelBits, 0);
 }
 
 // A line of the title's size is higher than its label, what is drawn isn't: an accent needs the room above,
@@ -224,7 +218,7 @@ void Page::init()
     m_lowPassKey->showToggleKey(getLpfState(), 0);
     m_hpfSlopeKeys = new QButtonGroup(this);
     m_lpfSlopeKeys = new QButtonGroup(this);
-    for (int slope = 0; slope < SlopeCount; ++slope) {
+    for (int slope = 0; slope < slopeCount; ++slope) {
         m_hpfSlopeKeys->addButton(ui.data()->*hpf.slopeKeys[slope], slope);
         m_lpfSlopeKeys->addButton(ui.data()->*lpf.slopeKeys[slope], slope);
     }
@@ -247,14 +241,14 @@ void Page::showEvent(QShowEvent* event)
 
 void Page::retranslateUi()
 {
-    ui->text_titel->setText(Translator::translate(CrossoverText) +
-                            Translator::translate(SettingsText).toUpper());
+    ui->text_titel->setText(Translator::translate(crossoverText) +
+                            Translator::translate(settingsText).toUpper());
     centreInk(ui->text_titel);
     for (QLabel* title : {ui->text_hpf_main_audio, ui->text_low_main_audio})
-        title->setText(Translator::translate(MainAudioText).toUpper());
-    ui->text_subwoofer->setText(Translator::translate(SubwooferText).toUpper());
-    ui->text_subwoo_freq_tiltel->setText(Translator::translate(SubFreqText));
-    ui->text_subwoofer_Level_tiltel->setText(Translator::translate(SubLevelText));
+        title->setText(Translator::translate(mainAudioText).toUpper());
+    ui->text_subwoofer->setText(Translator::translate(subwooferText).toUpper());
+    ui->text_subwoo_freq_tiltel->setText(Translator::translate(subFreqText));
+    ui->text_subwoofer_Level_tiltel->setText(Translator::translate(subLevelText));
     setAccessibleNames();
 }
 
@@ -267,7 +261,7 @@ void Page::setAccessibleNames()
     for (const Filter* filter : {&hpf, &lpf}) {
         Form* form = ui.data();
         nameSteps(form->*filter->caption, form->*filter->next, form->*filter->prev);
-        for (int slope = 0; slope < SlopeCount; ++slope) {
+        for (int slope = 0; slope < slopeCount; ++slope) {
             (form->*filter->slopeKeys[slope])
                 ->setAccessibleName((form->*filter->slopeCaption)->text() + QLatin1Char(' ') +
                                     (form->*filter->slopeTexts[slope])->text());
@@ -297,16 +291,16 @@ void Page::updateAll()
     updateCurrSubWooferText();
     updateCurrSubFreqText(getSubFreq());
     updateCurrSubFreqBtnState(getSubFreq());
-    updateCurrSubLevelText(getSubLevel() & subwoofer::LevelBits);
-    updateCurrSubLevelBtnState(getSubLevel() & subwoofer::LevelBits);
+    updateCurrSubLevelText(getSubLevel() & mem::subwooferLevelBits);
+    updateCurrSubLevelBtnState(getSubLevel() & mem::subwooferLevelBits);
 }
 
 // Some log texts name another value than the one at hand; log collectors know them so.
 // clang-format off
-void Page::updateCurrHPFFreqText(int freq)     { AS_DEBUG() << "current hpf freq:" << freq;  showFreqText(ui.data(), hpf, freq); }
-void Page::updateCurrLPFFreqText(int freq)     { AS_DEBUG() << "current hpf freq:" << freq;  showFreqText(ui.data(), lpf, freq); }
-void Page::updateCurrHPFFreqBtnState(int freq) { AS_DEBUG() << "current hpf freq:" << freq;  updateButtonState(ui->Key_hpf_freq_plus, ui->Key_hpf_freq_minus, FreqMax, FreqMin, freq); }
-void Page::updateCurrLPFFreqBtnState(int freq) { AS_DEBUG() << "current lpf freq:" << freq;  updateButtonState(ui->Key_low_freq_plus, ui->Key_low_freq_minus, FreqMax, FreqMin, freq); }
+void Page::updateCurrHPFFreqText(int freq)     { AS_DEBUG() << "current hpf freq:" << freq;  showFreqText(ui->text_hpf_freq, hpf.frequencies, freq); }
+void Page::updateCurrLPFFreqText(int freq)     { AS_DEBUG() << "current hpf freq:" << freq;  showFreqText(ui->text_low_freq, lpf.frequencies, freq); }
+void Page::updateCurrHPFFreqBtnState(int freq) { AS_DEBUG() << "current hpf freq:" << freq;  updateButtonState(ui->Key_hpf_freq_plus, ui->Key_hpf_freq_minus, freqMax, freqMin, freq); }
+void Page::updateCurrLPFFreqBtnState(int freq) { AS_DEBUG() << "current lpf freq:" << freq;  updateButtonState(ui->Key_low_freq_plus, ui->Key_low_freq_minus, freqMax, freqMin, freq); }
 void Page::updateCurrHPFFreqLineIcon(int freq) { AS_DEBUG() << "current hpf freq:" << freq;  placeLine(ui->icon_line_hpf, freq); }
 void Page::updateCurrLPFFreqLineIcon(int freq) { AS_DEBUG() << "current lpf freq:" << freq;  placeLine(ui->icon_line_lpf, freq); }
 void Page::updateHPFSlopeIcon(int slope)       { AS_DEBUG() << "current hpf freq:" << slope; showSlope(m_hpfSlopeKeys, slope); }
@@ -339,20 +333,19 @@ void Page::updateCurrSubWooferText()
 {
     // Read for the log alone: the title is the same when the subwoofer is off.
     AS_DEBUG() << "subwoofer:" << isSubWooferOn();
-    ui->text_subwoofer->setText(Translator::translate(SubwooferText).toUpper());
+    ui->text_subwoofer->setText(Translator::translate(subwooferText).toUpper());
 }
 
 void Page::updateCurrSubFreqText(int freq)
 {
     AS_DEBUG() << "current hpf freq:" << freq;
-    const bool known = freq >= 0 && freq < SubFreqTextCount;
-    ui->text_subwoofer_freq->setText(QLatin1String(known ? subFreqTexts[freq] : ""));
+    showFreqText(ui->text_subwoofer_freq, hvaudio::mainSubwoofer, freq);
 }
 
 void Page::updateCurrSubFreqBtnState(int freq)
 {
     AS_DEBUG() << "current subwoofer level:" << freq;
-    updateSubButtonState(ui->Key_subwoofer_freq_plus, ui->Key_subwoofer_freq_minus, SubFreqMax, SubFreqMin,
+    updateSubButtonState(ui->Key_subwoofer_freq_plus, ui->Key_subwoofer_freq_minus, subFreqMax, subFreqMin,
                          freq);
 }
 
@@ -365,8 +358,8 @@ void Page::updateCurrSubLevelText(int level)
 void Page::updateCurrSubLevelBtnState(int level)
 {
     AS_DEBUG() << "current subwoofer level:" << level;
-    updateSubButtonState(ui->Key_subwoofer_level_plus, ui->Key_subwoofer_level_minus, SubLevelMax,
-                         SubLevelMin, level);
+    updateSubButtonState(ui->Key_subwoofer_level_plus, ui->Key_subwoofer_level_minus, subLevelMax,
+                         subLevelMin, level);
 }
 
 void Page::updateButtonState(QPushButton* next, QPushButton* prev, int max, int min, int value)
@@ -386,22 +379,22 @@ void Page::updateSubButtonState(QPushButton* next, QPushButton* prev, int max, i
 }
 
 // clang-format off
-bool Page::getHpfState() { const bool on   = m_settings->getValue(hpf.stateKey, hpf.stateDefault);               AS_DEBUG() << "get current hpf state:" << on;    return on; }
-int  Page::getHpfFreq()  { const int freq  = m_settings->getValue(hpf.freqKey, hpf.freqDefault);                 AS_DEBUG() << "get current hpf freq:" << freq;   return freq; }
-int  Page::getHpfSlope() { const int slope = m_settings->getValue(hpf.slopeKey, hpf.slopeDefault);               AS_DEBUG() << "get current hpf slope:" << slope; return slope; }
-bool Page::getLpfState() { const bool on   = m_settings->getValue(lpf.stateKey, lpf.stateDefault);               AS_DEBUG() << "get current hpf state:" << on;    return on; }
-int  Page::getLpfFreq()  { const int freq  = m_settings->getValue(lpf.freqKey, lpf.freqDefault);                 AS_DEBUG() << "get current hpf freq:" << freq;   return freq; }
-int  Page::getLpfSlope() { const int slope = m_settings->getValue(lpf.slopeKey, lpf.slopeDefault);               AS_DEBUG() << "get current lpf slope:" << slope; return slope; }
-int  Page::getSubFreq()  { const int freq  = m_settings->getValue(subwoofer::FreqKey, subwoofer::FreqDefault);   AS_DEBUG() << "current subwoofer freq:" << freq; return freq; }
-int  Page::getSubLevel() { const int level = m_settings->getValue(subwoofer::LevelKey, subwoofer::LevelDefault); AS_DEBUG() << "current subwoofer level:" << level; return level; }
+bool Page::getHpfState() { const bool on   = stored::flag(m_settings, hpf.state);   AS_DEBUG() << "get current hpf state:" << on;    return on; }
+int  Page::getHpfFreq()  { const int freq  = stored::number(m_settings, hpf.freq);  AS_DEBUG() << "get current hpf freq:" << freq;   return freq; }
+int  Page::getHpfSlope() { const int slope = stored::number(m_settings, hpf.slope); AS_DEBUG() << "get current hpf slope:" << slope; return slope; }
+bool Page::getLpfState() { const bool on   = stored::flag(m_settings, lpf.state);   AS_DEBUG() << "get current hpf state:" << on;    return on; }
+int  Page::getLpfFreq()  { const int freq  = stored::number(m_settings, lpf.freq);  AS_DEBUG() << "get current hpf freq:" << freq;   return freq; }
+int  Page::getLpfSlope() { const int slope = stored::number(m_settings, lpf.slope); AS_DEBUG() << "get current lpf slope:" << slope; return slope; }
+int  Page::getSubFreq()  { const int freq  = stored::number(m_settings, subFreq);   AS_DEBUG() << "current subwoofer freq:" << freq; return freq; }
+int  Page::getSubLevel() { const int level = stored::number(m_settings, subLevel);  AS_DEBUG() << "current subwoofer level:" << level; return level; }
 
-void Page::setHpfState(bool on)   { AS_DEBUG() << "set current hpf state:" << on;        m_settings->setValue(hpf.stateKey, hpf.stateDefault, on, true);               setHpfFilter(on ? getHpfFreq() : 0); }
-void Page::setHpfFreq(int freq)   { AS_DEBUG() << "set current hpf freq:" << freq;       m_settings->setValue(hpf.freqKey, hpf.freqDefault, freq, true);               setHpfFilter(); }
-void Page::setHpfSlope(int slope) { AS_DEBUG() << "set current hpf slope:" << slope;     m_settings->setValue(hpf.slopeKey, hpf.slopeDefault, slope, true);            setHpfFilter(); }
-void Page::setLpfState(bool on)   { AS_DEBUG() << "set current lpf state:" << on;        m_settings->setValue(lpf.stateKey, lpf.stateDefault, on, true);               setLpfFilter(on ? getLpfFreq() : 0); }
-void Page::setLpfFreq(int freq)   { AS_DEBUG() << "set current lpf freq:" << freq;       m_settings->setValue(lpf.freqKey, lpf.freqDefault, freq, true);               setLpfFilter(); }
-void Page::setLpfSlope(int slope) { AS_DEBUG() << "set current lpf slope:" << slope;     m_settings->setValue(lpf.slopeKey, lpf.slopeDefault, slope, true);            setLpfFilter(); }
-void Page::setSubFreq(int freq)   { AS_DEBUG() << "set current subwoofer freq:" << freq; m_settings->setValue(subwoofer::FreqKey, subwoofer::FreqDefault, freq, true); setSubFilter(); }
+void Page::setHpfState(bool on)   { AS_DEBUG() << "set current hpf state:" << on;        stored::write(m_settings, hpf.state, on);    setHpfFilter(on ? getHpfFreq() : 0); }
+void Page::setHpfFreq(int freq)   { AS_DEBUG() << "set current hpf freq:" << freq;       stored::write(m_settings, hpf.freq, freq);   setHpfFilter(); }
+void Page::setHpfSlope(int slope) { AS_DEBUG() << "set current hpf slope:" << slope;     stored::write(m_settings, hpf.slope, slope); setHpfFilter(); }
+void Page::setLpfState(bool on)   { AS_DEBUG() << "set current lpf state:" << on;        stored::write(m_settings, lpf.state, on);    setLpfFilter(on ? getLpfFreq() : 0); }
+void Page::setLpfFreq(int freq)   { AS_DEBUG() << "set current lpf freq:" << freq;       stored::write(m_settings, lpf.freq, freq);   setLpfFilter(); }
+void Page::setLpfSlope(int slope) { AS_DEBUG() << "set current lpf slope:" << slope;     stored::write(m_settings, lpf.slope, slope); setLpfFilter(); }
+void Page::setSubFreq(int freq)   { AS_DEBUG() << "set current subwoofer freq:" << freq; stored::write(m_settings, subFreq, freq);    setSubFilter(); }
 // clang-format on
 
 void Page::setSubLevel(int level)
@@ -409,7 +402,7 @@ void Page::setSubLevel(int level)
     AS_DEBUG() << "set current subwoofer Level:" << level;
     // Sent before it is stored, unlike everything else on this page. Deliberate.
     setSubGain(level);
-    m_settings->setValue(subwoofer::LevelKey, subwoofer::LevelDefault, level, true);
+    stored::write(m_settings, subLevel, level);
 }
 
 // clang-format off
@@ -419,7 +412,7 @@ void Page::setLpfFilter()         { setLpfFilter(getLpfFreq()); }
 void Page::setLpfFilter(int freq) { send(lpf, freq, getLpfSlope()); }
 void Page::setSubFilter()         { const int freq = getSubFreq(); sendSub(freq, getSubLevel()); }
 void Page::setSubGain(int level)  { sendSub(getSubFreq(), level); }
-bool Page::isSubWooferOn()        { return mem::SettingsFunc::instance()->getValue(subwoofer::OnKey, subwoofer::OnDefault); }
+bool Page::isSubWooferOn()        { return stored::flag(mem::SettingsFunc::instance(), subOn); }
 void Page::soundClickedBeep()     { AudioService::instance()->doBeep(0); }
 // clang-format on
 
@@ -474,12 +467,12 @@ void Page::stepLpfFreq(int freq) { setLpfFreq(freq); showLpfFreq(freq); }
 void Page::stepSubFreq(int freq) { setSubFreq(freq); updateCurrSubFreqText(freq); updateCurrSubFreqBtnState(freq); }
 
 // A step is stored and sent also where it leads nowhere, so that what sounds is what is shown.
-void Page::onHpfFreqNextClicked()  { AS_DEBUG(); soundClickedBeep(); stepHpfFreq(up(getHpfFreq(), FreqMax)); }
-void Page::onHpfFreqPrevClicked()  { AS_DEBUG(); soundClickedBeep(); stepHpfFreq(down(getHpfFreq(), FreqMin)); }
-void Page::onLpfFreqNextClicked()  { AS_DEBUG(); soundClickedBeep(); stepLpfFreq(up(getLpfFreq(), FreqMax)); }
-void Page::onLpfFreqPrevClicked()  { AS_DEBUG(); soundClickedBeep(); stepLpfFreq(down(getLpfFreq(), FreqMin)); }
-void Page::onSUBFreqNextClicked()  { AS_DEBUG(); soundClickedBeep(); stepSubFreq(up(getSubFreq(), SubFreqMax)); }
-void Page::onSUBFreqPrevClicked()  { AS_DEBUG(); soundClickedBeep(); stepSubFreq(down(getSubFreq(), SubFreqMin)); }
+void Page::onHpfFreqNextClicked()  { AS_DEBUG(); soundClickedBeep(); stepHpfFreq(up(getHpfFreq(), freqMax)); }
+void Page::onHpfFreqPrevClicked()  { AS_DEBUG(); soundClickedBeep(); stepHpfFreq(down(getHpfFreq(), freqMin)); }
+void Page::onLpfFreqNextClicked()  { AS_DEBUG(); soundClickedBeep(); stepLpfFreq(up(getLpfFreq(), freqMax)); }
+void Page::onLpfFreqPrevClicked()  { AS_DEBUG(); soundClickedBeep(); stepLpfFreq(down(getLpfFreq(), freqMin)); }
+void Page::onSUBFreqNextClicked()  { AS_DEBUG(); soundClickedBeep(); stepSubFreq(up(getSubFreq(), subFreqMax)); }
+void Page::onSUBFreqPrevClicked()  { AS_DEBUG(); soundClickedBeep(); stepSubFreq(down(getSubFreq(), subFreqMin)); }
 // clang-format on
 
 void Page::onSUBLevelNextClicked()
@@ -487,7 +480,7 @@ void Page::onSUBLevelNextClicked()
     AS_DEBUG();
     soundClickedBeep();
     const int stored = getSubLevel();
-    stepSubLevel(stored, up(stored & subwoofer::LevelBits, SubLevelMax));
+    stepSubLevel(stored, up(stored & mem::subwooferLevelBits, subLevelMax));
 }
 
 void Page::onSUBLevelPrevClicked()
@@ -495,12 +488,12 @@ void Page::onSUBLevelPrevClicked()
     AS_DEBUG();
     soundClickedBeep();
     const int stored = getSubLevel();
-    stepSubLevel(stored, down(stored & subwoofer::LevelBits, SubLevelMin));
+    stepSubLevel(stored, down(stored & mem::subwooferLevelBits, subLevelMin));
 }
 
 void Page::stepSubLevel(int stored, int level)
 {
-    setSubLevel((stored & subwoofer::WrittenWhileOn) | level);
+    setSubLevel((stored & mem::subwooferWrittenWhileOn) | level);
     updateCurrSubLevelText(level);
     updateCurrSubLevelBtnState(level);
 }

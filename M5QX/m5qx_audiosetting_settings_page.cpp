@@ -3,12 +3,11 @@
 #include "M5QX/backrequest.h"
 #include "M5QX/diagnostic.h"
 #include "M5QX/filelocal.h"
-#include "ui_m5qx_audiosetting_settings_page.h"
-
+#include "M5QX/storedsettings.h"
 #include "common/settings.h"
 #include "common/translator.h"
 #include "hvaudio/audioservice.h"
-#include "hvaudio/eqcurves.h"
+#include "ui_m5qx_audiosetting_settings_page.h"
 
 #include <QMouseEvent>
 
@@ -16,10 +15,12 @@ namespace audiosetting {
 
 namespace {
 
-constexpr int MaxValue = 10;
-constexpr float PixelsPerStep = 15.45f;
+constexpr const mem::Setting& userCurve1 = mem::settingOf("eq1%1");
+constexpr const mem::Setting& userCurve2 = mem::settingOf("eq2%1");
+static_assert(userCurve1.count == hvaudio::eqBandCount && userCurve2.count == hvaudio::eqBandCount);
 
-static_assert(m5qx_EQ_settings_page::BandCount == hvaudio::eqBandCount);
+constexpr int maxValue = userCurve1.largest;
+constexpr float pixelsPerStep = 15.45f;
 
 struct BandWidgets
 {
@@ -47,12 +48,11 @@ constexpr BandWidgets bandWidgets[] = {
     {&Form::eq_band_widget13, &Form::icon_band_num_13, &Form::text_band_hz_13},
 };
 // clang-format on
-static_assert(sizeof(bandWidgets) / sizeof(bandWidgets[0]) == m5qx_EQ_settings_page::BandCount,
-              "one row a band");
+static_assert(std::size(bandWidgets) == hvaudio::eqBandCount, "one row a band");
 
 bool isBand(int band)
 {
-    return band >= 0 && band < m5qx_EQ_settings_page::BandCount;
+    return band >= 0 && band < hvaudio::eqBandCount;
 }
 
 bool isCustom(int type)
@@ -63,7 +63,7 @@ bool isCustom(int type)
 // What the store holds may have been edited by hand; a handle stays on its bar whatever it says.
 int travel(int value)
 {
-    return static_cast<int>((MaxValue - qBound(-MaxValue, value, MaxValue)) * PixelsPerStep);
+    return static_cast<int>((maxValue - qBound(-maxValue, value, maxValue)) * pixelsPerStep);
 }
 
 hvaudio::AudioService* audioService()
@@ -84,18 +84,15 @@ m5qx_EQ_settings_page::m5qx_EQ_settings_page(QWidget* parent)
     init();
 }
 
-m5qx_EQ_settings_page::~m5qx_EQ_settings_page()
-{
-    delete ui;
-}
+m5qx_EQ_settings_page::~m5qx_EQ_settings_page() = default;
 
 void m5qx_EQ_settings_page::init()
 {
-    for (int i = 0; i < BandCount; ++i) {
+    for (int i = 0; i < hvaudio::eqBandCount; ++i) {
         const BandWidgets& widgets = bandWidgets[i];
-        m_bands[i].panel = ui->*widgets.panel;
-        m_bands[i].handle = ui->*widgets.handle;
-        m_bands[i].caption = ui->*widgets.caption;
+        m_bands[i].panel = ui.data()->*widgets.panel;
+        m_bands[i].handle = ui.data()->*widgets.handle;
+        m_bands[i].caption = ui.data()->*widgets.caption;
         m_bands[i].bar = m_bands[i].panel->geometry();
     }
     ui->icon_eq_band_num->setAttribute(Qt::WA_TransparentForMouseEvents);
@@ -106,14 +103,13 @@ void m5qx_EQ_settings_page::init()
     connect(ui->key_back, SIGNAL(clicked()), this, SLOT(onBackClicked()));
 }
 
-// The caches are read once; from then on the finger is the only one who changes them.
+// The caches are read once. From then on only the finger changes them.
 void m5qx_EQ_settings_page::loadCaches()
 {
-    mem::SettingsFunc* settings = mem::SettingsFunc::instance();
-    for (int band = 0; band < BandCount; ++band)
-        m_custom1[band] = settings->getValue(QStringLiteral("eq1%1").arg(band), 0);
-    for (int band = 0; band < BandCount; ++band)
-        m_custom2[band] = settings->getValue(QStringLiteral("eq2%1").arg(band), 0);
+    for (int band = 0; band < hvaudio::eqBandCount; ++band)
+        m_custom1[band] = stored::number(mem::SettingsFunc::instance(), userCurve1, band);
+    for (int band = 0; band < hvaudio::eqBandCount; ++band)
+        m_custom2[band] = stored::number(mem::SettingsFunc::instance(), userCurve2, band);
 }
 
 void m5qx_EQ_settings_page::resume()
@@ -164,9 +160,9 @@ int m5qx_EQ_settings_page::getCustomEq(int band)
 {
     switch (getCurrEqType()) {
     case EQ_Type_User1:
-        return mem::SettingsFunc::instance()->getValue(QStringLiteral("eq1%1").arg(band), 0);
+        return stored::number(mem::SettingsFunc::instance(), userCurve1, band);
     case EQ_Type_User2:
-        return mem::SettingsFunc::instance()->getValue(QStringLiteral("eq2%1").arg(band), 0);
+        return stored::number(mem::SettingsFunc::instance(), userCurve2, band);
     default:
         return audioService()->getCustomEq(band);
     }
@@ -209,7 +205,7 @@ void m5qx_EQ_settings_page::updateEq(int type)
     const int* values = type == EQ_Type_User1   ? m_custom1.data()
                         : type == EQ_Type_User2 ? m_custom2.data()
                                                 : hvaudio::eqCurveOf(type).value;
-    for (int i = 0; i < BandCount; ++i) {
+    for (int i = 0; i < hvaudio::eqBandCount; ++i) {
         const Band& band = m_bands[i];
         const QPoint place(band.bar.left(), band.bar.top() + travel(values[i]));
         band.handle->move(place - band.bar.topLeft()); // a child of its panel
@@ -336,7 +332,7 @@ void m5qx_EQ_settings_page::forgetTouch()
 
 int m5qx_EQ_settings_page::touchIndexByPoint(const QPoint& point) const
 {
-    for (int i = 0; i < BandCount; ++i) {
+    for (int i = 0; i < hvaudio::eqBandCount; ++i) {
         const QRect& bar = m_bands[i].bar;
         if (QRect(QPoint(), bar.size()).contains(point - bar.topLeft()))
             return i;
@@ -350,8 +346,8 @@ bool m5qx_EQ_settings_page::updateTouchPoint(int band, const QPoint& point)
         return false;
     const QRect& bar = m_bands[band].bar;
     // 21 equal heights, one for each value, whereas the handle travels 20 steps.
-    const int value = MaxValue - (21 * (point.y() - bar.top())) / bar.height();
-    m_touchValue = qBound(-MaxValue, value, MaxValue);
+    const int value = maxValue - (21 * (point.y() - bar.top())) / bar.height();
+    m_touchValue = qBound(-maxValue, value, maxValue);
     updateCustomEqVal(band, m_touchValue);
     return true;
 }

@@ -1,6 +1,9 @@
 #pragma once
 
+#include "hvaudio/eqcurves.h"
+
 #include <QRect>
+#include <QScopedPointer>
 #include <QWidget>
 
 #include <array>
@@ -28,8 +31,6 @@ class m5qx_EQ_settings_page : public QWidget
 {
     Q_OBJECT
 public:
-    static constexpr int BandCount = 13;
-
     explicit m5qx_EQ_settings_page(QWidget* parent);
     ~m5qx_EQ_settings_page() override;
 
@@ -80,7 +81,7 @@ protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
-    using Curve = std::array<int, BandCount>;
+    using Curve = std::array<int, hvaudio::eqBandCount>;
 
     struct Band
     {
@@ -99,14 +100,14 @@ private:
     void touchReleased();
     void forgetTouch();
 
-    Ui::m5qx_audiosetting_settings_page* ui;
+    QScopedPointer<Ui::m5qx_audiosetting_settings_page> ui;
     mem::SettingsExe* m_settings;
     int m_lastCustomType = 6;
     Curve m_custom1{};
     Curve m_custom2{};
     int m_touchBand = -1;
     int m_touchValue = 0;
-    std::array<Band, BandCount> m_bands{};
+    std::array<Band, hvaudio::eqBandCount> m_bands{};
 
     Q_DISABLE_COPY(m5qx_EQ_settings_page)
 };

@@ -2,7 +2,9 @@
 
 #include "M5QX/diagnostic.h"
 #include "M5QX/filelocal.h"
+#include "M5QX/pages.h"
 #include "common/settings.h"
+#include "common/settingstable.h"
 #include "common/translator.h"
 #include "hvaudio/audioservice.h"
 #include "ui_m5qx_audiosetting_tab_widget.h"
@@ -13,10 +15,10 @@ namespace audiosetting {
 
 namespace {
 
-constexpr int pageCount = 6;
-constexpr int eqTypeCount = 9;
-static_assert(sizeof(cm::eqNameStrId) / sizeof(cm::eqNameStrId[0]) == eqTypeCount,
-              "every EQ type has a name");
+constexpr int eqTypeCount = std::size(cm::eqNameStrId);
+static_assert(eqTypeCount == mem::settingOf("AudioService_EQType").largest + 1, "every EQ type has a name");
+
+using Form = Ui_m5qx_audiosetting_tab_widget;
 
 QString upper(int id)
 {
@@ -61,50 +63,37 @@ QString audioLevelCaption()
     return broken(1246);
 }
 
-} // namespace
-
-/// One page key; its row is its group id, which is the hub's page index.
-struct m5qx_eq_tab_widget::PageKey
-{
-    QPushButton* Ui_m5qx_audiosetting_tab_widget::*key;
-    QLabel* Ui_m5qx_audiosetting_tab_widget::*label;
-    void (m5qx_eq_tab_widget::*show)();
-    QString (*caption)();
-};
-
 // clang-format off
-const m5qx_eq_tab_widget::PageKey m5qx_eq_tab_widget::pageKeys[] = {
-    {&Ui_m5qx_audiosetting_tab_widget::key_EQ_setting,        &Ui_m5qx_audiosetting_tab_widget::text_eq_setting,        &m5qx_eq_tab_widget::triShowEQSettingPage,        eqSettingCaption},
-    {&Ui_m5qx_audiosetting_tab_widget::key_balance_setting,   &Ui_m5qx_audiosetting_tab_widget::text_balance_setting,   &m5qx_eq_tab_widget::triShowAudioLevelsPage,      balanceCaption},
-    {&Ui_m5qx_audiosetting_tab_widget::key_crossover_setting, &Ui_m5qx_audiosetting_tab_widget::text_crossover_setting, &m5qx_eq_tab_widget::triShowCrossoverSettingPage, crossoverCaption},
-    {&Ui_m5qx_audiosetting_tab_widget::key_time_alignment,    &Ui_m5qx_audiosetting_tab_widget::text_time_alignment,    &m5qx_eq_tab_widget::triShowTimeAlignmentpage,    timeAlignmentCaption},
-    {&Ui_m5qx_audiosetting_tab_widget::key_eq_preset,         &Ui_m5qx_audiosetting_tab_widget::label_eq_preset,        &m5qx_eq_tab_widget::triShowEQPreset,             eqPresetCaption},
-    {&Ui_m5qx_audiosetting_tab_widget::key_audio_level,       &Ui_m5qx_audiosetting_tab_widget::label_audio_level,      &m5qx_eq_tab_widget::triVolumeLevel,              audioLevelCaption},
+const struct { Page page; QPushButton* Form::*key; QLabel* Form::*label; QString (*caption)(); } pageKeys[] = {
+    {EQSettingPage,         &Form::key_EQ_setting,        &Form::text_eq_setting,        eqSettingCaption},
+    {AudioLevelsPage,       &Form::key_balance_setting,   &Form::text_balance_setting,   balanceCaption},
+    {CrossoverSettingsPage, &Form::key_crossover_setting, &Form::text_crossover_setting, crossoverCaption},
+    {TimeAlignmentPage,     &Form::key_time_alignment,    &Form::text_time_alignment,    timeAlignmentCaption},
+    {EQPresetPage,          &Form::key_eq_preset,         &Form::label_eq_preset,        eqPresetCaption},
+    {VolumeLevelPage,       &Form::key_audio_level,       &Form::label_audio_level,      audioLevelCaption},
 };
 // clang-format on
+static_assert(std::size(pageKeys) == PageCount, "one key a page");
+
+} // namespace
 
 m5qx_eq_tab_widget::m5qx_eq_tab_widget(QWidget* parent)
     : QWidget(parent)
     , ui(new Ui::m5qx_audiosetting_tab_widget)
 {
-    static_assert(sizeof(pageKeys) / sizeof(pageKeys[0]) == pageCount, "one row a page");
     ui->setupUi(this);
     init();
 }
 
-m5qx_eq_tab_widget::~m5qx_eq_tab_widget()
-{
-    delete ui;
-}
+m5qx_eq_tab_widget::~m5qx_eq_tab_widget() = default;
 
 void m5qx_eq_tab_widget::init()
 {
     m_pages = new QButtonGroup(this);
-    int id = 0;
-    for (const PageKey& row : pageKeys) {
-        (ui->*row.label)->setAttribute(Qt::WA_TransparentForMouseEvents);
-        (ui->*row.key)->setCheckable(true);
-        m_pages->addButton(ui->*row.key, id++);
+    for (const auto& row : pageKeys) {
+        (ui.data()->*row.label)->setAttribute(Qt::WA_TransparentForMouseEvents);
+        (ui.data()->*row.key)->setCheckable(true);
+        m_pages->addButton(ui.data()->*row.key, row.page);
     }
     m_pages->setExclusive(true);
 
@@ -131,10 +120,10 @@ void m5qx_eq_tab_widget::showEvent(QShowEvent*)
 void m5qx_eq_tab_widget::retranslateUi()
 {
     showEQTypeText();
-    for (const PageKey& row : pageKeys) {
+    for (const auto& row : pageKeys) {
         const QString caption = row.caption();
-        (ui->*row.label)->setText(caption);
-        (ui->*row.key)->setAccessibleName(caption.simplified());
+        (ui.data()->*row.label)->setText(caption);
+        (ui.data()->*row.key)->setAccessibleName(caption.simplified());
     }
 }
 
@@ -152,10 +141,7 @@ void m5qx_eq_tab_widget::onPageButGroupClicked(int id)
 {
     AS_DEBUG() << "page id" << id;
     soundClickedBeep();
-    if (id < 0 || id >= pageCount)
-        return;
-    const auto show = pageKeys[id].show;
-    emit(this->*show)();
+    invokeOfPage(this, &PageRow::signal, id);
 }
 
 void m5qx_eq_tab_widget::onNextEQType()

@@ -1,10 +1,9 @@
 #pragma once
 
+#include <QScopedPointer>
 #include <QWidget>
 
 class QButtonGroup;
-class QLabel;
-class QPushButton;
 
 namespace Ui {
 class m5qx_audiosetting_tab_widget;
@@ -55,12 +54,9 @@ protected:
     void showEvent(QShowEvent* event) override;
 
 private:
-    struct PageKey;
-    static const PageKey pageKeys[];
-
     void stepEQType(int type);
 
-    Ui::m5qx_audiosetting_tab_widget* ui;
+    QScopedPointer<Ui::m5qx_audiosetting_tab_widget> ui;
     QButtonGroup* m_pages = nullptr;
 };
 

@@ -3,6 +3,7 @@
 #include "M5QX/backrequest.h"
 #include "M5QX/diagnostic.h"
 #include "M5QX/filelocal.h"
+#include "M5QX/storedsettings.h"
 #include "common/settings.h"
 #include "common/translator.h"
 #include "hvaudio/audioservice.h"
@@ -18,8 +19,7 @@ namespace {
 
 using Form = Ui_m5qx_audiosetting_time_alignment_page;
 
-constexpr int MaxValue = 100; // 0.1 ms each
-constexpr int DefaultValue = 0;
+constexpr const mem::Setting& currentPreset = mem::settingOf("Audio_Time_Alignment_Preset");
 
 QString plain(int id)
 {
@@ -58,12 +58,12 @@ struct Preset
     QPushButton* Form::*key;
     QLabel* Form::*label;
     const char* text;
-    const char* storeKey; ///< %1 is the item
+    const mem::Setting& values; ///< a family, by item; 0.1 ms each
 };
-const Preset presets[] = {
-    {&Form::key_preset1, &Form::text_preset1, "PRESET 1", "Audio_Time_Alignment_Num1%1"},
-    {&Form::key_preset2, &Form::text_preset2, "PRESET 2", "Audio_Time_Alignment_Num2%1"},
-    {&Form::key_preset3, &Form::text_preset3, "PRESET 3", "Audio_Time_Alignment_Num3%1"},
+constexpr Preset presets[] = {
+    {&Form::key_preset1, &Form::text_preset1, "PRESET 1", mem::settingOf("Audio_Time_Alignment_Num1%1")},
+    {&Form::key_preset2, &Form::text_preset2, "PRESET 2", mem::settingOf("Audio_Time_Alignment_Num2%1")},
+    {&Form::key_preset3, &Form::text_preset3, "PRESET 3", mem::settingOf("Audio_Time_Alignment_Num3%1")},
 };
 
 // Pictures of updatePresetIcon(); room for a third that was never drawn.
@@ -76,10 +76,11 @@ const char* const presetImages[3] = {
 constexpr int itemCount = std::size(items);
 constexpr int presetCount = std::size(presets);
 constexpr int keyCount = 2 * itemCount;
-static_assert(itemCount == 5, "five speaker channels");
-static_assert(presetCount == 3, "three memories");
+static_assert(itemCount == presets[0].values.count, "one row a speaker channel");
+static_assert(presetCount == currentPreset.largest + 1, "one row a memory");
 
-const QString presetKey = QStringLiteral("Audio_Time_Alignment_Preset");
+constexpr int shortestDelay = presets[0].values.smallest;
+constexpr int longestDelay = presets[0].values.largest;
 
 bool isItem(int item)
 {
@@ -94,11 +95,6 @@ bool isPreset(int preset)
 bool isPlusKey(int id)
 {
     return id & 1;
-}
-
-QString storeKey(int preset, int item)
-{
-    return QString::fromLatin1(presets[preset].storeKey).arg(item);
 }
 
 /// For ids that no key has.
@@ -124,10 +120,7 @@ m5qx_eq_time_alignment_page::m5qx_eq_time_alignment_page(QWidget* parent)
     init();
 }
 
-m5qx_eq_time_alignment_page::~m5qx_eq_time_alignment_page()
-{
-    delete ui;
-}
+m5qx_eq_time_alignment_page::~m5qx_eq_time_alignment_page() = default;
 
 void m5qx_eq_time_alignment_page::init()
 {
@@ -141,21 +134,21 @@ void m5qx_eq_time_alignment_page::init()
         label->setAttribute(Qt::WA_TransparentForMouseEvents);
 
     for (const Item& item : items)
-        m_values.append(ui->*item.value);
+        m_values.append(ui.data()->*item.value);
 
     m_itemKeys = new QButtonGroup(this);
     int id = 1;
     for (const Item& item : items) {
-        m_itemKeys->addButton(ui->*item.plus, id++);
-        m_itemKeys->addButton(ui->*item.minus, id++);
+        m_itemKeys->addButton(ui.data()->*item.plus, id++);
+        m_itemKeys->addButton(ui.data()->*item.minus, id++);
     }
     m_itemKeys->setExclusive(true);
 
     for (const Preset& preset : presets)
-        (ui->*preset.key)->setCheckable(true);
+        (ui.data()->*preset.key)->setCheckable(true);
     m_presetKeys = new QButtonGroup(this);
     for (int preset = 0; preset < presetCount; ++preset)
-        m_presetKeys->addButton(ui->*presets[preset].key, preset);
+        m_presetKeys->addButton(ui.data()->*presets[preset].key, preset);
     m_presetKeys->setExclusive(true);
 
     // clang-format off
@@ -194,14 +187,14 @@ void m5qx_eq_time_alignment_page::retranslateUi()
 
     for (const Preset& preset : presets) {
         const QString text = QString::fromLatin1(preset.text);
-        (ui->*preset.label)->setText(text);
-        (ui->*preset.key)->setAccessibleName(text);
+        (ui.data()->*preset.label)->setText(text);
+        (ui.data()->*preset.key)->setAccessibleName(text);
     }
     for (const Item& item : items) {
         const QString title = item.text(item.textId);
-        (ui->*item.title)->setText(title);
-        (ui->*item.plus)->setAccessibleName(title + QStringLiteral(" +"));
-        (ui->*item.minus)->setAccessibleName(title + QStringLiteral(" -"));
+        (ui.data()->*item.title)->setText(title);
+        (ui.data()->*item.plus)->setAccessibleName(title + QStringLiteral(" +"));
+        (ui.data()->*item.minus)->setAccessibleName(title + QStringLiteral(" -"));
     }
 }
 
@@ -262,17 +255,17 @@ void m5qx_eq_time_alignment_page::soundClickedBeep()
 
 int m5qx_eq_time_alignment_page::getTimeAlignmentPreset()
 {
-    return m_settings->getValue(presetKey, DefaultValue);
+    return stored::number(m_settings, currentPreset);
 }
 
 void m5qx_eq_time_alignment_page::setTimeAlignmentPreset(int preset)
 {
-    m_settings->setValue(presetKey, DefaultValue, preset, true);
+    stored::write(m_settings, currentPreset, preset);
 }
 
 int m5qx_eq_time_alignment_page::getTimeAlignmentValue(int preset, int item)
 {
-    return isPreset(preset) ? m_settings->getValue(storeKey(preset, item), DefaultValue) : 0;
+    return isPreset(preset) ? stored::number(m_settings, presets[preset].values, item) : 0;
 }
 
 int m5qx_eq_time_alignment_page::getTimeAlignmentValue(int item)
@@ -283,7 +276,7 @@ int m5qx_eq_time_alignment_page::getTimeAlignmentValue(int item)
 void m5qx_eq_time_alignment_page::setTimeAlignmentValue(int preset, int item, int value)
 {
     if (isPreset(preset))
-        m_settings->setValue(storeKey(preset, item), DefaultValue, value, true);
+        stored::write(m_settings, presets[preset].values, value, item);
 }
 
 void m5qx_eq_time_alignment_page::setTimeAlignmentValue(int item, int value)
@@ -341,9 +334,9 @@ int m5qx_eq_time_alignment_page::currItemVlaue(int id)
 
 int m5qx_eq_time_alignment_page::isValidValue(int value)
 {
-    if (value == MaxValue)
+    if (value == longestDelay)
         return 0;
-    return value == 0 ? 1 : 2;
+    return value == shortestDelay ? 1 : 2;
 }
 
 // A key looks at its own end only; its partner is enabled once the value lies between the ends.

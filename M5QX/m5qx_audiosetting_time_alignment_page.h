@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QList>
+#include <QScopedPointer>
 #include <QWidget>
 
 class QButtonGroup;
@@ -83,7 +84,7 @@ protected:
 private:
     void showAndSendCurrPreset();
 
-    Ui::m5qx_audiosetting_time_alignment_page* ui;
+    QScopedPointer<Ui::m5qx_audiosetting_time_alignment_page> ui;
     mem::SettingsExe* m_settings = nullptr;
     QButtonGroup* m_itemKeys = nullptr;
     QButtonGroup* m_presetKeys = nullptr;

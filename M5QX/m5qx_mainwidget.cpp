@@ -10,6 +10,8 @@
 #include "M5QX/m5qx_audiosetting_tab_widget.h"
 #include "M5QX/m5qx_audiosetting_time_alignment_page.h"
 #include "M5QX/m5qxcrosssettingwidget.h"
+#include "M5QX/pages.h"
+#include "M5QX/storedsettings.h"
 #include "M5QX/volumesettingwidget.h"
 #include "common/settings.h"
 #include "ui_m5qx_audiosetting_container.h"
@@ -18,10 +20,10 @@ namespace audiosetting {
 
 namespace {
 
-const QString pageKey = QStringLiteral("AudioSetting_Page");
-constexpr int defaultPage = 1;
+constexpr const mem::Setting& currentPage = mem::settingOf("AudioSetting_Page");
+static_assert(currentPage.largest == PageCount - 1, "every page can be stored");
 
-/// A page's own room, above the tab bar: a transient page is a child of the hub and would cover the tab keys
+/// Where a page lies, above the tab bar: a transient page is a child of the hub and would cover the tab keys
 /// otherwise.
 constexpr QRect pageArea(0, 0, 1024, 510);
 
@@ -38,10 +40,7 @@ m5qx_mainwidget::m5qx_mainwidget(QWidget* parent)
     resume();
 }
 
-m5qx_mainwidget::~m5qx_mainwidget()
-{
-    delete m_form;
-}
+m5qx_mainwidget::~m5qx_mainwidget() = default;
 
 void m5qx_mainwidget::init()
 {
@@ -56,44 +55,19 @@ void m5qx_mainwidget::init()
 void m5qx_mainwidget::initTabWidget()
 {
     if (!m_form)
-        m_form = new Ui::m5qx_audiosetting_container;
+        m_form.reset(new Ui::m5qx_audiosetting_container);
     if (!m_container)
-        m_container = new m5qx_audiosetting_container(this, m_form);
+        m_container = new m5qx_audiosetting_container(this, m_form.data());
     if (!m_tabs)
         m_tabs = new m5qx_eq_tab_widget(m_form->down_widget);
 
-    // clang-format off
-    const struct { const char* signal; const char* slot; } bindings[] = {
-        {SIGNAL(triShowEQSettingPage()),        SLOT(onShowEQSettingPage())},
-        {SIGNAL(triShowAudioLevelsPage()),      SLOT(onShowAudioLevelsPage())},
-        {SIGNAL(triShowCrossoverSettingPage()), SLOT(onShowCrossoverSettingsPage())},
-        {SIGNAL(triShowTimeAlignmentpage()),    SLOT(onShowTimeAlignmentPage())},
-        {SIGNAL(triShowEQPreset()),             SLOT(onShowEQPresetPage())},
-        {SIGNAL(triVolumeLevel()),              SLOT(onShowVolumeLevelPage())},
-    };
-    // clang-format on
-    static_assert(sizeof(bindings) / sizeof(bindings[0]) == PageCount, "one signal a page");
-    for (const auto& binding : bindings)
-        connect(m_tabs, binding.signal, this, binding.slot);
+    for (const PageRow& row : pageRows)
+        connect(m_tabs, row.signal, this, row.slot);
 }
 
 void m5qx_mainwidget::resume()
 {
-    // clang-format off
-    static void (m5qx_mainwidget::*const show[])() = {
-        &m5qx_mainwidget::onShowEQSettingPage,
-        &m5qx_mainwidget::onShowAudioLevelsPage,
-        &m5qx_mainwidget::onShowCrossoverSettingsPage,
-        &m5qx_mainwidget::onShowTimeAlignmentPage,
-        &m5qx_mainwidget::onShowEQPresetPage,
-        &m5qx_mainwidget::onShowVolumeLevelPage,
-    };
-    // clang-format on
-    static_assert(sizeof(show) / sizeof(show[0]) == PageCount, "one slot a page");
-
-    const int page = m_settings->getValue(pageKey, defaultPage);
-    if (page >= 0 && page < PageCount)
-        (this->*show[page])();
+    invokeOfPage(this, &PageRow::slot, stored::number(m_settings, currentPage));
 }
 
 int m5qx_mainwidget::backEvent()
@@ -145,7 +119,7 @@ void m5qx_mainwidget::leave(TransientPage*& page)
 
 void m5qx_mainwidget::markPage(Page page)
 {
-    m_settings->setValue(pageKey, defaultPage, static_cast<int>(page), true);
+    stored::write(m_settings, currentPage, static_cast<int>(page));
     m_container->show();
     m_tabs->setCheckedPage(page);
     if (page == CrossoverSettingsPage)
@@ -160,6 +134,19 @@ void m5qx_mainwidget::connectSwitches(QWidget* page)
 {
     connect(page, SIGNAL(trigSubwooferOutputOnOff(bool)), this, SLOT(onAudioTrigSubwooferOutputOnOff(bool)));
     connect(page, SIGNAL(trigLoudnessOnOff(bool)), this, SLOT(onAudioTrigLoudnessOnOff(bool)));
+}
+
+/// A page that goes when another is chosen is never there yet when it is chosen itself.
+template <typename TransientPage>
+void m5qx_mainwidget::showTransient(TransientPage*& page, Page number, const char* exitSlot)
+{
+    hideContainerChilds();
+    page = new TransientPage(this);
+    page->setGeometry(pageArea);
+    connect(page, SIGNAL(exitUI()), this, exitSlot);
+    markPage(number);
+    page->resume();
+    page->show();
 }
 
 void m5qx_mainwidget::onShowEQSettingPage()
@@ -195,15 +182,7 @@ void m5qx_mainwidget::onShowAudioLevelsPage()
 void m5qx_mainwidget::onShowCrossoverSettingsPage()
 {
     AS_DEBUG();
-    hideContainerChilds();
-    if (!m_crossover) {
-        m_crossover = new M5QXCrossSettingWidget(this);
-        m_crossover->setGeometry(pageArea);
-        connect(m_crossover, SIGNAL(exitUI()), this, SLOT(onCrossSettingsExit()));
-    }
-    markPage(CrossoverSettingsPage);
-    m_crossover->resume();
-    m_crossover->show();
+    showTransient(m_crossover, CrossoverSettingsPage, SLOT(onCrossSettingsExit()));
 }
 
 void m5qx_mainwidget::onCrossSettingsExit()
@@ -228,15 +207,7 @@ void m5qx_mainwidget::onShowTimeAlignmentPage()
 void m5qx_mainwidget::onShowEQPresetPage()
 {
     AS_DEBUG();
-    hideContainerChilds();
-    if (!m_eqPreset) {
-        m_eqPreset = new EQPresetWidget(this);
-        m_eqPreset->setGeometry(pageArea);
-        connect(m_eqPreset, SIGNAL(exitUI()), this, SLOT(onEQPresetExit()));
-    }
-    markPage(EQPresetPage);
-    m_eqPreset->resume();
-    m_eqPreset->show();
+    showTransient(m_eqPreset, EQPresetPage, SLOT(onEQPresetExit()));
 }
 
 void m5qx_mainwidget::onEQPresetExit()
@@ -248,15 +219,7 @@ void m5qx_mainwidget::onEQPresetExit()
 void m5qx_mainwidget::onShowVolumeLevelPage()
 {
     AS_DEBUG();
-    hideContainerChilds();
-    if (!m_volumes) {
-        m_volumes = new VolumeSettingWidget(this);
-        m_volumes->setGeometry(pageArea);
-        connect(m_volumes, SIGNAL(exitUI()), this, SLOT(onVolumeLevelExit()));
-    }
-    markPage(VolumeLevelPage);
-    m_volumes->resume();
-    m_volumes->show();
+    showTransient(m_volumes, VolumeLevelPage, SLOT(onVolumeLevelExit()));
 }
 
 void m5qx_mainwidget::onVolumeLevelExit()

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QScopedPointer>
 #include <QWidget>
 
 class EQPresetWidget;
@@ -21,6 +22,7 @@ class m5qx_audiosetting_container;
 class m5qx_eq_audio_levels_page;
 class m5qx_eq_tab_widget;
 class m5qx_eq_time_alignment_page;
+enum Page : int;
 
 /// Shows one page at a time above the tab bar and remembers which, so that the application reopens where the
 /// driver left it. Kept pages are built once; transient ones are built anew each time and go by
@@ -62,28 +64,19 @@ protected:
     void hideEvent(QHideEvent* event) override;
 
 private:
-    /// Numbers under which the store and the tab bar know the pages.
-    enum Page : int {
-        EQSettingPage = 0,
-        AudioLevelsPage = 1,
-        CrossoverSettingsPage = 2,
-        TimeAlignmentPage = 3,
-        EQPresetPage = 4,
-        VolumeLevelPage = 5,
-        PageCount = 6,
-    };
-
     void hideContainerChilds();
     /// Remembers the page and marks its tab.
     void markPage(Page page);
     void connectSwitches(QWidget* page);
+    template <typename TransientPage>
+    void showTransient(TransientPage*& page, Page number, const char* exitSlot);
     template <typename TransientPage>
     void drop(TransientPage*& page);
     template <typename TransientPage>
     void leave(TransientPage*& page);
 
     m5qx_audiosetting_container* m_container = nullptr;
-    Ui::m5qx_audiosetting_container* m_form = nullptr;
+    QScopedPointer<Ui::m5qx_audiosetting_container> m_form;
     m5qx_eq_tab_widget* m_tabs = nullptr;
 
     m5qx_EQ_settings_page* m_eqSettings = nullptr;

@@ -1,16 +1,15 @@
 #include "M5QX/m5qxcrosssettingwidget.h"
 
-#include "ui_m5qxcrosssettingwidget.h"
-
 #include "M5QX/curvewidget.h"
 #include "M5QX/diagnostic.h"
 #include "M5QX/filelocal.h"
 #include "M5QX/pasetuptogglekey.h"
-#include "M5QX/subwoofersettings.h"
-
+#include "M5QX/storedsettings.h"
 #include "common/settings.h"
 #include "common/translator.h"
 #include "hvaudio/audioservice.h"
+#include "hvaudio/crossovers.h"
+#include "ui_m5qxcrosssettingwidget.h"
 
 #include <QButtonGroup>
 #include <QVector>
@@ -21,68 +20,56 @@ enum Group { Front, Rear, Subwoofer, GroupCount };
 enum Row { FilterRow, SlopeRow, LevelRow, RowCount };
 
 // Text ids.
-constexpr int SubwooferText = 236;
-constexpr int FrontText = 266;
-constexpr int RearText = 267;
-constexpr int OffText = 790;
-constexpr int CrossoverText = 1229;
-constexpr int HighPassText = 1243;
-constexpr int LowPassText = 1244;
-constexpr int TitleText = 1247;
+constexpr int subwooferText = 236;
+constexpr int frontText = 266;
+constexpr int rearText = 267;
+constexpr int offText = 790;
+constexpr int crossoverText = 1229;
+constexpr int highPassText = 1243;
+constexpr int lowPassText = 1244;
+constexpr int titleText = 1247;
 
-constexpr QLatin1String GroupKey("settings_cross_filter");
-constexpr int GroupDefault = Front;
-constexpr QLatin1String PhaseKey("Audio_Phase_Troggle");
-constexpr bool PhaseDefault = false;
-constexpr QLatin1String SubSlopeKey("subwooferslope");
-constexpr int SubSlopeDefault = 0;
+constexpr const mem::Setting& selectedGroup = mem::settingOf("settings_cross_filter");
+constexpr const mem::Setting& phaseToggle = mem::settingOf("Audio_Phase_Troggle");
+constexpr const mem::Setting& subwooferOn = mem::settingOf("subwooferOnOff");
+constexpr const mem::Setting& subwooferFreq = mem::settingOf("subwooferFreq");
+constexpr const mem::Setting& subwooferSlope = mem::settingOf("subwooferslope");
+constexpr const mem::Setting& subwooferLevel = mem::settingOf("subwooferLevel");
+static_assert(selectedGroup.largest == GroupCount - 1, "every group can be selected");
 
-constexpr int RearPair = 0x80; ///< kept beside the frequency of the rear pair
+constexpr int rearPair = 0x80; ///< kept beside the frequency of the rear pair
 
 /// The grid's left margin: the curve widgets begin there, the frequency table counts from the grid's edge.
-constexpr int CurveLeft = 26;
-constexpr int CurveRight = 6;
-constexpr int CurveBottom = 16;
+constexpr int curveLeft = 26;
+constexpr int curveRight = 6;
+constexpr int curveBottom = 16;
 
 // clang-format off
 struct GroupRow { QLabel* Ui_M5QXCrossSettingWidget::*label; QPushButton* Ui_M5QXCrossSettingWidget::*key; int text; QRgb colour; };
 const GroupRow groupRows[] = {
-    {&Ui_M5QXCrossSettingWidget::label_front,     &Ui_M5QXCrossSettingWidget::key_front,     FrontText,     qRgba(255, 108, 0, 255)},
-    {&Ui_M5QXCrossSettingWidget::label_rear,      &Ui_M5QXCrossSettingWidget::key_rear,      RearText,      qRgba(255, 204, 0, 255)},
-    {&Ui_M5QXCrossSettingWidget::label_subwoofer, &Ui_M5QXCrossSettingWidget::key_subwoofer, SubwooferText, qRgba(100, 100, 100, 255)},
+    {&Ui_M5QXCrossSettingWidget::label_front,     &Ui_M5QXCrossSettingWidget::key_front,     frontText,     qRgba(255, 108, 0, 255)},
+    {&Ui_M5QXCrossSettingWidget::label_rear,      &Ui_M5QXCrossSettingWidget::key_rear,      rearText,      qRgba(255, 204, 0, 255)},
+    {&Ui_M5QXCrossSettingWidget::label_subwoofer, &Ui_M5QXCrossSettingWidget::key_subwoofer, subwooferText, qRgba(100, 100, 100, 255)},
 };
-static_assert(sizeof(groupRows) / sizeof(groupRows[0]) == GroupCount, "a row for each speaker group");
+static_assert(std::size(groupRows) == GroupCount, "a row for each speaker group");
 
-/// Where the grid's picture has its lines; the distances are not uniform.
-struct FrequencyPlace { int hz; int x; };
-constexpr FrequencyPlace frequencyPlaces[] = {
-    {0,   82},
-    {30,  82},
-    {40,  126},
-    {60,  168},
-    {80,  210},
-    {100, 256},
-    {120, 302},
-    {160, 437},
-    {250, 635},
-};
-static_assert(sizeof(frequencyPlaces) / sizeof(frequencyPlaces[0]) == 9, "off and eight frequencies");
-
-struct SlopePlace { int db; float gradient; };
-constexpr SlopePlace slopePlaces[] = {
-    {-6,  -4.9F},
-    {-12, -7.8F},
-    {-18, -15.0F},
-    {-24, -24.0F},
-};
-static_assert(sizeof(slopePlaces) / sizeof(slopePlaces[0]) == 4, "four slopes");
 // clang-format on
 
-constexpr int OffHz = frequencyPlaces[0].hz;
-constexpr int MaxHz = 250;
-constexpr int FlattestSlope = -6;
-constexpr int SteepestSlope = -24;
-constexpr int LowestGain = -12;
+/// Where the grid's picture has the line of each frequency; the distances are not uniform.
+constexpr int frequencyX[] = {82, 82, 126, 168, 210, 256, 302, 437, 635};
+constexpr int frequencyCount = std::size(hvaudio::groupCrossoverHz);
+static_assert(std::size(frequencyX) == frequencyCount, "one place a frequency");
+
+/// How steep the edge of each slope is drawn.
+constexpr float slopeGradients[] = {-4.9F, -7.8F, -15.0F, -24.0F};
+constexpr int slopeCount = std::size(hvaudio::crossoverSlopes);
+static_assert(std::size(slopeGradients) == slopeCount, "one gradient a slope");
+
+constexpr int offHz = hvaudio::groupCrossoverHz[0];
+constexpr int maxHz = hvaudio::groupCrossoverHz[frequencyCount - 1];
+constexpr int flattestSlope = -hvaudio::crossoverSlopes[0];
+constexpr int steepestSlope = -hvaudio::crossoverSlopes[slopeCount - 1];
+constexpr int lowestGain = -hvaudio::largestAttenuation;
 
 hvaudio::AudioService* service()
 {
@@ -96,20 +83,19 @@ mem::SettingsFunc* store()
 
 } // namespace
 
-/// One step row: which index it moves through which list, and the key that keeps it.
+/// One step row: which index it moves through which list, and the setting that keeps it.
 struct M5QXCrossSettingWidget::StepRow
 {
     QMap<int, int> M5QXCrossSettingWidget::*index;
     QMap<int, QList<int>> M5QXCrossSettingWidget::*values;
-    QLatin1String key;
-    QLatin1String defaultMap;
+    const mem::Setting& indexes;
 };
 
 // clang-format off
 const M5QXCrossSettingWidget::StepRow M5QXCrossSettingWidget::stepRows[] = {
-    {&M5QXCrossSettingWidget::freqIndex,  &M5QXCrossSettingWidget::filterToFreqList,  QLatin1String("settings_cross_freq_index"),  QLatin1String("0;0;1;0;2;6")},
-    {&M5QXCrossSettingWidget::slopeIndex, &M5QXCrossSettingWidget::filterToSlopeList, QLatin1String("settings_cross_slope_index"), QLatin1String("0;0;1;0;2;0")},
-    {&M5QXCrossSettingWidget::gainIndex,  &M5QXCrossSettingWidget::filterToGainList,  QLatin1String("settings_cross_gain_index"),  QLatin1String("0;0;1;0;2;0")},
+    {&M5QXCrossSettingWidget::freqIndex,  &M5QXCrossSettingWidget::filterToFreqList,  mem::settingOf("settings_cross_freq_index")},
+    {&M5QXCrossSettingWidget::slopeIndex, &M5QXCrossSettingWidget::filterToSlopeList, mem::settingOf("settings_cross_slope_index")},
+    {&M5QXCrossSettingWidget::gainIndex,  &M5QXCrossSettingWidget::filterToGainList,  mem::settingOf("settings_cross_gain_index")},
 };
 // clang-format on
 
@@ -125,7 +111,7 @@ M5QXCrossSettingWidget::~M5QXCrossSettingWidget() = default;
 
 void M5QXCrossSettingWidget::init()
 {
-    static_assert(sizeof(stepRows) / sizeof(stepRows[0]) == RowCount, "a row for each pair of step keys");
+    static_assert(std::size(stepRows) == RowCount, "a row for each pair of step keys");
     initFreqToX();
     initGainToY();
     initFilterToFreqList();
@@ -140,8 +126,8 @@ void M5QXCrossSettingWidget::initLabel()
 {
     for (const GroupRow& row : groupRows)
         (ui.data()->*row.label)->setText(Translator::translate(row.text).toUpper());
-    ui->label_title->setText(Translator::translate(CrossoverText).toUpper() +
-                             Translator::translate(TitleText).toUpper());
+    ui->label_title->setText(Translator::translate(crossoverText).toUpper() +
+                             Translator::translate(titleText).toUpper());
     // The screen is left through the hub.
     ui->key_exit->hide();
     // Captions lie over their keys, row titles over the upper edge of the step keys.
@@ -160,13 +146,13 @@ void M5QXCrossSettingWidget::initButtons()
 
 void M5QXCrossSettingWidget::initFreqToX()
 {
-    for (const FrequencyPlace& place : frequencyPlaces)
-        freqToX.insert(place.hz, place.x);
+    for (int i = 0; i < frequencyCount; ++i)
+        freqToX.insert(hvaudio::groupCrossoverHz[i], frequencyX[i]);
 }
 
 void M5QXCrossSettingWidget::initGainToY()
 {
-    for (int gain = 0; gain >= LowestGain; --gain)
+    for (int gain = 0; gain >= lowestGain; --gain)
         gainToY.insert(gain, 2 + 23 * -gain);
 }
 
@@ -182,23 +168,23 @@ void M5QXCrossSettingWidget::initFilterToXOffsetList()
 void M5QXCrossSettingWidget::initFilterToFreqList()
 {
     for (int group = Front; group < GroupCount; ++group) {
-        for (const FrequencyPlace& place : frequencyPlaces)
-            filterToFreqList[group].append(place.hz);
+        for (const int hz : hvaudio::groupCrossoverHz)
+            filterToFreqList[group].append(hz);
     }
 }
 
 void M5QXCrossSettingWidget::initFilterToSlopeList()
 {
     for (int group = Front; group < GroupCount; ++group) {
-        for (const SlopePlace& place : slopePlaces)
-            filterToSlopeList[group].append(place.db);
+        for (const int slope : hvaudio::crossoverSlopes)
+            filterToSlopeList[group].append(-slope);
     }
 }
 
 void M5QXCrossSettingWidget::initFilterToGainList()
 {
     for (int group = Front; group < GroupCount; ++group) {
-        for (int gain = 0; gain >= LowestGain; --gain)
+        for (int gain = 0; gain >= lowestGain; --gain)
             filterToGainList[group].append(gain);
     }
 }
@@ -207,7 +193,7 @@ void M5QXCrossSettingWidget::initCurveWidget()
 {
     for (const GroupRow& row : groupRows) {
         auto* curve = new CurveWidget(ui->widget_adjust);
-        curve->setGeometry(ui->bg->geometry().adjusted(CurveLeft, 0, -CurveRight, -CurveBottom));
+        curve->setGeometry(ui->bg->geometry().adjusted(curveLeft, 0, -curveRight, -curveBottom));
         curve->setCurveColor(QColor::fromRgba(row.colour));
         curve->setAttribute(Qt::WA_TransparentForMouseEvents);
         m_curves.append(curve);
@@ -234,22 +220,19 @@ QMap<int, int> M5QXCrossSettingWidget::stringToMap(const QString& text)
 void M5QXCrossSettingWidget::resume()
 {
     AS_DEBUG();
-    currentFilter = store()->getValue(GroupKey, GroupDefault);
+    currentFilter = stored::number(store(), selectedGroup);
     if (currentFilter < Front || currentFilter >= GroupCount) {
         AS_ERROR() << "no speaker group:" << currentFilter;
-        currentFilter = GroupDefault;
+        currentFilter = selectedGroup.defaultValue;
     }
-    const bool phase = store()->getValue(PhaseKey, PhaseDefault);
+    const bool phase = stored::flag(store(), phaseToggle);
     ui->Key_troggle_phase->setChecked(phase);
     m_phaseKey->showToggleKey(phase, 0);
     showPhaseControl();
 
-    for (const int row : {FilterRow, LevelRow, SlopeRow}) {
-        this->*stepRows[row].index =
-            stringToMap(store()->getValue(stepRows[row].key, QString(stepRows[row].defaultMap)));
-    }
-    gainIndex[Subwoofer] =
-        store()->getValue(subwoofer::LevelKey, subwoofer::LevelDefault) & subwoofer::LevelBits;
+    for (const int row : {FilterRow, LevelRow, SlopeRow})
+        this->*stepRows[row].index = stringToMap(stored::text(store(), stepRows[row].indexes));
+    gainIndex[Subwoofer] = stored::number(store(), subwooferLevel) & mem::subwooferLevelBits;
     // Only in memory: what is stored is rewritten by the driver's next step, not by looking at the page.
     for (const StepRow& row : stepRows) {
         for (int group = Front; group < GroupCount; ++group) {
@@ -265,9 +248,9 @@ void M5QXCrossSettingWidget::resume()
 
 float M5QXCrossSettingWidget::getRealSclope(int slopeDb)
 {
-    for (const SlopePlace& place : slopePlaces) {
-        if (place.db == slopeDb)
-            return place.gradient;
+    for (int i = 0; i < slopeCount; ++i) {
+        if (slopeDb == -hvaudio::crossoverSlopes[i])
+            return slopeGradients[i];
     }
     return 0.0F;
 }
@@ -283,7 +266,7 @@ void M5QXCrossSettingWidget::updateButtonState(int filter, QPushButton* up, QPus
 void M5QXCrossSettingWidget::updateCurve(int filter, int freqHz, int slopeDb, int gainDb)
 {
     AS_DEBUG() << "filter:" << filter << "freq:" << freqHz << "slope:" << slopeDb << "gain:" << gainDb;
-    const bool off = freqHz == OffHz;
+    const bool off = freqHz == offHz;
     if (off) {
         slopeDb = 0;
         gainDb = 0;
@@ -292,13 +275,13 @@ void M5QXCrossSettingWidget::updateCurve(int filter, int freqHz, int slopeDb, in
                                  ui->key_level_down})
             key->setEnabled(false);
     } else {
-        updateButtonState(filter, ui->key_filter_up, ui->key_filter_down, MaxHz, OffHz, freqHz);
-        updateButtonState(filter, ui->key_slope_up, ui->key_slope_down, SteepestSlope, FlattestSlope,
+        updateButtonState(filter, ui->key_filter_up, ui->key_filter_down, maxHz, offHz, freqHz);
+        updateButtonState(filter, ui->key_slope_up, ui->key_slope_down, steepestSlope, flattestSlope,
                           slopeDb);
-        updateButtonState(filter, ui->key_level_up, ui->key_level_down, 0, LowestGain, gainDb);
+        updateButtonState(filter, ui->key_level_up, ui->key_level_down, 0, lowestGain, gainDb);
     }
 
-    const QPoint knee(freqToX.value(freqHz) - CurveLeft, gainToY.value(gainDb));
+    const QPoint knee(freqToX.value(freqHz) - curveLeft, gainToY.value(gainDb));
     const float k = getRealSclope(slopeDb);
     CurveWidget* curve = m_curves.at(filter);
     if (filter == Subwoofer)
@@ -308,8 +291,8 @@ void M5QXCrossSettingWidget::updateCurve(int filter, int freqHz, int slopeDb, in
     curve->update();
 
     m_groupKeys->button(currentFilter)->setChecked(true);
-    ui->label_filter->setText(Translator::translate(currentFilter == Subwoofer ? LowPassText : HighPassText));
-    ui->txt_filter->setText(off ? Translator::translate(OffText)
+    ui->label_filter->setText(Translator::translate(currentFilter == Subwoofer ? lowPassText : highPassText));
+    ui->txt_filter->setText(off ? Translator::translate(offText)
                                 : QString::number(freqHz) + QStringLiteral(" Hz"));
     ui->txt_slope->setText(QString::number(slopeDb) + QStringLiteral(" dB"));
     ui->txt_level->setText(QString::number(gainDb));
@@ -327,16 +310,15 @@ void M5QXCrossSettingWidget::updateDSP(int freqIndex, int gainIndex, int slopeIn
         break;
     case Rear:
         for (const int speaker : {4, 8})
-            service()->setHPFFilter(freqIndex | RearPair, gainIndex, speaker, slopeIndex);
+            service()->setHPFFilter(freqIndex | rearPair, gainIndex, speaker, slopeIndex);
         break;
     case Subwoofer:
         // The subwoofer's own count has one entry more at its start.
         service()->setSubFilter(freqIndex + 1, gainIndex, slopeIndex);
-        store()->setValue(subwoofer::FreqKey, subwoofer::FreqDefault, freqIndex + 1, true);
-        store()->setValue(SubSlopeKey, SubSlopeDefault, slopeIndex, true);
-        store()->setValue(subwoofer::LevelKey, subwoofer::LevelDefault, gainIndex | subwoofer::WrittenWhileOn,
-                          true);
-        store()->setValue(subwoofer::OnKey, subwoofer::OnDefault, true, true);
+        stored::write(store(), subwooferFreq, freqIndex + 1);
+        stored::write(store(), subwooferSlope, slopeIndex);
+        stored::write(store(), subwooferLevel, gainIndex | mem::subwooferWrittenWhileOn);
+        stored::write(store(), subwooferOn, true);
         break;
     }
 }
@@ -349,7 +331,7 @@ void M5QXCrossSettingWidget::step(int row, int direction)
     index[currentFilter] =
         qBound(0, index.value(currentFilter) + direction, (this->*r.values)[currentFilter].size() - 1);
     // Stored and sent also where the list ends, so that what sounds is what is shown.
-    store()->setValue(r.key, QString(r.defaultMap), mapToString(index), true);
+    stored::write(store(), r.indexes, mapToString(index));
     showGroup(currentFilter);
     sendGroup(currentFilter);
 }
@@ -358,7 +340,7 @@ void M5QXCrossSettingWidget::selectGroup(int group)
 {
     service()->doBeep(0);
     currentFilter = group;
-    store()->setValue(GroupKey, GroupDefault, group, true);
+    stored::write(store(), selectedGroup, group);
     showPhaseControl();
     showGroup(group);
     sendGroup(group);
@@ -428,7 +410,7 @@ void M5QXCrossSettingWidget::onKey_troggle_phase()
     const bool phase = ui->Key_troggle_phase->isChecked();
     AS_DEBUG() << "phase:" << phase;
     m_phaseKey->showToggleKey(phase, 0);
-    store()->setValue(PhaseKey, PhaseDefault, phase, true);
+    stored::write(store(), phaseToggle, phase);
     // Deliberately the subwoofer's indexes, sent like everything else to the selected group. By touch that is
     // the subwoofer, since the control is hidden for the others.
     sendGroup(Subwoofer);

@@ -2,6 +2,7 @@
 
 #include "M5QX/filelocal.h"
 #include "common/mcumanager.h"
+#include "common/settingstable.h"
 #include "hvaudio/audioservice.h"
 
 #include <QMouseEvent>
@@ -11,19 +12,19 @@ namespace audiosetting {
 
 namespace {
 
-constexpr int MaxValue = 15;
-constexpr int TouchStep = 7;       // px of touch for one step
-constexpr int LocatorTravel = 112; // px of the locator from 0 to MaxValue
+constexpr int maxValue = mem::settingOf("AudioService_Balance").largest; // the fader's range is the same
+constexpr int touchStep = 7;                                             // px of touch for one step
+constexpr int locatorTravel = 112; // px of the locator from 0 to maxValue
 
 // Distance of a touch from the centre to a value, half a step rounded away from zero. The touch scale is a
 // little finer than the locator's, so that the ends are reached without touching the very edge.
 int valueOfDistance(qint64 distance)
 {
-    qint64 value = distance / TouchStep;
-    if (qAbs(distance % TouchStep) >= 4)
+    qint64 value = distance / touchStep;
+    if (qAbs(distance % touchStep) >= 4)
         value += distance < 1 ? -1 : 1;
-    if (qAbs(value) > MaxValue)
-        value = distance < 1 ? -MaxValue : MaxValue;
+    if (qAbs(value) > maxValue)
+        value = distance < 1 ? -maxValue : maxValue;
     return static_cast<int>(value);
 }
 
@@ -32,7 +33,7 @@ int valueOfDistance(qint64 distance)
 int distanceOfValue(int value)
 {
     constexpr qint64 far = 1000000;
-    return static_cast<int>(qBound(-far, qint64(LocatorTravel) * value / MaxValue, far));
+    return static_cast<int>(qBound(-far, qint64(locatorTravel) * value / maxValue, far));
 }
 
 } // namespace

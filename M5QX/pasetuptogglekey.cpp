@@ -8,9 +8,9 @@
 
 namespace {
 
-constexpr QLatin1String OnImage(":/dual_icon/setup_btn_on_p.png");
-constexpr QLatin1String OnImageStyle1(":/vexa_m5qx_audiosettingicon/eq_btn_on1_n.png");
-constexpr QLatin1String OffImage(":/dual_icon/setup_btn_off_n.png");
+constexpr char onImage[] = ":/dual_icon/setup_btn_on_p.png";
+constexpr char onImageStyle1[] = ":/vexa_m5qx_audiosettingicon/eq_btn_on1_n.png";
+constexpr char offImage[] = ":/dual_icon/setup_btn_off_n.png";
 
 } // namespace
 
@@ -31,14 +31,14 @@ PaSetupToggleKey::PaSetupToggleKey(QPushButton* key)
 void PaSetupToggleKey::showToggleKey(bool on, int style)
 {
     if (on)
-        show(style == 1 ? OnImageStyle1 : OnImage, m_onText);
+        show(style == 1 ? onImageStyle1 : onImage, m_onText);
     else
-        show(OffImage, m_offText);
+        show(offImage, m_offText);
 }
 
 void PaSetupToggleKey::showToggleSWKey(bool on)
 {
-    show(on ? OnImage : OffImage, on ? m_onText : m_offText);
+    show(on ? onImage : offImage, on ? m_onText : m_offText);
 }
 
 void PaSetupToggleKey::setLabelsString(const QString& onText, const QString& offText)
@@ -47,12 +47,12 @@ void PaSetupToggleKey::setLabelsString(const QString& onText, const QString& off
     m_offText = offText;
 }
 
-void PaSetupToggleKey::show(const QString& image, const QString& text)
+void PaSetupToggleKey::show(const char* image, const QString& text)
 {
     if (m_label)
         m_label->setText(text);
     // One picture for every mode: what is pressed or disabled is the style's affair.
     QIcon icon;
-    icon.addFile(image, QSize(), QIcon::Normal, QIcon::Off);
+    icon.addFile(QLatin1String(image), QSize(), QIcon::Normal, QIcon::Off);
     m_key->setIcon(icon);
 }

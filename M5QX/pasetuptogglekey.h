@@ -27,7 +27,7 @@ public:
     void setLabelsString(const QString& onText, const QString& offText);
 
 private:
-    void show(const QString& image, const QString& text);
+    void show(const char* image, const QString& text);
 
     QPushButton* m_key;
     QLabel* m_label;

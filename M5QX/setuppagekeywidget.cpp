@@ -2,10 +2,9 @@
 
 #include "M5QX/diagnostic.h"
 #include "M5QX/filelocal.h"
-#include "ui_setuppagekeywidget.h"
-
 #include "common/mcumanager.h"
 #include "common/transferstation.h"
+#include "ui_setuppagekeywidget.h"
 
 SetupPageKeyWidget::SetupPageKeyWidget(QWidget* parent)
     : QWidget(parent)
@@ -14,10 +13,7 @@ SetupPageKeyWidget::SetupPageKeyWidget(QWidget* parent)
     ui->setupUi(this);
 }
 
-SetupPageKeyWidget::~SetupPageKeyWidget()
-{
-    delete ui;
-}
+SetupPageKeyWidget::~SetupPageKeyWidget() = default;
 
 void SetupPageKeyWidget::resizeHeightofKeyWidget(int height)
 {

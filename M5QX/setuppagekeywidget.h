@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QScopedPointer>
 #include <QWidget>
 
 class Ui_SetupPageKeyWidget;
@@ -29,7 +30,7 @@ protected:
     void showEvent(QShowEvent* event) override;
 
 private:
-    Ui_SetupPageKeyWidget* ui;
+    QScopedPointer<Ui_SetupPageKeyWidget> ui;
 
     Q_DISABLE_COPY(SetupPageKeyWidget)
 };

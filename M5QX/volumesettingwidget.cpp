@@ -3,14 +3,14 @@
 #include "M5QX/diagnostic.h"
 #include "M5QX/filelocal.h"
 #include "M5QX/setuppagekeywidget.h"
-#include "ui_volumesettingwidget.h"
-
+#include "M5QX/storedsettings.h"
 #include "common/customslider.h"
 #include "common/scroll.h"
 #include "common/settings.h"
 #include "common/transferstation.h"
 #include "common/translator.h"
 #include "hvaudio/audioservice.h"
+#include "ui_volumesettingwidget.h"
 
 namespace {
 
@@ -20,51 +20,43 @@ enum Section : int {
     Gain,    ///< a source's input gain: stored and applied
 };
 
-struct Range
-{
-    int maximum; ///< the minimum is 0 throughout
-    int offset;  ///< added for display
-};
-
-// By section.
-constexpr Range ranges[] = {{50, 0}, {50, 0}, {15, -5}};
+constexpr int gainOffset = -5; ///< added to a gain for display
 
 struct RowData
 {
     Section section;
-    const char* key;
-    int defaultValue;
-    int service; ///< channel of a live row, HVAudio_source_id_e of a gain row
+    const mem::Setting& setting; ///< of a live row a family, by channel
+    int service;                 ///< channel of a live row, HVAudio_source_id_e of a gain row
     int textId;
 };
 
-constexpr int NoService = -1;
-constexpr int DabText = 0; ///< the name of the radio standard, the same in every language
+constexpr int noService = -1;
+constexpr int dabText = 0; ///< the name of the radio standard, the same in every language
 
 // Navigation is channel 5 and voice channel 4, crossed against their order on the page: that is how the
 // service counts. Channel 3 has no row.
 // clang-format off
 constexpr RowData rowData[] = {
-    {Live,    "volume%1",                           0,  0,                          436},
-    {Live,    "volume%1",                           0,  1,                          437},
-    {Live,    "volume%1",                           0,  2,                          438},
-    {Live,    "volume%1",                           0,  5,                          439},
-    {Live,    "volume%1",                           0,  4,                          440},
-    {StartUp, "Setup_Main_Volume",                  25, NoService,                  1249},
-    {StartUp, "Setup_Volume_Type_BT_Ringer",        40, NoService,                  1250},
-    {StartUp, "Setup_Volume_Type_BT_Talking",       40, NoService,                  1251},
-    {StartUp, "Setup_Volume_Type_Navi",             40, NoService,                  1254},
-    {StartUp, "Setup_Volume_Type_Voice",            40, NoService,                  1255},
-    {Gain,    "Setup_Input_Gain_Type_Radio",        5,  HVAudio_source_Radio,       366},
-    {Gain,    "Setup_Input_Gain_Type_USB",          5,  HVAudio_source_Usb,         18},
-    {Gain,    "Setup_Input_Gain_Type_BT_Audio",     5,  HVAudio_source_BtAudio,     369},
-    {Gain,    "Setup_Input_Gain_Type_AUX",          5,  HVAudio_source_AvIn,        368},
-    {Gain,    "Setup_Input_Gain_Type_Carplay",      5,  HVAudio_source_Carplay,     443},
-    {Gain,    "Setup_Input_Gain_Type_Android_Auto", 5,  HVAudio_source_AndroidAuto, 17},
-    {Gain,    "Setup_Input_Gain_Type_DAB",          5,  HVAudio_source_Dab,         DabText},
+    {Live,    mem::settingOf("volume%1"),                           0,                          436},
+    {Live,    mem::settingOf("volume%1"),                           1,                          437},
+    {Live,    mem::settingOf("volume%1"),                           2,                          438},
+    {Live,    mem::settingOf("volume%1"),                           5,                          439},
+    {Live,    mem::settingOf("volume%1"),                           4,                          440},
+    {StartUp, mem::settingOf("Setup_Main_Volume"),                  noService,                  1249},
+    {StartUp, mem::settingOf("Setup_Volume_Type_BT_Ringer"),        noService,                  1250},
+    {StartUp, mem::settingOf("Setup_Volume_Type_BT_Talking"),       noService,                  1251},
+    {StartUp, mem::settingOf("Setup_Volume_Type_Navi"),             noService,                  1254},
+    {StartUp, mem::settingOf("Setup_Volume_Type_Voice"),            noService,                  1255},
+    {Gain,    mem::settingOf("Setup_Input_Gain_Type_Radio"),        HVAudio_source_Radio,       366},
+    {Gain,    mem::settingOf("Setup_Input_Gain_Type_USB"),          HVAudio_source_Usb,         18},
+    {Gain,    mem::settingOf("Setup_Input_Gain_Type_BT_Audio"),     HVAudio_source_BtAudio,     369},
+    {Gain,    mem::settingOf("Setup_Input_Gain_Type_AUX"),          HVAudio_source_AvIn,        368},
+    {Gain,    mem::settingOf("Setup_Input_Gain_Type_Carplay"),      HVAudio_source_Carplay,     443},
+    {Gain,    mem::settingOf("Setup_Input_Gain_Type_Android_Auto"), HVAudio_source_AndroidAuto, 17},
+    {Gain,    mem::settingOf("Setup_Input_Gain_Type_DAB"),          HVAudio_source_Dab,         dabText},
 };
 // clang-format on
-static_assert(sizeof(rowData) / sizeof(rowData[0]) == VolumeSettingWidget::RowCount, "one line a row");
+static_assert(std::size(rowData) == VolumeSettingWidget::rowCount, "one line a row");
 
 using Form = Ui_VolumeSettingWidget;
 
@@ -98,34 +90,22 @@ constexpr RowWidgets rowWidgets[] = {
     {&Form::widget_source_dab,         &Form::label_source_dab,         &Form::slider_source_dab,         &Form::key_source_dab_down,         &Form::key_source_dab_up},
 };
 // clang-format on
-static_assert(sizeof(rowWidgets) / sizeof(rowWidgets[0]) == VolumeSettingWidget::RowCount, "one line a row");
+static_assert(std::size(rowWidgets) == VolumeSettingWidget::rowCount, "one line a row");
 
-constexpr QRect ScrollBarPlace(978, 160, 16, 237);
-constexpr int LiveRowCount = VolumeSettingWidget::VoiceRow + 1;
-constexpr int RowHeight = 78;
-constexpr int LiveRowsHeight = LiveRowCount * RowHeight + 50; // with the room above the first
+constexpr QRect scrollBarPlace(978, 160, 16, 237);
+constexpr int liveRowCount = VolumeSettingWidget::VoiceRow + 1;
+constexpr int rowHeight = 78;
+constexpr int liveRowsHeight = liveRowCount * rowHeight + 50; // with the room above the first
 
 hvaudio::AudioService* audioService()
 {
     return hvaudio::AudioService::instance();
 }
 
-QString keyOf(const RowData& row)
+int levelOf(const RowData& row)
 {
-    const QString key = QString::fromLatin1(row.key);
-    return row.section == Live ? key.arg(row.service) : key;
+    return stored::number(mem::SettingsFunc::instance(), row.setting, row.service);
 }
-
-int stored(const RowData& row)
-{
-    return mem::SettingsFunc::instance()->getValue(keyOf(row), row.defaultValue);
-}
-
-int clamped(const RowData& row, int value)
-{
-    return qBound(0, value, ranges[row.section].maximum);
-}
-
 } // namespace
 
 VolumeSettingWidget::VolumeSettingWidget(QWidget* parent)
@@ -139,7 +119,7 @@ VolumeSettingWidget::VolumeSettingWidget(QWidget* parent)
     createSliders();
     createScrolling();
     for (const RowWidgets& widgets : rowWidgets)
-        m_rows.append(ui->*widgets.row);
+        m_rows.append(ui.data()->*widgets.row);
     cm::R9TransferStation* station = cm::TransferFunction::instance()->getTS();
     connect(station, SIGNAL(setupNextPage()), this, SLOT(onSetupNextPage()));
     connect(station, SIGNAL(setupPrevPage()), this, SLOT(onSetupPrevPage()));
@@ -149,7 +129,6 @@ VolumeSettingWidget::VolumeSettingWidget(QWidget* parent)
 VolumeSettingWidget::~VolumeSettingWidget()
 {
     delete m_scrollManage;
-    delete ui;
 }
 
 void VolumeSettingWidget::showSetupPageKeyWidget()
@@ -173,15 +152,15 @@ void VolumeSettingWidget::setTexts()
     ui->key_back->setAccessibleName(title);
     ui->key_exit->setAccessibleName(title + QStringLiteral(" X"));
     m_pageKeys->setPageName(title);
-    for (int i = 0; i < RowCount; ++i) {
+    for (int i = 0; i < rowCount; ++i) {
         const RowWidgets& widgets = rowWidgets[i];
         const int id = rowData[i].textId;
-        const QString name = id == DabText ? QStringLiteral("DAB") : Translator::translate(id).toUpper();
-        (ui->*widgets.label)->setText(name);
+        const QString name = id == dabText ? QStringLiteral("DAB") : Translator::translate(id).toUpper();
+        (ui.data()->*widgets.label)->setText(name);
         // The label's end lies over the down key.
-        (ui->*widgets.label)->setAttribute(Qt::WA_TransparentForMouseEvents);
-        (ui->*widgets.down)->setAccessibleName(name + QStringLiteral(" -"));
-        (ui->*widgets.up)->setAccessibleName(name + QStringLiteral(" +"));
+        (ui.data()->*widgets.label)->setAttribute(Qt::WA_TransparentForMouseEvents);
+        (ui.data()->*widgets.down)->setAccessibleName(name + QStringLiteral(" -"));
+        (ui.data()->*widgets.up)->setAccessibleName(name + QStringLiteral(" +"));
     }
 }
 
@@ -208,21 +187,21 @@ void VolumeSettingWidget::createSliders()
         SLOT(onSourceDABSave(int)),
     };
     // clang-format on
-    static_assert(sizeof(saveSlots) / sizeof(saveSlots[0]) == RowCount, "one slot a row");
+    static_assert(std::size(saveSlots) == rowCount, "one slot a row");
 
-    for (int i = 0; i < RowCount; ++i) {
+    for (int i = 0; i < rowCount; ++i) {
         const RowWidgets& widgets = rowWidgets[i];
-        const Range& range = ranges[rowData[i].section];
-        QSlider* place = ui->*widgets.place;
+        const RowData& data = rowData[i];
+        QSlider* place = ui.data()->*widgets.place;
         place->hide();
-        auto* slider = new settings::CustomSlider_2(ui->*widgets.row, place->geometry(), 4);
+        auto* slider = new settings::CustomSlider_2(ui.data()->*widgets.row, place->geometry(), 4);
         slider->setHintColor(Qt::white);
-        slider->setOffset(range.offset);
-        slider->setMaximum(range.maximum);
-        slider->setMinimum(0);
+        slider->setOffset(data.section == Gain ? gainOffset : 0);
+        slider->setMaximum(data.setting.largest);
+        slider->setMinimum(data.setting.smallest);
         connect(slider, SIGNAL(valSave(int)), this, saveSlots[i]);
-        slider->setAccessibleName((ui->*widgets.label)->text());
-        QWidget::setTabOrder(ui->*widgets.down, slider);
+        slider->setAccessibleName((ui.data()->*widgets.label)->text());
+        QWidget::setTabOrder(ui.data()->*widgets.down, slider);
         m_sliders[i] = slider;
     }
 }
@@ -231,12 +210,12 @@ void VolumeSettingWidget::createScrolling()
 {
     // Made, replaced by the one below, and left to the area: it is never asked to scroll.
     m_scrollManage = new cm::ScrollManage(ui->scrollArea, false, false);
-    m_scrollBar = new cm::ScrollBar(this, ScrollBarPlace, 0);
+    m_scrollBar = new cm::ScrollBar(this, scrollBarPlace, 0);
     ui->scrollArea->setVerticalScrollBar(m_scrollBar);
     ui->scrollArea->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     // The area took the bar into its own frame; back on the page it lies above the key strip.
     m_scrollBar->setParent(this);
-    m_scrollBar->setGeometry(ScrollBarPlace);
+    m_scrollBar->setGeometry(scrollBarPlace);
     m_scrollManage = new cm::ScrollManage(ui->scrollArea, true, false);
     connect(audioService(), SIGNAL(audioVolumeChanged(bool, int, int)), this,
             SLOT(onVolumeChanged(bool, int, int)));
@@ -247,11 +226,11 @@ void VolumeSettingWidget::setupWidget()
     int height = 100;
     for (int i = 0; i < m_rows.size(); ++i) {
         QWidget* row = m_rows.at(i);
-        if (i < LiveRowCount) {
+        if (i < liveRowCount) {
             row->hide();
             row->setGeometry(0, 0, 0, 0);
         } else {
-            row->setGeometry(row->geometry().translated(0, -LiveRowsHeight));
+            row->setGeometry(row->geometry().translated(0, -liveRowsHeight));
             height += row->height();
             if (row->size().isEmpty()) { // never seen, so no place for the keyboard to stop at
                 for (QWidget* child : row->findChildren<QWidget*>())
@@ -287,7 +266,7 @@ void VolumeSettingWidget::updateSourceOffset()
 void VolumeSettingWidget::updateRows(Row first, Row last)
 {
     for (int i = first; i <= last; ++i)
-        m_sliders[i]->setValue(stored(rowData[i]));
+        m_sliders[i]->setValue(levelOf(rowData[i]));
 }
 
 /// A key's step: the value that was sent or stored. At an end of the range the value stays and is sent all
@@ -296,8 +275,8 @@ int VolumeSettingWidget::step(Row row, int by)
 {
     audioService()->doBeep(0);
     const RowData& data = rowData[row];
-    int value = stored(data);
-    if (by > 0 ? value < ranges[data.section].maximum : value > 0)
+    int value = levelOf(data);
+    if (by > 0 ? value < data.setting.largest : value > data.setting.smallest)
         value += by;
     value = save(row, value);
     if (data.section == StartUp)
@@ -311,12 +290,12 @@ int VolumeSettingWidget::step(Row row, int by)
 int VolumeSettingWidget::save(Row row, int value)
 {
     const RowData& data = rowData[row];
-    value = clamped(data, value);
+    value = qBound(data.setting.smallest, value, data.setting.largest);
     if (data.section == Live) {
         audioService()->setVolumeLevel(value, data.service);
         return value;
     }
-    mem::SettingsFunc::instance()->setValue(keyOf(data), data.defaultValue, value, true);
+    stored::write(mem::SettingsFunc::instance(), data.setting, value);
     if (data.section == Gain)
         audioService()->setSourceOffsetGain(static_cast<HVAudio_source_id_e>(data.service), value);
     return value;

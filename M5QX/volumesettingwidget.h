@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QList>
+#include <QScopedPointer>
 #include <QWidget>
 
 #include <array>
@@ -45,7 +46,7 @@ public:
         AndroidAutoRow,
         DabRow,
     };
-    static constexpr int RowCount = DabRow + 1;
+    static constexpr int rowCount = DabRow + 1;
 
     explicit VolumeSettingWidget(QWidget* parent);
     ~VolumeSettingWidget() override;
@@ -133,8 +134,8 @@ private:
     int step(Row row, int by);
     int save(Row row, int value);
 
-    Ui_VolumeSettingWidget* ui;
-    std::array<settings::CustomSlider_2*, RowCount> m_sliders{};
+    QScopedPointer<Ui_VolumeSettingWidget> ui;
+    std::array<settings::CustomSlider_2*, rowCount> m_sliders{};
     cm::ScrollManage* m_scrollManage = nullptr;
     cm::ScrollBar* m_scrollBar = nullptr;
     SetupPageKeyWidget* m_pageKeys = nullptr;

@@ -64,7 +64,7 @@ int MainWindow::backEvent()
 
 int MainWindow::keyEvent(KeyEvent* event)
 {
-    if (event) // what is none, the base says
+    if (event) // the base answers for none, too
         AS_DEBUG() << "key:" << event->key() << "type:" << event->type();
     return cm::BaseWindow::keyEvent(event);
 }

@@ -70,7 +70,7 @@ constexpr Setting settings[] = {
     detail::flag  ("customloudnes",                          false,          detail::service), // read by the pages
     detail::number("AudioService_Balance",               1,  0,  -15, 15,    detail::service),
     detail::number("AudioService_Fader",                 1,  0,  -15, 15,    detail::service),
-    // Subwoofer, shared by three pages. The level's low 7 bits are dB, bit 7 says that it was written while on.
+    // Subwoofer, shared by three pages.
     detail::flag  ("subwooferOnOff",                         true,           detail::pages),
     detail::number("subwooferLevel",                     1,  11, 0,   255,   detail::pages),
     detail::number("subwooferFreq",                      1,  7,  0,   9,     detail::pages),
@@ -130,5 +130,10 @@ constexpr const Setting& settingOf(std::string_view key)
     }
     throw "no setting has this key";
 }
+
+/// Parts of "subwooferLevel": the attenuation in dB, and beside it whether it was written while the subwoofer
+/// was on.
+constexpr int subwooferLevelBits = 0x7F;
+constexpr int subwooferWrittenWhileOn = 0x80;
 
 } // namespace mem

@@ -12,6 +12,9 @@ constexpr int groupCrossoverHz[] = {0, 30, 40, 60, 80, 100, 120, 160, 250};
 /// Slope indexes 0..3, in dB per octave: filters of order 1..4.
 constexpr int crossoverSlopes[] = {6, 12, 18, 24};
 
+/// Levels of the hub's pages are attenuations of 0 ... this, in dB.
+constexpr int largestAttenuation = 12;
+
 struct CrossoverFrequency
 {
     int hz;           ///< 0 = off
