@@ -1,7 +1,7 @@
 #include "tests/M5QX/equalizer/eqsettings.h"
+#include "tests/support/randomwalk.h"
 #include "tests/support/touch.h"
 
-#include <QRandomGenerator>
 #include <QRegularExpression>
 
 using namespace eqsettings;
@@ -63,6 +63,7 @@ private slots:
     void bubbleGoesAtRelease();
     void onlyTheTouchedHandleMovesAndIsRepainted();
 
+    void randomTouchesKeepEveryInvariant_data() { RandomWalk::addSeedRow(); }
     void randomTouchesKeepEveryInvariant();
 };
 
@@ -358,43 +359,25 @@ void TestEqSettingsTouches::onlyTheTouchedHandleMovesAndIsRepainted()
 
 void TestEqSettingsTouches::randomTouchesKeepEveryInvariant()
 {
-    const quint32 seed = QRandomGenerator::global()->generate();
-    qInfo("seed %u", seed);
-    QRandomGenerator random(seed);
+    QFETCH(quint32, seed);
     const QRegularExpression sent(
         QStringLiteral("^AudioService\\.setCustomEq([12])\\((-?\\d+), (\\d+), true\\)$"));
+    RandomWalk walk(m_page, seed);
     // Off the close key: leaving is tested elsewhere, and here only fills the event queue.
-    const auto anywhere = [&random] { return QPoint(random.bounded(-40, 930), random.bounded(-40, 560)); };
-    const auto somewhere = [&] {
-        return random.bounded(4) == 0
-                   ? anywhere()
-                   : QPoint(random.bounded(100, 970), random.bounded(BarTop, BarTop + BarHeight));
-    };
-    bool down = false;
+    walk.setGround(QRect(0, 0, 930, m_page->height()));
+    walk.setAim([&walk] { return QPoint(100 + walk.bounded(830), BarTop + walk.bounded(BarHeight)); });
     int band = -1;
+    QVector<int> before;
     for (int event = 0; event < 20000; ++event) {
-        const QPoint point = somewhere();
-        if (!down) {
-            if (random.bounded(50) == 0) {
-                audio().eqType = random.bounded(9);
-                emitEQType(audio().eqType);
-            }
-            take(All);
-            band = m_page->touchIndexByPoint(point);
-            if (!m_page->rect().contains(point))
-                continue;
-            touch::press(m_page, point);
-            down = true;
+        const RandomWalk::Step step = walk.step();
+        if (step == RandomWalk::Press) {
+            band = m_page->touchIndexByPoint(walk.at());
             QCOMPARE(take(Audio).size(), band >= 0 ? 2 : 0);
             QCOMPARE(bubble()->isVisible(), band >= 0);
-        } else if (random.bounded(5) != 0) {
-            touch::move(m_page, point);
+        } else if (step == RandomWalk::Move) {
             QCOMPARE(take(), QStringList());
         } else {
-            const bool onKey = m_page->childAt(point) && qobject_cast<QPushButton*>(m_page->childAt(point));
-            const QVector<int> before = drawn();
-            touch::release(m_page, point);
-            down = false;
+            const bool onKey = qobject_cast<QPushButton*>(walk.holder());
             const QStringList calls = take();
             QVERIFY(bubble()->isHidden());
             if (band >= 0) {
@@ -407,11 +390,18 @@ void TestEqSettingsTouches::randomTouchesKeepEveryInvariant()
             } else if (!onKey) {
                 QCOMPARE(calls, QStringList());
             }
+            if (walk.bounded(50) == 0) {
+                audio().eqType = walk.bounded(9);
+                emitEQType(audio().eqType);
+            }
+            take(All);
         }
-        QCOMPARE(drawn().size(), BandCount);
+        before = drawn();
+        QCOMPARE(before.size(), BandCount);
         if (event % 500 == 0)
             QCoreApplication::processEvents();
     }
+    walk.end();
     takeBackRequests();
     takeLog();
 }

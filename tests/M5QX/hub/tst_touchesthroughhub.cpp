@@ -2,10 +2,10 @@
 #include "tests/M5QX/hub/hubtouches_curves.h"
 #include "tests/M5QX/hub/hubtouches_levels.h"
 #include "tests/support/platform_double/platform_double.h"
+#include "tests/support/randomwalk.h"
 #include "tests/support/touch.h"
 
 #include <QLoggingCategory>
-#include <QRandomGenerator>
 #include <QtTest>
 
 #include <algorithm>
@@ -305,49 +305,38 @@ void TestTouchesThroughHub::touchMakesTheseCallsAndNoOther()
 void TestTouchesThroughHub::randomTouchesKeepEveryInvariant_data()
 {
     QTest::addColumn<int>("page");
+    RandomWalk::addSeedColumn();
     for (int page = 0; page < hubtouches::PageCount; ++page)
-        QTest::newRow(tabs[page].name) << page;
+        QTest::newRow(tabs[page].name + (' ' + RandomWalk::seedName())) << page << RandomWalk::seed();
 }
 
 void TestTouchesThroughHub::randomTouchesKeepEveryInvariant()
 {
     QFETCH(int, page);
-    bool repeated = false;
-    quint32 seed = qEnvironmentVariable("AUDIOSETTING_TOUCH_SEED").toUInt(&repeated);
-    if (!repeated)
-        seed = QRandomGenerator::global()->generate();
-    qInfo("seed %u", seed);
-    QRandomGenerator random(seed);
+    QFETCH(quint32, seed);
     show(page);
-    const auto anywhere = [&random] { return QPoint(random.bounded(-60, 1084), random.bounded(-60, 660)); };
     const QRegularExpression curve(QStringLiteral("^AudioService\\.setCustomEq"));
     const QRegularExpression change(QStringLiteral("\\.set(?!upPrevPage|upNextPage)"));
 
+    RandomWalk walk(m_hub.data(), seed);
+    walk.setGround(QRect(0, 0, ScreenWidth, PageHeight)); // the tab keys would open another page
     int effective = 0;
     for (int touches = 0; touches < 20000; ++touches) {
-        if (page == hubtouches::Equalizer && random.bounded(50) == 0) {
-            audio().eqType = random.bounded(9);
+        if (page == hubtouches::Equalizer && walk.bounded(50) == 0) {
+            audio().eqType = walk.bounded(9);
             emitEQType(audio().eqType);
         }
-        // On the page: the tab keys would open another.
-        const QPoint first(random.bounded(ScreenWidth), random.bounded(PageHeight));
-        touch::press(m_hub.data(), first);
+        walk.step();
         // A press beeps or prepares the type that is to be edited; values come with the lifting.
         const QStringList pressed = take();
         const int chosen = pressed.filter(QStringLiteral("AudioService.setEQType(")).size();
         QVERIFY2(pressed.size() <= 2 && pressed.filter(change).size() == chosen,
                  qPrintable(pressed.join('\n')));
         const bool band = chosen > 0;
-        QPoint last = first;
-        for (int moves = random.bounded(4); moves > 0; --moves) {
-            last = random.bounded(2) ? anywhere()
-                                     : last + QPoint(random.bounded(-9, 10), random.bounded(-9, 10));
-            touch::move(m_hub.data(), last);
+        while (walk.step() == RandomWalk::Move) {
             const QStringList dragged = take();
             QVERIFY2(dragged.isEmpty(), qPrintable(dragged.join('\n')));
         }
-        touch::release(m_hub.data(), random.bounded(8) ? last : anywhere());
-
         const QStringList calls = take();
         for (const QString& call : pressed + calls) {
             const QString reason = complaint(call);

@@ -1,7 +1,7 @@
 #include "common/pushbutton.h"
 #include "tests/M5QX/levels/audiolevels.h"
+#include "tests/support/randomwalk.h"
 
-#include <QRandomGenerator>
 #include <QtTest>
 
 #include <limits>
@@ -45,6 +45,7 @@ private slots:
     void backBeepsAndPostsOneBackRequest();
     void everySlotWritesItsDiagnosticLine();
     void hostileValuesNeitherCrashNorAreRewritten();
+    void randomTouchesKeepTheInvariants_data() { RandomWalk::addSeedRow(); }
     void randomTouchesKeepTheInvariants();
 };
 
@@ -341,29 +342,19 @@ void TestAudioLevelsPage::hostileValuesNeitherCrashNorAreRewritten()
 
 void TestAudioLevelsPage::randomTouchesKeepTheInvariants()
 {
-    const quint32 seed = QRandomGenerator::global()->generate();
-    qInfo("seed %u", seed);
-    QRandomGenerator random(seed);
-    QWidget* holder = nullptr;
+    QFETCH(quint32, seed);
     const QRegularExpression pair(QStringLiteral("setBalanceFader\\((-?\\d+), (-?\\d+), true\\)$"));
     const QRegularExpression sub(QStringLiteral("setSubFilter\\(([07]), (\\d+), 0\\)$"));
+    RandomWalk walk(m_page.data(), seed);
     int sent = 0;
     for (int i = 0; i < 20000; ++i) {
-        const QPoint at(random.bounded(-100, 1124), random.bounded(-100, 610));
-        if (!holder) {
-            if (!m_page->rect().contains(at))
-                continue;
-            holder = touch::press(m_page.data(), at);
-            QCOMPARE(take(), holder == pad() ? QStringList{McuBeep} : QStringList());
-        } else if (random.bounded(3)) {
-            touch::move(m_page.data(), at);
-            QCOMPARE(take(), QStringList());
+        const RandomWalk::Step step = walk.step();
+        const QStringList calls = take();
+        if (step == RandomWalk::Press) {
+            QCOMPARE(calls, walk.holder() == pad() ? QStringList{McuBeep} : QStringList());
+        } else if (step == RandomWalk::Move) {
+            QCOMPARE(calls, QStringList());
         } else {
-            // Half of the time where the finger went down, so that keys are clicked, too.
-            const QPoint end = random.bounded(2) ? at : touch::middle(m_page.data(), holder);
-            touch::release(m_page.data(), end);
-            holder = nullptr;
-            const QStringList calls = take();
             int audioCalls = 0;
             for (const QString& call : calls) {
                 if (call.startsWith(QLatin1String("AudioService.set")))
@@ -384,7 +375,7 @@ void TestAudioLevelsPage::randomTouchesKeepTheInvariants()
         const int level = stored("subwooferLevel").isValid() ? stored("subwooferLevel").toInt() & 127 : 11;
         QVERIFY(level >= 0 && level <= 12);
     }
-    touch::release(m_page.data(), QPoint(-50, -50));
+    walk.end();
     QVERIFY2(sent > 200, qPrintable(QString::number(sent)));
     QCOMPARE(takeBackRequests(), 0);
 }

@@ -1,9 +1,9 @@
 #include "M5QX/pa_balancefadercontrol.h"
 #include "tests/M5QX/formcheck.h"
 #include "tests/support/platform_double/platform_double.h"
+#include "tests/support/randomwalk.h"
 #include "tests/support/touch.h"
 
-#include <QRandomGenerator>
 #include <QSignalSpy>
 #include <QtTest>
 
@@ -32,6 +32,7 @@ private slots:
     void settersMoveTheLocatorDrawnAndNothingElse();
     void paintsTheLocatorAlone();
     void valuesFarOutsideAreShownOffThePad();
+    void randomTouchesKeepTheValuesInRange_data() { RandomWalk::addSeedRow(); }
     void randomTouchesKeepTheValuesInRange();
 
 private:
@@ -272,24 +273,18 @@ void TestBalanceFaderControl::valuesFarOutsideAreShownOffThePad()
 
 void TestBalanceFaderControl::randomTouchesKeepTheValuesInRange()
 {
-    const quint32 seed = QRandomGenerator::global()->generate();
-    qInfo("seed %u", seed);
-    QRandomGenerator random(seed);
+    QFETCH(quint32, seed);
+    RandomWalk walk(m_host.data(), seed);
     int releases = 0;
-    bool down = false;
     for (int i = 0; i < 20000; ++i) {
-        const QPoint at(random.bounded(-100, 350), random.bounded(-100, 350));
-        const int what = random.bounded(4);
-        if (!down && place.contains(at)) {
-            touch::press(m_host.data(), at);
-            down = true;
+        switch (walk.step()) {
+        case RandomWalk::Press:
             QCOMPARE(take(), QStringList{QStringLiteral("McuManager.triggerBeep(0)")});
-        } else if (down && what) {
-            touch::move(m_host.data(), at);
+            break;
+        case RandomWalk::Move:
             QCOMPARE(take(All), QStringList());
-        } else if (down) {
-            touch::release(m_host.data(), at);
-            down = false;
+            break;
+        case RandomWalk::Release:
             ++releases;
             QCOMPARE(take(), QStringList{QStringLiteral("AudioService.setBalanceFader(%1, %2, true)")
                                              .arg(m_pad->getValueX())
@@ -298,7 +293,7 @@ void TestBalanceFaderControl::randomTouchesKeepTheValuesInRange()
         QVERIFY(qAbs(m_pad->getValueX()) <= 15 && qAbs(m_pad->getValueY()) <= 15);
     }
     QVERIFY(releases > 1000);
-    touch::release(m_host.data(), QPoint());
+    walk.end();
 }
 
 QTEST_MAIN(TestBalanceFaderControl)

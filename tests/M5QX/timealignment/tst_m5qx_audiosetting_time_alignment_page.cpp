@@ -1,7 +1,7 @@
 #include "common/settings.h"
 #include "tests/M5QX/timealignment/timealignment.h"
+#include "tests/support/randomwalk.h"
 
-#include <QRandomGenerator>
 #include <QtTest>
 
 #include <functional>
@@ -65,6 +65,7 @@ private slots:
     void presetIconsOfTheOlderKeySet();
     void backBeepsAndPostsOneBackRequest();
     void everySlotWritesItsDiagnosticLine();
+    void randomTouchesKeepTheInvariants_data() { RandomWalk::addSeedRow(); }
     void randomTouchesKeepTheInvariants();
 };
 
@@ -288,30 +289,16 @@ void TestTimeAlignmentPage::everySlotWritesItsDiagnosticLine()
 
 void TestTimeAlignmentPage::randomTouchesKeepTheInvariants()
 {
-    const quint32 seed = QRandomGenerator::global()->generate();
-    qInfo("seed %u", seed);
-    QRandomGenerator random(seed);
-    const QList<QPushButton*> keys = m_page->findChildren<QPushButton*>();
-    QWidget* holder = nullptr;
+    QFETCH(quint32, seed);
+    RandomWalk walk(m_page.data(), seed);
     int steps = 0;
     for (int i = 0; i < 20000; ++i) {
-        QPoint at(random.bounded(-100, 1124), random.bounded(-100, 610));
-        if (!holder) {
-            // Every second finger aims.
-            if (random.bounded(2))
-                at = touch::middle(m_page.data(), keys.at(random.bounded(keys.size())));
-            if (!m_page->rect().contains(at))
-                continue;
-            holder = touch::press(m_page.data(), at);
-            QCOMPARE(take(), QStringList());
-        } else if (random.bounded(3)) {
-            touch::move(m_page.data(), at);
-            QCOMPARE(take(), QStringList());
+        const RandomWalk::Step step = walk.step();
+        const QStringList calls = take();
+        if (step != RandomWalk::Release) {
+            QCOMPARE(calls, QStringList());
         } else {
-            touch::release(m_page.data(), random.bounded(2) ? at : touch::middle(m_page.data(), holder));
-            const QString name = holder->objectName();
-            holder = nullptr;
-            const QStringList calls = take();
+            const QString name = walk.holder()->objectName();
             const int sent = calls.filter(QStringLiteral("setSurroundDelay")).size();
             const int expected = name.startsWith(QLatin1String("Key_")) ? 1 : 5;
             QVERIFY2(calls.isEmpty() || sent == expected, qPrintable(name));
@@ -324,7 +311,7 @@ void TestTimeAlignmentPage::randomTouchesKeepTheInvariants()
             QVERIFY(value >= 0 && value <= 100);
         }
     }
-    touch::release(m_page.data(), QPoint(-50, -50));
+    walk.end();
     QVERIFY2(steps > 10, qPrintable(QString::number(steps)));
     QCOMPARE(takeBackRequests(), 0);
 }

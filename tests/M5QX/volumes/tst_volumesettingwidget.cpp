@@ -1,7 +1,7 @@
 #include "tests/M5QX/volumes/volumesetting.h"
+#include "tests/support/randomwalk.h"
 #include "tests/support/touch.h"
 
-#include <QRandomGenerator>
 #include <QRegularExpression>
 #include <QSignalSpy>
 
@@ -74,6 +74,7 @@ private slots:
     void exitBeepsThenEmitsExitUI();
     void everySlotWritesOneDiagnosticLine();
     void openingAndLeavingOftenLeavesNothingBehind();
+    void randomTouchesKeepEveryInvariant_data() { RandomWalk::addSeedRow(); }
     void randomTouchesKeepEveryInvariant();
 };
 
@@ -357,28 +358,18 @@ void TestVolumeSettingWidget::openingAndLeavingOftenLeavesNothingBehind()
 
 void TestVolumeSettingWidget::randomTouchesKeepEveryInvariant()
 {
-    const quint32 seed = QRandomGenerator::global()->generate();
-    qInfo("seed %u", seed);
-    QRandomGenerator random(seed);
+    QFETCH(quint32, seed);
     show();
     m_page->resume();
     take(All);
     const QRegularExpression write(
         QStringLiteral("^SettingsFunc\\.setValue\\(\"(\\w+)\", \\d+, (-?\\d+), true\\)$"));
-    bool down = false;
+    RandomWalk walk(m_page, seed);
     int writes = 0;
     for (int event = 0; event < 20000; ++event) {
-        const QPoint point(random.bounded(-40, 1064), random.bounded(-40, 560));
-        if (!down && m_page->rect().contains(point)) {
-            touch::press(m_page, point);
-            down = true;
+        if (walk.step() != RandomWalk::Release) {
             QCOMPARE(take(Actions), QStringList());
-        } else if (down && random.bounded(2)) {
-            touch::move(m_page, point);
-            QCOMPARE(take(Actions), QStringList());
-        } else if (down) {
-            touch::release(m_page, point);
-            down = false;
+        } else {
             const QStringList calls = take();
             QVERIFY(calls.filter(QStringLiteral("setValue")).size() <= 1);
             QVERIFY(calls.filter(QStringLiteral("setSourceOffsetGain")).size() <= 1);
