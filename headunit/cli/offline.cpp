@@ -6,7 +6,7 @@
 
 #include "platform/hvaudio/dsp/engine.h"
 #include "platform/hvaudio/files/render.h"
-#include "platform/hvaudio/measure/measure.h"
+#include "platform/hvaudio/measure/measureresponses.h"
 
 #include <QFile>
 

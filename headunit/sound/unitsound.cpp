@@ -104,7 +104,7 @@ void UnitSound::listen(bool on)
 
 int UnitSound::fetchHeard(HeardFrame* frames, int count, bool* gap)
 {
-    return m_player.heard(frames, count, gap);
+    return m_player.fetchHeard(frames, count, gap);
 }
 
 QString UnitSound::status() const

@@ -1,10 +1,16 @@
 #include "platform/hvaudio/player.h"
 
 #include "platform/hvaudio/dsp/scopedflush.h"
-#include "platform/hvaudio/outputs/pacedoutput.h"
+#include "platform/hvaudio/outputs/nulloutput.h"
 #include "platform/hvaudio/outputs/pipewire/pipewireoutput.h"
+#include "platform/hvaudio/outputs/wavoutput.h"
 #include "platform/hvaudio/sources/chimes.h"
+#include "platform/hvaudio/sources/filesource.h"
+#include "platform/hvaudio/sources/inputsource.h"
+#include "platform/hvaudio/sources/pinknoise.h"
+#include "platform/hvaudio/sources/ring.h"
 #include "platform/hvaudio/sources/sources.h"
+#include "platform/hvaudio/sources/sweep.h"
 
 #include <algorithm>
 #include <chrono>
@@ -353,7 +359,7 @@ void Player::listen(bool on)
     d->gap.store(false);
 }
 
-int Player::heard(HeardFrame* frames, int count, bool* gap)
+int Player::fetchHeard(HeardFrame* frames, int count, bool* gap)
 {
     // After a gap, what comes before and after it must not be taken for one piece: the older part goes.
     const bool lost = d->gap.exchange(false);

@@ -1,21 +1,14 @@
 #pragma once
 
 #include "platform/hvaudio/dsp/engine.h"
+#include "platform/hvaudio/outputs/log.h"
 #include "platform/hvaudio/outputs/output.h"
+#include "platform/hvaudio/sources/sourcekind.h"
 
 #include <memory>
 #include <string>
 
 namespace hvaudio {
-
-/// What stands in for a source of the unit.
-enum class SourceKind {
-    Silence,
-    File,      ///< a sound file, repeated for ever
-    PinkNoise, ///< -20 dBFS RMS, both sides independent
-    Sweep,     ///< logarithmic, 20 Hz to 20 kHz in 10 s, repeated, -20 dBFS peak
-    Input,     ///< what other programs play into the unit
-};
 
 /// What was heard at one moment, for measuring: see `Player::listen`.
 struct HeardFrame
@@ -34,9 +27,6 @@ struct HeardFrame
 class Player final
 {
 public:
-    /// Ids of sources are 0 .. sourceIds - 1; those of the audio service fit.
-    static constexpr int sourceIds = 32;
-
     /// `log` may be empty.
     explicit Player(Log log = {});
     ~Player();
@@ -79,11 +69,11 @@ public:
     /// The running processor: its response, rate, latency, settings.
     const dsp::Engine& engine() const;
 
-    /// Keeps what is heard for `heard`, or stops doing so and forgets it. Costs a copy; off at first.
+    /// Keeps what is heard for `fetchHeard`, or stops doing so and forgets it. Costs a copy; off at first.
     void listen(bool on);
     /// Moves up to `count` frames, oldest first, to `frames` and returns how many. What isn't fetched within
     /// about 0.6 s is lost: then it goes on with whole, later frames, and `*gap` (where given) becomes true.
-    int heard(HeardFrame* frames, int count, bool* gap = nullptr);
+    int fetchHeard(HeardFrame* frames, int count, bool* gap = nullptr);
 
     /// One short sentence on the output: "PipeWire, 48000 Hz, 5.1", "no sound output".
     std::string status() const;

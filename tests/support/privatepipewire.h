@@ -37,63 +37,63 @@ public:
         Managed, ///< by WirePlumber, configured as it comes but for this machine's hardware
     };
     explicit PrivatePipeWire(const QString& configuration, Session session = Unmanaged)
-        : session_(session)
+        : m_session(session)
     {
         if (session == Unmanaged)
             qputenv("PIPEWIRE_PROPS", "{ adapter.auto-port-config = { mode = dsp } }");
         else
             qunsetenv("PIPEWIRE_PROPS");
-        qputenv("XDG_RUNTIME_DIR", QFile::encodeName(folder_.path()));
+        qputenv("XDG_RUNTIME_DIR", QFile::encodeName(m_folder.path()));
         qputenv("PIPEWIRE_CONFIG_DIR", QFile::encodeName(configuration));
         qunsetenv("DBUS_SESSION_BUS_ADDRESS");
         qputenv("PIPEWIRE_LATENCY", QByteArray::number(quantum) + "/48000");
         qunsetenv("PIPEWIRE_REMOTE");
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
         environment.insert(QStringLiteral("XDG_CONFIG_HOME"), configuration);
-        environment.insert(QStringLiteral("XDG_STATE_HOME"), folder_.filePath("state"));
+        environment.insert(QStringLiteral("XDG_STATE_HOME"), m_folder.filePath("state"));
         environment.remove(QStringLiteral("PIPEWIRE_LATENCY"));
-        manager_.setProcessEnvironment(environment);
-        QFile::setPermissions(folder_.path(), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+        m_manager.setProcessEnvironment(environment);
+        QFile::setPermissions(m_folder.path(), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
     }
     ~PrivatePipeWire()
     {
-        end(manager_, SIGTERM);
+        end(m_manager, SIGTERM);
         end(SIGTERM);
     }
 
     /// True when the daemon's own sinks are there, or the session manager is.
     bool start()
     {
-        daemon_.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-        if (session_ == Unmanaged) {
-            startTied(daemon_, QStringLiteral("pipewire"), {});
-            return daemon_.waitForStarted() &&
+        m_daemon.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        if (m_session == Unmanaged) {
+            startTied(m_daemon, QStringLiteral("pipewire"), {});
+            return m_daemon.waitForStarted() &&
                    waitForPorts({"out-sink:playback_LFE", "test-sink:playback_FR"});
         }
-        startTied(daemon_, QStringLiteral("pipewire"), {"-c", "session.conf"});
-        return daemon_.waitForStarted() && waitFor([this] { return QFile::exists(path("pipewire-0")); }) &&
+        startTied(m_daemon, QStringLiteral("pipewire"), {"-c", "session.conf"});
+        return m_daemon.waitForStarted() && waitFor([this] { return QFile::exists(path("pipewire-0")); }) &&
                startManager();
     }
     bool startManager()
     {
-        manager_.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-        startTied(manager_, QStringLiteral("wireplumber"), {});
-        return manager_.waitForStarted() && waitFor([] {
+        m_manager.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        startTied(m_manager, QStringLiteral("wireplumber"), {});
+        return m_manager.waitForStarted() && waitFor([] {
                    return output(QStringLiteral("pw-cli"), {"ls", "Metadata"}).contains("\"default\"");
                });
     }
     /// Any signal; waits for the end.
-    void end(int signal) { end(daemon_, signal); }
-    void endManager(int signal) { end(manager_, signal); }
+    void end(int signal) { end(m_daemon, signal); }
+    void endManager(int signal) { end(m_manager, signal); }
 
-    QString path(const QString& name) const { return folder_.filePath(name); }
+    QString path(const QString& name) const { return m_folder.filePath(name); }
 
     static QString output(const QString& program, const QStringList& arguments)
     {
         QProcess process;
         process.start(program, arguments);
         if (!process.waitForFinished(10000)) {
-            process.kill();
+            sendSignal(process, SIGKILL);
             process.waitForFinished();
         }
         return QString::fromUtf8(process.readAllStandardOutput());
@@ -151,9 +151,9 @@ private:
         process.waitForFinished(5000);
     }
 
-    const Session session_;
-    QTemporaryDir folder_;
-    QProcess daemon_, manager_;
+    const Session m_session;
+    QTemporaryDir m_folder;
+    QProcess m_daemon, m_manager;
 };
 
 /// A null sink in a managed graph, plugged in as long as the object lives.
@@ -161,8 +161,8 @@ class Device
 {
 public:
     Device(const QString& name, const QStringList& channels)
-        : name_(name)
-        , channels_(channels)
+        : m_name(name)
+        , m_channels(channels)
     {
         plug();
     }
@@ -171,28 +171,28 @@ public:
     bool plug()
     {
         QStringList ports;
-        for (const QString& channel : channels_)
-            ports << name_ + QLatin1String(":playback_") + channel;
+        for (const QString& channel : m_channels)
+            ports << m_name + QLatin1String(":playback_") + channel;
         // The tool sometimes hangs before it sends.
         for (int attempt = 0; attempt < 3; ++attempt) {
             unplug();
-            startTied(process_, QStringLiteral("pw-cli"), {});
-            process_.write(QStringLiteral("create-node adapter { factory.name = support.null-audio-sink "
-                                          "node.name = %1 media.class = Audio/Sink "
-                                          "audio.position = [ %2 ] monitor.channel-volumes = true }\n")
-                               .arg(name_, channels_.join(' '))
-                               .toUtf8());
-            if (process_.waitForStarted() && PrivatePipeWire::waitForPorts(ports, 5000))
+            startTied(m_process, QStringLiteral("pw-cli"), {});
+            m_process.write(QStringLiteral("create-node adapter { factory.name = support.null-audio-sink "
+                                           "node.name = %1 media.class = Audio/Sink "
+                                           "audio.position = [ %2 ] monitor.channel-volumes = true }\n")
+                                .arg(m_name, m_channels.join(' '))
+                                .toUtf8());
+            if (m_process.waitForStarted() && PrivatePipeWire::waitForPorts(ports, 5000))
                 return true;
         }
         return false;
     }
     void unplug()
     {
-        process_.kill();
-        process_.waitForFinished(5000);
+        sendSignal(m_process, SIGKILL);
+        m_process.waitForFinished(5000);
     }
-    bool makeDefault() const { return makeDefault(name_); }
+    bool makeDefault() const { return makeDefault(m_name); }
     static bool makeDefault(const QString& name)
     {
         return PrivatePipeWire::waitFor([&] {
@@ -205,9 +205,9 @@ public:
     }
 
 private:
-    const QString name_;
-    const QStringList channels_;
-    QProcess process_;
+    const QString m_name;
+    const QStringList m_channels;
+    QProcess m_process;
 };
 
 /// pw-cat that records as the node "rec" until it is stopped; ends by itself after a minute.
@@ -215,31 +215,31 @@ class Recording
 {
 public:
     Recording(const QString& path, const QStringList& channels)
-        : path_(path)
-        , channels_(channels)
+        : m_path(path)
+        , m_channels(channels)
     {
-        startTied(process_, QStringLiteral("timeout"),
+        startTied(m_process, QStringLiteral("timeout"),
                   {"--signal=INT", "60", "pw-cat", "-r", "--target", "0", "--latency", "256", "--channels",
                    QString::number(channels.size()), "--channel-map", channels.join(','), "--rate", "48000",
                    "--format", "f32", "-P", "{ node.name = rec }", path});
         QStringList ports;
         for (const QString& channel : channels)
             ports << QLatin1String("rec:input_") + channel;
-        ready_ = PrivatePipeWire::waitForPorts(ports);
+        m_ready = PrivatePipeWire::waitForPorts(ports);
     }
     ~Recording() { stop(); }
-    bool ready() const { return ready_; }
+    bool ready() const { return m_ready; }
 
     /// Ends the recording; its samples, channel by channel.
     std::vector<std::vector<float>> stop()
     {
-        if (process_.state() != QProcess::NotRunning) {
-            sendSignal(process_, SIGINT);
-            process_.waitForFinished(10000);
+        if (m_process.state() != QProcess::NotRunning) {
+            sendSignal(m_process, SIGINT);
+            m_process.waitForFinished(10000);
         }
         // RIFF chunks; pw-cat writes 32 bit floats here.
-        std::vector<std::vector<float>> samples(std::size_t(channels_.size()));
-        QFile file(path_);
+        std::vector<std::vector<float>> samples(std::size_t(m_channels.size()));
+        QFile file(m_path);
         if (!file.open(QIODevice::ReadOnly))
             return samples;
         const QByteArray all = file.readAll();
@@ -247,12 +247,12 @@ public:
             quint32 size = 0;
             std::memcpy(&size, all.constData() + at + 4, 4);
             if (all.mid(at, 4) == "data") {
-                const int frames = int(qMin<qint64>(size, all.size() - at - 8) / 4 / channels_.size());
-                for (int c = 0; c < channels_.size(); ++c) {
+                const int frames = int(qMin<qint64>(size, all.size() - at - 8) / 4 / m_channels.size());
+                for (int c = 0; c < m_channels.size(); ++c) {
                     samples[std::size_t(c)].resize(std::size_t(frames));
                     for (int n = 0; n < frames; ++n)
                         std::memcpy(&samples[std::size_t(c)][std::size_t(n)],
-                                    all.constData() + at + 8 + 4 * (n * channels_.size() + c), 4);
+                                    all.constData() + at + 8 + 4 * (n * m_channels.size() + c), 4);
                 }
                 break;
             }
@@ -262,10 +262,10 @@ public:
     }
 
 private:
-    const QString path_;
-    const QStringList channels_;
-    QProcess process_;
-    bool ready_ = false;
+    const QString m_path;
+    const QStringList m_channels;
+    QProcess m_process;
+    bool m_ready = false;
 };
 
 /// Amplitude of a sine of `hz` in a piece of a signal, by correlation under a Hann window.

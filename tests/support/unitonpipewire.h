@@ -4,7 +4,7 @@
 
 #include "platform/hvaudio/dsp/settings.h"
 #include "platform/hvaudio/files/wavwriter.h"
-#include "platform/hvaudio/outputs/output.h"
+#include "platform/hvaudio/outputs/log.h"
 
 #include <QStringList>
 

@@ -38,8 +38,8 @@ Descriptor openRegular(const std::string& path, int flags, const char* verb, std
 
 Descriptor::~Descriptor()
 {
-    if (fd_ >= 0)
-        close(fd_);
+    if (m_fd >= 0)
+        close(m_fd);
 }
 
 const char* otherThanRegular(mode_t mode) noexcept

@@ -12,25 +12,25 @@ class Descriptor
 {
 public:
     explicit Descriptor(int fd = -1) noexcept
-        : fd_(fd)
+        : m_fd(fd)
     {
     }
     Descriptor(Descriptor&& other) noexcept
-        : fd_(std::exchange(other.fd_, -1))
+        : m_fd(std::exchange(other.m_fd, -1))
     {
     }
     Descriptor& operator=(Descriptor&& other) noexcept
     {
-        std::swap(fd_, other.fd_);
+        std::swap(m_fd, other.m_fd);
         return *this;
     }
     ~Descriptor();
 
-    int get() const noexcept { return fd_; }
-    explicit operator bool() const noexcept { return fd_ >= 0; }
+    int get() const noexcept { return m_fd; }
+    explicit operator bool() const noexcept { return m_fd >= 0; }
 
 private:
-    int fd_;
+    int m_fd;
 };
 
 /// "a folder", "a pipe", ... for what `stat` says; null for a regular file.

@@ -56,39 +56,39 @@ std::unique_ptr<Replacement> Replacement::create(const std::string& path, std::s
         return refusal("its links can't be followed");
 
     std::unique_ptr<Replacement> made(new Replacement);
-    made->name_ = path;
-    made->target_ = target.string();
+    made->m_name = path;
+    made->m_target = target.string();
     std::random_device random;
     do {
         const std::string name = "unfinished-" + std::to_string(random()) + ".wav";
-        made->unfinished_ = (target.parent_path() / name).string();
+        made->m_unfinished = (target.parent_path() / name).string();
         // Opened with the mode that any new file gets: only so the kernel subtracts the mask itself.
-        made->file_ = Descriptor(
-            open(made->unfinished_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, exists ? 0600 : 0666));
-    } while (!made->file_ && errno == EEXIST);
-    if (!made->file_) {
+        made->m_file = Descriptor(
+            open(made->m_unfinished.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, exists ? 0600 : 0666));
+    } while (!made->m_file && errno == EEXIST);
+    if (!made->m_file) {
         const int why = errno;
-        made->unfinished_.clear();
+        made->m_unfinished.clear();
         return refusal(std::strerror(why));
     }
-    if (exists && fchmod(made->file_.get(), old.st_mode & 0777) != 0)
+    if (exists && fchmod(made->m_file.get(), old.st_mode & 0777) != 0)
         return refusal(std::strerror(errno));
     return made;
 }
 
 Replacement::~Replacement()
 {
-    if (!unfinished_.empty())
-        std::remove(unfinished_.c_str());
+    if (!m_unfinished.empty())
+        std::remove(m_unfinished.c_str());
 }
 
 bool Replacement::finish(std::string& error)
 {
-    if (std::rename(unfinished_.c_str(), target_.c_str()) != 0) {
-        error = "can't write '" + name_ + "': " + std::strerror(errno);
+    if (std::rename(m_unfinished.c_str(), m_target.c_str()) != 0) {
+        error = "can't write '" + m_name + "': " + std::strerror(errno);
         return false;
     }
-    unfinished_.clear();
+    m_unfinished.clear();
     return true;
 }
 

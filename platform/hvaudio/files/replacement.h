@@ -24,16 +24,16 @@ public:
     Replacement& operator=(const Replacement&) = delete;
 
     /// Open for writing; owned here. Its mode is the target's, or that of any new file.
-    int descriptor() const { return file_.get(); }
+    int descriptor() const { return m_file.get(); }
     /// Takes the target's place; false and a sentence in `error` when that fails. Once.
     bool finish(std::string& error);
 
 private:
     Replacement() = default;
-    Descriptor file_;
-    std::string name_;       ///< as the caller knows it
-    std::string target_;     ///< where its links lead
-    std::string unfinished_; ///< empty once it has become the target
+    Descriptor m_file;
+    std::string m_name;       ///< as the caller knows it
+    std::string m_target;     ///< where its links lead
+    std::string m_unfinished; ///< empty once it has become the target
 };
 
 } // namespace hvaudio

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/hvaudio/sources/ring.h"
+#include "platform/hvaudio/files/stereoframe.h"
 #include "platform/hvaudio/threads.h"
 
 #include <memory>

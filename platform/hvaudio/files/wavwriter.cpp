@@ -14,7 +14,7 @@ std::unique_ptr<WavWriter> WavWriter::create(const std::string& path, double rat
         return nullptr;
     auto writer = create(file.get(), path, rate, channels, error);
     if (writer)
-        writer->own_ = std::move(file);
+        writer->m_own = std::move(file);
     return writer;
 }
 
@@ -34,35 +34,35 @@ std::unique_ptr<WavWriter> WavWriter::create(int descriptor, const std::string& 
     }
     sf_command(file, SFC_RF64_AUTO_DOWNGRADE, nullptr, SF_TRUE);
     std::unique_ptr<WavWriter> writer(new WavWriter);
-    writer->file_ = file;
-    writer->name_ = name;
-    writer->channels_ = channels;
+    writer->m_file = file;
+    writer->m_name = name;
+    writer->m_channels = channels;
     return writer;
 }
 
 WavWriter::~WavWriter()
 {
-    if (file_)
-        sf_close(file_);
+    if (m_file)
+        sf_close(m_file);
 }
 
 bool WavWriter::write(const float* const* channels, int frames)
 {
-    interleaved_.resize(std::size_t(frames) * channels_);
-    for (int c = 0; c < channels_; ++c)
+    m_interleaved.resize(std::size_t(frames) * m_channels);
+    for (int c = 0; c < m_channels; ++c)
         for (int n = 0; n < frames; ++n)
-            interleaved_[std::size_t(n) * channels_ + c] = channels[c][n];
-    return file_ && sf_writef_float(file_, interleaved_.data(), frames) == frames;
+            m_interleaved[std::size_t(n) * m_channels + c] = channels[c][n];
+    return m_file && sf_writef_float(m_file, m_interleaved.data(), frames) == frames;
 }
 
 bool WavWriter::finish(std::string& error)
 {
-    if (!file_)
+    if (!m_file)
         return true;
-    const int fault = sf_close(file_);
-    file_ = nullptr;
+    const int fault = sf_close(m_file);
+    m_file = nullptr;
     if (fault != 0)
-        error = "can't complete '" + name_ + "': " + sf_error_number(fault);
+        error = "can't complete '" + m_name + "': " + sf_error_number(fault);
     return fault == 0;
 }
 

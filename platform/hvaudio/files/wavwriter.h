@@ -34,11 +34,11 @@ public:
 
 private:
     WavWriter() = default;
-    Descriptor own_;
-    sf_private_tag* file_ = nullptr;
-    std::string name_;
-    int channels_ = 0;
-    std::vector<float> interleaved_;
+    Descriptor m_own;
+    sf_private_tag* m_file = nullptr;
+    std::string m_name;
+    int m_channels = 0;
+    std::vector<float> m_interleaved;
 };
 
 } // namespace hvaudio

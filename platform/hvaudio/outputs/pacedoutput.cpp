@@ -1,7 +1,5 @@
 #include "platform/hvaudio/outputs/pacedoutput.h"
 
-#include "platform/hvaudio/files/wavwriter.h"
-
 #include <algorithm>
 #include <chrono>
 #include <vector>
@@ -26,17 +24,17 @@ bool PacedOutput::start(Feed& feed, std::string& error)
     }
     if (!open(rate, error))
         return false;
-    running_ = true;
-    thread_ = std::thread([this, &feed] { run(feed); });
+    m_running = true;
+    m_thread = std::thread([this, &feed] { run(feed); });
     return true;
 }
 
 void PacedOutput::stop()
 {
-    running_ = false;
-    if (!thread_.joinable())
+    m_running = false;
+    if (!m_thread.joinable())
         return;
-    thread_.join();
+    m_thread.join();
     close();
 }
 
@@ -50,61 +48,13 @@ void PacedOutput::run(Feed& feed)
         out[i] = samples.data() + std::size_t(i) * blockFrames;
     const float* const in[2] = {};
     auto next = Clock::now();
-    while (running_) {
+    while (m_running) {
         feed.pull(in, out, blockFrames);
-        take(out, blockFrames);
+        deliver(out, blockFrames);
         next += period;
         next = std::max(next, Clock::now() - 10 * period);
         std::this_thread::sleep_until(next);
     }
-}
-
-NullOutput::~NullOutput()
-{
-    stop();
-}
-
-std::string NullOutput::status() const
-{
-    return "no sound output";
-}
-
-bool NullOutput::open(double, std::string&)
-{
-    return true;
-}
-
-WavOutput::WavOutput(std::string path)
-    : path_(std::move(path))
-{
-}
-
-WavOutput::~WavOutput()
-{
-    stop();
-}
-
-std::string WavOutput::status() const
-{
-    return (full_ ? "can't write any more to " : "writing ") + path_;
-}
-
-bool WavOutput::open(double wavRate, std::string& error)
-{
-    full_ = false;
-    writer_ = WavWriter::create(path_, wavRate, dsp::speakerCount, error);
-    return writer_ != nullptr;
-}
-
-void WavOutput::close()
-{
-    writer_.reset();
-}
-
-void WavOutput::take(const float* const out[dsp::speakerCount], int frames)
-{
-    if (!full_ && !writer_->write(out, frames))
-        full_ = true;
 }
 
 } // namespace hvaudio

@@ -1,6 +1,6 @@
 #include "platform/hvaudio/sources/chimes.h"
 
-#include "platform/hvaudio/sources/ring.h"
+#include "platform/hvaudio/sources/smoothstep.h"
 
 #include <algorithm>
 #include <cmath>
@@ -108,20 +108,20 @@ std::vector<float> makeTable(dsp::Prompt prompt, double seconds, double rate)
 void Chimes::prepare(double rate)
 {
     for (const auto& length : lengths) {
-        Voice& voice = voices_[length.prompt];
-        if (rate != rate_)
+        Voice& voice = m_voices[length.prompt];
+        if (rate != m_rate)
             voice.table = makeTable(length.prompt, length.seconds, rate);
         voice.seen = voice.wish.load();
         voice.done.store(voice.seen);
         voice.at = voice.fade = -1;
     }
-    rate_ = rate;
-    fadeFrames_ = std::max(1, int(0.02 * rate));
+    m_rate = rate;
+    m_fadeFrames = std::max(1, int(0.02 * rate));
 }
 
 void Chimes::ask(dsp::Prompt which, unsigned wish) noexcept
 {
-    std::atomic<unsigned>& word = voices_[which].wish;
+    std::atomic<unsigned>& word = m_voices[which].wish;
     unsigned before = word.load(std::memory_order_relaxed);
     while (!word.compare_exchange_weak(before, ((before & ~wishBits) + nextWish) | wish))
         ;
@@ -140,23 +140,23 @@ void Chimes::end(dsp::Prompt which) noexcept
 
 bool Chimes::sounds(dsp::Prompt which) const noexcept
 {
-    const Voice& voice = voices_[which];
+    const Voice& voice = m_voices[which];
     return voice.done.load() != voice.wish.load();
 }
 
 double Chimes::seconds(dsp::Prompt which) const noexcept
 {
-    return rate_ > 0 ? double(voices_[which].table.size()) / rate_ : 0;
+    return m_rate > 0 ? double(m_voices[which].table.size()) / m_rate : 0;
 }
 
 bool Chimes::render(dsp::Prompt which, float* out, int frames) noexcept
 {
-    Voice& voice = voices_[which];
+    Voice& voice = m_voices[which];
     const unsigned wish = voice.wish.load(std::memory_order_acquire);
     if (wish != voice.seen) {
         voice.seen = wish;
         if (voice.at >= 0)
-            voice.fade = voice.fade >= 0 ? voice.fade : fadeFrames_;
+            voice.fade = voice.fade >= 0 ? voice.fade : m_fadeFrames;
         else
             voice.at = (wish & wishBits) == silence ? -1 : 0;
     }
@@ -170,7 +170,7 @@ bool Chimes::render(dsp::Prompt which, float* out, int frames) noexcept
         float x = voice.table[voice.at++];
         bool over = false;
         if (voice.fade >= 0) {
-            x *= smoothStep(float(voice.fade) / float(fadeFrames_));
+            x *= smoothStep(float(voice.fade) / float(m_fadeFrames));
             over = --voice.fade < 0;
             if (over)
                 voice.at = (voice.seen & wishBits) == silence ? -1 : 0;

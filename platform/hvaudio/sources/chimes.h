@@ -42,9 +42,9 @@ private:
     };
     void ask(dsp::Prompt which, unsigned wish) noexcept;
 
-    Voice voices_[dsp::promptCount];
-    int fadeFrames_ = 1;
-    double rate_ = 0;
+    Voice m_voices[dsp::promptCount];
+    int m_fadeFrames = 1;
+    double m_rate = 0;
 };
 
 } // namespace hvaudio

@@ -17,17 +17,17 @@ class ManualOutput final : public Output
 {
 public:
     explicit ManualOutput(ManualOutput** self, double rate = 48000)
-        : rate_(rate)
+        : m_rate(rate)
     {
         *self = this;
     }
     bool start(Feed& feed, std::string& error) override
     {
-        feed_ = feed.prepare(rate_) ? &feed : nullptr;
-        error = feed_ ? "" : "no such rate";
-        return feed_;
+        m_feed = feed.prepare(m_rate) ? &feed : nullptr;
+        error = m_feed ? "" : "no such rate";
+        return m_feed;
     }
-    void stop() override { feed_ = nullptr; }
+    void stop() override { m_feed = nullptr; }
     bool pulling() const override { return false; }
     std::string status() const override { return "by hand"; }
 
@@ -40,15 +40,15 @@ public:
             out[i] = samples.data() + std::size_t(i) * std::size_t(frames);
         const float* const from[2] = {in.empty() ? nullptr : in.data(), in.empty() ? nullptr : in.data()};
         onAudioThread = true;
-        feed_->pull(from, out, frames);
+        m_feed->pull(from, out, frames);
         onAudioThread = false;
         samples.resize(std::size_t(frames));
         return samples;
     }
 
 private:
-    const double rate_;
-    Feed* feed_ = nullptr;
+    const double m_rate;
+    Feed* m_feed = nullptr;
 };
 
 dsp::Settings neutral()
@@ -206,7 +206,7 @@ void TestPlayer::listenedFramesAreWhatWentInAndOut()
     const auto out = output->pull(4096, in);
     std::vector<HeardFrame> frames(10000);
     bool gap = true;
-    QCOMPARE(player->heard(frames.data(), 10000, &gap), 4096);
+    QCOMPARE(player->fetchHeard(frames.data(), 10000, &gap), 4096);
     QVERIFY(!gap);
     for (std::size_t n = 0; n < 4096; ++n) {
         QCOMPARE(frames[n].programme[0], in[n]);
@@ -214,7 +214,7 @@ void TestPlayer::listenedFramesAreWhatWentInAndOut()
     }
     player->listen(false);
     output->pull(4096, in);
-    QCOMPARE(player->heard(frames.data(), 10000), 0);
+    QCOMPARE(player->fetchHeard(frames.data(), 10000), 0);
 }
 
 void TestPlayer::lateListenerIsToldOfTheGap()
@@ -224,10 +224,10 @@ void TestPlayer::lateListenerIsToldOfTheGap()
         output->pull(4096);
     std::vector<HeardFrame> frames(100000);
     bool gap = false;
-    QCOMPARE(player->heard(frames.data(), 100000, &gap), 0);
+    QCOMPARE(player->fetchHeard(frames.data(), 100000, &gap), 0);
     QVERIFY(gap);
     output->pull(1000);
-    QCOMPARE(player->heard(frames.data(), 100000, &gap), 1000);
+    QCOMPARE(player->fetchHeard(frames.data(), 100000, &gap), 1000);
     QVERIFY(!gap);
 }
 
@@ -290,7 +290,7 @@ void TestPlayer::audioThreadOnlyComputesWhileTheShellChangesEverything()
         player->endPrompt(dsp::Prompt(n / 2 % dsp::promptCount));
         player->beep();
         player->listen(n % 3);
-        player->heard(heard.data(), int(heard.size()));
+        player->fetchHeard(heard.data(), int(heard.size()));
         player->takeMeters();
     }
     ends = true;

@@ -24,9 +24,9 @@ std::uint32_t numberOf(const spa_dict* props, const char* key)
 } // namespace
 
 GraphWatch::GraphWatch(std::function<void()> linksChanged, std::function<void()> managerGone)
-    : linksChanged_(std::move(linksChanged))
-    , managerGone_(std::move(managerGone))
-    , defaults_(SPA_ID_INVALID)
+    : m_linksChanged(std::move(linksChanged))
+    , m_managerGone(std::move(managerGone))
+    , m_defaults(SPA_ID_INVALID)
 {
 }
 
@@ -49,20 +49,20 @@ void GraphWatch::start(pw_core* core)
         return e;
     }();
     stop();
-    registry_ = pw_core_get_registry(core, PW_VERSION_REGISTRY, 0);
-    pw_registry_add_listener(registry_, &hook_, &events, this);
+    m_registry = pw_core_get_registry(core, PW_VERSION_REGISTRY, 0);
+    pw_registry_add_listener(m_registry, &m_hook, &events, this);
 }
 
 void GraphWatch::stop()
 {
-    if (registry_) {
-        spa_hook_remove(&hook_);
-        pw_proxy_destroy(reinterpret_cast<pw_proxy*>(registry_));
-        registry_ = nullptr;
+    if (m_registry) {
+        spa_hook_remove(&m_hook);
+        pw_proxy_destroy(reinterpret_cast<pw_proxy*>(m_registry));
+        m_registry = nullptr;
     }
-    ports_.clear();
-    links_.clear();
-    defaults_ = SPA_ID_INVALID;
+    m_ports.clear();
+    m_links.clear();
+    m_defaults = SPA_ID_INVALID;
 }
 
 void GraphWatch::appears(std::uint32_t id, const char* type, const spa_dict* props)
@@ -70,33 +70,33 @@ void GraphWatch::appears(std::uint32_t id, const char* type, const spa_dict* pro
     if (is(type, PW_TYPE_INTERFACE_Port)) {
         const char* const channel = spa_dict_lookup(props, PW_KEY_AUDIO_CHANNEL);
         if (channel && is(spa_dict_lookup(props, PW_KEY_PORT_DIRECTION), "out"))
-            ports_[id] = {numberOf(props, PW_KEY_NODE_ID), channel};
+            m_ports[id] = {numberOf(props, PW_KEY_NODE_ID), channel};
     } else if (is(type, PW_TYPE_INTERFACE_Link)) {
-        links_[id] = numberOf(props, PW_KEY_LINK_OUTPUT_PORT);
-        linksChanged_();
+        m_links[id] = numberOf(props, PW_KEY_LINK_OUTPUT_PORT);
+        m_linksChanged();
     } else if (is(type, PW_TYPE_INTERFACE_Metadata) &&
                is(spa_dict_lookup(props, PW_KEY_METADATA_NAME), "default")) {
-        defaults_ = id;
+        m_defaults = id;
     }
 }
 
 void GraphWatch::goes(std::uint32_t id)
 {
-    ports_.erase(id);
-    if (links_.erase(id) > 0)
-        linksChanged_();
-    if (id == defaults_) {
-        defaults_ = SPA_ID_INVALID;
-        managerGone_();
+    m_ports.erase(id);
+    if (m_links.erase(id) > 0)
+        m_linksChanged();
+    if (id == m_defaults) {
+        m_defaults = SPA_ID_INVALID;
+        m_managerGone();
     }
 }
 
 GraphWatch::Linked GraphWatch::linked(std::uint32_t node) const
 {
     Linked result;
-    for (const auto& link : links_) {
-        const auto port = ports_.find(link.second);
-        if (port == ports_.end() || port->second.node != node)
+    for (const auto& link : m_links) {
+        const auto port = m_ports.find(link.second);
+        if (port == m_ports.end() || port->second.node != node)
             continue;
         const std::string& channel = port->second.channel;
         result.any = true;

@@ -42,12 +42,12 @@ private:
         std::uint32_t node;
         std::string channel;
     };
-    const std::function<void()> linksChanged_, managerGone_;
-    pw_registry* registry_ = nullptr;
-    spa_hook hook_ = {};
-    std::map<std::uint32_t, Port> ports_;          ///< all output ports of the graph
-    std::map<std::uint32_t, std::uint32_t> links_; ///< link to output port
-    std::uint32_t defaults_;                       ///< the session manager's table of default devices
+    const std::function<void()> m_linksChanged, m_managerGone;
+    pw_registry* m_registry = nullptr;
+    spa_hook m_hook = {};
+    std::map<std::uint32_t, Port> m_ports;          ///< all output ports of the graph
+    std::map<std::uint32_t, std::uint32_t> m_links; ///< link to output port
+    std::uint32_t m_defaults;                       ///< the session manager's table of default devices
 };
 
 } // namespace hvaudio

@@ -1,5 +1,9 @@
 #include "platform/hvaudio/outputs/pipewire/inputbridge.h"
 
+#include "platform/hvaudio/sources/smoothstep.h"
+
+#include <algorithm>
+
 namespace hvaudio {
 
 namespace {
@@ -10,16 +14,16 @@ constexpr int pieceFrames = 256;
 
 void InputBridge::reset(double rate) noexcept
 {
-    ring_.read(nullptr, ring_.readable());
-    overflowed_ = false;
-    pushCycle_ = 0;
-    pushFrames_ = 0;
-    state_ = Waiting;
-    block_ = reserve_ = least_ = watched_ = level_ = 0;
-    second_ = int(rate);
-    sinceShort_ = 10 * second_;
-    fadeFrames_ = std::max(1, int(0.003 * rate));
-    last_ = {};
+    m_ring.read(nullptr, m_ring.readable());
+    m_overflowed = false;
+    m_pushCycle = 0;
+    m_pushFrames = 0;
+    m_state = Waiting;
+    m_block = m_reserve = m_least = m_watched = m_level = 0;
+    m_second = int(rate);
+    m_sinceShort = 10 * m_second;
+    m_fadeFrames = std::max(1, int(0.003 * rate));
+    m_last = {};
 }
 
 void InputBridge::push(std::uint64_t cycle, const float* left, const float* right, int frames) noexcept
@@ -30,38 +34,38 @@ void InputBridge::push(std::uint64_t cycle, const float* left, const float* righ
         const int count = std::min(frames - done, pieceFrames);
         for (int n = 0; n < count; ++n)
             piece[n] = {left ? left[done + n] : 0, right ? right[done + n] : 0};
-        const int taken = ring_.write(piece, count);
+        const int taken = m_ring.write(piece, count);
         done += taken;
         if (taken < count) {
-            overflowed_.store(true, std::memory_order_release); // nobody pulls
+            m_overflowed.store(true, std::memory_order_release); // nobody pulls
             break;
         }
     }
-    const bool same = pushCycle_.load(std::memory_order_relaxed) == cycle;
-    pushFrames_.store(done + (same ? pushFrames_.load(std::memory_order_relaxed) : 0),
-                      std::memory_order_relaxed);
-    pushCycle_.store(cycle, std::memory_order_release);
+    const bool same = m_pushCycle.load(std::memory_order_relaxed) == cycle;
+    m_pushFrames.store(done + (same ? m_pushFrames.load(std::memory_order_relaxed) : 0),
+                       std::memory_order_relaxed);
+    m_pushCycle.store(cycle, std::memory_order_release);
 }
 
 void InputBridge::begin(std::uint64_t cycle, int frames) noexcept
 {
-    if (overflowed_.exchange(false, std::memory_order_acquire)) {
-        ring_.read(nullptr, ring_.readable());
-        state_ = Waiting;
+    if (m_overflowed.exchange(false, std::memory_order_acquire)) {
+        m_ring.read(nullptr, m_ring.readable());
+        m_state = Waiting;
     }
-    const bool alreadyCame = pushCycle_.load(std::memory_order_acquire) == cycle;
-    const int ready = std::max(0, ring_.readable() - (alreadyCame ? pushFrames_.load() : 0));
-    block_ = frames;
-    sinceShort_ = std::min(sinceShort_ + frames, 30 * second_);
-    if (sinceShort_ == 30 * second_)
-        reserve_ = 0;
-    const bool enough = ready > 0 && ready >= frames + reserve_;
-    if (level_ == 0 && state_ != Playing && enough) {
+    const bool alreadyCame = m_pushCycle.load(std::memory_order_acquire) == cycle;
+    const int ready = std::max(0, m_ring.readable() - (alreadyCame ? m_pushFrames.load() : 0));
+    m_block = frames;
+    m_sinceShort = std::min(m_sinceShort + frames, 30 * m_second);
+    if (m_sinceShort == 30 * m_second)
+        m_reserve = 0;
+    const bool enough = ready > 0 && ready >= frames + m_reserve;
+    if (m_level == 0 && m_state != Playing && enough) {
         // What has gathered meanwhile is old: only the newest is played.
-        ring_.read(nullptr, ready - frames - reserve_);
-        state_ = Playing;
-        watched_ = 0;
-    } else if (state_ == Playing) {
+        m_ring.read(nullptr, ready - frames - m_reserve);
+        m_state = Playing;
+        m_watched = 0;
+    } else if (m_state == Playing) {
         watch(ready - frames);
     }
 }
@@ -69,40 +73,40 @@ void InputBridge::begin(std::uint64_t cycle, int frames) noexcept
 /// Two clocks that drift apart, or blocks that have become smaller, leave more behind than is needed.
 void InputBridge::watch(int spare) noexcept
 {
-    least_ = watched_ == 0 ? spare : std::min(least_, spare);
-    watched_ += block_;
-    if (watched_ < second_)
+    m_least = m_watched == 0 ? spare : std::min(m_least, spare);
+    m_watched += m_block;
+    if (m_watched < m_second)
         return;
-    watched_ = 0;
-    if (least_ > reserve_ + block_ / 4)
-        state_ = Skipping;
+    m_watched = 0;
+    if (m_least > m_reserve + m_block / 4)
+        m_state = Skipping;
 }
 
 void InputBridge::runShort() noexcept
 {
-    state_ = Waiting;
-    if (sinceShort_ < 10 * second_)
-        reserve_ = std::min(reserve_ + block_ / 2, 4 * block_);
-    sinceShort_ = 0;
+    m_state = Waiting;
+    if (m_sinceShort < 10 * m_second)
+        m_reserve = std::min(m_reserve + m_block / 2, 4 * m_block);
+    m_sinceShort = 0;
 }
 
 bool InputBridge::pull(float* left, float* right, int frames) noexcept
 {
-    if (state_ != Playing && level_ == 0)
+    if (m_state != Playing && m_level == 0)
         return false;
     for (int done = 0; done < frames;) {
         StereoFrame piece[pieceFrames];
         const int count = std::min(frames - done, pieceFrames);
-        const int got = state_ == Waiting ? 0 : ring_.read(piece, count);
+        const int got = m_state == Waiting ? 0 : m_ring.read(piece, count);
         if (got > 0)
-            last_ = piece[got - 1];
+            m_last = piece[got - 1];
         // Where frames are missing the last one is held and faded: softer than a step to silence.
-        std::fill(piece + got, piece + count, last_);
+        std::fill(piece + got, piece + count, m_last);
         for (int n = 0; n < count; ++n) {
-            if (n == got && state_ != Waiting)
+            if (n == got && m_state != Waiting)
                 runShort();
-            level_ = std::clamp(level_ + (state_ == Playing ? 1 : -1), 0, fadeFrames_);
-            const float factor = smoothStep(float(level_) / float(fadeFrames_));
+            m_level = std::clamp(m_level + (m_state == Playing ? 1 : -1), 0, m_fadeFrames);
+            const float factor = smoothStep(float(m_level) / float(m_fadeFrames));
             left[done + n] = piece[n].left * factor;
             right[done + n] = piece[n].right * factor;
         }

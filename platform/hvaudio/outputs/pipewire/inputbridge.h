@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/hvaudio/files/stereoframe.h"
 #include "platform/hvaudio/sources/ring.h"
 
 #include <cstdint>
@@ -37,21 +38,21 @@ private:
     void runShort() noexcept;
     void watch(int spare) noexcept;
 
-    Ring<StereoFrame> ring_{32768};
-    std::atomic<bool> overflowed_{false}; ///< something didn't fit: what waits is old
-    std::atomic<std::uint64_t> pushCycle_{0};
-    std::atomic<int> pushFrames_{0}; ///< in that cycle
+    Ring<StereoFrame> m_ring{32768};
+    std::atomic<bool> m_overflowed{false}; ///< something didn't fit: what waits is old
+    std::atomic<std::uint64_t> m_pushCycle{0};
+    std::atomic<int> m_pushFrames{0}; ///< in that cycle
 
-    State state_ = Waiting;
-    int block_ = 0;      ///< frames of the current block
-    int reserve_ = 0;    ///< frames that are to be left after a block
-    int least_ = 0;      ///< fewest frames that were spare since the watch began
-    int watched_ = 0;    ///< frames since then
-    int sinceShort_ = 0; ///< frames, as far as it matters
-    int second_ = 48000;
-    int fadeFrames_ = 1;
-    int level_ = 0; ///< 0..fadeFrames_
-    StereoFrame last_;
+    State m_state = Waiting;
+    int m_block = 0;      ///< frames of the current block
+    int m_reserve = 0;    ///< frames that are to be left after a block
+    int m_least = 0;      ///< fewest frames that were spare since the watch began
+    int m_watched = 0;    ///< frames since then
+    int m_sinceShort = 0; ///< frames, as far as it matters
+    int m_second = 48000;
+    int m_fadeFrames = 1;
+    int m_level = 0; ///< 0..m_fadeFrames
+    StereoFrame m_last;
 };
 
 } // namespace hvaudio

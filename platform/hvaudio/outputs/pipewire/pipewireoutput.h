@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/hvaudio/outputs/log.h"
 #include "platform/hvaudio/outputs/output.h"
 
 #include <memory>

@@ -12,6 +12,7 @@
 
 struct pw_core;
 struct pw_stream;
+struct pw_stream_events;
 struct spa_io_position;
 struct spa_pod;
 
@@ -42,35 +43,45 @@ public:
     bool make(pw_core* core, Feed& feed, double serverRate, std::string& error);
     /// Before the core is disconnected. Calling it twice is harmless.
     void destroy();
-    bool made() const { return sink_; }
+    bool made() const { return m_sink; }
     /// Number of the output's node in the graph.
     std::uint32_t outputNode() const;
-    void setLayout(SpeakerFeed::Layout layout) { speakers_.setLayout(layout); }
+    void setLayout(SpeakerFeed::Layout layout) { m_speakers.setLayout(layout); }
 
     /// [ANY]
-    SpeakerFeed::Layout layout() const { return speakers_.layout(); }
+    SpeakerFeed::Layout layout() const { return m_speakers.layout(); }
     /// [ANY] The device pulls.
-    bool streaming() const { return streaming_; }
+    bool streaming() const { return m_streaming; }
     /// [ANY] Rate of the feed in Hz; 0 before the first `make`.
-    int rate() const { return rate_; }
+    int rate() const { return m_rate; }
 
 private:
+    enum class Stream {
+        Sink,
+        Output,
+    };
+    static pw_stream_events eventsOf(Stream which);
+    void prepare(Feed& feed, double serverRate);
+    /// False with a reason in errno.
+    bool makeNodes(pw_core* core);
+    /// Below 0 on failure, the negated reason of errno.
+    int connect();
     void stateChanged(pw_stream* of, int state, const char* error);
     void tellLatency(pw_stream* to, spa_latency_info info, spa_direction direction);
     void passLatency(pw_stream* to, const spa_pod* param, spa_direction direction);
     void comesIn() noexcept; // [RT]
     void goesOut() noexcept; // [RT]
 
-    const Listener listener_;
-    Feed* feed_ = nullptr;
-    pw_stream* sink_ = nullptr;   ///< what players play into
-    pw_stream* stream_ = nullptr; ///< to the device
-    spa_hook sinkHook_ = {}, streamHook_ = {};
-    std::atomic<int> rate_{0};
-    std::atomic<bool> streaming_{false};
+    const Listener m_listener;
+    Feed* m_feed = nullptr;
+    pw_stream* m_sink = nullptr;   ///< what players play into
+    pw_stream* m_stream = nullptr; ///< to the device
+    spa_hook m_sinkHook = {}, m_streamHook = {};
+    std::atomic<int> m_rate{0};
+    std::atomic<bool> m_streaming{false};
     // Of the audio side.
-    std::atomic<spa_io_position*> sinkPosition_{nullptr}, streamPosition_{nullptr};
-    SpeakerFeed speakers_;
+    std::atomic<spa_io_position*> m_sinkPosition{nullptr}, m_streamPosition{nullptr};
+    SpeakerFeed m_speakers;
 };
 
 } // namespace hvaudio

@@ -1,6 +1,9 @@
 #include "platform/hvaudio/outputs/pipewire/speakerfeed.h"
 
 #include "platform/hvaudio/dsp/fold.h"
+#include "platform/hvaudio/sources/smoothstep.h"
+
+#include <iterator>
 
 namespace hvaudio {
 
@@ -24,50 +27,50 @@ constexpr Place places[] = {
     {dsp::RearRight,  none}, // RR
 };
 // clang-format on
-static_assert(sizeof places / sizeof *places == SpeakerFeed::ChannelCount);
+static_assert(std::size(places) == SpeakerFeed::ChannelCount);
 
 } // namespace
 
 void SpeakerFeed::reset(Feed& feed, double rate) noexcept
 {
-    feed_ = &feed;
-    bridge_.reset(rate);
+    m_feed = &feed;
+    m_bridge.reset(rate);
     setLayout(Layout::Stereo);
     const float step = float(1 / (fadeSeconds * rate));
-    folded_ = {1, 1, step};
-    mean_ = {0, 0, step};
+    m_folded = {1, 1, step};
+    m_mean = {0, 0, step};
 }
 
 void SpeakerFeed::fill(std::uint64_t cycle, float* const channels[ChannelCount], int frames) noexcept
 {
     const Layout wanted = layout();
-    folded_.aim = wanted == Layout::Surround ? 0.0f : 1.0f;
-    mean_.aim = wanted == Layout::Mono ? 1.0f : 0.0f;
-    bridge_.begin(cycle, frames);
+    m_folded.aim = wanted == Layout::Surround ? 0.0f : 1.0f;
+    m_mean.aim = wanted == Layout::Mono ? 1.0f : 0.0f;
+    m_bridge.begin(cycle, frames);
     for (int done = 0; done < frames; done += pieceFrames)
         fillPiece(channels, done, std::min(frames - done, pieceFrames));
 }
 
 void SpeakerFeed::fillPiece(float* const channels[ChannelCount], int done, int count) noexcept
 {
-    const bool any = bridge_.pull(input_[0], input_[1], count);
-    const float* const in[2] = {any ? input_[0] : nullptr, any ? input_[1] : nullptr};
+    const bool any = m_bridge.pull(m_input[0], m_input[1], count);
+    const float* const in[2] = {any ? m_input[0] : nullptr, any ? m_input[1] : nullptr};
     float* own[dsp::speakerCount];
     for (int i = 0; i < dsp::speakerCount; ++i)
-        own[i] = speakers_[i];
-    feed_->pull(in, own, count);
+        own[i] = m_speakers[i];
+    m_feed->pull(in, own, count);
 
-    const bool folds = !folded_.steady() || folded_.now > 0;
+    const bool folds = !m_folded.steady() || m_folded.now > 0;
     if (folds) {
-        float* const sides[2] = {sides_[0], sides_[1]};
+        float* const sides[2] = {m_sides[0], m_sides[1]};
         dsp::foldToStereo(own, sides, count);
     }
-    if (folds && (!mean_.steady() || mean_.now > 0)) {
+    if (folds && (!m_mean.steady() || m_mean.now > 0)) {
         for (int n = 0; n < count; ++n) {
-            const float share = smoothStep(mean_.after(n));
-            const float half = 0.5f * share * (sides_[1][n] - sides_[0][n]);
-            sides_[0][n] += half;
-            sides_[1][n] -= half;
+            const float share = smoothStep(m_mean.after(n));
+            const float half = 0.5f * share * (m_sides[1][n] - m_sides[0][n]);
+            m_sides[0][n] += half;
+            m_sides[1][n] -= half;
         }
     }
     for (int i = 0; i < ChannelCount; ++i) {
@@ -75,20 +78,20 @@ void SpeakerFeed::fillPiece(float* const channels[ChannelCount], int done, int c
             continue;
         float* const to = channels[i] + done;
         const float* const alone = places[i].speaker == none ? nullptr : own[places[i].speaker];
-        const float* const side = places[i].side == none ? nullptr : sides_[places[i].side];
-        if (!folded_.steady() && alone) {
+        const float* const side = places[i].side == none ? nullptr : m_sides[places[i].side];
+        if (!m_folded.steady() && alone) {
             for (int n = 0; n < count; ++n) {
-                const float share = smoothStep(folded_.after(n));
+                const float share = smoothStep(m_folded.after(n));
                 to[n] = alone[n] * (1 - share) + (side ? side[n] * share : 0.0f);
             }
-        } else if (const float* const from = folded_.now > 0 ? side : alone) {
+        } else if (const float* const from = m_folded.now > 0 ? side : alone) {
             std::copy(from, from + count, to);
         } else {
             std::fill(to, to + count, 0.0f);
         }
     }
-    folded_.now = folded_.after(count);
-    mean_.now = mean_.after(count);
+    m_folded.now = m_folded.after(count);
+    m_mean.now = m_mean.after(count);
 }
 
 } // namespace hvaudio

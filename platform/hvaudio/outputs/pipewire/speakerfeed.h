@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/hvaudio/outputs/output.h"
+#include "platform/hvaudio/outputs/feed.h"
 #include "platform/hvaudio/outputs/pipewire/inputbridge.h"
 
 #include <algorithm>
@@ -37,14 +37,14 @@ public:
     /// prepared for. The feed must outlive the use of `fill`.
     void reset(Feed& feed, double rate) noexcept;
     /// [ANY] Takes effect with the next block.
-    void setLayout(Layout layout) noexcept { layout_.store(layout, std::memory_order_relaxed); }
+    void setLayout(Layout layout) noexcept { m_layout.store(layout, std::memory_order_relaxed); }
     /// [ANY] The layout that was set last.
-    Layout layout() const noexcept { return layout_.load(std::memory_order_relaxed); }
+    Layout layout() const noexcept { return m_layout.load(std::memory_order_relaxed); }
 
     /// [RT] What has come in; as InputBridge::push.
     void push(std::uint64_t cycle, const float* left, const float* right, int frames) noexcept
     {
-        bridge_.push(cycle, left, right, frames);
+        m_bridge.push(cycle, left, right, frames);
     }
     /// [RT] Fills the channels of a block, any number of frames; null pointers aren't wanted. `cycle` as
     /// InputBridge::begin.
@@ -66,14 +66,14 @@ private:
     };
     void fillPiece(float* const channels[ChannelCount], int done, int count) noexcept;
 
-    Feed* feed_ = nullptr;
-    std::atomic<Layout> layout_{Layout::Stereo};
-    InputBridge bridge_;
-    Fade folded_; ///< 1 = all in FL and FR
-    Fade mean_;   ///< 1 = of the fold, both carry the mean
-    float input_[2][pieceFrames];
-    float speakers_[dsp::speakerCount][pieceFrames];
-    float sides_[2][pieceFrames];
+    Feed* m_feed = nullptr;
+    std::atomic<Layout> m_layout{Layout::Stereo};
+    InputBridge m_bridge;
+    Fade m_folded; ///< 1 = all in FL and FR
+    Fade m_mean;   ///< 1 = of the fold, both carry the mean
+    float m_input[2][pieceFrames];
+    float m_speakers[dsp::speakerCount][pieceFrames];
+    float m_sides[2][pieceFrames];
 };
 
 } // namespace hvaudio

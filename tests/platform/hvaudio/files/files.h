@@ -1,7 +1,5 @@
 #pragma once
 
-#include "platform/hvaudio/sources/ring.h"
-
 #include <sndfile.h>
 
 #include <QByteArray>

@@ -33,14 +33,14 @@ public:
     explicit MediumOf(rlim_t bytes)
     {
         std::signal(SIGXFSZ, SIG_IGN);
-        getrlimit(RLIMIT_FSIZE, &before_);
-        const rlimit room = {bytes, before_.rlim_max};
+        getrlimit(RLIMIT_FSIZE, &m_before);
+        const rlimit room = {bytes, m_before.rlim_max};
         setrlimit(RLIMIT_FSIZE, &room);
     }
-    ~MediumOf() { setrlimit(RLIMIT_FSIZE, &before_); }
+    ~MediumOf() { setrlimit(RLIMIT_FSIZE, &m_before); }
 
 private:
-    rlimit before_ = {};
+    rlimit m_before = {};
 };
 
 } // namespace

@@ -17,17 +17,17 @@ public:
     explicit AsOrdinaryUser(const QString& folder)
     {
         if (geteuid() == 0 && chown(QFile::encodeName(folder).constData(), nobody, gid_t(-1)) == 0)
-            changed_ = seteuid(nobody) == 0;
+            m_changed = seteuid(nobody) == 0;
     }
     ~AsOrdinaryUser()
     {
-        if (changed_ && seteuid(0) != 0)
+        if (m_changed && seteuid(0) != 0)
             qFatal("can't be the administrator again");
     }
 
 private:
     static constexpr uid_t nobody = 65534;
-    bool changed_ = false;
+    bool m_changed = false;
 };
 
 } // namespace

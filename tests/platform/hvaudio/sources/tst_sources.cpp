@@ -1,8 +1,7 @@
-#include "tests/platform/hvaudio/files/files.h"
-
-#include "platform/hvaudio/outputs/pipewire/inputbridge.h"
-#include "platform/hvaudio/sources/chimes.h"
 #include "platform/hvaudio/sources/sources.h"
+
+#include "platform/hvaudio/sources/pinknoise.h"
+#include "platform/hvaudio/sources/sweep.h"
 
 #include <QtTest>
 
@@ -53,28 +52,28 @@ class Constant final : public Source
 {
 public:
     explicit Constant(float level, std::atomic<int>* alive = nullptr)
-        : level_(level)
-        , alive_(alive)
+        : m_level(level)
+        , m_alive(alive)
     {
-        if (alive_)
-            ++*alive_;
+        if (m_alive)
+            ++*m_alive;
     }
     ~Constant() override
     {
-        level_ = NAN; // whoever still plays it is found out
-        if (alive_)
-            --*alive_;
+        m_level = NAN; // whoever still plays it is found out
+        if (m_alive)
+            --*m_alive;
     }
     bool render(const float* const*, float* left, float* right, int frames) noexcept override
     {
-        std::fill(left, left + frames, level_);
-        std::fill(right, right + frames, level_);
+        std::fill(left, left + frames, m_level);
+        std::fill(right, right + frames, m_level);
         return true;
     }
 
 private:
-    volatile float level_;
-    std::atomic<int>* alive_;
+    volatile float m_level;
+    std::atomic<int>* m_alive;
 };
 
 } // namespace
@@ -87,19 +86,10 @@ private slots:
     void pinkNoiseFallsByThreeDecibelsAnOctave_data();
     void pinkNoiseFallsByThreeDecibelsAnOctave();
     void sweepRisesThroughAllFrequencies();
-    void fileIsRepeatedWithoutAGap();
-    void fileThatCantBeReadIsRefused();
     void exchangeFadesOutAndIn();
     void otherIdIsTakenAtOnce();
     void idWithoutSourceIsSilent();
     void sourcesAreExchangedWhileTheyPlayAndNoneIsLost();
-    void chimeIsPlayedOnceAndEnds_data();
-    void chimeIsPlayedOnceAndEnds();
-    void chimeIsRepeatedUntilItIsEnded();
-    void chimeHasNoSoundAboveItsBand();
-    void bridgeIsOneBlockLateWhateverTheOrder();
-    void bridgeFadesWhenItRunsShortAndComesBack();
-    void bridgeThatNobodyPulledGivesNewSound();
 };
 
 void TestSources::pinkNoiseFallsByThreeDecibelsAnOctave_data()
@@ -153,37 +143,6 @@ void TestSources::sweepRisesThroughAllFrequencies()
     const auto again = play(*sweep, 4800)[0];
     for (std::size_t n = 0; n < again.size(); ++n)
         QCOMPARE(again[n], out[n]);
-}
-
-void TestSources::fileIsRepeatedWithoutAGap()
-{
-    QTemporaryDir folder;
-    // Lengths that fit no block, one of them shorter than any.
-    for (int length : {7, 1000, 100003}) {
-        std::vector<float> samples;
-        for (int n = 0; n < length; ++n)
-            samples.push_back(float(n + 1) / float(length));
-        const std::string path = files::write(folder.filePath("loop.wav").toStdString(),
-                                              SF_FORMAT_WAV | SF_FORMAT_FLOAT, 48000, 1, samples);
-        std::string error;
-        const auto source = makeFileSource(path, 48000, error);
-        QVERIFY2(source, error.c_str());
-        for (int n = 0; n < 3 * length + 20000;) {
-            const auto out = play(*source, 4096)[0];
-            for (float x : out) {
-                QCOMPARE(x, samples[std::size_t(n % length)]);
-                ++n;
-            }
-            QVERIFY(source->readAhead());
-        }
-    }
-}
-
-void TestSources::fileThatCantBeReadIsRefused()
-{
-    std::string error;
-    QVERIFY(!makeFileSource("/nowhere/at-all.flac", 48000, error));
-    QVERIFY2(error.find("/nowhere/at-all.flac") != std::string::npos, error.c_str());
 }
 
 void TestSources::exchangeFadesOutAndIn()
@@ -258,154 +217,6 @@ void TestSources::sourcesAreExchangedWhileTheyPlayAndNoneIsLost()
     }
     QVERIFY(!wrong);
     QCOMPARE(alive.load(), 0);
-}
-
-void TestSources::chimeIsPlayedOnceAndEnds_data()
-{
-    QTest::addColumn<int>("prompt");
-    QTest::newRow("ring") << int(dsp::Ring);
-    QTest::newRow("call") << int(dsp::Call);
-    QTest::newRow("voice") << int(dsp::Voice);
-    QTest::newRow("navigation") << int(dsp::Navi);
-}
-
-void TestSources::chimeIsPlayedOnceAndEnds()
-{
-    QFETCH(int, prompt);
-    const auto which = dsp::Prompt(prompt);
-    Chimes chimes;
-    chimes.prepare(rate);
-    std::vector<float> out(1000);
-    QVERIFY(!chimes.render(which, out.data(), 1000));
-    QVERIFY(!chimes.sounds(which));
-    chimes.start(which, false);
-    QVERIFY(chimes.sounds(which));
-    float largest = 0, before = 0, step = 0;
-    int frames = 0;
-    while (chimes.render(which, out.data(), 1000)) {
-        for (float x : out) {
-            largest = std::max(largest, std::abs(x));
-            step = std::max(step, std::abs(x - before));
-            before = x;
-        }
-        frames += 1000;
-        QVERIFY(frames < 5 * rate);
-    }
-    QVERIFY(!chimes.sounds(which));
-    QVERIFY(std::abs(frames - chimes.seconds(which) * rate) <= 1000);
-    QVERIFY2(std::abs(largest - 0.25f) < 0.01f, qPrintable(QString::number(largest)));
-    QVERIFY2(step < 0.15f, qPrintable(QString::number(step)));
-    QCOMPARE(before, 0.0f);
-}
-
-void TestSources::chimeIsRepeatedUntilItIsEnded()
-{
-    Chimes chimes;
-    chimes.prepare(rate);
-    std::vector<float> out(480);
-    chimes.start(dsp::Ring, true);
-    for (int n = 0; n < 1000; ++n)
-        QVERIFY(chimes.render(dsp::Ring, out.data(), 480));
-    chimes.end(dsp::Ring);
-    int rest = 0;
-    while (chimes.render(dsp::Ring, out.data(), 480))
-        rest += 480;
-    QVERIFY2(rest > 480 && rest <= 1440, qPrintable(QString::number(rest))); // the fade of 20 ms
-    QVERIFY(!chimes.sounds(dsp::Ring));
-    chimes.end(dsp::Ring);
-    QVERIFY(!chimes.sounds(dsp::Ring));
-}
-
-void TestSources::chimeHasNoSoundAboveItsBand()
-{
-    Chimes chimes;
-    chimes.prepare(rate);
-    for (int prompt = 0; prompt < dsp::promptCount; ++prompt) {
-        std::vector<float> out(48000);
-        chimes.start(dsp::Prompt(prompt), false);
-        chimes.render(dsp::Prompt(prompt), out.data(), 48000);
-        // Twice differentiated by a difference of high order, only what lies high is left.
-        for (int times = 0; times < 8; ++times)
-            for (std::size_t n = out.size() - 1; n > 0; --n)
-                out[n] = (out[n] - out[n - 1]) / 2;
-        double sum = 0;
-        for (std::size_t n = 10; n < out.size(); ++n)
-            sum += double(out[n]) * double(out[n]);
-        // (sin(pi f / rate))^8 is -47 dB at 8 kHz and 0 dB at 24 kHz.
-        QVERIFY2(10 * std::log10(sum / double(out.size())) < -65,
-                 qPrintable(QString::number(10 * std::log10(sum / double(out.size())))));
-    }
-}
-
-void TestSources::bridgeIsOneBlockLateWhateverTheOrder()
-{
-    InputBridge bridge;
-    bridge.reset(rate);
-    constexpr int block = 256;
-    std::vector<float> in(block), left(block), right(block);
-    std::uint64_t cycle = 1000;
-    float next = 1;
-    for (int n = 0; n < 400; ++n, ++cycle) {
-        const bool inFirst = n / 7 % 2;
-        const float first = next;
-        for (float& x : in)
-            x = next++;
-        if (inFirst)
-            bridge.push(cycle, in.data(), in.data(), block);
-        bridge.begin(cycle, block);
-        const bool any = bridge.pull(left.data(), right.data(), 100) &&
-                         bridge.pull(left.data() + 100, right.data() + 100, block - 100);
-        if (!inFirst)
-            bridge.push(cycle, in.data(), in.data(), block);
-        if (n < 2)
-            continue; // the fade at the start
-        QVERIFY(any);
-        QCOMPARE(left[0], first - block);
-        QCOMPARE(right[block - 1], first - 1);
-    }
-}
-
-void TestSources::bridgeFadesWhenItRunsShortAndComesBack()
-{
-    InputBridge bridge;
-    bridge.reset(rate);
-    constexpr int block = 256;
-    std::vector<float> in(block, 0.5f), left(block), right(block);
-    float before = 0;
-    bool silent = false, back = false;
-    for (int n = 0; n < 200; ++n) {
-        bridge.begin(std::uint64_t(n + 1), block);
-        const bool any = bridge.pull(left.data(), right.data(), block);
-        silent |= n > 105 && !any;
-        back |= silent && any && left[block - 1] == 0.5f;
-        for (int i = 0; i < block; ++i) {
-            const float x = any ? left[std::size_t(i)] : 0;
-            QVERIFY2(std::abs(x - before) < 0.01f, qPrintable(QString::number(n)));
-            before = x;
-        }
-        if (n < 100 || n > 110)
-            bridge.push(std::uint64_t(n + 1), in.data(), in.data(), block);
-    }
-    QVERIFY(silent);
-    QVERIFY(back);
-}
-
-void TestSources::bridgeThatNobodyPulledGivesNewSound()
-{
-    InputBridge bridge;
-    bridge.reset(rate);
-    std::vector<float> in(512), left(512), right(512);
-    for (int n = 0; n < 1000; ++n) {
-        std::fill(in.begin(), in.end(), n < 999 ? 0.1f : 0.9f);
-        bridge.push(std::uint64_t(n + 1), in.data(), in.data(), 512);
-    }
-    bridge.begin(1001, 512);
-    QVERIFY(!bridge.pull(left.data(), right.data(), 512)); // all of it was old
-    std::fill(in.begin(), in.end(), 0.9f);
-    bridge.push(1001, in.data(), in.data(), 512);
-    bridge.begin(1002, 512);
-    QVERIFY(bridge.pull(left.data(), right.data(), 512));
-    QCOMPARE(left[511], 0.9f);
 }
 
 QTEST_GUILESS_MAIN(TestSources)

@@ -121,7 +121,7 @@ Heard TestPipeWireSession::hearFrom(const QString& sink, const QStringList& chan
         startTied(cat, "pw-cat", arguments << server->path("sides.wav"));
         const bool ended = cat.waitForFinished(20000);
         if (!ended) {
-            cat.kill();
+            sendSignal(cat, SIGKILL);
             cat.waitForFinished();
         }
         return ended;

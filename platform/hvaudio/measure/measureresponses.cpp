@@ -1,4 +1,4 @@
-#include "platform/hvaudio/measure/measure.h"
+#include "platform/hvaudio/measure/measureresponses.h"
 
 #include "platform/hvaudio/dsp/engine.h"
 

@@ -1,0 +1,20 @@
+#pragma once
+
+#include "platform/hvaudio/outputs/pacedoutput.h"
+
+namespace hvaudio {
+
+/// No sound output; the sound is made, measured and dropped.
+class NullOutput final : public PacedOutput
+{
+public:
+    ~NullOutput() override;
+    std::string status() const override;
+
+protected:
+    bool open(double rate, std::string& error) override;
+    void close() override {}
+    void deliver(const float* const[dsp::speakerCount], int) override {}
+};
+
+} // namespace hvaudio

@@ -1,0 +1,34 @@
+#include "platform/hvaudio/sources/inputsource.h"
+
+#include <algorithm>
+
+namespace hvaudio {
+
+namespace {
+
+class Input final : public Source
+{
+public:
+    bool render(const float* const in[2], float* left, float* right, int frames) noexcept override
+    {
+        if (!in[0] && !in[1])
+            return false;
+        float* const out[2] = {left, right};
+        for (int s = 0; s < 2; ++s) {
+            if (in[s])
+                std::copy(in[s], in[s] + frames, out[s]);
+            else
+                std::fill(out[s], out[s] + frames, 0.0f);
+        }
+        return true;
+    }
+};
+
+} // namespace
+
+std::unique_ptr<Source> makeInput()
+{
+    return std::make_unique<Input>();
+}
+
+} // namespace hvaudio

@@ -1,0 +1,19 @@
+#pragma once
+
+#include "platform/hvaudio/threads.h"
+
+namespace hvaudio {
+
+/// What plays as one source of the unit.
+class Source
+{
+public:
+    virtual ~Source() = default;
+    /// [RT] Fills both sides; `in` is what other programs play into the unit, null for silence. False, with
+    /// nothing written, when there is nothing but silence.
+    virtual bool render(const float* const in[2], float* left, float* right, int frames) noexcept = 0;
+    /// Reads ahead, on a thread that may wait; true when there may be more to do soon.
+    virtual bool readAhead() { return false; }
+};
+
+} // namespace hvaudio
