@@ -112,20 +112,22 @@ struct Heard
     std::size_t start = 0; ///< of the clean piece; 0: there is none
 };
 
-/// Plays a file of tones by `play` and records what the sink gets. Once more, five times at most, when a busy
-/// machine let neither player nor recorder have an undisturbed half second.
+/// Plays so many seconds of tones by `play` and records what the sink gets. Again and longer, five times at
+/// most, when a busy machine let neither player nor recorder have an undisturbed half second.
 inline Heard hear(PrivatePipeWire& server, const QString& sink, const QStringList& channels,
-                  const std::function<bool()>& play)
+                  const std::function<bool(double seconds)>& play)
 {
     Heard heard;
-    for (int attempt = 0; attempt < 5 && heard.start == 0; ++attempt) {
+    for (const double seconds : {1.0, 3.0, 3.0, 3.0, 3.0}) {
+        if (heard.start > 0)
+            break;
         Recording recording(server.path("rec.wav"), channels);
         if (!recording.ready())
             return heard;
         for (const QString& channel : channels)
             if (!PrivatePipeWire::link(sink + ":monitor_" + channel, "rec:input_" + channel))
                 return heard;
-        if (!play())
+        if (!play(seconds))
             return heard;
         heard.channels = recording.stop();
         heard.start = cleanPiece(heard.channels[0]);
@@ -137,9 +139,8 @@ inline Heard hear(PrivatePipeWire& server, const QString& sink, const QStringLis
 inline Heard hearTones(PrivatePipeWire& server, const QString& sink, const QStringList& channels)
 {
     const QString tones = server.path("tones.wav");
-    if (!writeTones(tones, 3))
-        return {};
-    return hear(server, sink, channels, [&] { return playIntoUnit(tones); });
+    return hear(server, sink, channels,
+                [&](double seconds) { return writeTones(tones, seconds) && playIntoUnit(tones); });
 }
 
 } // namespace unitonpipewire

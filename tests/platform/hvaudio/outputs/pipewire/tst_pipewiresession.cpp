@@ -30,13 +30,13 @@ const double foldOwn = 0.25 * (1 + rear) + 0.5 * low;
 constexpr double foldOther = 0.5 * low;
 
 /// A tone on either side.
-bool writeSides(const QString& path)
+bool writeSides(const QString& path, double seconds)
 {
     std::string error;
     const auto writer = WavWriter::create(path.toStdString(), rate, 2, error);
     if (!writer)
         return false;
-    std::vector<float> left(std::size_t(3 * rate)), right(left.size());
+    std::vector<float> left(std::size_t(seconds * rate)), right(left.size());
     for (std::size_t n = 0; n < left.size(); ++n) {
         left[n] = float(toneLevel * std::sin(2 * M_PI * leftHz * double(n) / rate));
         right[n] = float(toneLevel * std::sin(2 * M_PI * rightHz * double(n) / rate));
@@ -88,7 +88,6 @@ void TestPipeWireSession::init()
     server = std::make_unique<PrivatePipeWire>(QStringLiteral(TEST_SUPPORT) + "/pipewire",
                                                PrivatePipeWire::Managed);
     QVERIFY(server->start());
-    QVERIFY(writeSides(server->path("sides.wav")));
 }
 
 void TestPipeWireSession::cleanup()
@@ -113,7 +112,9 @@ bool TestPipeWireSession::start()
 
 Heard TestPipeWireSession::hearFrom(const QString& sink, const QStringList& channels, const QString& target)
 {
-    return hear(*server, sink, channels, [&] {
+    return hear(*server, sink, channels, [&](double seconds) {
+        if (!writeSides(server->path("sides.wav"), seconds))
+            return false;
         QProcess cat;
         QStringList arguments = {"-p"};
         if (!target.isEmpty())
