@@ -10,7 +10,7 @@
 
 namespace hvaudio {
 
-/// What was heard at one moment, for measuring: see `Player::listen`.
+/// What was heard at one moment, for measuring: see `Player::listen`. Full scale is 1.
 struct HeardFrame
 {
     float programme[2]; ///< what went into the engine
@@ -44,13 +44,15 @@ public:
     void stop();
     bool started() const;
 
-    /// What the listener asked for; at once, click-free. `Settings::source` chooses among the sources below.
+    /// What the listener asked for, clamped as in `dsp::clampToRange`; at once, click-free.
+    /// `Settings::source` chooses among the sources below.
     void setSettings(const dsp::Settings& settings);
 
     /// What plays as the source `id`; the sound changes by a short fade when it is the one that is heard.
     /// `path` is for files. False, and one line in the log and in `error` where given, when a file can't be
     /// read or the id is out of range; what played before then goes on. All sources start as silence.
     bool setSource(int id, SourceKind kind, const std::string& path = {}, std::string* error = nullptr);
+    /// Silence for an id out of range.
     SourceKind sourceKind(int id) const;
     /// The file that plays as this source; empty for other kinds.
     std::string sourcePath(int id) const;
@@ -59,14 +61,14 @@ public:
     void prompt(dsp::Prompt which, bool repeated = false) noexcept;
     /// Fades the chime out.
     void endPrompt(dsp::Prompt which) noexcept;
-    /// [ANY] True while the chime sounds.
+    /// [ANY] True from `prompt` on until the chime has ended.
     bool promptSounds(dsp::Prompt which) const noexcept;
     /// The key beep.
     void beep() noexcept;
 
     /// Loudest samples and the limiter's work since the last call.
     dsp::Meters takeMeters() noexcept;
-    /// The running processor: its response, rate, latency, settings.
+    /// The running processor: its response, rate, latency, settings. Owned here.
     const dsp::Engine& engine() const;
 
     /// Keeps what is heard for `fetchHeard`, or stops doing so and forgets it. Costs a copy; off at first.

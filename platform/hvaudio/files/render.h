@@ -24,11 +24,11 @@ struct RenderJob
 struct RenderReport
 {
     long long frames = 0; ///< written
-    double rate = 0;
-    int channels = 0; ///< of the input
-    double inputRate = 0;
-    double elapsed = 0; ///< seconds the work took
-    std::string remark; ///< empty, or what is worth knowing: the input was cut short, the limiter worked
+    double rate = 0;      ///< of the output, in Hz
+    int channels = 0;     ///< of the input
+    double inputRate = 0; ///< Hz
+    double elapsed = 0;   ///< seconds the work took
+    std::string remark;   ///< empty, or what is worth knowing: the input was cut short, the limiter worked
 };
 
 /// False, and one readable sentence in `error`, when the input can't be read or the output can't be written;

@@ -37,10 +37,11 @@ public:
     SoundFile(const SoundFile&) = delete;
     SoundFile& operator=(const SoundFile&) = delete;
 
+    /// Of the file, 1 to 8.
     int channels() const;
     /// Of the file, in Hz.
     int fileRate() const;
-    /// Of what `read` gives.
+    /// Of what `read` gives, in Hz.
     double rate() const;
     /// Frames of the file read so far, at its own rate.
     long long fileFramesRead() const;

@@ -15,8 +15,9 @@ namespace hvaudio {
 class WavWriter
 {
 public:
-    /// Null and a sentence in `error` when the file can't be written, or is something other than a regular
-    /// file: the header is completed at the end, for which pipes have no way back.
+    /// Rate in Hz, rounded to a whole number; channels 1 to 1024. Null and a sentence in `error` when the
+    /// file can't be written, or is something other than a regular file: the header is completed at the end,
+    /// for which pipes have no way back.
     static std::unique_ptr<WavWriter> create(const std::string& path, double rate, int channels,
                                              std::string& error);
     /// Into an empty file that stays the caller's and is open for longer than this; `name` is what messages
@@ -26,7 +27,7 @@ public:
     /// Completes the file as far as it was written.
     ~WavWriter();
 
-    /// One pointer a channel. False when the medium is full or gone.
+    /// One pointer a channel, full scale is 1. False when the medium is full or gone.
     bool write(const float* const* channels, int frames);
     /// Completes the file; false and a sentence in `error` when that fails. Nothing can be written
     /// afterwards.

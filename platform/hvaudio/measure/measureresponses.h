@@ -10,7 +10,7 @@ namespace hvaudio::dsp {
 /// What each speaker does to a sine of each of its `hz`, as a factor, measured: an impulse runs through an
 /// engine of its own that stands at these settings, and its answer is transformed. Both inputs get the
 /// impulse, as in `Engine::response`. Takes a few hundred milliseconds for a hundred frequencies; not for the
-/// audio thread. All 0 for a rate that the engine refuses.
+/// audio thread. Rate in Hz; all 0 for one that the engine refuses.
 using OfEachSpeaker = std::array<std::vector<double>, speakerCount>;
 OfEachSpeaker measureResponses(const Settings& settings, double rate, const OfEachSpeaker& hz);
 

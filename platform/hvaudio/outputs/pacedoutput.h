@@ -19,10 +19,10 @@ public:
     bool pulling() const override { return m_running; }
 
 protected:
-    /// [CT] Before the thread starts and after it has ended.
+    /// [CT] Before the thread starts and after it has ended; rate in Hz. False with a sentence in `error`.
     virtual bool open(double rate, std::string& error) = 0;
     virtual void close() = 0;
-    /// On the pulling thread.
+    /// On the pulling thread: what has been pulled, in the order of `dsp::Speaker`.
     virtual void deliver(const float* const out[dsp::speakerCount], int frames) = 0;
 
 private:

@@ -14,7 +14,7 @@ namespace hvaudio {
 class Chimes
 {
 public:
-    /// [OFF] Falls silent.
+    /// [OFF] Falls silent. Rate in Hz, above 0.
     void prepare(double rate);
 
     /// [CT] From its beginning; one that sounds is faded out first. Lock-free.
@@ -23,10 +23,11 @@ public:
     void end(dsp::Prompt which) noexcept;
     /// [ANY] From `start` on until the last sample was rendered.
     bool sounds(dsp::Prompt which) const noexcept;
-    /// [CT] Length in seconds of one round.
+    /// [CT] Length of one round in seconds; 0 before the first `prepare`.
     double seconds(dsp::Prompt which) const noexcept;
 
-    /// [RT] Fills `out` (mono); false, and nothing written, when it is silent.
+    /// [RT] Fills `out` (mono, `frames` above 0) and returns true; false, and nothing written, when it is
+    /// silent.
     bool render(dsp::Prompt which, float* out, int frames) noexcept;
 
 private:

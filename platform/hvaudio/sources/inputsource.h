@@ -6,7 +6,7 @@
 
 namespace hvaudio {
 
-/// What comes in.
+/// What other programs play into the unit; where one side is missing it is silent.
 std::unique_ptr<Source> makeInput();
 
 } // namespace hvaudio

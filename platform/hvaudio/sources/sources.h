@@ -16,15 +16,15 @@ namespace hvaudio {
 class Sources
 {
 public:
-    /// [OFF] All fades in this rate; the sources themselves must be made anew where they depend on it.
+    /// [OFF] All fades in this rate, in Hz; the sources themselves must be made anew where they depend on it.
     void prepare(double rate) noexcept;
 
-    /// [CT] One thread at a time. id: 0 .. sourceIds - 1. Null is silence.
+    /// [CT] Several at once are fine. id: 0 .. sourceIds - 1, nothing else. Null is silence.
     void set(int id, std::shared_ptr<Source> source);
     /// [CT] What `set` was given last for each id, for reading ahead.
     std::vector<std::shared_ptr<Source>> all() const;
 
-    /// [RT] As `Source::render`.
+    /// [RT] As `Source::render`; silence for ids out of range.
     bool render(int id, const float* const in[2], float* left, float* right, int frames) noexcept;
 
 private:

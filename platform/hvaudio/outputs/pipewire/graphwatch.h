@@ -22,6 +22,7 @@ public:
     GraphWatch(std::function<void()> linksChanged, std::function<void()> managerGone);
     ~GraphWatch();
 
+    /// The core must outlive the watch or its `stop`. Starting a started one forgets all first.
     void start(pw_core* core);
     /// Before the core is disconnected. Forgets all. Calling it twice is harmless.
     void stop();
@@ -31,6 +32,7 @@ public:
     {
         bool left = false, right = false, rearLeft = false, rearRight = false, low = false, any = false;
     };
+    /// `node`: its number in the graph; nothing is linked of one that isn't there.
     Linked linked(std::uint32_t node) const;
 
 private:

@@ -17,7 +17,7 @@ namespace hvaudio {
 class InputBridge
 {
 public:
-    /// [OFF] Empty and silent.
+    /// [OFF] Empty and silent. Rate in Hz.
     void reset(double rate) noexcept;
 
     /// [RT] Of the stream that comes in; null pointers are silence. `cycle` is a number that both streams see
@@ -26,7 +26,7 @@ public:
     /// [RT] Of the stream that goes out: a block of so many frames begins. Its frames are then fetched by one
     /// or several calls of `pull`.
     void begin(std::uint64_t cycle, int frames) noexcept;
-    /// [RT] False, with nothing written, for silence.
+    /// [RT] Fills `frames` of both sides and returns true; false, with nothing written, for silence.
     bool pull(float* left, float* right, int frames) noexcept;
 
 private:
