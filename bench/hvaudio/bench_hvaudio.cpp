@@ -211,7 +211,7 @@ void setToFirstChangedSample(benchmark::State& state)
             b.run(still, 64);
         }
         Settings s = fullChain();
-        s.balance = 10;
+        s.balance = 10 / 15.0;
         state.ResumeTiming();
         engine.set(s);
         for (bool same = true; same; frames += 64) {
@@ -250,9 +250,9 @@ void worstBlockOfTenMinutes(benchmark::State& state)
                 Settings s = fullChain();
                 for (int& band : s.equalizer)
                     band = int(random() % 21) - 10;
-                s.balance = int(random() % 31) - 15;
+                s.balance = int(random() % 31) / 15.0 - 1;
                 s.cabin[random() % 4].delayMs = 0.1 * (random() % 101);
-                s.mainVolume = int(random() % 51);
+                s.mainDb = 1.2 * (int(random() % 51) - 50);
                 engine.set(s);
             }
             const auto before = Clock::now();

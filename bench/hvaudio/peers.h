@@ -23,16 +23,16 @@ inline Settings fullChain()
 {
     Settings s;
     s.power = true;
-    s.mainVolume = 45;
+    s.mainDb = -6;
     s.loudness = true;
     s.equalizer = {6, 4, 2, -1, -3, -2, 1, 3, 5, -4, 2, -6, 4};
     const double delays[] = {2.1, 3.4, 5.6, 7.8};
     for (int i = 0; i < cabinSpeakerCount; ++i) {
-        s.cabin[i].highPass = {4, 3};
+        s.cabin[i].highPass = {80, 4};
         s.cabin[i].attenuation = i;
         s.cabin[i].delayMs = delays[i];
     }
-    s.subwoofer = {5, 3, 3, false, 10};
+    s.subwoofer = {false, {80, 4}, 3, false, 10};
     return s;
 }
 

@@ -90,10 +90,11 @@ dsp::Settings loud()
 {
     dsp::Settings settings;
     settings.power = true;
-    settings.mainVolume = 40;
+    settings.source = HVAudio_source_Radio;
+    settings.mainDb = -12;
     settings.loudness = true;
     for (auto& speaker : settings.cabin) {
-        speaker.highPass = {4, 3};
+        speaker.highPass = {80, 4};
         speaker.delayMs = 2.3;
     }
     return settings;
@@ -106,7 +107,7 @@ void setToSound(Player& player, Puller& puller)
     // A constant input, so that every sample that differs from the one before shows the change.
     std::vector<float> in(64, 0.1f);
     AudioService* const service = AudioService::instance();
-    player.setSource(dsp::Settings().source, SourceKind::Input);
+    player.setSource(HVAudio_source_Radio, SourceKind::Input);
     AudioServiceHost::setSink([&player](const dsp::Settings& settings) { player.setSettings(settings); });
     AudioServiceHost::powerOn();
     service->setVolumeLevel(45, 0);
@@ -176,10 +177,11 @@ void worstBlock(Player& player, Puller& puller, double seconds, bool paced)
         for (unsigned n = 0; !ends; ++n) {
             dsp::Settings settings = loud();
             settings.equalizer[n % dsp::bandCount] = int(n * 7 % 21) - 10;
-            settings.balance = int(n * 3 % 31) - 15;
-            settings.mainVolume = int(n * 11 % 51);
+            settings.balance = int(n * 3 % 31) / 15.0 - 1;
+            settings.mainDb = 1.2 * (int(n * 11 % 51) - 50);
             settings.cabin[n % 4].delayMs = n % 100 / 10.0;
-            settings.cabin[n % 4].highPass = {int(n % 9), int(n % 4)};
+            constexpr double corners[] = {0, 30, 40, 60, 80, 100, 120, 160, 250};
+            settings.cabin[n % 4].highPass = {corners[n % 9], 1 + int(n % 4)};
             settings.source = n % 64 < 32 ? 6 : 18;
             player.setSettings(settings);
             if (n % 50 == 0)

@@ -34,6 +34,10 @@ UnitSound::UnitSound()
 {
     for (const UnitSource& source : unitSources)
         m_player.setSource(source.id, SourceKind::Input);
+    // Where the service begins, too; it tells once it is there.
+    dsp::Settings off;
+    off.source = HVAudio_source_Radio;
+    m_player.setSettings(off);
     AudioServiceHost::setSink([this](const dsp::Settings& settings) { m_player.setSettings(settings); });
     AudioServiceHost::setBeeper([this] { m_player.beep(); });
 }

@@ -45,7 +45,6 @@ bool isBandValue(const char* operation, int value, int band)
 
 constexpr int frequencyMask = 0x7F;
 constexpr int rearMark = 0x80;
-constexpr int largestCut = 12;
 
 /// Checks a filter of a cabin speaker. Bit 7 of the frequency, the rear pair's mark, says what the speaker
 /// says.
@@ -170,7 +169,7 @@ void AudioService::setHPFFilter(int frequency, int attenuation, int speaker, int
 {
     report("setHPFFilter", frequency, attenuation, speaker, slope);
     const AudioServiceHost::FilterTables tables = d->state.tables;
-    if (!isCabinFilter("setHPFFilter", frequency, attenuation, speaker, slope, lastHighPassFrequency(tables)))
+    if (!isCabinFilter("setHPFFilter", frequency, attenuation, speaker, slope, lastCabinFrequency(tables)))
         return;
     noteLargeCut("setHPFFilter", attenuation, largestCut);
     const int index = speakerOfBit(speaker);
@@ -182,7 +181,7 @@ void AudioService::setLPFFilter(int frequency, int attenuation, int speaker, int
 {
     report("setLPFFilter", frequency, attenuation, speaker, slope);
     const AudioServiceHost::FilterTables tables = d->state.tables;
-    if (!isCabinFilter("setLPFFilter", frequency, attenuation, speaker, slope, lastLowPassFrequency(tables)))
+    if (!isCabinFilter("setLPFFilter", frequency, attenuation, speaker, slope, lastCabinFrequency(tables)))
         return;
     noteLargeCut("setLPFFilter", attenuation, largestCut);
     const int index = speakerOfBit(speaker);
@@ -194,7 +193,7 @@ void AudioService::setSubFilter(int frequency, int attenuation, int slope)
 {
     report("setSubFilter", frequency, attenuation, slope);
     const AudioServiceHost::FilterTables tables = d->state.tables;
-    if (!inRange("setSubFilter", "frequency index", frequency, 0, lastSubwooferFrequency(tables)) ||
+    if (!inRange("setSubFilter", "frequency index", frequency, 0, lastSubwooferFrequency) ||
         !inRange("setSubFilter", "attenuation", attenuation, 0, maximumLevelSent) ||
         !inRange("setSubFilter", "slope", slope, 0, maximumSlope))
         return;

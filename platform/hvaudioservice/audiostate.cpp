@@ -1,5 +1,6 @@
 #include "platform/hvaudioservice/audiostate.h"
 
+#include "hvaudio/crossovers.h"
 #include "platform/hvaudio/dsp/settings.h"
 
 #include <algorithm>
@@ -16,6 +17,29 @@ static_assert(dsp::speakerCount == speakers && dsp::cabinSpeakerCount == cabinSp
                   dsp::bandCount == eqBandCount,
               "service and sound processor count alike");
 
+struct PromptChannel
+{
+    std::size_t channel; ///< of a volume
+    dsp::Prompt prompt;
+};
+
+// clang-format off
+constexpr PromptChannel promptChannels[] = {
+    {1, dsp::Ring},
+    {2, dsp::Call},
+    {4, dsp::Voice},
+    {5, dsp::Navi},
+};
+// clang-format on
+static_assert(std::size(promptChannels) == dsp::promptCount, "one row a prompt");
+
+/// slope: index into crossoverSlopes.
+int orderOfSlope(int slope)
+{
+    constexpr int dbAnOrder = 6;
+    return crossoverSlopes[slope] / dbAnOrder;
+}
+
 /// Attenuation in dB of one cabin filter. A filter that is off doesn't attenuate either: its page shows 0 dB
 /// then. The stand-alone page sends its frequency index once more in place of a level.
 int attenuationOf(const Filter& filter, Tables tables)
@@ -23,26 +47,44 @@ int attenuationOf(const Filter& filter, Tables tables)
     return filter.frequency == 0 || tables == Tables::MainAudio ? 0 : filter.attenuation;
 }
 
+dsp::FilterSettings highPassOf(const Filter& filter, Tables tables)
+{
+    const auto index = static_cast<std::size_t>(filter.frequency);
+    return {double(tables == Tables::MainAudio ? mainHighPass[index].hz : groupCrossoverHz[index]),
+            orderOfSlope(filter.slope)};
+}
+
+dsp::FilterSettings lowPassOf(const Filter& filter, Tables tables)
+{
+    const auto index = static_cast<std::size_t>(filter.frequency);
+    return {double(tables == Tables::MainAudio ? mainLowPass[index].hz : groupCrossoverHz[index]),
+            orderOfSlope(filter.slope)};
+}
+
+/// index: 1 and up; 1 plays everything.
+int subwooferHz(int index, Tables tables)
+{
+    return tables == Tables::MainAudio ? mainSubwoofer[index].hz : groupCrossoverHz[index - 1];
+}
+
 dsp::SubwooferSettings subwooferOf(const AudioState& state)
 {
     dsp::SubwooferSettings settings;
-    settings.filter = state.subwoofer.frequency;
-    settings.attenuation = state.subwoofer.attenuation;
+    const int index = state.subwoofer.frequency;
+    settings.silent = index == 0;
+    // One that falls silent takes the lowest filter, so that no treble slips out on the way.
+    constexpr int lowest = 2;
+    settings.lowPass.hz = subwooferHz(settings.silent ? lowest : index, state.tables);
     // The audio levels page sends slope 0 with every level, which must not flatten the filter.
-    settings.slope = state.subwoofer.slope != 0 ? state.subwoofer.slope : state.subwooferSlope;
+    settings.lowPass.order =
+        orderOfSlope(state.subwoofer.slope != 0 ? state.subwoofer.slope : state.subwooferSlope);
     settings.inverted = state.subwooferInverted;
     if (state.tables == Tables::MainAudio) {
-        // Stored indexes 6 ... 9 come from the speaker groups' list (100, 120, 160, 250 Hz); the stand-alone
-        // list ends at 5, so they sound as its nearest entry: 120, 120, 160, 160 Hz.
-        constexpr int nearest[] = {4, 4, 5, 5};
-        if (settings.filter > 5)
-            settings.filter = nearest[settings.filter - 6];
         // Its level is one, not an attenuation: 14 is the loudest.
         constexpr int loudest = 14;
-        settings.attenuation = loudest - std::min(settings.attenuation, loudest);
+        settings.attenuation = loudest - std::min(state.subwoofer.attenuation, loudest);
     } else {
-        constexpr int softest = 12;
-        settings.attenuation = std::min(settings.attenuation, softest);
+        settings.attenuation = std::min(state.subwoofer.attenuation, largestCut);
     }
     return settings;
 }
@@ -81,19 +123,15 @@ const int* curveOf(const AudioState& state)
     return user >= 0 ? state.userCurve[static_cast<std::size_t>(user)].data() : eqCurveOf(state.eqType).value;
 }
 
-int lastHighPassFrequency(Tables tables)
+int lastCabinFrequency(Tables tables)
 {
-    return tables == Tables::MainAudio ? 5 : 8;
+    return int(tables == Tables::MainAudio ? std::size(mainHighPass) : std::size(groupCrossoverHz)) - 1;
 }
 
-int lastLowPassFrequency(Tables tables)
+double dbOfVolume(int level)
 {
-    return lastHighPassFrequency(tables);
-}
-
-int lastSubwooferFrequency(Tables)
-{
-    return 9;
+    constexpr double step = 1.2;
+    return level <= 0 ? dsp::silentDb : step * (level - maximumVolume);
 }
 
 dsp::Settings dspSettings(const AudioState& state)
@@ -101,30 +139,24 @@ dsp::Settings dspSettings(const AudioState& state)
     dsp::Settings settings;
     settings.power = state.power;
     settings.source = state.source;
-    settings.sourceGain = state.gain[static_cast<std::size_t>(rowOfSource(state.source))];
-    settings.mainVolume = state.volume[0];
-    for (int channel = 0; channel < channels; ++channel) {
-        const int prompt = dsp::promptOfChannel(channel);
-        if (prompt >= 0)
-            settings.promptVolume[static_cast<std::size_t>(prompt)] =
-                state.volume[static_cast<std::size_t>(channel)];
-    }
+    constexpr int neutralGain = 5;
+    settings.sourceDb = state.gain[static_cast<std::size_t>(rowOfSource(state.source))] - neutralGain;
+    settings.mainDb = dbOfVolume(state.volume[0]);
+    for (const PromptChannel& row : promptChannels)
+        settings.promptDb[row.prompt] = dbOfVolume(state.volume[row.channel]);
     std::copy_n(curveOf(state), eqBandCount, settings.equalizer.begin());
     settings.loudness = state.loudness;
-    settings.balance = state.balance;
-    settings.fader = state.fader;
-    settings.tables = state.tables == Tables::MainAudio ? dsp::CrossoverTables::StandAlonePage
-                                                        : dsp::CrossoverTables::SpeakerPage;
+    settings.balance = double(state.balance) / maximumBalance;
+    settings.fader = double(state.fader) / maximumBalance;
     constexpr double msPerUs = 0.001;
     for (std::size_t speaker = 0; speaker < cabinSpeakers; ++speaker) {
         const Filter& high = state.highPass[speaker];
         const Filter& low = state.lowPass[speaker];
         dsp::CabinSpeakerSettings& cabin = settings.cabin[speaker];
-        cabin.highPass = {high.frequency, high.slope};
-        cabin.lowPass = {low.frequency, low.slope};
-        constexpr int softest = 12;
+        cabin.highPass = highPassOf(high, state.tables);
+        cabin.lowPass = lowPassOf(low, state.tables);
         cabin.attenuation =
-            std::min(attenuationOf(high, state.tables) + attenuationOf(low, state.tables), softest);
+            std::min(attenuationOf(high, state.tables) + attenuationOf(low, state.tables), largestCut);
         cabin.delayMs = state.delayUs[speaker] * msPerUs;
     }
     settings.subwoofer = subwooferOf(state);

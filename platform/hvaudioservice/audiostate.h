@@ -2,6 +2,7 @@
 
 #include "platform/hvaudioservice/audioservicehost.h"
 
+#include "hvaudio/crossovers.h"
 #include "hvaudio/eqcurves.h"
 
 #include <array>
@@ -35,10 +36,11 @@ constexpr int maximumBandValue = 10;
 constexpr int maximumBalance = 15;
 constexpr int maximumVolume = 50;
 constexpr int maximumGain = 15;
-constexpr int maximumSlope = 3;
+constexpr int maximumSlope = int(std::size(crossoverSlopes)) - 1;
 constexpr int maximumDelayUs = 10000;
-/// Levels reach the service masked to seven bits; what is beyond the loudest cut counts as that.
+/// Levels reach the service masked to seven bits; what is beyond the largest cut, in dB, sounds as that.
 constexpr int maximumLevelSent = 127;
+constexpr int largestCut = 12;
 
 struct SourceGain
 {
@@ -108,12 +110,15 @@ int userCurveOf(int eqType);
 /// Values of the curve that sounds.
 const int* curveOf(const AudioState& state);
 
-/// Largest index of the filters' frequency tables.
-int lastHighPassFrequency(AudioServiceHost::FilterTables tables);
-int lastLowPassFrequency(AudioServiceHost::FilterTables tables);
-int lastSubwooferFrequency(AudioServiceHost::FilterTables tables);
+/// Largest index of a cabin filter's frequencies, high-pass and low-pass alike.
+int lastCabinFrequency(AudioServiceHost::FilterTables tables);
+/// The same of the subwoofer's; both lists count alike.
+constexpr int lastSubwooferFrequency = int(std::size(mainSubwoofer)) - 1;
 
-/// The same in the sound processor's terms.
+/// Volume 0..50 in dB: 0 is silence, 50 is 0 dB, and each step is 1.2 dB, which is even to the ear.
+double dbOfVolume(int level);
+
+/// The state in the sound processor's terms: Hz, orders, dB, ms.
 dsp::Settings dspSettings(const AudioState& state);
 
 } // namespace hvaudio

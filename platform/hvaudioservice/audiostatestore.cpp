@@ -100,13 +100,12 @@ private:
 };
 
 /// The subwoofer as its pages show it while none of them has touched it yet.
-Filter untouchedSubwoofer(Tables tables)
+Filter untouchedSubwoofer()
 {
     constexpr int levelMask = 0x7F;
     Filter filter;
     if (stored(QStringLiteral("subwooferOnOff"), true))
-        filter.frequency =
-            storedInRange(QStringLiteral("subwooferFreq"), 7, 0, lastSubwooferFrequency(tables));
+        filter.frequency = storedInRange(QStringLiteral("subwooferFreq"), 7, 0, lastSubwooferFrequency);
     filter.attenuation = stored(QStringLiteral("subwooferLevel"), 11) & levelMask;
     return filter;
 }
@@ -124,14 +123,13 @@ void readFilters(AudioState& state, Reader& reader)
     for (int speaker = 0; speaker < cabinSpeakers; ++speaker) {
         const auto index = static_cast<std::size_t>(speaker);
         reader.filter(state.highPass[index], highPassKey(state.tables, speaker),
-                      lastHighPassFrequency(state.tables));
+                      lastCabinFrequency(state.tables));
         reader.filter(state.lowPass[index], lowPassKey(state.tables, speaker),
-                      lastLowPassFrequency(state.tables));
+                      lastCabinFrequency(state.tables));
     }
     const QString subwoofer = subwooferKey(state.tables);
     if (reader.wants(subwoofer))
-        state.subwoofer =
-            storedFilter(subwoofer, lastSubwooferFrequency(state.tables), untouchedSubwoofer(state.tables));
+        state.subwoofer = storedFilter(subwoofer, lastSubwooferFrequency, untouchedSubwoofer());
 }
 
 void readButFilters(AudioState& state, Reader& reader)

@@ -4,6 +4,7 @@
 
 #include "tests/system/soundunit.h"
 
+#include "tests/support/askedsound.h"
 #include "tests/support/process.h"
 
 #include "hvaudio/eqcurves.h"
@@ -246,20 +247,20 @@ void TestRestart::whatWasSetOnEachPageSurvives()
     for (int band = 0; band < sound::bandCount; ++band)
         QCOMPARE(heard.equalizer[std::size_t(band)], hvaudio::eqCurveOf(EQ_Type_Rock).value[band]);
     QVERIFY(heard.loudness);
-    QCOMPARE(heard.balance, 10);
-    QCOMPARE(heard.fader, 15);
-    QCOMPARE(heard.subwoofer.filter, 7);
+    QCOMPARE(heard.balance, 10 / 15.0);
+    QCOMPARE(heard.fader, 1.0);
+    QVERIFY(hears(heard, 120));
     QCOMPARE(heard.subwoofer.attenuation, 0);
     for (int speaker : {sound::RearLeft, sound::RearRight}) {
-        QCOMPARE(heard.cabin[std::size_t(speaker)].highPass.frequency, 3);
-        QCOMPARE(heard.cabin[std::size_t(speaker)].highPass.slope, 2);
+        QCOMPARE(heard.cabin[std::size_t(speaker)].highPass.hz, 60.0);
+        QCOMPARE(heard.cabin[std::size_t(speaker)].highPass.order, 3);
         QCOMPARE(heard.cabin[std::size_t(speaker)].attenuation, 1);
     }
-    QCOMPARE(heard.cabin[sound::FrontLeft].highPass.frequency, 0);
+    QCOMPARE(heard.cabin[sound::FrontLeft].highPass.hz, 0.0);
     QCOMPARE(heard.cabin[sound::FrontLeft].delayMs, 0.3);
     QCOMPARE(heard.cabin[sound::FrontRight].delayMs, 0.0);
-    QCOMPARE(heard.mainVolume, 27);
-    QCOMPARE(heard.promptVolume[sound::Ring], 50);
+    QCOMPARE(heard.mainDb, dbOf(27));
+    QCOMPARE(heard.promptDb[sound::Ring], dbOf(50));
     hvaudio::AudioService::instance()->setEQType(EQ_Type_User1, false);
     QCOMPARE(heard.equalizer[5], 6);
     hvaudio::AudioService::instance()->setEQType(EQ_Type_User2, false);

@@ -9,25 +9,6 @@ namespace {
 
 constexpr double pi = 3.14159265358979323846;
 
-/// Frequencies in Hz behind index 1 and up; index 0 is off.
-struct Table
-{
-    int count;
-    double hz[8];
-};
-
-// clang-format off
-constexpr Table speakerPageTable = {8, {30, 40, 60, 80, 100, 120, 160, 250}};
-constexpr Table aloneHighPass    = {5, {20, 60, 80, 160, 250}};
-constexpr Table aloneLowPass     = {5, {2000, 8000, 10000, 16000, 20000}};
-constexpr Table aloneSubwoofer   = {4, {50, 80, 120, 160}};
-// clang-format on
-
-double entry(const Table& table, int index)
-{
-    return index <= 0 ? 0.0 : table.hz[std::min(index, table.count) - 1];
-}
-
 /// Output mix of a high-pass or low-pass section; k is set by the caller.
 Section firstOrder(double g, bool high)
 {
@@ -125,46 +106,14 @@ TwoSections passThrough(double rate)
     return {pass, pass};
 }
 
-double highPassHz(CrossoverTables tables, int index)
-{
-    return entry(tables == CrossoverTables::SpeakerPage ? speakerPageTable : aloneHighPass, index);
-}
-
-double lowPassHz(CrossoverTables tables, int index)
-{
-    return entry(tables == CrossoverTables::SpeakerPage ? speakerPageTable : aloneLowPass, index);
-}
-
-double subwooferHz(CrossoverTables tables, int filter)
-{
-    if (filter <= 0)
-        return -1;
-    return entry(tables == CrossoverTables::SpeakerPage ? speakerPageTable : aloneSubwoofer, filter - 1);
-}
-
-double volumeDb(int volume)
-{
-    return 1.2 * (std::clamp(volume, 0, 50) - 50);
-}
-
-double volumeFactor(int volume)
-{
-    return volume <= 0 ? 0.0 : factorOfDb(volumeDb(volume));
-}
-
-double sourceFactor(int gain)
-{
-    return factorOfDb(std::clamp(gain, 0, 15) - 5);
-}
-
-double farSideFactor(int away)
+double farSideFactor(double away)
 {
     if (away <= 0)
         return 1;
-    return away >= 15 ? 0.0 : std::cos(pi / 2 * away / 15);
+    return away >= 1 ? 0.0 : std::cos(pi / 2 * away);
 }
 
-double fieldFactor(Speaker speaker, int balance, int fader)
+double fieldFactor(Speaker speaker, double balance, double fader)
 {
     const bool left = speaker == FrontLeft || speaker == RearLeft;
     const bool front = speaker == FrontLeft || speaker == FrontRight;

@@ -45,25 +45,14 @@ TwoSections butterworthLowPass(double hz, int order, double rate);
 /// on or off is a glide of the output mix.
 TwoSections passThrough(double rate);
 
-/// Frequency of a table entry in Hz; 0 = off. Indexes beyond the table mean its last entry, negative ones
-/// off.
-double highPassHz(CrossoverTables tables, int index);
-double lowPassHz(CrossoverTables tables, int index);
-/// Subwoofer: `filter` 0 is silent (returns -1), 1 is no filter (returns 0), n is entry n - 1.
-double subwooferHz(CrossoverTables tables, int filter);
-
-/// Volume 0..50 as a factor: 0 is silence, 50 is 1, and each step is 1.2 dB, which is even to the ear.
-double volumeFactor(int volume);
-/// The same in dB; volume 0 counts as one step below 1.
-double volumeDb(int volume);
-/// Source gain 0..15 as a factor: -5..+10 dB.
-double sourceFactor(int gain);
 /// What the side that the control points away from keeps: 1 at the centre and on the near side, falling along
-/// cos to silence. `away` is 0..15.
-double farSideFactor(int away);
-/// Balance and fader for one cabin speaker.
-double fieldFactor(Speaker speaker, int balance, int fader);
+/// cos to silence. `away` is up to 1, the far end.
+double farSideFactor(double away);
+/// Balance and fader, -1..1 as in `Settings`, for one cabin speaker.
+double fieldFactor(Speaker speaker, double balance, double fader);
+/// 10^(db / 20); 0 for `silentDb`.
 double factorOfDb(double db);
+/// 20 log10(factor); factors below 1e-12 count as that.
 double dbOfFactor(double factor);
 
 /// A delay in frames as a whole tap and the coefficient a of the all-pass (a + z^-1) / (1 + a z^-1) that

@@ -1,32 +1,44 @@
 #include "platform/hvaudio/dsp/settings.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace hvaudio::dsp {
 
 namespace {
 
+constexpr double lowestHz = 10, highestHz = 20000;
+
 class Clamper
 {
 public:
     void value(int& v, int low, int high, const char* name, int number = -1)
     {
-        const int wanted = v < low ? low : v > high ? high : v;
+        const int wanted = std::clamp(v, low, high);
         if (wanted != v)
             say(std::to_string(v), std::to_string(wanted), name, number);
         v = wanted;
     }
     void value(double& v, double low, double high, const char* name, int number = -1)
     {
-        const double wanted = !std::isfinite(v) ? 0 : v < low ? low : v > high ? high : v;
+        const double wanted = std::isfinite(v) ? std::clamp(v, low, high) : 0;
         if (!(wanted == v))
             say(std::to_string(v), std::to_string(wanted), name, number);
         v = wanted;
     }
-    void filter(FilterSettings& f, const char* frequencyName, const char* slopeName, int speaker)
+    /// A level up to 0 dB, down to `silentDb`.
+    void level(double& v, const char* name, int number = -1)
     {
-        value(f.frequency, 0, 0x7f, frequencyName, speaker);
-        value(f.slope, 0, 3, slopeName, speaker);
+        const double wanted = std::isnan(v) ? silentDb : std::min(v, 0.0);
+        if (!(wanted == v))
+            say(std::to_string(v), std::to_string(wanted), name, number);
+        v = wanted;
+    }
+    void filter(FilterSettings& f, const char* frequencyName, const char* orderName, int speaker = -1)
+    {
+        if (f.hz != 0)
+            value(f.hz, lowestHz, highestHz, frequencyName, speaker);
+        value(f.order, 1, 4, orderName, speaker);
     }
     std::string text;
 
@@ -43,24 +55,23 @@ private:
 std::string clampToRange(Settings& s)
 {
     Clamper c;
-    c.value(s.sourceGain, 0, 15, "source gain");
-    c.value(s.mainVolume, 0, 50, "main volume");
+    c.value(s.sourceDb, -20, 20, "source level");
+    c.level(s.mainDb, "main level");
     for (int i = 0; i < promptCount; ++i)
-        c.value(s.promptVolume[i], 0, 50, "prompt volume", i);
+        c.level(s.promptDb[i], "prompt level", i);
     for (int i = 0; i < bandCount; ++i)
         c.value(s.equalizer[i], -10, 10, "equalizer band", i);
-    c.value(s.balance, -15, 15, "balance");
-    c.value(s.fader, -15, 15, "fader");
+    c.value(s.balance, -1, 1, "balance");
+    c.value(s.fader, -1, 1, "fader");
     for (int i = 0; i < cabinSpeakerCount; ++i) {
         CabinSpeakerSettings& speaker = s.cabin[i];
-        c.filter(speaker.highPass, "high-pass index of speaker", "high-pass slope of speaker", i);
-        c.filter(speaker.lowPass, "low-pass index of speaker", "low-pass slope of speaker", i);
+        c.filter(speaker.highPass, "high-pass of speaker", "high-pass order of speaker", i);
+        c.filter(speaker.lowPass, "low-pass of speaker", "low-pass order of speaker", i);
         c.value(speaker.attenuation, 0, 12, "attenuation of speaker", i);
         c.value(speaker.delayMs, 0, 10, "delay of speaker", i);
     }
-    c.value(s.subwoofer.filter, 0, 0x7f, "subwoofer filter");
+    c.filter(s.subwoofer.lowPass, "subwoofer low-pass", "subwoofer low-pass order");
     c.value(s.subwoofer.attenuation, 0, 60, "subwoofer attenuation");
-    c.value(s.subwoofer.slope, 0, 3, "subwoofer slope");
     c.value(s.subwoofer.delayMs, 0, 10, "subwoofer delay");
     return c.text;
 }

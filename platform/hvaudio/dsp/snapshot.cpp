@@ -33,30 +33,25 @@ ExactSections makeSections(const Settings& s, const EqualizerDesign& equalizer, 
     const auto bands = equalizer.solve(wanted);
     std::copy(bands.begin(), bands.end(), exact.cascade.begin());
 
-    const LoudnessSections loudness = designLoudness(s.loudness ? volumeDb(s.mainVolume) : 0, rate);
+    const LoudnessSections loudness = designLoudness(s.loudness ? s.mainDb : 0, rate);
     std::copy(loudness.sections.begin(), loudness.sections.end(), exact.cascade.begin() + bandCount);
-    exact.bus = s.mute ? 0 : volumeFactor(s.mainVolume) * loudness.factor;
+    exact.bus = s.mute ? 0 : factorOfDb(s.mainDb) * loudness.factor;
 
+    const auto filter = [rate](auto design, const FilterSettings& f) {
+        return f.hz > 0 ? design(f.hz, f.order, rate) : passThrough(rate);
+    };
     const double power = s.power ? 1 : 0;
     for (int i = 0; i < cabinSpeakerCount; ++i) {
         const CabinSpeakerSettings& speaker = s.cabin[i];
-        const double high = highPassHz(s.tables, speaker.highPass.frequency);
-        const double low = lowPassHz(s.tables, speaker.lowPass.frequency);
-        exact.highPass[i] =
-            high > 0 ? butterworthHighPass(high, speaker.highPass.slope + 1, rate) : passThrough(rate);
-        exact.lowPass[i] =
-            low > 0 ? butterworthLowPass(low, speaker.lowPass.slope + 1, rate) : passThrough(rate);
+        exact.highPass[i] = filter(butterworthHighPass, speaker.highPass);
+        exact.lowPass[i] = filter(butterworthLowPass, speaker.lowPass);
         exact.speakerGain[i] = power * fieldFactor(Speaker(i), s.balance, s.fader) *
                                signedLevel(speaker.attenuation, speaker.inverted);
         exact.delayFrames[i] = speaker.delayMs * rate / 1000;
     }
-    const double low = subwooferHz(s.tables, s.subwoofer.filter);
-    // A silent subwoofer keeps the lowest filter, so that no treble slips out while its gain glides.
-    const double closed = subwooferHz(s.tables, 2);
-    exact.subwoofer = low == 0 ? passThrough(rate)
-                               : butterworthLowPass(low < 0 ? closed : low, s.subwoofer.slope + 1, rate);
+    exact.subwoofer = filter(butterworthLowPass, s.subwoofer.lowPass);
     exact.speakerGain[Subwoofer] =
-        low < 0 ? 0 : power * signedLevel(s.subwoofer.attenuation, s.subwoofer.inverted);
+        s.subwoofer.silent ? 0 : power * signedLevel(s.subwoofer.attenuation, s.subwoofer.inverted);
     exact.delayFrames[Subwoofer] = s.subwoofer.delayMs * rate / 1000;
     return exact;
 }
@@ -73,7 +68,7 @@ Snapshot makeSnapshot(const Settings& s, const EqualizerDesign& equalizer, doubl
         for (int i = 0; i < cabinSpeakerCount; ++i) {
             place(p.highPass, 4 * section + i, exact.highPass[i][section]);
             place(p.lowPass, 4 * section + i, exact.lowPass[i][section]);
-            snapshot.lowPassUsed |= lowPassHz(s.tables, s.cabin[i].lowPass.frequency) > 0;
+            snapshot.lowPassUsed |= s.cabin[i].lowPass.hz > 0;
         }
         for (int channel = 0; channel < 2; ++channel)
             place(p.subwoofer, 2 * section + channel, exact.subwoofer[section]);
@@ -87,10 +82,10 @@ Snapshot makeSnapshot(const Settings& s, const EqualizerDesign& equalizer, doubl
     }
     p.bus[0] = float(exact.bus);
     for (int i = 0; i < promptCount; ++i)
-        p.bus[1 + i] = float(volumeFactor(s.promptVolume[i]));
+        p.bus[1 + i] = float(factorOfDb(s.promptDb[i]));
     snapshot.power = s.power;
     snapshot.source = s.source;
-    snapshot.sourceFactor = float(sourceFactor(s.sourceGain));
+    snapshot.sourceFactor = float(factorOfDb(s.sourceDb));
     return snapshot;
 }
 

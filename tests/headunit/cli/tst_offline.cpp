@@ -1,3 +1,4 @@
+#include "tests/support/askedsound.h"
 #include "tests/support/process.h"
 
 #include "headunit/cli/offline.h"
@@ -96,7 +97,7 @@ void TestOffline::storedSettingsAreThoseOfTheFile()
     Settings settings;
     QString error;
     QVERIFY2(readStoredSettings(path, &settings, &error), qPrintable(error));
-    QCOMPARE(settings.mainVolume, 37);
+    QCOMPARE(settings.mainDb, dbOf(37));
     QVERIFY(settings.loudness);
     QVERIFY(settings.power);
     // Without a file they are the factory's.

@@ -130,8 +130,8 @@ void TestSoundPanel::listeningEndsWithThePanel()
 void TestSoundPanel::computedCurvesAreTheRunningCoefficients()
 {
     m_sound->wanted.equalizer = {8, 4, 0, 0, 0, -6, -6, 0, 0, 4, 4, 0, 0};
-    m_sound->wanted.cabin[RearLeft].highPass = {8, 3};
-    m_sound->wanted.subwoofer = {4, 6, 3, false, 0};
+    m_sound->wanted.cabin[RearLeft].highPass = {250, 4};
+    m_sound->wanted.subwoofer = {false, {60, 4}, 6, false, 0};
     m_sound->apply();
     m_panel->show();
     for (int i = 0; i < speakerCount; ++i) {
@@ -149,7 +149,7 @@ void TestSoundPanel::computedCurvesFollowASetting()
 {
     m_panel->show();
     const double before = points(FrontLeft, false).at(100).y();
-    m_sound->wanted.mainVolume = 45; // five steps of 1.2 dB
+    m_sound->wanted.mainDb = -6; // five steps of 1.2 dB
     m_sound->apply();
     QTRY_VERIFY(std::abs(points(FrontLeft, false).at(100).y() - (before - 6)) < 0.1);
 }
@@ -168,7 +168,7 @@ void TestSoundPanel::settledSoundIsntDrawnAgain()
 void TestSoundPanel::measuredDotsLieOnTheLines()
 {
     m_sound->wanted.equalizer = {6, 4, 0, 0, -4, -6, -4, 0, 4, 6, 4, 2, 0};
-    m_sound->wanted.cabin[FrontRight].highPass = {7, 2};
+    m_sound->wanted.cabin[FrontRight].highPass = {160, 3};
     m_sound->apply();
     m_panel->show();
     QVERIFY(points(FrontLeft, true).isEmpty());
@@ -214,7 +214,7 @@ void TestSoundPanel::changedSettingTakesTheOldDotsAway()
     m_panel->show();
     playNoise(2);
     QTRY_VERIFY(!points(FrontLeft, true).isEmpty());
-    m_sound->wanted.mainVolume = 20;
+    m_sound->wanted.mainDb = -36;
     m_sound->apply();
     QTRY_VERIFY(points(FrontLeft, true).isEmpty());
 }
@@ -263,9 +263,9 @@ static int painted(const QImage& picture, const QColor& colour)
 void TestSoundPanel::pictureIsSaved()
 {
     // Every speaker at a level of its own, so that no line covers another.
-    m_sound->wanted.balance = 8;
-    m_sound->wanted.fader = 4;
-    m_sound->wanted.subwoofer.filter = 4;
+    m_sound->wanted.balance = 8 / 15.0;
+    m_sound->wanted.fader = 4 / 15.0;
+    m_sound->wanted.subwoofer.lowPass.hz = 60;
     m_sound->apply();
     m_panel->show();
     QTemporaryDir folder;

@@ -18,7 +18,8 @@ public:
     {
         processor.prepare(48000);
         wanted.power = true;
-        wanted.mainVolume = 50;
+        wanted.source = HVAudio_source_Radio;
+        wanted.mainDb = 0;
         apply();
     }
 

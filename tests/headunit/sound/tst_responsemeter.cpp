@@ -318,12 +318,12 @@ void TestResponseMeter::enginesOwnResponseIsFound()
     QFETCH(double, engineRate);
     Settings settings;
     settings.power = true;
-    settings.mainVolume = 40;
+    settings.mainDb = -12;
     settings.equalizer = {6, 6, 4, 0, -4, -8, -4, 0, 4, 8, 6, 4, 2};
-    settings.balance = 4;
-    settings.cabin[FrontLeft].highPass = {5, 3};
+    settings.balance = 4 / 15.0;
+    settings.cabin[FrontLeft].highPass = {100, 4};
     settings.cabin[RearRight].delayMs = 8;
-    settings.subwoofer.filter = 5;
+    settings.subwoofer.lowPass.hz = 80;
     settings.subwoofer.attenuation = 3;
     Engine engine;
     QVERIFY(engine.prepare(engineRate));

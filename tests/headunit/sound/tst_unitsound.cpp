@@ -1,5 +1,6 @@
 #include "headunit/sound/unitsound.h"
 
+#include "tests/support/askedsound.h"
 #include "tests/support/messagelog.h"
 
 #include "common/mcumanager.h"
@@ -133,8 +134,8 @@ void TestUnitSound::settingReachesTheSound()
 {
     start();
     AudioService::instance()->setBalanceFader(-7, 3, false);
-    QCOMPARE(m_sound->engine().settings().balance, -7);
-    QCOMPARE(m_sound->engine().settings().fader, 3);
+    QCOMPARE(m_sound->engine().settings().balance, -7 / 15.0);
+    QCOMPARE(m_sound->engine().settings().fader, 3 / 15.0);
     QVERIFY(m_sound->engine().settings().power);
 }
 
@@ -154,7 +155,7 @@ void TestUnitSound::editInTheInspectorReachesTheSound()
     model.unset(model.index(model.rowOf("eq24"), SettingsModel::Value));
     QCOMPARE(m_sound->engine().settings().equalizer[4], 0);
     QVERIFY(edit("volume0", 0));
-    QCOMPARE(m_sound->engine().settings().mainVolume, 0);
+    QCOMPARE(m_sound->engine().settings().mainDb, dbOf(0));
 }
 
 void TestUnitSound::serviceIsSilentWithoutIt()
@@ -384,11 +385,11 @@ void TestUnitSound::keyBeepsAreHeard()
 void TestUnitSound::knobTurnsTheSoundDown()
 {
     start();
-    QCOMPARE(m_sound->engine().settings().mainVolume, 25); // the start-up volume
+    QCOMPARE(m_sound->engine().settings().mainDb, dbOf(25)); // the start-up volume
     m_shell->onHardKey(KeyEvent::Key_VolumeDown, KeyEvent::Press);
-    QCOMPARE(m_sound->engine().settings().mainVolume, 24);
+    QCOMPARE(m_sound->engine().settings().mainDb, dbOf(24));
     m_shell->onHardKey(KeyEvent::Key_Mute, KeyEvent::Press);
-    QCOMPARE(m_sound->engine().settings().mainVolume, 0);
+    QCOMPARE(m_sound->engine().settings().mainDb, dbOf(0));
     QTRY_VERIFY(isSilent());
 }
 
@@ -435,7 +436,7 @@ void TestUnitSound::powerOnComesBackAtItsStartVolume()
     m_shell->setPowered(false);
     QTRY_VERIFY(isSilent());
     m_shell->setPowered(true);
-    QCOMPARE(m_sound->engine().settings().mainVolume, 25);
+    QCOMPARE(m_sound->engine().settings().mainDb, dbOf(25));
     QCOMPARE(m_sound->playing(), HVAudio_source_Usb);
     QTRY_VERIFY(isLoud());
 }

@@ -55,9 +55,10 @@ dsp::Settings neutral()
 {
     dsp::Settings settings;
     settings.power = true;
-    settings.mainVolume = 50;
-    settings.promptVolume = {50, 50, 50, 50};
-    settings.subwoofer.filter = 1;
+    settings.source = 18;
+    settings.mainDb = 0;
+    settings.promptDb = {0, 0, 0, 0};
+    settings.subwoofer.lowPass.hz = 0;
     settings.subwoofer.attenuation = 0;
     return settings;
 }
@@ -153,7 +154,7 @@ void TestPlayer::promptSoundsOnItsChannelAndDucksTheProgramme()
     const double before = rms(output->pull(48000));
     // Navigation's own channel is all but silent, so only the ducking is heard.
     dsp::Settings settings = neutral();
-    settings.promptVolume[dsp::Navi] = 1;
+    settings.promptDb[dsp::Navi] = -58.8;
     player->setSettings(settings);
     player->prompt(dsp::Navi);
     QVERIFY(player->promptSounds(dsp::Navi));
@@ -165,8 +166,8 @@ void TestPlayer::promptSoundsOnItsChannelAndDucksTheProgramme()
     QVERIFY(!player->promptSounds(dsp::Navi));
     QVERIFY(rms(output->pull(48000)) > 0.7 * before);
 
-    settings.promptVolume[dsp::Navi] = 50;
-    settings.mainVolume = 0;
+    settings.promptDb[dsp::Navi] = 0;
+    settings.mainDb = dsp::silentDb;
     player->setSettings(settings);
     output->pull(48000);
     player->prompt(dsp::Navi, true);

@@ -4,6 +4,7 @@
 #include "platform/common/settings/settingsstore.h"
 #include "platform/hvaudio/dsp/settings.h"
 #include "platform/hvaudioservice/audioservicehost.h"
+#include "tests/support/askedsound.h"
 #include "tests/support/messagelog.h"
 
 #include <QTemporaryDir>

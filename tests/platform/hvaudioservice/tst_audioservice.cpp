@@ -35,13 +35,13 @@ void TestAudioService::aFreshUnit()
     QCOMPARE(fader, 0);
     QVERIFY(m_heard.power);
     QVERIFY(!m_heard.loudness);
-    QCOMPARE(m_heard.mainVolume, 25);
-    QCOMPARE(m_heard.promptVolume, (std::array<int, 4>{40, 40, 40, 40}));
-    QCOMPARE(m_heard.sourceGain, 5);
+    QCOMPARE(m_heard.mainDb, dbOf(25));
+    QCOMPARE(m_heard.promptDb, (std::array<double, 4>{dbOf(40), dbOf(40), dbOf(40), dbOf(40)}));
+    QCOMPARE(m_heard.sourceDb, 0.0);
     QCOMPARE(m_heard.equalizer, (std::array<int, 13>{}));
     for (const hvaudio::dsp::CabinSpeakerSettings& cabin : m_heard.cabin) {
-        QCOMPARE(cabin.highPass.frequency, 0);
-        QCOMPARE(cabin.lowPass.frequency, 0);
+        QCOMPARE(cabin.highPass.hz, 0.0);
+        QCOMPARE(cabin.lowPass.hz, 0.0);
         QCOMPARE(cabin.attenuation, 0);
         QCOMPARE(cabin.delayMs, 0.0);
     }
@@ -62,22 +62,22 @@ void TestAudioService::acceptedCallsReachTheSound_data()
     row("user curve 2",          [](AudioService* s) { s->setCustomEq2(10, 12, true); s->setEQType(EQ_Type_User2, true); },  [](S h) { return h.equalizer[12] == 10; });
     row("the current user curve",[](AudioService* s) { s->setEQType(EQ_Type_User2, true); s->setCustomEq(3, 6, true); },     [](S h) { return h.equalizer[6] == 3; });
     row("loudness",              [](AudioService* s) { s->setCustomLoudness(true, false); },      [](S h) { return h.loudness; });
-    row("balance and fader",     [](AudioService* s) { s->setBalanceFader(-15, 15, true); },      [](S h) { return h.balance == -15 && h.fader == 15; });
-    row("front left high-pass",  [](AudioService* s) { s->setHPFFilter(4, 6, 1, 2); },            [](S h) { return h.cabin[0].highPass.frequency == 4 && h.cabin[0].highPass.slope == 2 && h.cabin[0].attenuation == 6; });
-    row("rear right with the rear mark", [](AudioService* s) { s->setHPFFilter(8 | 0x80, 12, 8, 3); }, [](S h) { return h.cabin[3].highPass.frequency == 8 && h.cabin[3].highPass.slope == 3 && h.cabin[3].attenuation == 12; });
-    row("a high-pass that is off cuts nothing", [](AudioService* s) { s->setHPFFilter(0, 12, 2, 0); }, [](S h) { return h.cabin[1].highPass.frequency == 0 && h.cabin[1].attenuation == 0; });
-    row("rear left low-pass",    [](AudioService* s) { s->setLPFFilter(2, 3, 4, 1); },            [](S h) { return h.cabin[2].lowPass.frequency == 2 && h.cabin[2].lowPass.slope == 1 && h.cabin[2].attenuation == 3; });
-    row("subwoofer",             [](AudioService* s) { s->setSubFilter(9, 12, 3); },              [](S h) { return h.subwoofer.filter == 9 && h.subwoofer.attenuation == 12 && h.subwoofer.slope == 3; });
-    row("subwoofer silent",      [](AudioService* s) { s->setSubFilter(0, 4, 0); },               [](S h) { return h.subwoofer.filter == 0; });
+    row("balance and fader",     [](AudioService* s) { s->setBalanceFader(-15, 15, true); },      [](S h) { return h.balance == -1 && h.fader == 1; });
+    row("front left high-pass",  [](AudioService* s) { s->setHPFFilter(4, 6, 1, 2); },            [](S h) { return h.cabin[0].highPass.hz == 80 && h.cabin[0].highPass.order == 3 && h.cabin[0].attenuation == 6; });
+    row("rear right with the rear mark", [](AudioService* s) { s->setHPFFilter(8 | 0x80, 12, 8, 3); }, [](S h) { return h.cabin[3].highPass.hz == 250 && h.cabin[3].highPass.order == 4 && h.cabin[3].attenuation == 12; });
+    row("a high-pass that is off cuts nothing", [](AudioService* s) { s->setHPFFilter(0, 12, 2, 0); }, [](S h) { return h.cabin[1].highPass.hz == 0 && h.cabin[1].attenuation == 0; });
+    row("rear left low-pass",    [](AudioService* s) { s->setLPFFilter(2, 3, 4, 1); },            [](S h) { return h.cabin[2].lowPass.hz == 40 && h.cabin[2].lowPass.order == 2 && h.cabin[2].attenuation == 3; });
+    row("subwoofer",             [](AudioService* s) { s->setSubFilter(9, 12, 3); },              [](S h) { return hears(h, 250) && h.subwoofer.attenuation == 12 && h.subwoofer.lowPass.order == 4; });
+    row("subwoofer silent",      [](AudioService* s) { s->setSubFilter(0, 4, 0); },               [](S h) { return h.subwoofer.silent; });
     row("delay of a speaker",    [](AudioService* s) { s->setSurroundDelay(2, 1.5F); },           [](S h) { return h.cabin[1].delayMs == 1.5; });
     row("a tenth stays a tenth", [](AudioService* s) { s->setSurroundDelay(32, 1 * 0.1F); },      [](S h) { return h.subwoofer.delayMs == 0.1; });
     row("largest delay",         [](AudioService* s) { s->setSurroundDelay(8, 100 * 0.1F); },     [](S h) { return h.cabin[3].delayMs == 10.0; });
-    row("main volume",           [](AudioService* s) { s->setVolumeLevel(50, 0); },               [](S h) { return h.mainVolume == 50; });
-    row("ring volume",           [](AudioService* s) { s->setVolumeLevel(1, 1); },                [](S h) { return h.promptVolume[hvaudio::dsp::Ring] == 1; });
-    row("call volume",           [](AudioService* s) { s->setVolumeLevel(2, 2); },                [](S h) { return h.promptVolume[hvaudio::dsp::Call] == 2; });
-    row("voice volume",          [](AudioService* s) { s->setVolumeLevel(4, 4); },                [](S h) { return h.promptVolume[hvaudio::dsp::Voice] == 4; });
-    row("navigation volume",     [](AudioService* s) { s->setVolumeLevel(5, 5); },                [](S h) { return h.promptVolume[hvaudio::dsp::Navi] == 5; });
-    row("gain of the radio",     [](AudioService* s) { s->setSourceOffsetGain(HVAudio_source_Radio, 15); }, [](S h) { return h.source == 18 && h.sourceGain == 15; });
+    row("main volume",           [](AudioService* s) { s->setVolumeLevel(50, 0); },               [](S h) { return h.mainDb == dbOf(50); });
+    row("ring volume",           [](AudioService* s) { s->setVolumeLevel(1, 1); },                [](S h) { return h.promptDb[hvaudio::dsp::Ring] == dbOf(1); });
+    row("call volume",           [](AudioService* s) { s->setVolumeLevel(2, 2); },                [](S h) { return h.promptDb[hvaudio::dsp::Call] == dbOf(2); });
+    row("voice volume",          [](AudioService* s) { s->setVolumeLevel(4, 4); },                [](S h) { return h.promptDb[hvaudio::dsp::Voice] == dbOf(4); });
+    row("navigation volume",     [](AudioService* s) { s->setVolumeLevel(5, 5); },                [](S h) { return h.promptDb[hvaudio::dsp::Navi] == dbOf(5); });
+    row("gain of the radio",     [](AudioService* s) { s->setSourceOffsetGain(HVAudio_source_Radio, 15); }, [](S h) { return h.source == 18 && h.sourceDb == 10; });
     // clang-format on
 }
 

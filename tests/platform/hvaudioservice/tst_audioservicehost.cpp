@@ -35,14 +35,14 @@ void TestAudioServiceHost::powerOnSetsTheStartUpVolumes()
     bool loud = false;
     AudioServiceHost::setSink([this, &loud](const Settings& settings) {
         m_heard = settings;
-        loud = loud || (settings.power && settings.mainVolume != 11);
+        loud = loud || (settings.power && settings.mainDb != dbOf(11));
     });
     QSignalSpy volumes(service(), &AudioService::audioVolumeChanged);
     AudioServiceHost::powerOn();
     QVERIFY(!loud);
     QVERIFY(m_heard.power);
-    QCOMPARE(m_heard.mainVolume, 11);
-    QCOMPARE(m_heard.promptVolume, (std::array<int, 4>{12, 13, 14, 15}));
+    QCOMPARE(m_heard.mainDb, dbOf(11));
+    QCOMPARE(m_heard.promptDb, (std::array<double, 4>{dbOf(12), dbOf(13), dbOf(14), dbOf(15)}));
     QCOMPARE(volumes.size(), 5);
     QCOMPARE(stored("volume0"), QVariant(11));
     QCOMPARE(stored("volume4"), QVariant(14));
@@ -77,26 +77,24 @@ void TestAudioServiceHost::theTwoTableSetsKeepTheirOwnFilters()
 {
     service()->setHPFFilter(8, 2, 1, 1);
     AudioServiceHost::setFilterTables(AudioServiceHost::FilterTables::MainAudio);
-    QCOMPARE(m_heard.tables, hvaudio::dsp::CrossoverTables::StandAlonePage);
-    QCOMPARE(m_heard.cabin[0].highPass.frequency, 0);
+    QCOMPARE(m_heard.cabin[0].highPass.hz, 0.0);
     // The page sends the index in both places; it is no attenuation there.
     service()->setHPFFilter(4, 4, 1, 1);
     service()->setLPFFilter(5, 5, 1, 3);
-    QCOMPARE(m_heard.cabin[0].highPass.frequency, 4);
-    QCOMPARE(m_heard.cabin[0].lowPass.frequency, 5);
+    QCOMPARE(m_heard.cabin[0].highPass.hz, 160.0);
+    QCOMPARE(m_heard.cabin[0].lowPass.hz, 20000.0);
     QCOMPARE(m_heard.cabin[0].attenuation, 0);
     {
         const MessageLog log;
         service()->setHPFFilter(6, 6, 1, 1);
         QCOMPARE(log.lines().size(), 1);
-        QCOMPARE(m_heard.cabin[0].highPass.frequency, 4);
+        QCOMPARE(m_heard.cabin[0].highPass.hz, 160.0);
     }
     AudioServiceHost::setFilterTables(AudioServiceHost::FilterTables::SpeakerGroups);
-    QCOMPARE(m_heard.tables, hvaudio::dsp::CrossoverTables::SpeakerPage);
-    QCOMPARE(m_heard.cabin[0].highPass.frequency, 8);
+    QCOMPARE(m_heard.cabin[0].highPass.hz, 250.0);
     QCOMPARE(m_heard.cabin[0].attenuation, 2);
     AudioServiceHost::setFilterTables(AudioServiceHost::FilterTables::MainAudio);
-    QCOMPARE(m_heard.cabin[0].highPass.frequency, 4);
+    QCOMPARE(m_heard.cabin[0].highPass.hz, 160.0);
 }
 
 void TestAudioServiceHost::aStandAloneLevelIsALevel()
@@ -106,12 +104,12 @@ void TestAudioServiceHost::aStandAloneLevelIsALevel()
     QCOMPARE(m_heard.subwoofer.attenuation, 0);
     service()->setSubFilter(3, 1, 0);
     QCOMPARE(m_heard.subwoofer.attenuation, 13);
-    QCOMPARE(m_heard.subwoofer.filter, 3);
+    QVERIFY(hears(m_heard, 80));
     // Indexes of the speaker groups' list sound as the nearest of its own.
-    const int nearest[] = {4, 4, 5, 5};
+    const double nearest[] = {120, 120, 160, 160};
     for (int index = 6; index <= 9; ++index) {
         service()->setSubFilter(index, 5, 0);
-        QCOMPARE(m_heard.subwoofer.filter, nearest[index - 6]);
+        QVERIFY(hears(m_heard, nearest[index - 6]));
     }
     service()->setSubFilter(3, 127, 0);
     QCOMPARE(m_heard.subwoofer.attenuation, 0);
@@ -133,9 +131,9 @@ void TestAudioServiceHost::theGainOfThePlayingSourceSounds()
     for (int i = 0; i < 7; ++i) {
         AudioServiceHost::setActiveSource(sources[i]);
         QCOMPARE(m_heard.source, static_cast<int>(sources[i]));
-        QCOMPARE(m_heard.sourceGain, i);
+        QCOMPARE(m_heard.sourceDb, i - 5.0);
         service()->setSourceOffsetGain(sources[i], i + 8);
-        QCOMPARE(m_heard.sourceGain, i + 8);
+        QCOMPARE(m_heard.sourceDb, i + 8 - 5.0);
     }
     // The pages keep these keys, not the service.
     QCOMPARE(stored("Setup_Input_Gain_Type_Radio"), QVariant(0));
@@ -191,9 +189,9 @@ void TestAudioServiceHost::worksWithoutSink()
     service()->doBeep(0);
     QCOMPARE(stored("volume0"), QVariant(10));
     // A sink that comes later is told where things stand.
-    int volume = -1;
-    AudioServiceHost::setSink([&volume](const Settings& settings) { volume = settings.mainVolume; });
-    QCOMPARE(volume, 10);
+    double level = 0;
+    AudioServiceHost::setSink([&level](const Settings& settings) { level = settings.mainDb; });
+    QCOMPARE(level, dbOf(10));
     AudioServiceHost::setSink(nullptr);
 }
 

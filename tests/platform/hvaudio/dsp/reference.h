@@ -37,7 +37,7 @@ inline std::array<std::vector<double>, speakerCount> playReference(const Setting
                                                                    const Signal& left, const Signal& right)
 {
     const ExactSections exact = makeSections(settings, EqualizerDesign(rate), rate);
-    const double gain = exact.bus * sourceFactor(settings.sourceGain);
+    const double gain = exact.bus * factorOfDb(settings.sourceDb);
     std::array<std::vector<double>, 2> bus;
     for (int channel = 0; channel < 2; ++channel) {
         const Signal& in = channel ? right : left;

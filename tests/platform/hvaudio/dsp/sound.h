@@ -25,13 +25,29 @@ inline double db(double factor)
     return 20 * std::log10(std::max(factor, 1e-15));
 }
 
+/// Corners in Hz that a listener can choose; 0 = off.
+constexpr double corners[] = {0, 30, 40, 60, 80, 100, 120, 160, 250};
+
+/// Steps of a volume knob, 1..50, in dB; 0 is silence.
+constexpr double volumeDb(int volume)
+{
+    return volume > 0 ? 1.2 * (volume - 50) : silentDb;
+}
+
+/// Subwoofer with a low-pass at `corners[code - 1]`; 0 is silent.
+inline void setSubwoofer(Settings& settings, int code)
+{
+    settings.subwoofer.silent = code == 0;
+    settings.subwoofer.lowPass.hz = corners[code > 0 ? code - 1 : 1];
+}
+
 /// Everything on and nothing done: 0 dB from the input to each speaker.
 inline Settings flat()
 {
     Settings s;
     s.power = true;
-    s.mainVolume = 50;
-    s.subwoofer.filter = 1;
+    s.mainDb = 0;
+    s.subwoofer.lowPass.hz = 0;
     s.subwoofer.attenuation = 0;
     return s;
 }

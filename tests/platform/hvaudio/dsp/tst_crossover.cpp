@@ -23,54 +23,37 @@ private slots:
     void subwooferFallsByItsSlopeEachOctave();
     void eachFilterTouchesOnlyItsSpeaker();
     void offIsFlat();
-    void indexBeyondTheTableIsItsLastEntry();
-    void subwooferCodeZeroIsSilentAndOneIsUnfiltered();
+    void silentSubwooferIsSilentAndOneThatIsOffIsUnfiltered();
     void attenuationIsInDecibels();
     void polarityTurnsTheSignAndNothingElse();
     void runningCoefficientsTellTheMeasuredResponse_data();
     void runningCoefficientsTellTheMeasuredResponse();
 };
 
-static const double speakerPageHz[] = {0, 30, 40, 60, 80, 100, 120, 160, 250};
-
-static void addRates(const char* what, int index, double hz, CrossoverTables tables)
+static void addCorners(std::initializer_list<double> hz)
 {
-    for (double rate : {44100.0, 48000.0, 96000.0})
-        for (int slope = 0; slope < 4; ++slope)
-            QTest::addRow("%s %g Hz, %d dB/octave, %g", what, hz, 6 * (slope + 1), rate)
-                << int(tables) << index << slope << hz << rate;
-}
-
-static void addColumns()
-{
-    QTest::addColumn<int>("tables");
-    QTest::addColumn<int>("index");
-    QTest::addColumn<int>("slope");
     QTest::addColumn<double>("hz");
+    QTest::addColumn<int>("order");
     QTest::addColumn<double>("rate");
+    for (double at : hz)
+        for (double rate : {44100.0, 48000.0, 96000.0})
+            for (int order = 1; order <= 4; ++order)
+                QTest::addRow("%g Hz, %d dB/octave, %g", at, 6 * order, rate) << at << order << rate;
 }
 
 void TestCrossover::highPassIsThreeDecibelsDownAtItsCorner_data()
 {
-    addColumns();
-    for (int i = 1; i <= 8; ++i)
-        addRates("speaker page", i, speakerPageHz[i], CrossoverTables::SpeakerPage);
-    const double alone[] = {0, 20, 60, 80, 160, 250};
-    for (int i = 1; i <= 5; ++i)
-        addRates("stand-alone page", i, alone[i], CrossoverTables::StandAlonePage);
+    addCorners({20, 30, 40, 60, 80, 100, 120, 160, 250});
 }
 
 void TestCrossover::highPassIsThreeDecibelsDownAtItsCorner()
 {
-    QFETCH(int, tables);
-    QFETCH(int, index);
-    QFETCH(int, slope);
     QFETCH(double, hz);
+    QFETCH(int, order);
     QFETCH(double, rate);
     Settings s = flat();
-    s.tables = CrossoverTables(tables);
     for (auto& speaker : s.cabin)
-        speaker.highPass = {index, slope};
+        speaker.highPass = {hz, order};
     Rig rig(s, rate);
     const Speakers out = rig.play(impulse(int(rate)));
     for (int i = 0; i < cabinSpeakerCount; ++i) {
@@ -84,25 +67,16 @@ void TestCrossover::highPassIsThreeDecibelsDownAtItsCorner()
 
 void TestCrossover::subwooferIsThreeDecibelsDownAtItsCorner_data()
 {
-    addColumns();
-    for (int i = 1; i <= 8; ++i)
-        addRates("speaker page", i + 1, speakerPageHz[i], CrossoverTables::SpeakerPage);
-    const double alone[] = {0, 0, 50, 80, 120, 160};
-    for (int i = 2; i <= 5; ++i)
-        addRates("stand-alone page", i, alone[i], CrossoverTables::StandAlonePage);
+    addCorners({30, 40, 50, 60, 80, 100, 120, 160, 250});
 }
 
 void TestCrossover::subwooferIsThreeDecibelsDownAtItsCorner()
 {
-    QFETCH(int, tables);
-    QFETCH(int, index);
-    QFETCH(int, slope);
     QFETCH(double, hz);
+    QFETCH(int, order);
     QFETCH(double, rate);
     Settings s = flat();
-    s.tables = CrossoverTables(tables);
-    s.subwoofer.filter = index;
-    s.subwoofer.slope = slope;
+    s.subwoofer.lowPass = {hz, order};
     Rig rig(s, rate);
     const Speakers out = rig.play(impulse(int(rate)));
     const double got = responseDb(out[Subwoofer], hz, rate);
@@ -114,23 +88,17 @@ void TestCrossover::subwooferIsThreeDecibelsDownAtItsCorner()
 
 void TestCrossover::lowPassIsThreeDecibelsDownAtItsCorner_data()
 {
-    addColumns();
-    const double alone[] = {0, 2000, 8000, 10000, 16000, 20000};
-    for (int i = 1; i <= 5; ++i)
-        addRates("stand-alone page", i, alone[i], CrossoverTables::StandAlonePage);
+    addCorners({2000, 8000, 10000, 16000, 20000});
 }
 
 void TestCrossover::lowPassIsThreeDecibelsDownAtItsCorner()
 {
-    QFETCH(int, tables);
-    QFETCH(int, index);
-    QFETCH(int, slope);
     QFETCH(double, hz);
+    QFETCH(int, order);
     QFETCH(double, rate);
     Settings s = flat();
-    s.tables = CrossoverTables(tables);
     for (auto& speaker : s.cabin)
-        speaker.lowPass = {index, slope};
+        speaker.lowPass = {hz, order};
     Rig rig(s, rate);
     const Speakers out = rig.play(impulse(8192));
     for (int i = 0; i < cabinSpeakerCount; ++i) {
@@ -142,42 +110,41 @@ void TestCrossover::lowPassIsThreeDecibelsDownAtItsCorner()
 
 void TestCrossover::highPassFallsByItsSlopeEachOctave_data()
 {
-    QTest::addColumn<int>("slope");
-    for (int slope = 0; slope < 4; ++slope)
-        QTest::addRow("%d dB/octave", 6 * (slope + 1)) << slope;
+    QTest::addColumn<int>("order");
+    for (int order = 1; order <= 4; ++order)
+        QTest::addRow("%d dB/octave", 6 * order) << order;
 }
 
 void TestCrossover::highPassFallsByItsSlopeEachOctave()
 {
-    QFETCH(int, slope);
+    QFETCH(int, order);
     Settings s = flat();
     for (auto& speaker : s.cabin)
-        speaker.highPass = {8, slope};
+        speaker.highPass = {250, order};
     Rig rig(s);
     const Speakers out = rig.play(impulse(48000));
     for (int i = 0; i < cabinSpeakerCount; ++i) {
         const double fall = responseDb(out[i], 40) - responseDb(out[i], 20);
-        QVERIFY2(std::abs(fall - 6.02 * (slope + 1)) < 0.25, qPrintable(QString::number(fall)));
+        QVERIFY2(std::abs(fall - 6.02 * order) < 0.25, qPrintable(QString::number(fall)));
     }
 }
 
 void TestCrossover::subwooferFallsByItsSlopeEachOctave()
 {
-    QFETCH(int, slope);
+    QFETCH(int, order);
     Settings s = flat();
-    s.subwoofer.filter = 2;
-    s.subwoofer.slope = slope;
+    s.subwoofer.lowPass = {30, order};
     Rig rig(s);
     const Speakers out = rig.play(impulse(48000));
     const double fall = responseDb(out[Subwoofer], 300) - responseDb(out[Subwoofer], 600);
-    QVERIFY2(std::abs(fall - 6.02 * (slope + 1)) < 0.25, qPrintable(QString::number(fall)));
+    QVERIFY2(std::abs(fall - 6.02 * order) < 0.25, qPrintable(QString::number(fall)));
 }
 
 void TestCrossover::eachFilterTouchesOnlyItsSpeaker()
 {
     for (int filtered = 0; filtered < cabinSpeakerCount; ++filtered) {
         Settings s = flat();
-        s.cabin[filtered].highPass = {8, 3};
+        s.cabin[filtered].highPass = {250, 4};
         Rig rig(s);
         const Speakers out = rig.play(impulse(16384));
         for (int i = 0; i < speakerCount; ++i)
@@ -189,8 +156,8 @@ void TestCrossover::offIsFlat()
 {
     Settings s = flat();
     for (auto& speaker : s.cabin) {
-        speaker.highPass = {0, 3};
-        speaker.lowPass = {0, 3};
+        speaker.highPass = {0, 4};
+        speaker.lowPass = {0, 4};
     }
     Rig rig(s);
     const Speakers out = rig.play(impulse(16384));
@@ -199,25 +166,13 @@ void TestCrossover::offIsFlat()
             QVERIFY(std::abs(responseDb(speaker, hz)) < 0.01);
 }
 
-void TestCrossover::indexBeyondTheTableIsItsLastEntry()
+void TestCrossover::silentSubwooferIsSilentAndOneThatIsOffIsUnfiltered()
 {
     Settings s = flat();
-    s.cabin[0].highPass = {99, 3};
-    s.tables = CrossoverTables::StandAlonePage;
-    s.subwoofer.filter = 7; // the store's default lies beyond this page's six entries
-    Rig rig(s);
-    const Speakers out = rig.play(impulse(48000));
-    QVERIFY(std::abs(responseDb(out[FrontLeft], 250) + 3.01) < 0.1);
-    QVERIFY(std::abs(responseDb(out[Subwoofer], 160) + 3.01) < 0.1);
-}
-
-void TestCrossover::subwooferCodeZeroIsSilentAndOneIsUnfiltered()
-{
-    Settings s = flat();
-    s.subwoofer.filter = 0;
+    setSubwoofer(s, 0);
     Rig rig(s);
     QCOMPARE(peak(rig.play(whiteNoise(0.5, 8192, 1))[Subwoofer]), 0.0f);
-    s.subwoofer.filter = 1;
+    setSubwoofer(s, 1);
     rig.set(s);
     QVERIFY(std::abs(responseDb(rig.play(impulse(8192))[Subwoofer], 5000)) < 0.01);
 }
@@ -238,7 +193,7 @@ void TestCrossover::attenuationIsInDecibels()
 void TestCrossover::polarityTurnsTheSignAndNothingElse()
 {
     Settings s = flat();
-    s.subwoofer.filter = 5;
+    s.subwoofer.lowPass.hz = 80;
     Rig rig(s);
     const Signal in = pinkNoise(0.5, 8192, 5);
     const Speakers before = rig.play(in);
@@ -266,20 +221,20 @@ void TestCrossover::runningCoefficientsTellTheMeasuredResponse()
 {
     QFETCH(double, rate);
     Settings s = flat();
-    s.tables = CrossoverTables::StandAlonePage;
-    s.mainVolume = 30;
-    s.sourceGain = 8;
+    s.mainDb = -24;
+    s.sourceDb = 3;
     s.loudness = true;
     s.equalizer = {6, 4, 2, -1, -3, -2, 1, 3, 5, -4, 2, -6, 4};
-    s.balance = 4;
-    s.fader = -3;
+    s.balance = 4 / 15.0;
+    s.fader = -3 / 15.0;
     for (int i = 0; i < cabinSpeakerCount; ++i) {
-        s.cabin[i].highPass = {1 + i, i};
-        s.cabin[i].lowPass = {5 - i, 3 - i};
+        constexpr double high[] = {20, 60, 80, 160}, low[] = {20000, 16000, 10000, 8000};
+        s.cabin[i].highPass = {high[i], 1 + i};
+        s.cabin[i].lowPass = {low[i], 4 - i};
         s.cabin[i].delayMs = 0.37 * i;
         s.cabin[i].attenuation = i;
     }
-    s.subwoofer = {4, 5, 2, true, 1.23};
+    s.subwoofer = {false, {120, 3}, 5, true, 1.23};
     Rig rig(s, rate);
     // Loud enough that what is left at -140 dBFS, where the chain counts as rung out, is nothing beside it.
     Signal in = impulse(int(rate));

@@ -39,14 +39,14 @@ private slots:
 static Settings busy()
 {
     Settings s = flat();
-    s.mainVolume = 35;
+    s.mainDb = -18;
     s.loudness = true;
     s.equalizer = {6, 4, 2, -1, -3, -2, 1, 3, 5, -4, 2, -6, 4};
     for (int i = 0; i < cabinSpeakerCount; ++i) {
-        s.cabin[i].highPass = {4 + i, 3};
+        s.cabin[i].highPass = {corners[4 + i], 4};
         s.cabin[i].delayMs = 1.3 * i;
     }
-    s.subwoofer = {7, 2, 3, true, 3.7};
+    s.subwoofer = {false, {120, 4}, 2, true, 3.7};
     return s;
 }
 
@@ -104,7 +104,7 @@ void TestEngine::glidesDoNotDependOnTheBlockSize()
         for (int step = 0; step < 12; ++step) {
             Settings s = busy();
             s.equalizer[random() % bandCount] = int(random() % 21) - 10;
-            s.balance = int(random() % 31) - 15;
+            s.balance = int(random() % 31) / 15.0 - 1;
             s.cabin[random() % 4].delayMs = 0.1 * (random() % 101);
             s.subwoofer.inverted = random() & 1;
             whole.engine.set(s);
@@ -170,8 +170,7 @@ void TestEngine::pathsSoundAlike()
 {
     const Signal left = pinkNoise(0.5, 20000, 8), right = pinkNoise(0.5, 20000, 9);
     Settings s = busy();
-    s.tables = CrossoverTables::StandAlonePage;
-    s.cabin[0].lowPass = {2, 2};
+    s.cabin[0].lowPass = {8000, 3};
     Rig scalar(s, 48000, Path::Scalar);
     const Speakers wanted = scalar.play(left, right);
     for (Path path : {Path::Vector4, Path::Vector8}) {
@@ -215,7 +214,7 @@ void TestEngine::powerOnNeverExceedsTheStartVolume()
     rig.play(in);
     QCOMPARE(peak(rig.play(in)[FrontLeft]), 0.0f);
     s.power = true;
-    s.mainVolume = 25; // 30 dB down
+    s.mainDb = -30; // 30 dB down
     rig.engine.set(s);
     const float allowed = 0.5f * float(std::pow(10.0, -30 / 20.0)) * 1.01f;
     QVERIFY(peak(rig.play(in)[FrontLeft]) <= allowed);
@@ -240,12 +239,12 @@ void TestEngine::quickPowerOffAndOnNeverExceedsTheStartVolume()
     rig.engine.set(s);
     Signal heard = gapFrames > 0 ? play(gapFrames) : Signal();
     s.power = true;
-    s.mainVolume = 10; // 48 dB down
+    s.mainDb = -48; // 48 dB down
     rig.engine.set(s);
     const Signal after = play(48000);
     heard.insert(heard.end(), after.begin(), after.end());
     // The old sound only dies away, then the new one comes up to its own level and no further.
-    const float start = 0.5f * float(volumeFactor(10));
+    const float start = 0.5f * float(factorOfDb(-48));
     float allowed = 0.51f;
     for (size_t n = 0; n + 480 <= heard.size(); n += 480) {
         const float now = peak(Signal(heard.begin() + long(n), heard.begin() + long(n) + 480));
@@ -276,7 +275,7 @@ void TestEngine::settingsMayComeBeforePrepare()
     Rig rig;
     Engine engine;
     Settings s = flat();
-    s.mainVolume = 30;
+    s.mainDb = -24;
     s.source = 7;
     engine.set(s);
     QVERIFY(engine.prepare(44100));
@@ -331,12 +330,12 @@ void TestEngine::powerOffMakesItIdleWhateverPlays()
 void TestEngine::settingsAreClampedBeforeUse()
 {
     Settings s = flat();
-    s.mainVolume = 5000;
-    s.sourceGain = -40;
+    s.mainDb = 5000;
+    s.sourceDb = -45;
     Rig rig(s);
-    QCOMPARE(rig.engine.settings().mainVolume, 50);
-    QCOMPARE(rig.engine.settings().sourceGain, 0);
-    QVERIFY(std::abs(responseDb(rig.play(impulse(4096))[0], 1000) + 5) < 0.01);
+    QCOMPARE(rig.engine.settings().mainDb, 0.0);
+    QCOMPARE(rig.engine.settings().sourceDb, -20.0);
+    QVERIFY(std::abs(responseDb(rig.play(impulse(4096))[0], 1000) + 20) < 0.01);
 }
 
 void TestEngine::callersFloatingPointModeReturns()

@@ -18,9 +18,9 @@ private slots:
     void nearSideStaysAndFarSideFallsToSilence_data();
     void nearSideStaysAndFarSideFallsToSilence();
     void balanceAndFaderLeaveTheSubwooferAlone();
-    void volumeIsSilentAtZeroAndFullAtFifty();
+    void silenceIsSilentAndZeroDecibelsAreAll();
     void volumeStepsAreEven();
-    void sourceGainRunsFromMinusFiveToTen();
+    void sourceLevelIsInDecibels();
     void leftAndRightStayApart();
     void subwooferHearsTheMeanOfBothSides();
     void equalLoudnessMatchesTheStandard_data();
@@ -64,7 +64,7 @@ void TestLevels::nearSideStaysAndFarSideFallsToSilence()
     double before = 0.01;
     for (int value = 0; value <= 15; ++value) {
         Settings s = flat();
-        (fader ? s.fader : s.balance) = sign * value;
+        (fader ? s.fader : s.balance) = sign * value / 15.0;
         Rig rig(s);
         const Speakers out = rig.play(impulse(4096));
         double far = 0;
@@ -88,18 +88,18 @@ void TestLevels::nearSideStaysAndFarSideFallsToSilence()
 void TestLevels::balanceAndFaderLeaveTheSubwooferAlone()
 {
     Settings s = flat();
-    s.balance = 15;
-    s.fader = -15;
+    s.balance = 1;
+    s.fader = -1;
     Rig rig(s);
     QVERIFY(std::abs(levelDb(rig, Subwoofer)) < 0.001);
 }
 
-void TestLevels::volumeIsSilentAtZeroAndFullAtFifty()
+void TestLevels::silenceIsSilentAndZeroDecibelsAreAll()
 {
     Settings s = flat();
     Rig rig(s);
     QVERIFY(std::abs(levelDb(rig, FrontLeft)) < 0.001);
-    s.mainVolume = 0;
+    s.mainDb = silentDb;
     rig.set(s);
     QCOMPARE(peak(rig.play(whiteNoise(0.5, 4096, 1))[FrontLeft]), 0.0f);
 }
@@ -110,7 +110,7 @@ void TestLevels::volumeStepsAreEven()
     Rig rig(s);
     double before = 0;
     for (int volume = 49; volume >= 1; --volume) {
-        s.mainVolume = volume;
+        s.mainDb = volumeDb(volume);
         rig.set(s);
         const double got = levelDb(rig, RearLeft);
         QVERIFY2(std::abs(before - got - 1.2) < 0.001, qPrintable(QString::number(before - got)));
@@ -118,13 +118,13 @@ void TestLevels::volumeStepsAreEven()
     }
 }
 
-void TestLevels::sourceGainRunsFromMinusFiveToTen()
+void TestLevels::sourceLevelIsInDecibels()
 {
-    for (int gain = 0; gain <= 15; ++gain) {
+    for (int level = -5; level <= 10; ++level) {
         Settings s = flat();
-        s.sourceGain = gain;
+        s.sourceDb = level;
         Rig rig(s);
-        QVERIFY(std::abs(levelDb(rig, FrontRight) - (gain - 5)) < 0.001);
+        QVERIFY(std::abs(levelDb(rig, FrontRight) - level) < 0.001);
     }
 }
 
@@ -182,7 +182,7 @@ void TestLevels::loudnessFollowsTheContour()
     QFETCH(int, volume);
     QFETCH(double, rate);
     Settings s = flat();
-    s.mainVolume = volume;
+    s.mainDb = volumeDb(volume);
     s.loudness = true;
     Rig rig(s, rate);
     const Signal out = rig.play(impulse(int(rate)))[FrontLeft];
@@ -215,7 +215,7 @@ void TestLevels::loudnessDoesNothingAtFullVolume()
 static Signal withLoudness(int volume, int frames)
 {
     Settings s = flat();
-    s.mainVolume = volume;
+    s.mainDb = volumeDb(volume);
     s.loudness = true;
     Rig rig(s);
     return rig.play(impulse(frames))[FrontLeft];
@@ -264,23 +264,28 @@ void TestLevels::nothingGetsLouderAsTheVolumeFalls()
 void TestLevels::outOfRangeSettingsAreClampedAndNamed()
 {
     Settings s = flat();
+    s.promptDb[Ring] = silentDb;
     QVERIFY(clampToRange(s).empty());
-    s.balance = 17;
+    s.balance = 1.5;
     s.equalizer[12] = -11;
-    s.mainVolume = 1000;
+    s.mainDb = 1000;
     s.cabin[2].delayMs = std::nan("");
     s.subwoofer.delayMs = 1e30;
     s.cabin[3].highPass = {-1, 9};
+    s.subwoofer.lowPass.hz = -silentDb;
+    s.promptDb[Navi] = std::nan("");
     QCOMPARE(
         QString::fromStdString(clampToRange(s)),
         QString(
-            "main volume 1000 -> 50, equalizer band 12 -11 -> -10, balance 17 -> 15, delay of speaker 2 nan "
-            "-> 0.000000, high-pass index of speaker 3 -1 -> 0, high-pass slope of speaker 3 9 -> 3, "
+            "main level 1000.000000 -> 0.000000, prompt level 3 nan -> -inf, equalizer band 12 -11 -> -10, "
+            "balance 1.500000 -> 1.000000, delay of speaker 2 nan -> 0.000000, "
+            "high-pass of speaker 3 -1.000000 -> 10.000000, high-pass order of speaker 3 9 -> 4, "
+            "subwoofer low-pass inf -> 0.000000, "
             "subwoofer delay 1000000000000000019884624838656.000000 -> 10.000000"));
     QVERIFY(clampToRange(s).empty());
-    QCOMPARE(s.balance, 15);
+    QCOMPARE(s.balance, 1.0);
     QCOMPARE(s.cabin[2].delayMs, 0.0);
-    QCOMPARE(s.cabin[3].highPass.slope, 3);
+    QCOMPARE(s.cabin[3].highPass.order, 4);
 }
 
 void TestLevels::foldKeepsALevelCrossoverLevel()
@@ -288,8 +293,8 @@ void TestLevels::foldKeepsALevelCrossoverLevel()
     // Fourth-order Butterworth crossovers at 120 Hz sum flat within 3 dB; far from the corner exactly.
     Settings s = flat();
     for (auto& speaker : s.cabin)
-        speaker.highPass = {6, 3};
-    s.subwoofer.filter = 7;
+        speaker.highPass = {120, 4};
+    s.subwoofer.lowPass.hz = 120;
     Rig rig(s);
     const Speakers out = rig.play(impulse(48000));
     Signal stereo[2] = {silence(48000), silence(48000)};

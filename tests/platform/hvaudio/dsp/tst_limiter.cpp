@@ -105,12 +105,12 @@ void TestLimiter::ceilingHolds()
     for (double rate : {44100.0, 96000.0})
         for (int set = 0; set < 6; ++set) {
             Settings s = flat();
-            s.sourceGain = 15;
+            s.sourceDb = 10;
             for (int& band : s.equalizer)
                 band = set == 0 ? 10 : int(random() % 21) - 10;
             s.loudness = set & 1;
-            s.mainVolume = set & 1 ? 30 : 50;
-            s.cabin[set % 4].highPass = {set, 3};
+            s.mainDb = set & 1 ? -24 : 0;
+            s.cabin[set % 4].highPass = {corners[set], 4};
             s.cabin[set % 4].delayMs = 1.7;
             Rig rig(s, rate, Path(path));
             checkCeiling(rig.play(in));
@@ -126,15 +126,15 @@ void TestLimiter::ceilingHoldsWhileEverythingChanges()
         Settings s = flat();
         for (int& band : s.equalizer)
             band = int(random() % 21) - 10;
-        s.mainVolume = int(random() % 51);
-        s.balance = int(random() % 31) - 15;
+        s.mainDb = volumeDb(int(random() % 51));
+        s.balance = int(random() % 31) / 15.0 - 1;
         s.loudness = random() & 1;
         for (auto& speaker : s.cabin) {
-            speaker.highPass = {int(random() % 9), int(random() % 4)};
+            speaker.highPass = {corners[random() % 9], 1 + int(random() % 4)};
             speaker.delayMs = 0.1 * (random() % 101);
             speaker.inverted = random() & 1;
         }
-        s.subwoofer.filter = int(random() % 10);
+        setSubwoofer(s, int(random() % 10));
         rig.engine.set(s);
         checkCeiling(rig.play(in));
     }
@@ -153,7 +153,7 @@ void TestLimiter::soundComesBackAfterNotANumber()
     QFETCH(int, path);
     Settings s = flat();
     s.equalizer[0] = 6;
-    s.cabin[0].highPass = {3, 3};
+    s.cabin[0].highPass = {60, 4};
     Rig rig(s, 48000, Path(path));
     rig.play(badSignal(5, 4800));
     rig.play(silence(4 * 48000));
@@ -333,7 +333,7 @@ void TestLimiter::steadyToneStaysClean()
 void TestLimiter::metersTellPeakAndReduction()
 {
     Settings s = flat();
-    s.balance = 15;
+    s.balance = 1;
     Rig rig(s);
     rig.play(sine(500, 0.25, 9600));
     Meters m = rig.engine.takeMeters();

@@ -71,35 +71,35 @@ void TestNoClick::anyChangeIsSmooth_data()
                 s.equalizer[i] = i & 1 ? -10 : 10;
         });
     rowFrom(
-        "loudness on", [](Settings& s) { s.mainVolume = 30; }, [](Settings& s) { s.loudness = true; });
+        "loudness on", [](Settings& s) { s.mainDb = -24; }, [](Settings& s) { s.loudness = true; });
     rowFrom(
         "loudness off",
         [](Settings& s) {
-            s.mainVolume = 30;
+            s.mainDb = -24;
             s.loudness = true;
         },
         [](Settings& s) { s.loudness = false; });
     rowFrom(
-        "loudness on at the lowest volume", [](Settings& s) { s.mainVolume = 1; },
+        "loudness on at the lowest volume", [](Settings& s) { s.mainDb = -58.8; },
         [](Settings& s) { s.loudness = true; });
     rowFrom(
         "volume from the lowest with loudness",
         [](Settings& s) {
-            s.mainVolume = 1;
+            s.mainDb = -58.8;
             s.loudness = true;
         },
-        [](Settings& s) { s.mainVolume = 50; });
+        [](Settings& s) { s.mainDb = 0; });
     rowFrom(
         "volume with loudness",
         [](Settings& s) {
-            s.mainVolume = 10;
+            s.mainDb = -48;
             s.loudness = true;
         },
-        [](Settings& s) { s.mainVolume = 50; });
+        [](Settings& s) { s.mainDb = 0; });
     rowFrom(
-        "volume up", [](Settings& s) { s.mainVolume = 0; }, [](Settings& s) { s.mainVolume = 50; });
-    row("volume down", [](Settings& s) { s.mainVolume = 0; });
-    row("one volume step", [](Settings& s) { s.mainVolume = 49; });
+        "volume up", [](Settings& s) { s.mainDb = silentDb; }, [](Settings& s) { s.mainDb = 0; });
+    row("volume down", [](Settings& s) { s.mainDb = silentDb; });
+    row("one volume step", [](Settings& s) { s.mainDb = -1.2; });
     row("mute", [](Settings& s) { s.mute = true; });
     rowFrom(
         "mute off", [](Settings& s) { s.mute = true; }, [](Settings& s) { s.mute = false; });
@@ -109,67 +109,63 @@ void TestNoClick::anyChangeIsSmooth_data()
     row("another source", [](Settings& s) { s.source = 6; });
     row("another source with its gain", [](Settings& s) {
         s.source = 6;
-        s.sourceGain = 15;
+        s.sourceDb = 10;
     });
     rowFrom(
-        "source gain", [](Settings& s) { s.sourceGain = 0; }, [](Settings& s) { s.sourceGain = 15; });
-    row("balance to the right", [](Settings& s) { s.balance = 15; });
+        "source gain", [](Settings& s) { s.sourceDb = -5; }, [](Settings& s) { s.sourceDb = 10; });
+    row("balance to the right", [](Settings& s) { s.balance = 1; });
     rowFrom(
-        "balance from side to side", [](Settings& s) { s.balance = -15; },
-        [](Settings& s) { s.balance = 15; });
+        "balance from side to side", [](Settings& s) { s.balance = -1; }, [](Settings& s) { s.balance = 1; });
     rowFrom(
-        "fader from end to end", [](Settings& s) { s.fader = -15; }, [](Settings& s) { s.fader = 15; });
+        "fader from end to end", [](Settings& s) { s.fader = -1; }, [](Settings& s) { s.fader = 1; });
     for (int i = 1; i <= 8; ++i)
         QTest::addRow("high-pass on at index %d", i) << none << Change([i](Settings& s) {
             for (auto& c : s.cabin)
-                c.highPass = {i, 3};
+                c.highPass = {corners[i], 4};
         });
     rowFrom(
         "high-pass off",
         [](Settings& s) {
             for (auto& c : s.cabin)
-                c.highPass = {8, 3};
+                c.highPass = {250, 4};
         },
         [](Settings& s) {
             for (auto& c : s.cabin)
-                c.highPass.frequency = 0;
+                c.highPass.hz = 0;
         });
     rowFrom(
         "high-pass frequency",
         [](Settings& s) {
             for (auto& c : s.cabin)
-                c.highPass = {1, 3};
+                c.highPass = {30, 4};
         },
         [](Settings& s) {
             for (auto& c : s.cabin)
-                c.highPass.frequency = 8;
+                c.highPass.hz = 250;
         });
     for (int from = 0; from < 4; ++from)
         for (int to = 0; to < 4; ++to)
             if (from != to)
                 QTest::addRow("high-pass slope %d to %d", from, to) << Change([from](Settings& s) {
                     for (auto& c : s.cabin)
-                        c.highPass = {8, from};
+                        c.highPass = {250, from + 1};
                 }) << Change([to](Settings& s) {
                     for (auto& c : s.cabin)
-                        c.highPass.slope = to;
+                        c.highPass.order = to + 1;
                 });
-    rowFrom(
-        "low-pass on", [](Settings& s) { s.tables = CrossoverTables::StandAlonePage; },
-        [](Settings& s) {
-            for (auto& c : s.cabin)
-                c.lowPass = {1, 3};
-        });
+    row("low-pass on", [](Settings& s) {
+        for (auto& c : s.cabin)
+            c.lowPass = {2000, 4};
+    });
     rowFrom(
         "low-pass off",
         [](Settings& s) {
-            s.tables = CrossoverTables::StandAlonePage;
             for (auto& c : s.cabin)
-                c.lowPass = {1, 3};
+                c.lowPass = {2000, 4};
         },
         [](Settings& s) {
             for (auto& c : s.cabin)
-                c.lowPass.frequency = 0;
+                c.lowPass.hz = 0;
         });
     row("attenuation", [](Settings& s) {
         for (auto& c : s.cabin)
@@ -180,22 +176,21 @@ void TestNoClick::anyChangeIsSmooth_data()
             c.inverted = true;
     });
     row("polarity of the subwoofer", [](Settings& s) { s.subwoofer.inverted = true; });
-    row("subwoofer silent", [](Settings& s) { s.subwoofer.filter = 0; });
+    row("subwoofer silent", [](Settings& s) { setSubwoofer(s, 0); });
     rowFrom(
-        "subwoofer sounds", [](Settings& s) { s.subwoofer.filter = 0; },
-        [](Settings& s) { s.subwoofer.filter = 7; });
+        "subwoofer sounds", [](Settings& s) { setSubwoofer(s, 0); }, [](Settings& s) { setSubwoofer(s, 7); });
     for (int i = 2; i <= 9; ++i)
         QTest::addRow("subwoofer filter on, code %d", i)
-            << none << Change([i](Settings& s) { s.subwoofer.filter = i; });
+            << none << Change([i](Settings& s) { setSubwoofer(s, i); });
     rowFrom(
-        "subwoofer frequency", [](Settings& s) { s.subwoofer.filter = 2; },
-        [](Settings& s) { s.subwoofer.filter = 9; });
+        "subwoofer frequency", [](Settings& s) { s.subwoofer.lowPass.hz = 30; },
+        [](Settings& s) { s.subwoofer.lowPass.hz = 250; });
     rowFrom(
         "subwoofer slope",
         [](Settings& s) {
-            s.subwoofer = {9, 0, 0, false, 0};
+            s.subwoofer = {false, {250, 1}, 0, false, 0};
         },
-        [](Settings& s) { s.subwoofer.slope = 3; });
+        [](Settings& s) { s.subwoofer.lowPass.order = 4; });
     row("subwoofer level", [](Settings& s) { s.subwoofer.attenuation = 12; });
     for (double ms : {0.1, 0.2, 1.0, 2.5, 5.0, 10.0})
         QTest::addRow("delays to %g ms", ms) << none << Change([ms](Settings& s) {
@@ -218,12 +213,12 @@ void TestNoClick::anyChangeIsSmooth_data()
     row("all at once", [](Settings& s) {
         s.equalizer = {10, -10, 10, -10, 10, -10, 10, -10, 10, -10, 10, -10, 10};
         s.loudness = true;
-        s.mainVolume = 40;
-        s.balance = -7;
-        s.fader = 9;
+        s.mainDb = -12;
+        s.balance = -7 / 15.0;
+        s.fader = 9 / 15.0;
         for (auto& c : s.cabin)
-            c = {{6, 3}, {0, 0}, 3, true, 3.3};
-        s.subwoofer = {7, 4, 3, true, 6.6};
+            c = {{120, 4}, {0, 4}, 3, true, 3.3};
+        s.subwoofer = {false, {120, 4}, 4, true, 6.6};
     });
 }
 

@@ -258,19 +258,24 @@ static Settings randomSettings(std::mt19937& random)
     s.power = upTo(20) > 0;
     s.mute = upTo(10) == 0;
     s.source = upTo(19);
-    s.sourceGain = upTo(15);
-    s.mainVolume = upTo(50);
-    for (int& volume : s.promptVolume)
-        volume = upTo(50);
+    s.sourceDb = upTo(15) - 5;
+    s.mainDb = volumeDb(upTo(50));
+    for (double& level : s.promptDb)
+        level = volumeDb(upTo(50));
     for (int& band : s.equalizer)
         band = upTo(20) - 10;
     s.loudness = upTo(1);
-    s.balance = upTo(30) - 15;
-    s.fader = upTo(30) - 15;
-    s.tables = CrossoverTables(upTo(1));
+    s.balance = upTo(30) / 15.0 - 1;
+    s.fader = upTo(30) / 15.0 - 1;
+    constexpr double lowPasses[] = {0, 2000, 8000, 10000, 16000, 20000};
     for (auto& c : s.cabin)
-        c = {{upTo(8), upTo(3)}, {upTo(5), upTo(3)}, upTo(12), upTo(1) == 1, 0.1 * upTo(100)};
-    s.subwoofer = {upTo(9), upTo(12), upTo(3), upTo(1) == 1, 0.1 * upTo(100)};
+        c = {{corners[upTo(8)], 1 + upTo(3)},
+             {lowPasses[upTo(5)], 1 + upTo(3)},
+             upTo(12),
+             upTo(1) == 1,
+             0.1 * upTo(100)};
+    s.subwoofer = {false, {0, 1 + upTo(3)}, upTo(12), upTo(1) == 1, 0.1 * upTo(100)};
+    setSubwoofer(s, upTo(9));
     return s;
 }
 

@@ -20,8 +20,8 @@ namespace {
 dsp::Settings neutral()
 {
     dsp::Settings settings;
-    settings.mainVolume = 50;
-    settings.subwoofer.filter = 1;
+    settings.mainDb = 0;
+    settings.subwoofer.lowPass.hz = 0;
     settings.subwoofer.attenuation = 0;
     return settings;
 }
@@ -139,10 +139,10 @@ void TestRender::settingsAreHeard()
         files::write(path("impulse.wav"), SF_FORMAT_WAV | SF_FORMAT_FLOAT, 48000, 2, samples);
     dsp::Settings settings = neutral();
     settings.equalizer = {6, 0, -4, 0, 3, 8, 0, -6, 0, 5, 0, -3, 2};
-    settings.cabin[dsp::RearLeft].highPass = {4, 3};
+    settings.cabin[dsp::RearLeft].highPass = {80, 4};
     settings.cabin[dsp::RearLeft].delayMs = 2.5;
-    settings.balance = 6;
-    settings.subwoofer.filter = 5;
+    settings.balance = 6 / 15.0;
+    settings.subwoofer.lowPass.hz = 80;
     RenderReport report;
     std::string error;
     QVERIFY2(render({in, path("out.wav"), settings, false}, report, error), error.c_str());
@@ -211,7 +211,7 @@ void TestRender::muteAndPowerDontSilenceTheRendering()
 void TestRender::limiterIsRemarked()
 {
     dsp::Settings settings = neutral();
-    settings.sourceGain = 15;
+    settings.sourceDb = 10;
     RenderReport report;
     std::string error;
     QVERIFY2(render({noise(48000, 20000, 0.9f), path("out.wav"), settings, false}, report, error),
@@ -266,7 +266,7 @@ void TestRender::bothRemarksAreMade()
     const std::string in = files::write(path("cut"), SF_FORMAT_FLAC | SF_FORMAT_PCM_16, 48000, 1, loud[0]);
     QVERIFY(QFile::resize(QString::fromStdString(in), QFileInfo(path("cut").c_str()).size() / 2));
     dsp::Settings settings = neutral();
-    settings.sourceGain = 15;
+    settings.sourceDb = 10;
     RenderReport report;
     std::string error;
     QVERIFY2(render({in, path("out.wav"), settings, false}, report, error), error.c_str());

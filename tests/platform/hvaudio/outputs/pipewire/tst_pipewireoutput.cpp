@@ -18,8 +18,9 @@ dsp::Settings neutral()
 {
     dsp::Settings settings;
     settings.power = true;
-    settings.mainVolume = 50;
-    settings.subwoofer.filter = 1;
+    settings.source = 18;
+    settings.mainDb = 0;
+    settings.subwoofer.lowPass.hz = 0;
     settings.subwoofer.attenuation = 0;
     return settings;
 }
@@ -142,7 +143,7 @@ void TestPipeWireOutput::deviceWithoutRearAndSubwooferGetsTheFold()
     // 12 dB less in front, and a silent subwoofer: left = 0.25 (0.251 + 1).
     settings.cabin[dsp::FrontLeft].attenuation = 12;
     settings.cabin[dsp::FrontRight].attenuation = 12;
-    settings.subwoofer.filter = 0;
+    settings.subwoofer.silent = true;
     player.setSettings(settings);
     QVERIFY(player.setSource(settings.source, SourceKind::Input));
     QVERIFY(player.start("pipewire"));

@@ -101,8 +101,8 @@ bool TestPipeWireSession::start()
     player = std::make_unique<Player>(lines->log());
     dsp::Settings settings;
     settings.power = true;
-    settings.mainVolume = 50;
-    settings.subwoofer.filter = 1;
+    settings.mainDb = 0;
+    settings.subwoofer.lowPass.hz = 0;
     settings.subwoofer.attenuation = 0;
     settings.cabin[dsp::RearLeft].attenuation = 6;
     settings.cabin[dsp::RearRight].attenuation = 6;
