@@ -84,11 +84,19 @@ Replacement::~Replacement()
 
 bool Replacement::finish(std::string& error)
 {
-    if (std::rename(m_unfinished.c_str(), m_target.c_str()) != 0) {
+    // The contents first: after a power cut a name that came first would lead to an empty file.
+    if (fsync(m_file.get()) != 0 || std::rename(m_unfinished.c_str(), m_target.c_str()) != 0) {
         error = "can't write '" + m_name + "': " + std::strerror(errno);
         return false;
     }
     m_unfinished.clear();
+    // Without this the old file may be back after a power cut, which is whole as well; so where the folder
+    // can't be synced nothing has failed.
+    const std::string folder = fs::path(m_target).parent_path().string();
+    if (const Descriptor held(
+            open(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+        held)
+        fsync(held.get());
     return true;
 }
 

@@ -25,7 +25,8 @@ public:
 
     /// Open for writing; owned here. Its mode is the target's, or that of any new file.
     int descriptor() const { return m_file.get(); }
-    /// Takes the target's place; false and a sentence in `error` when that fails. Once.
+    /// Takes the target's place once what was written has reached the medium, which is waited for; after a
+    /// power cut the old file or the new one is there. False and a sentence in `error` when that fails. Once.
     bool finish(std::string& error);
 
 private:

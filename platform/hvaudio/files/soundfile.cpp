@@ -102,9 +102,13 @@ struct SoundFile::Private
             sf_close(file);
     }
 
-    /// Fills `chunk` from the file; false at its end.
+    /// Fills `chunk` from the file; false at its end. What gave nothing once is at its end until it is
+    /// rewound: the decoder of MP3 gives nothing at a damaged place and may go on later, which nobody who has
+    /// told a converter of the end can follow.
     bool nextChunk()
     {
+        if (inputEnded)
+            return false;
         raw.resize(std::size_t(chunkFrames) * info.channels);
         chunk.resize(chunkFrames);
         const sf_count_t got = sf_readf_float(file, raw.data(), chunkFrames);
@@ -120,7 +124,8 @@ struct SoundFile::Private
             }
             chunk[n] = frame;
         }
-        return chunkLeft > 0;
+        inputEnded = chunkLeft == 0;
+        return !inputEnded;
     }
 
     Descriptor descriptor; ///< what `file` reads
@@ -133,6 +138,7 @@ struct SoundFile::Private
     std::vector<StereoFrame> chunk;
     int chunkStart = 0, chunkLeft = 0;
     long long framesRead = 0;
+    bool inputEnded = false; ///< of the file; the converter may still hold something
     bool ended = false;
 };
 
@@ -248,12 +254,12 @@ int SoundFile::read(StereoFrame* frames, int count)
         data.end_of_input = !more;
         data.src_ratio = d->rate / d->info.samplerate;
         if (src_process(d->converter, &data) != 0)
-            break;
+            data.input_frames_used = data.output_frames_gen = 0;
         d->chunkStart += int(data.input_frames_used);
         d->chunkLeft -= int(data.input_frames_used);
         done += int(data.output_frames_gen);
-        // At the end the converter still gives what it holds.
-        d->ended = !more && data.output_frames_gen == 0;
+        // At the end the converter still gives what it holds. One that neither takes nor gives never will.
+        d->ended = data.output_frames_gen == 0 && (!more || data.input_frames_used == 0);
     }
     return done;
 }
@@ -266,7 +272,7 @@ bool SoundFile::rewind()
         src_reset(d->converter);
     d->chunkLeft = 0;
     d->framesRead = 0;
-    d->ended = false;
+    d->inputEnded = d->ended = false;
     return true;
 }
 

@@ -4,11 +4,21 @@
 
 #include <QtTest>
 
+#include <cerrno>
+#include <cstdio>
+
 #include <fcntl.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <unistd.h>
 
 using namespace hvaudio;
 
 namespace {
+
+/// What the library asks of the kernel, in order: "sync" of a file, "sync folder", "rename".
+QStringList asked;
+bool mediumFails = false;
 
 /// The administrator may write everything; what an ordinary user may is seen as one.
 class AsOrdinaryUser
@@ -32,6 +42,23 @@ private:
 
 } // namespace
 
+extern "C" __attribute__((visibility("default"))) int fsync(int file)
+{
+    struct stat is = {};
+    asked << (fstat(file, &is) == 0 && S_ISDIR(is.st_mode) ? "sync folder" : "sync");
+    if (mediumFails) {
+        errno = EIO;
+        return -1;
+    }
+    return int(syscall(SYS_fsync, file));
+}
+
+extern "C" __attribute__((visibility("default"))) int rename(const char* from, const char* to) noexcept
+{
+    asked << "rename";
+    return int(syscall(SYS_renameat2, AT_FDCWD, from, AT_FDCWD, to, 0));
+}
+
 class TestReplacement : public QObject
 {
     Q_OBJECT
@@ -50,6 +77,8 @@ private slots:
     void longestNameIsPossible();
     void fileWithoutLeaveToWriteIsNotReplaced();
     void targetThatBecameAFolderIsSaid();
+    void contentsReachTheMediumBeforeTheName();
+    void contentsThatDontReachTheMediumReplaceNothing();
 
 private:
     std::string path(const char* name) const { return folder->filePath(name).toStdString(); }
@@ -279,6 +308,24 @@ void TestReplacement::targetThatBecameAFolderIsSaid()
     QVERIFY(!file->finish(error));
     QVERIFY2(error.find("'" + path("out.wav") + "'") != std::string::npos, error.c_str());
     file.reset();
+    QCOMPARE(entries(), QStringList{"out.wav"});
+}
+
+void TestReplacement::contentsReachTheMediumBeforeTheName()
+{
+    asked.clear();
+    QCOMPARE(QString::fromStdString(replace(path("out.wav"), "new")), QString());
+    QCOMPARE(asked, (QStringList{"sync", "rename", "sync folder"}));
+}
+
+void TestReplacement::contentsThatDontReachTheMediumReplaceNothing()
+{
+    QVERIFY(put("out.wav", "precious"));
+    mediumFails = true;
+    const QString why = QString::fromStdString(replace(path("out.wav"), "new"));
+    mediumFails = false;
+    QVERIFY2(why.contains("out.wav") && why.contains(std::strerror(EIO)), qPrintable(why));
+    QCOMPARE(contents("out.wav"), QByteArray("precious"));
     QCOMPARE(entries(), QStringList{"out.wav"});
 }
 

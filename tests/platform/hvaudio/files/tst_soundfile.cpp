@@ -6,7 +6,9 @@
 #include <QtTest>
 
 #include <atomic>
+#include <chrono>
 #include <cmath>
+#include <future>
 #include <numeric>
 #include <thread>
 
@@ -62,6 +64,8 @@ private slots:
     void mp3BehindSomethingElseIsKnownByItsName();
     void truncatedFileGivesWhatItHas_data();
     void truncatedFileGivesWhatItHas();
+    void damagedMp3ComesToItsEnd_data();
+    void damagedMp3ComesToItsEnd();
     void framesThatFlacPromisesAndLacksAreTold();
     void lengthThatAPipeLeavesOpenIsNoFault();
     void soundBehindAnOpenSizeIsReadToTheEnd_data();
@@ -345,6 +349,56 @@ void TestSoundFile::truncatedFileGivesWhatItHas()
             im += all[std::size_t(n)].left * std::sin(2 * M_PI * hz * n) / 5000;
         }
         QVERIFY2(std::abs(std::hypot(re, im) - 0.5) < 0.05, qPrintable(QString::number(std::hypot(re, im))));
+    }
+}
+
+void TestSoundFile::damagedMp3ComesToItsEnd_data()
+{
+    QTest::addColumn<double>("rate");
+    QTest::newRow("as it is") << 0.0;
+    QTest::newRow("converted") << 44100.0;
+}
+
+void TestSoundFile::damagedMp3ComesToItsEnd()
+{
+    QFETCH(double, rate);
+    QFile good(QString::fromStdString(files::write(
+        path("good.mp3"), SF_FORMAT_MPEG | SF_FORMAT_MPEG_LAYER_III, 48000, 2, sine(240000, 2, 440, 48000))));
+    QVERIFY(good.open(QIODevice::ReadOnly));
+    const QByteArray whole = good.readAll();
+    for (unsigned seed = 1; seed <= 12; ++seed) {
+        // 2 to 8 KB of noise somewhere in it.
+        unsigned state = seed;
+        const auto random = [&state] { return (state = state * 1664525u + 1013904223u) >> 8; };
+        QByteArray damaged = whole;
+        const int length = 2048 + int(random() % 6144),
+                  start = int(random() % unsigned(whole.size() - length));
+        for (int n = 0; n < length; ++n)
+            damaged[start + n] = char(random());
+        QFile file(folder.filePath("damaged.mp3"));
+        QVERIFY(file.open(QIODevice::WriteOnly) && file.write(damaged) == damaged.size());
+        file.close();
+        // On a thread of its own, so that one that never comes back is a failure and no more.
+        const auto lengths = std::make_shared<std::promise<std::vector<std::size_t>>>();
+        auto done = lengths->get_future();
+        std::thread([lengths, rate, from = path("damaged.mp3")] {
+            std::string error;
+            std::vector<std::size_t> frames;
+            if (const auto sound = open(from, error, rate)) {
+                frames = {readAll(*sound).size(), readAll(*sound).size()};
+                frames.push_back(sound->rewind() ? readAll(*sound).size() : 0);
+            }
+            lengths->set_value(frames);
+        }).detach();
+        QVERIFY2(done.wait_for(std::chrono::seconds(20)) == std::future_status::ready,
+                 qPrintable(QString("seed %1 is never read to its end").arg(seed)));
+        const std::vector<std::size_t> frames = done.get();
+        if (frames.empty())
+            continue; // it wasn't known for a sound any more
+        const QByteArray row = QByteArray::number(seed);
+        QVERIFY2(frames[0] <= 260000, row);
+        QVERIFY2(frames[1] == 0, row);                       // the end stays the end
+        QVERIFY2(frames[2] > 0 && frames[2] <= 260000, row); // until it is rewound
     }
 }
 
