@@ -1,5 +1,7 @@
 #include "headunit/sound/speakerresponses.h"
 
+#include "platform/hvaudio/dsp/response.h"
+
 #include <algorithm>
 
 namespace headunit {

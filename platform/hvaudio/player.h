@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/hvaudio/dsp/engine.h"
+#include "platform/hvaudio/export.h"
 #include "platform/hvaudio/outputs/log.h"
 #include "platform/hvaudio/outputs/output.h"
 #include "platform/hvaudio/sources/sourcekind.h"
@@ -24,7 +25,7 @@ struct HeardFrame
 ///
 /// All functions are [CT], and one thread at a time unless it says otherwise. Nothing throws; what fails says
 /// so in the log, once, and leaves the rest working.
-class Player final
+class HVAUDIO_EXPORT Player final
 {
 public:
     /// `log` may be empty.

@@ -1,8 +1,9 @@
 #pragma once
 
+#include "platform/hvaudio/dsp/block.h"
 #include "platform/hvaudio/dsp/delayline.h"
-#include "platform/hvaudio/dsp/engine.h"
 #include "platform/hvaudio/dsp/limiter.h"
+#include "platform/hvaudio/dsp/meters.h"
 #include "platform/hvaudio/dsp/mixing.h"
 #include "platform/hvaudio/dsp/precision.h"
 #include "platform/hvaudio/dsp/snapshot.h"

@@ -1,6 +1,7 @@
 #include "platform/hvaudio/dsp/engine.h"
 
 #include "platform/hvaudio/dsp/chain.h"
+#include "platform/hvaudio/dsp/response.h"
 #include "platform/hvaudio/dsp/triplebuffer.h"
 
 #include <algorithm>

@@ -1,31 +1,17 @@
 #pragma once
 
+#include "platform/hvaudio/dsp/block.h"
 #include "platform/hvaudio/dsp/kernel/kernel.h"
+#include "platform/hvaudio/dsp/meters.h"
 #include "platform/hvaudio/dsp/settings.h"
 #include "platform/hvaudio/dsp/snapshot.h"
+#include "platform/hvaudio/export.h"
 #include "platform/hvaudio/threads.h"
 
 #include <complex>
 #include <memory>
 
 namespace hvaudio::dsp {
-
-/// What goes in and comes out in one call of `Engine::process`. All samples are floats, full scale is 1.0.
-/// A pointer that is null stands for silence. An input may be the same memory as an output.
-struct Block
-{
-    const float* programme[2] = {};           ///< left, right
-    const float* prompt[promptCount][2] = {}; ///< left, right; only the left one given = mono
-    float* out[speakerCount] = {};            ///< null = that speaker isn't wanted
-    int frames = 0;                           ///< any number; 0 and below do nothing
-};
-
-/// What the listener could have heard since the last `takeMeters`.
-struct Meters
-{
-    std::array<float, speakerCount> peak = {}; ///< largest output sample, 0..1
-    float gain = 1;                            ///< smallest factor of the limiter, 1 = it didn't work
-};
 
 /// The sound processor: stereo programme in, five speakers out.
 ///
@@ -38,7 +24,7 @@ struct Meters
 /// The control side turns `Settings` into a `Snapshot` and publishes it; the audio side picks the newest one
 /// up at the start of a block and glides to it. Glides, fades and holds are counted in frames on a grid that
 /// starts with the first frame, so the sound doesn't depend on how the stream is cut into blocks.
-class Engine
+class HVAUDIO_EXPORT Engine
 {
 public:
     Engine();

@@ -1,4 +1,4 @@
-#include "platform/hvaudio/dsp/snapshot.h"
+#include "platform/hvaudio/dsp/response.h"
 
 namespace hvaudio::dsp {
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/hvaudio/export.h"
+
 #include <array>
 #include <limits>
 #include <string>
@@ -77,6 +79,6 @@ struct Settings
 /// Brings every value into its range. What is no number becomes 0, as a level `silentDb`. Returns one
 /// readable clause for each value that was changed, "balance 17 -> 15, fader ...", empty when all were in
 /// range. Allocates only then.
-std::string clampToRange(Settings& settings);
+HVAUDIO_EXPORT std::string clampToRange(Settings& settings);
 
 } // namespace hvaudio::dsp

@@ -5,7 +5,6 @@
 #include "platform/hvaudio/dsp/settings.h"
 
 #include <array>
-#include <complex>
 
 namespace hvaudio::dsp {
 
@@ -34,10 +33,5 @@ ExactSections makeSections(const Settings& settings, const EqualizerDesign& equa
 
 /// Settings to the audio thread's view of them; same conditions.
 Snapshot makeSnapshot(const Settings& settings, const EqualizerDesign& equalizer, double rate);
-
-/// Transfer function from the programme input that belongs to the speaker (the subwoofer: both inputs at
-/// once) to it, computed from the snapshot's own coefficients; without the limiter and without the latency
-/// that all speakers share.
-std::complex<double> responseOf(const Snapshot& snapshot, Speaker speaker, double hz, double rate);
 
 } // namespace hvaudio::dsp

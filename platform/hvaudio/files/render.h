@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/hvaudio/dsp/settings.h"
+#include "platform/hvaudio/export.h"
 
 #include <functional>
 #include <string>
@@ -35,6 +36,6 @@ struct RenderReport
 /// then no output file is left, and one that stood there before is as it was. The output is a new file, or
 /// takes the place of a regular file other than the input, by whatever names and links (replacement.h). Not
 /// for the audio thread.
-bool render(const RenderJob& job, RenderReport& report, std::string& error);
+HVAUDIO_EXPORT bool render(const RenderJob& job, RenderReport& report, std::string& error);
 
 } // namespace hvaudio

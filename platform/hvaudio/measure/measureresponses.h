@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/hvaudio/dsp/settings.h"
+#include "platform/hvaudio/export.h"
 
 #include <array>
 #include <vector>
@@ -12,6 +13,6 @@ namespace hvaudio::dsp {
 /// impulse, as in `Engine::response`. Takes a few hundred milliseconds for a hundred frequencies; not for the
 /// audio thread. Rate in Hz; all 0 for one that the engine refuses.
 using OfEachSpeaker = std::array<std::vector<double>, speakerCount>;
-OfEachSpeaker measureResponses(const Settings& settings, double rate, const OfEachSpeaker& hz);
+HVAUDIO_EXPORT OfEachSpeaker measureResponses(const Settings& settings, double rate, const OfEachSpeaker& hz);
 
 } // namespace hvaudio::dsp

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/hvaudio/export.h"
 #include "platform/hvaudio/outputs/feed.h"
 
 #include <string>
@@ -8,7 +9,7 @@ namespace hvaudio {
 
 /// Where the sound goes: an object that pulls blocks from a feed. A machine without a sound server is a
 /// normal case (nulloutput.h), so is a file (wavoutput.h).
-class Output
+class HVAUDIO_EXPORT Output
 {
 public:
     virtual ~Output() = default;

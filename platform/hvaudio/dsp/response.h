@@ -1,0 +1,16 @@
+#pragma once
+
+#include "platform/hvaudio/dsp/snapshot.h"
+#include "platform/hvaudio/export.h"
+
+#include <complex>
+
+namespace hvaudio::dsp {
+
+/// Transfer function from the programme input that belongs to the speaker (the subwoofer: both inputs at
+/// once) to it, computed from the snapshot's own coefficients; without the limiter and without the latency
+/// that all speakers share.
+HVAUDIO_EXPORT std::complex<double> responseOf(const Snapshot& snapshot, Speaker speaker, double hz,
+                                               double rate);
+
+} // namespace hvaudio::dsp
