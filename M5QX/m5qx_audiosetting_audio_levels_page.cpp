@@ -5,7 +5,7 @@
 #include "M5QX/filelocal.h"
 #include "M5QX/k41_audio_root_bf.h"
 #include "M5QX/pa_balancefadercontrol.h"
-#include "M5QX/storedsettings.h"
+#include "M5QX/pagesettings.h"
 #include "common/customslider.h"
 #include "common/mcumanager.h"
 #include "common/pushbutton.h"

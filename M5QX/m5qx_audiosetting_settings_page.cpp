@@ -3,7 +3,7 @@
 #include "M5QX/backrequest.h"
 #include "M5QX/diagnostic.h"
 #include "M5QX/filelocal.h"
-#include "M5QX/storedsettings.h"
+#include "M5QX/pagesettings.h"
 #include "common/settings.h"
 #include "common/translator.h"
 #include "hvaudio/audioservice.h"

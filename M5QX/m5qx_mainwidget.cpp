@@ -11,7 +11,7 @@
 #include "M5QX/m5qx_audiosetting_time_alignment_page.h"
 #include "M5QX/m5qxcrosssettingwidget.h"
 #include "M5QX/pages.h"
-#include "M5QX/storedsettings.h"
+#include "M5QX/pagesettings.h"
 #include "M5QX/volumesettingwidget.h"
 #include "common/settings.h"
 #include "ui_m5qx_audiosetting_container.h"

@@ -2,8 +2,8 @@
 
 #include "M5QX/diagnostic.h"
 #include "M5QX/filelocal.h"
+#include "M5QX/pagesettings.h"
 #include "M5QX/setuppagekeywidget.h"
-#include "M5QX/storedsettings.h"
 #include "common/customslider.h"
 #include "common/scroll.h"
 #include "common/settings.h"

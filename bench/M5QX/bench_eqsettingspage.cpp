@@ -17,8 +17,8 @@
 
 namespace {
 
-constexpr QSize WindowSize(1024, 600);
-constexpr int BarTop = 141;
+constexpr QSize windowSize(1024, 600);
+constexpr int barTop = 141;
 
 /// Paints what is dirty and flushes it, now rather than at the window system's next tick.
 void sync(QWidget& window)
@@ -29,7 +29,7 @@ void sync(QWidget& window)
 
 void show(QWidget& window)
 {
-    window.resize(WindowSize);
+    window.resize(windowSize);
     window.show();
     QApplication::processEvents();
 }
@@ -104,7 +104,7 @@ public:
 
     void send(QEvent::Type type, int y)
     {
-        const QPoint pos(534, BarTop + y);
+        const QPoint pos(534, barTop + y);
         const bool move = type == QEvent::MouseMove;
         QMouseEvent event(type, pos, pos, move ? Qt::NoButton : Qt::LeftButton, Qt::LeftButton,
                           Qt::NoModifier);

@@ -10,7 +10,7 @@ using namespace platform_double;
 using Page = audiosetting::m5qx_eq_crossover_setting_page;
 
 #define ICONS ":/vexa_m5qx_audiosettingicon/"
-const QString KeyBeep = QStringLiteral("AudioService.doBeep(0)");
+const QString keyBeep = QStringLiteral("AudioService.doBeep(0)");
 
 /// The four calls that send a filter.
 inline QStringList sent(const char* filter, int freq, int slope)

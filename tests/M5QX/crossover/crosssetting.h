@@ -8,9 +8,9 @@ namespace crosssetting {
 
 using namespace platform_double;
 
-const char* const FreqKey = "settings_cross_freq_index";
-const char* const GainKey = "settings_cross_gain_index";
-const char* const SlopeKey = "settings_cross_slope_index";
+const char* const freqKey = "settings_cross_freq_index";
+const char* const gainKey = "settings_cross_gain_index";
+const char* const slopeKey = "settings_cross_slope_index";
 
 /// What the page draws into one of its curves, as its setter logs it.
 inline QStringList loggedCurves(const QString& setter)
@@ -36,7 +36,7 @@ inline QString write(const char* key, const QString& defaultMap, const QString& 
         .arg(QLatin1String(key), defaultMap, map);
 }
 
-const QString KeyBeep = QStringLiteral("AudioService.doBeep(0)");
+const QString keyBeep = QStringLiteral("AudioService.doBeep(0)");
 
 inline QString hpf(int frequency, int gain, int speaker, int slope)
 {

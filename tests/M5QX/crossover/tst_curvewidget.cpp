@@ -12,7 +12,7 @@ using namespace platform_double;
 
 namespace {
 
-constexpr QRgb Paper = qRgb(20, 30, 40);
+constexpr QRgb paper = qRgb(20, 30, 40);
 
 /// Counts the paint events of a widget.
 class PaintCounter : public QObject
@@ -29,7 +29,7 @@ public:
 QImage picture(QWidget& widget)
 {
     QImage image(widget.size(), QImage::Format_ARGB32_Premultiplied);
-    image.fill(Paper);
+    image.fill(paper);
     widget.render(&image, QPoint(), QRegion(), QWidget::DrawChildren);
     return image;
 }
@@ -39,7 +39,7 @@ double thicknessAt(const QImage& image, int x)
 {
     double covered = 0;
     for (int y = 0; y < image.height(); ++y)
-        covered += (qRed(image.pixel(x, y)) - qRed(Paper)) / double(255 - qRed(Paper));
+        covered += (qRed(image.pixel(x, y)) - qRed(paper)) / double(255 - qRed(paper));
     return covered;
 }
 
@@ -179,8 +179,8 @@ void TestCurveWidget::flatHighPassDrawsBothLines6Wide()
     // Rows 47 to 52: an even width lies evenly about its line.
     for (int y = 47; y <= 52; ++y)
         QCOMPARE(image.pixel(300, y), qRgb(255, 255, 255));
-    QCOMPARE(image.pixel(300, 46), Paper);
-    QCOMPARE(image.pixel(300, 53), Paper);
+    QCOMPARE(image.pixel(300, 46), paper);
+    QCOMPARE(image.pixel(300, 53), paper);
 }
 
 void TestCurveWidget::edgeIsDrawn5WideAndFlatPart6Wide_data()
@@ -245,7 +245,7 @@ void TestCurveWidget::nothingIsDrawnBesideTheLines()
     for (int y = 0; y < image.height(); ++y) {
         for (int x = 0; x < image.width(); ++x) {
             if (y < 46 || y > 53)
-                QCOMPARE(image.pixel(x, y), Paper);
+                QCOMPARE(image.pixel(x, y), paper);
         }
     }
 }
@@ -254,7 +254,7 @@ void TestCurveWidget::paintingBeforeACurveIsSetDrawsNothing()
 {
     const QImage image = picture(*m_curve);
     QImage empty(image.size(), image.format());
-    empty.fill(Paper);
+    empty.fill(paper);
     QCOMPARE(image, empty);
 }
 

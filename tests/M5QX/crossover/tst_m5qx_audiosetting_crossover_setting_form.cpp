@@ -13,16 +13,16 @@ using Page = audiosetting::m5qx_eq_crossover_setting_page;
 
 namespace {
 
-const char* const Root = "m5qx_audiosetting_crossover_setting_page";
+const char* const rootName = "m5qx_audiosetting_crossover_setting_page";
 
 // clang-format off
 const Place places[] = {
-    {"key_back",                    "QPushButton", Root,                      {938, 13, 74, 60}},
-    {"bkg_eq",                      "QLabel",      Root,                      {28, 22, 52, 52}},
-    {"text_titel",                  "QLabel",      Root,                      {95, 28, 400, 41}},
-    {"bkg_line_1",                  "QLabel",      Root,                      {335, 100, 6, 388}},
-    {"bkg_line_2",                  "QLabel",      Root,                      {665, 100, 6, 388}},
-    {"high_pass_widget",            "QWidget",     Root,                      {20, 90, 307, 508}},
+    {"key_back",                    "QPushButton", rootName,                      {938, 13, 74, 60}},
+    {"bkg_eq",                      "QLabel",      rootName,                      {28, 22, 52, 52}},
+    {"text_titel",                  "QLabel",      rootName,                      {95, 28, 400, 41}},
+    {"bkg_line_1",                  "QLabel",      rootName,                      {335, 100, 6, 388}},
+    {"bkg_line_2",                  "QLabel",      rootName,                      {665, 100, 6, 388}},
+    {"high_pass_widget",            "QWidget",     rootName,                      {20, 90, 307, 508}},
     {"key_high_pass",               "QPushButton", "high_pass_widget",        {0, 63, 110, 52}},
     {"text_hpf_main_audio",         "QLabel",      "high_pass_widget",        {1, 0, 306, 40}},
     {"bkg_hpf_main_audio",          "QLabel",      "high_pass_widget",        {0, 0, 306, 40}},
@@ -40,7 +40,7 @@ const Place places[] = {
     {"text_lpf_slope_12db",         "QLabel",      "hpf_slope_widget",        {132, 27, 67, 17}},
     {"text_lpf_slope_18db",         "QLabel",      "hpf_slope_widget",        {240, 27, 67, 17}},
     {"text_high_pass",              "QLabel",      "high_pass_widget",        {73, 120, 161, 20}},
-    {"low_pass_widget",             "QWidget",     Root,                      {350, 90, 307, 508}},
+    {"low_pass_widget",             "QWidget",     rootName,                      {350, 90, 307, 508}},
     {"key_low_pass",                "QPushButton", "low_pass_widget",         {0, 63, 110, 52}},
     {"text_low_main_audio",         "QLabel",      "low_pass_widget",         {1, 0, 306, 40}},
     {"bkg_lpf_main_audiol",         "QLabel",      "low_pass_widget",         {0, 0, 306, 40}},
@@ -58,7 +58,7 @@ const Place places[] = {
     {"text_low_slope_12db",         "QLabel",      "low_slope_widget",        {132, 27, 67, 17}},
     {"text_low_slope_18db",         "QLabel",      "low_slope_widget",        {240, 27, 67, 17}},
     {"text_low_pass",               "QLabel",      "low_pass_widget",         {73, 120, 161, 20}},
-    {"subwoofer_widget",            "QWidget",     Root,                      {680, 90, 307, 211}},
+    {"subwoofer_widget",            "QWidget",     rootName,                      {680, 90, 307, 211}},
     {"text_subwoofer",              "QLabel",      "subwoofer_widget",        {1, 0, 306, 40}},
     {"bkg_subwoofer_main_audiol",   "QLabel",      "subwoofer_widget",        {0, 0, 306, 40}},
     {"subwoofer_freq_widget",       "QWidget",     "subwoofer_widget",        {0, 64, 307, 71}},
@@ -73,12 +73,12 @@ const Place places[] = {
     {"text_subwoofer_level",        "QLabel",      "subwoofer_level_widget",  {71, 6, 164, 59}},
     {"text_subwoo_freq_tiltel",     "QLabel",      "subwoofer_widget",        {71, 46, 161, 20}},
     {"text_subwoofer_Level_tiltel", "QLabel",      "subwoofer_widget",        {71, 132, 161, 20}},
-    {"line_widget",                 "QWidget",     Root,                      {686, 320, 319, 171}},
+    {"line_widget",                 "QWidget",     rootName,                      {686, 320, 319, 171}},
     {"icon_line_lpf",               "QLabel",      "line_widget",             {176, 0, 142, 162}},
     {"icon_line_hpf",               "QLabel",      "line_widget",             {0, 0, 142, 162}},
     {"bkg_line",                    "QLabel",      "line_widget",             {0, 1, 319, 171}},
 };
-static_assert(sizeof(places) / sizeof(places[0]) == 60, "every widget of the form");
+static_assert(std::size(places) == 60, "every widget of the form");
 
 struct Look { const char* label; const char* style; int points; const char* text; bool centred; };
 const Look looks[] = {
@@ -125,7 +125,7 @@ const KeyLook keyLooks[] = {
     {"key_low_slope_12db",        ICONS "icon_circle_grey.png", "", ICONS "icon_circle_green.png", {30, 30}},
     {"key_low_slope_18db",        ICONS "icon_circle_grey.png", "", ICONS "icon_circle_green.png", {30, 30}},
 };
-static_assert(sizeof(keyLooks) / sizeof(keyLooks[0]) == 17, "every key");
+static_assert(std::size(keyLooks) == 17, "every key");
 
 struct PictureRow { const char* label; const char* file; };
 const PictureRow pictures[] = {
@@ -186,10 +186,10 @@ void TestCrossoverForm::everyWidgetOfTheFormHasItsParentAndPlace_data()
 void TestCrossoverForm::everyWidgetOfTheFormHasItsParentAndPlace()
 {
     QFETCH(int, row);
-    QCOMPARE(m_page->objectName(), QLatin1String(Root));
+    QCOMPARE(m_page->objectName(), QLatin1String(rootName));
     QCOMPARE(m_page->geometry(), QRect(0, 0, 1024, 510));
     QCOMPARE(m_page->windowTitle(), QStringLiteral("Form"));
-    QCOMPARE(m_page->findChildren<QWidget*>().size(), int(sizeof(places) / sizeof(places[0])));
+    QCOMPARE(m_page->findChildren<QWidget*>().size(), int(std::size(places)));
     QCOMPARE(difference(m_page.data(), places[row]), QString());
 }
 
@@ -217,7 +217,7 @@ void TestCrossoverForm::backgroundsLieBelowTitlesAndIcons()
 void TestCrossoverForm::labelsHaveTheirLook_data()
 {
     QTest::addColumn<int>("row");
-    for (int i = 0; i < int(sizeof(looks) / sizeof(looks[0])); ++i)
+    for (int i = 0; i < int(std::size(looks)); ++i)
         QTest::newRow(looks[i].label) << i;
 }
 
@@ -262,7 +262,7 @@ void TestCrossoverForm::theFormsOwnTexts()
 void TestCrossoverForm::keysHaveTheirPictures_data()
 {
     QTest::addColumn<int>("row");
-    for (int i = 0; i < int(sizeof(keyLooks) / sizeof(keyLooks[0])); ++i)
+    for (int i = 0; i < int(std::size(keyLooks)); ++i)
         QTest::newRow(keyLooks[i].key) << i;
 }
 

@@ -191,7 +191,7 @@ void TestCrossoverPage::valuesOutsideTheTablesShowNoTextAndStayAsStored()
     QCOMPARE(stored(QStringLiteral("hpfFreq")), QVariant(index));
     // Sent as stored too.
     click("key_hpf_slope_6db");
-    QCOMPARE(take(), QStringList({KeyBeep, write("hpfslope", "1", "0")}) + sent("HPF", index, 0));
+    QCOMPARE(take(), QStringList({keyBeep, write("hpfslope", "1", "0")}) + sent("HPF", index, 0));
     click("Key_subwoofer_level_plus");
     QCOMPARE(take().value(1), sub(index, 10));
 }

@@ -13,8 +13,8 @@ using formcheck::shows;
 
 namespace {
 
-const QString Ext = QStringLiteral(":/vexa_m5qx_settingicon_ext/");
-const QString Icons = QStringLiteral(":/vexa_m5qx_audiosettingicon/");
+const QString extIcons = QStringLiteral(":/vexa_m5qx_settingicon_ext/");
+const QString icons = QStringLiteral(":/vexa_m5qx_audiosettingicon/");
 
 // clang-format off
 const Place places[] = {
@@ -53,7 +53,7 @@ const Place places[] = {
     {"Txt_0",                 "QLabel",      "phase_widget",           {0, 0, 31, 51}},
     {"Txt_180",               "QLabel",      "phase_widget",           {167, 0, 43, 51}},
 };
-static_assert(sizeof(places) / sizeof(places[0]) == 34, "every widget of the form");
+static_assert(std::size(places) == 34, "every widget of the form");
 // clang-format on
 } // namespace
 
@@ -163,16 +163,16 @@ void TestCrossSettingForm::keysHaveTheirPictures_data()
     QTest::addColumn<bool>("checkable");
     const QString none;
     for (const char* key : {"key_filter_down", "key_slope_down", "key_level_down"})
-        QTest::newRow(key) << Ext + "setup_key_down_n.png" << Ext + "setup_key_down_p.png" << none
+        QTest::newRow(key) << extIcons + "setup_key_down_n.png" << extIcons + "setup_key_down_p.png" << none
                            << QSize(74, 70) << false;
     for (const char* key : {"key_filter_up", "key_slope_up", "key_level_up"})
-        QTest::newRow(key) << Ext + "setup_key_up_n.png" << Ext + "setup_key_up_p.png" << none
+        QTest::newRow(key) << extIcons + "setup_key_up_n.png" << extIcons + "setup_key_up_p.png" << none
                            << QSize(74, 70) << false;
     for (const char* key : {"key_front", "key_rear", "key_subwoofer"})
-        QTest::newRow(key) << Ext + "setup_key_btn2_n.png" << Ext + "setup_key_btn2_p.png"
-                           << Ext + "setup_key_btn2_p.png" << QSize(173, 70) << true;
-    QTest::newRow("key_back") << Icons + "icon_eq.png" << none << none << QSize(52, 52) << false;
-    QTest::newRow("key_exit") << Icons + "icon_close_n.png" << Icons + "icon_close_p.png" << none
+        QTest::newRow(key) << extIcons + "setup_key_btn2_n.png" << extIcons + "setup_key_btn2_p.png"
+                           << extIcons + "setup_key_btn2_p.png" << QSize(173, 70) << true;
+    QTest::newRow("key_back") << icons + "icon_eq.png" << none << none << QSize(52, 52) << false;
+    QTest::newRow("key_exit") << icons + "icon_close_n.png" << icons + "icon_close_p.png" << none
                               << QSize(74, 60) << false;
     QTest::newRow("Key_troggle_phase")
         << ":/dual_icon/setup_btn_off_n.png" << none << none << QSize(136, 51) << true;
@@ -201,10 +201,10 @@ void TestCrossSettingForm::keysHaveTheirPictures()
 void TestCrossSettingForm::picturesOfTheGridAreThereAndThoseOfTheCurvesHidden()
 {
     const auto picture = [&](const char* name) { return label(name)->pixmap(Qt::ReturnByValue); };
-    QVERIFY(shows(picture("bg"), Ext + "bg_cross.png"));
-    QVERIFY(shows(picture("label_curve_front_hpf"), Ext + "curve_orange_2.png"));
-    QVERIFY(shows(picture("label_curve_rear_hpf"), Ext + "curve_yellow_1.png"));
-    QVERIFY(shows(picture("label_curve_subwoofer"), Ext + "curve_gray_3.png"));
+    QVERIFY(shows(picture("bg"), extIcons + "bg_cross.png"));
+    QVERIFY(shows(picture("label_curve_front_hpf"), extIcons + "curve_orange_2.png"));
+    QVERIFY(shows(picture("label_curve_rear_hpf"), extIcons + "curve_yellow_1.png"));
+    QVERIFY(shows(picture("label_curve_subwoofer"), extIcons + "curve_gray_3.png"));
     for (const char* curve : {"label_curve_front_hpf", "label_curve_rear_hpf", "label_curve_subwoofer"})
         QVERIFY(find<QLabel>(curve)->isHidden());
     QVERIFY(!find<QLabel>("bg")->isHidden());

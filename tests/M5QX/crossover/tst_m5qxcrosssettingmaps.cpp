@@ -40,13 +40,13 @@ void TestCrossSettingMaps::emptyTextOrASingleNumberYieldsAnEmptyMap()
     QCOMPARE(M5QXCrossSettingWidget::stringToMap(QStringLiteral("")), Map());
     QCOMPARE(M5QXCrossSettingWidget::stringToMap(QStringLiteral("5")), Map());
     // Every group then has index 0, which for the frequency is off.
-    setStored(FreqKey, QStringLiteral("5"));
+    setStored(freqKey, QStringLiteral("5"));
     setStored(QStringLiteral("settings_cross_filter"), 2);
     resume();
     QCOMPARE(find<QLabel>("txt_filter")->text(), QStringLiteral("T790"));
-    QCOMPARE(stored(FreqKey), QVariant(QStringLiteral("5")));
+    QCOMPARE(stored(freqKey), QVariant(QStringLiteral("5")));
     click("key_filter_up");
-    QCOMPARE(stored(FreqKey), QVariant(QStringLiteral("0;0;1;0;2;1")));
+    QCOMPARE(stored(freqKey), QVariant(QStringLiteral("0;0;1;0;2;1")));
 }
 
 void TestCrossSettingMaps::oddLastPartIsIgnored()
@@ -104,16 +104,16 @@ void TestCrossSettingMaps::storedIndexOutsideItsListCountsAsTheNearestAndIsNotRe
     QFETCH(QString, gain);
     QFETCH(QString, slope);
     QFETCH(QStringList, rows);
-    setStored(FreqKey, freq);
-    setStored(GainKey, gain);
-    setStored(SlopeKey, slope);
+    setStored(freqKey, freq);
+    setStored(gainKey, gain);
+    setStored(slopeKey, slope);
     m_page->resume();
     QCOMPARE(take(), QStringList());
     QCOMPARE(shown(), rows);
     click("key_rear");
-    QCOMPARE(stored(FreqKey), QVariant(freq));
-    QCOMPARE(stored(GainKey), QVariant(gain));
-    QCOMPARE(stored(SlopeKey), QVariant(slope));
+    QCOMPARE(stored(freqKey), QVariant(freq));
+    QCOMPARE(stored(gainKey), QVariant(gain));
+    QCOMPARE(stored(slopeKey), QVariant(slope));
 }
 
 void TestCrossSettingMaps::levelBeyondTheListIsShownAsTheLowest_data()
@@ -160,7 +160,7 @@ void TestCrossSettingMaps::hostileStoredValuesDoNoHarm_data()
 void TestCrossSettingMaps::hostileStoredValuesDoNoHarm()
 {
     QFETCH(QVariant, value);
-    for (const char* key : {"settings_cross_filter", FreqKey, GainKey, SlopeKey, "Audio_Phase_Troggle",
+    for (const char* key : {"settings_cross_filter", freqKey, gainKey, slopeKey, "Audio_Phase_Troggle",
                             "subwooferLevel", "subwooferFreq", "subwooferslope", "subwooferOnOff"})
         setStored(QLatin1String(key), value);
     m_page->resume();
@@ -182,10 +182,10 @@ void TestCrossSettingMaps::hostileStoredValuesDoNoHarm()
 
 void TestCrossSettingMaps::keysOfAMapThatThePageDoesntKnowAreKept()
 {
-    setStored(FreqKey, QStringLiteral("0;1;1;0;2;6;7;99"));
+    setStored(freqKey, QStringLiteral("0;1;1;0;2;6;7;99"));
     resume();
     click("key_filter_up");
-    QCOMPARE(stored(FreqKey), QVariant(QStringLiteral("0;2;1;0;2;6;7;99")));
+    QCOMPARE(stored(freqKey), QVariant(QStringLiteral("0;2;1;0;2;6;7;99")));
 }
 
 QTEST_MAIN(TestCrossSettingMaps)

@@ -74,9 +74,9 @@ void TestCrossSettingTouches::stepsStoreShowAndSendInOrder()
     QFETCH(int, gain);
     QFETCH(int, slope);
     setStored(QStringLiteral("settings_cross_filter"), group);
-    setStored(FreqKey, QStringLiteral("0;4;1;4;2;4"));
-    setStored(GainKey, QStringLiteral("0;5;1;5;2;5"));
-    setStored(SlopeKey, QStringLiteral("0;2;1;2;2;2"));
+    setStored(freqKey, QStringLiteral("0;4;1;4;2;4"));
+    setStored(gainKey, QStringLiteral("0;5;1;5;2;5"));
+    setStored(slopeKey, QStringLiteral("0;2;1;2;2;2"));
     setStored(QStringLiteral("subwooferLevel"), 5);
     resume();
     click(key.toLatin1());
@@ -86,13 +86,13 @@ void TestCrossSettingTouches::stepsStoreShowAndSendInOrder()
             parts << QString::number(g) << QString::number(g == group ? own : other);
         return parts.join(QLatin1Char(';'));
     };
-    QStringList expected(KeyBeep);
+    QStringList expected(keyBeep);
     if (freq)
-        expected << write(FreqKey, QStringLiteral("0;0;1;0;2;6"), map(4, 4 + freq));
+        expected << write(freqKey, QStringLiteral("0;0;1;0;2;6"), map(4, 4 + freq));
     if (gain)
-        expected << write(GainKey, QStringLiteral("0;0;1;0;2;0"), map(5, 5 + gain));
+        expected << write(gainKey, QStringLiteral("0;0;1;0;2;0"), map(5, 5 + gain));
     if (slope)
-        expected << write(SlopeKey, QStringLiteral("0;0;1;0;2;0"), map(2, 2 + slope));
+        expected << write(slopeKey, QStringLiteral("0;0;1;0;2;0"), map(2, 2 + slope));
     expected << sent(group, 4 + freq, 5 + gain, 2 + slope);
     QCOMPARE(take(Actions | Read), expected);
     const int hz[] = {0, 30, 40, 60, 80, 100, 120, 160, 250};
@@ -103,12 +103,12 @@ void TestCrossSettingTouches::stepsStoreShowAndSendInOrder()
 
 void TestCrossSettingTouches::filterUpAt250HzKeepsTheIndexStillStoresAndStillSends()
 {
-    setStored(FreqKey, QStringLiteral("0;8;1;0;2;6"));
+    setStored(freqKey, QStringLiteral("0;8;1;0;2;6"));
     resume();
     click("key_filter_up"); // disabled: a touch does nothing
     QCOMPARE(take(), QStringList());
     call("on_key_filter_up_clicked");
-    QCOMPARE(take(), QStringList({KeyBeep, write(FreqKey, "0;0;1;0;2;6", "0;8;1;0;2;6")}) + sent(0, 8, 0, 0));
+    QCOMPARE(take(), QStringList({keyBeep, write(freqKey, "0;0;1;0;2;6", "0;8;1;0;2;6")}) + sent(0, 8, 0, 0));
     QCOMPARE(find<QLabel>("txt_filter")->text(), QStringLiteral("250 Hz"));
 }
 
@@ -120,11 +120,11 @@ void TestCrossSettingTouches::stepsAtTheOtherEndsStillStoreAndSend_data()
     QTest::addColumn<QString>("slope");
     QTest::addColumn<QString>("key");
     // clang-format off
-    QTest::newRow("filter down when off")  << "on_key_filter_down_clicked" << "0" << "0"  << "0" << FreqKey;
-    QTest::newRow("slope up at -24")       << "on_key_slope_up_clicked"    << "4" << "0"  << "3" << SlopeKey;
-    QTest::newRow("slope down at -6")      << "on_key_slope_down_clicked"  << "4" << "0"  << "0" << SlopeKey;
-    QTest::newRow("level up at 0")         << "on_key_level_up_clicked"    << "4" << "0"  << "0" << GainKey;
-    QTest::newRow("level down at -12")     << "on_key_level_down_clicked"  << "4" << "12" << "0" << GainKey;
+    QTest::newRow("filter down when off")  << "on_key_filter_down_clicked" << "0" << "0"  << "0" << freqKey;
+    QTest::newRow("slope up at -24")       << "on_key_slope_up_clicked"    << "4" << "0"  << "3" << slopeKey;
+    QTest::newRow("slope down at -6")      << "on_key_slope_down_clicked"  << "4" << "0"  << "0" << slopeKey;
+    QTest::newRow("level up at 0")         << "on_key_level_up_clicked"    << "4" << "0"  << "0" << gainKey;
+    QTest::newRow("level down at -12")     << "on_key_level_down_clicked"  << "4" << "12" << "0" << gainKey;
     // clang-format on
 }
 
@@ -138,16 +138,16 @@ void TestCrossSettingTouches::stepsAtTheOtherEndsStillStoreAndSend()
     const QString map(QStringLiteral("0;0;1;%1;2;0"));
     setStored(QStringLiteral("settings_cross_filter"), 1);
     setStored(QStringLiteral("subwooferLevel"), 0);
-    setStored(FreqKey, map.arg(freq));
-    setStored(GainKey, map.arg(gain));
-    setStored(SlopeKey, map.arg(slope));
+    setStored(freqKey, map.arg(freq));
+    setStored(gainKey, map.arg(gain));
+    setStored(slopeKey, map.arg(slope));
     resume();
     call(slot.toLatin1());
-    const QString unchanged = map.arg(key == QLatin1String(FreqKey)   ? freq
-                                      : key == QLatin1String(GainKey) ? gain
+    const QString unchanged = map.arg(key == QLatin1String(freqKey)   ? freq
+                                      : key == QLatin1String(gainKey) ? gain
                                                                       : slope);
-    const QString fallback(key == QLatin1String(FreqKey) ? "0;0;1;0;2;6" : "0;0;1;0;2;0");
-    QCOMPARE(take(), QStringList({KeyBeep, write(key.toLatin1(), fallback, unchanged)}) +
+    const QString fallback(key == QLatin1String(freqKey) ? "0;0;1;0;2;6" : "0;0;1;0;2;0");
+    QCOMPARE(take(), QStringList({keyBeep, write(key.toLatin1(), fallback, unchanged)}) +
                          sent(1, freq.toInt(), gain.toInt(), slope.toInt()));
 }
 
@@ -157,7 +157,7 @@ void TestCrossSettingTouches::withTheSubwooferSelectedLevelDownFrom11Stores12Wit
     resume();
     click("key_level_down");
     QCOMPARE(take(),
-             QStringList({KeyBeep, write(GainKey, "0;0;1;0;2;0", "0;0;1;0;2;12")}) + sent(2, 6, 12, 0));
+             QStringList({keyBeep, write(gainKey, "0;0;1;0;2;0", "0;0;1;0;2;12")}) + sent(2, 6, 12, 0));
     QCOMPARE(stored(QStringLiteral("subwooferLevel")), QVariant(12 | 0x80));
     // The count of the subwoofer's key is one higher: 120 Hz is the 7 that is its default.
     QCOMPARE(stored(QStringLiteral("subwooferFreq")), QVariant(7));
@@ -185,19 +185,19 @@ void TestCrossSettingTouches::keysAtTheEndsAreDisabled()
     QFETCH(int, gain);
     QFETCH(int, slope);
     QFETCH(QString, keys);
-    setStored(FreqKey, QStringLiteral("0;%1").arg(freq));
-    setStored(GainKey, QStringLiteral("0;%1").arg(gain));
-    setStored(SlopeKey, QStringLiteral("0;%1").arg(slope));
+    setStored(freqKey, QStringLiteral("0;%1").arg(freq));
+    setStored(gainKey, QStringLiteral("0;%1").arg(gain));
+    setStored(slopeKey, QStringLiteral("0;%1").arg(slope));
     resume();
     QCOMPARE(enabled(), keys);
 }
 
 void TestCrossSettingTouches::offLeavesOnlyFilterUp()
 {
-    setStored(FreqKey, QStringLiteral("0;1;1;0;2;6"));
+    setStored(freqKey, QStringLiteral("0;1;1;0;2;6"));
     resume();
     click("key_filter_down");
-    QCOMPARE(take(), QStringList({KeyBeep, write(FreqKey, "0;0;1;0;2;6", "0;0;1;0;2;6")}) + sent(0, 0, 0, 0));
+    QCOMPARE(take(), QStringList({keyBeep, write(freqKey, "0;0;1;0;2;6", "0;0;1;0;2;6")}) + sent(0, 0, 0, 0));
     QCOMPARE(enabled(), QStringLiteral("010000"));
     for (const char* key :
          {"key_filter_down", "key_slope_up", "key_slope_down", "key_level_up", "key_level_down"})
@@ -219,16 +219,16 @@ void TestCrossSettingTouches::groupKeysBeepStoreAndSend()
     QFETCH(QString, key);
     QFETCH(int, group);
     setStored(QStringLiteral("settings_cross_filter"), (group + 1) % 3);
-    setStored(FreqKey, QStringLiteral("0;1;1;2;2;3"));
-    setStored(GainKey, QStringLiteral("0;4;1;5;2;6"));
-    setStored(SlopeKey, QStringLiteral("0;1;1;2;2;3"));
+    setStored(freqKey, QStringLiteral("0;1;1;2;2;3"));
+    setStored(gainKey, QStringLiteral("0;4;1;5;2;6"));
+    setStored(slopeKey, QStringLiteral("0;1;1;2;2;3"));
     setStored(QStringLiteral("subwooferLevel"), 6);
     resume();
     click(key.toLatin1());
     QCOMPARE(
         take(Actions | Read),
         QStringList(
-            {KeyBeep,
+            {keyBeep,
              QStringLiteral("SettingsFunc.setValue(\"settings_cross_filter\", 0, %1, true)").arg(group)}) +
             sent(group, 1 + group, 4 + group, 1 + group));
     for (const char* other : {"key_front", "key_rear", "key_subwoofer"})
@@ -241,7 +241,7 @@ void TestCrossSettingTouches::groupKeysBeepStoreAndSend()
 
 void TestCrossSettingTouches::selectingAGroupThatWasStoredOtherwiseShowsItsRows()
 {
-    setStored(FreqKey, QStringLiteral("0;1;1;8;2;6"));
+    setStored(freqKey, QStringLiteral("0;1;1;8;2;6"));
     resume();
     QCOMPARE(shown(), QStringList({"T1243", "30 Hz", "-6 dB", "0"}));
     click("key_rear");
@@ -279,7 +279,7 @@ void TestCrossSettingTouches::phaseKeySendsTheSubwoofersIndexes()
         click("Key_troggle_phase");
         QCOMPARE(key->isChecked(), phase);
         QCOMPARE(take(Actions | Read),
-                 QStringList({KeyBeep, QStringLiteral(
+                 QStringList({keyBeep, QStringLiteral(
                                            "SettingsFunc.setValue(\"Audio_Phase_Troggle\", false, %1, true)")
                                            .arg(phase ? "true" : "false")}) +
                      sent(2, 6, 4, 0));
@@ -300,12 +300,12 @@ void TestCrossSettingTouches::phaseKeyIsDispatchedOnTheSelectedGroup()
 {
     QFETCH(int, group);
     setStored(QStringLiteral("settings_cross_filter"), group);
-    setStored(FreqKey, QStringLiteral("0;1;1;2;2;7"));
-    setStored(SlopeKey, QStringLiteral("0;0;1;1;2;3"));
+    setStored(freqKey, QStringLiteral("0;1;1;2;2;7"));
+    setStored(slopeKey, QStringLiteral("0;0;1;1;2;3"));
     resume();
     call("onKey_troggle_phase");
     QCOMPARE(take(),
-             QStringList({KeyBeep, "SettingsFunc.setValue(\"Audio_Phase_Troggle\", false, false, true)"}) +
+             QStringList({keyBeep, "SettingsFunc.setValue(\"Audio_Phase_Troggle\", false, false, true)"}) +
                  sent(group, 7, 11, 3));
 }
 
@@ -327,20 +327,20 @@ void TestCrossSettingTouches::exitBeepsAndAsksTheHub()
     resume();
     QSignalSpy spy(m_page.data(), SIGNAL(exitUI()));
     find("key_exit")->click();
-    QCOMPARE(take(All), QStringList(KeyBeep));
+    QCOMPARE(take(All), QStringList(keyBeep));
     QCOMPARE(spy.count(), 1);
     QCOMPARE(takeBackRequests(), 0); // the hub posts it
 }
 
 void TestCrossSettingTouches::aTouchOnALabelReachesTheKeyBelow()
 {
-    setStored(FreqKey, QStringLiteral("0;4;1;4;2;4"));
+    setStored(freqKey, QStringLiteral("0;4;1;4;2;4"));
     resume();
     // The row title covers the upper 10 px of both keys.
     touch::click(m_page.data(), QPoint(22 + 250, 385 + 35));
-    QCOMPARE(take().value(1), write(FreqKey, "0;0;1;0;2;6", "0;5;1;4;2;4"));
+    QCOMPARE(take().value(1), write(freqKey, "0;0;1;0;2;6", "0;5;1;4;2;4"));
     touch::click(m_page.data(), QPoint(22 + 5, 385 + 35));
-    QCOMPARE(take().value(1), write(FreqKey, "0;0;1;0;2;6", "0;4;1;4;2;4"));
+    QCOMPARE(take().value(1), write(freqKey, "0;0;1;0;2;6", "0;4;1;4;2;4"));
     // Captions cover their keys wholly.
     touch::click(m_page.data(), QPoint(820 + 86, 94 + 76 + 35));
     QVERIFY(find("key_rear")->isChecked());
@@ -382,8 +382,8 @@ void TestCrossSettingTouches::randomTouchesKeepEveryInvariant()
             QVERIFY2(calls.isEmpty(), qPrintable(calls.join('\n')));
             continue;
         }
-        QVERIFY2(calls.isEmpty() || calls.first() == KeyBeep, qPrintable(calls.join('\n')));
-        QCOMPARE(calls.count(KeyBeep), calls.isEmpty() ? 0 : 1);
+        QVERIFY2(calls.isEmpty() || calls.first() == keyBeep, qPrintable(calls.join('\n')));
+        QCOMPARE(calls.count(keyBeep), calls.isEmpty() ? 0 : 1);
         int filters = 0;
         for (const QString& line : calls) {
             const QRegularExpressionMatch match = filter.match(line);

@@ -77,7 +77,7 @@ void TestCrossSetting::storedGroupOutsideRangeIsTakenAs0()
     QVERIFY(find("key_front")->isChecked());
     QVERIFY(takeLog().filter(QRegularExpression(QStringLiteral("^C \\[ERR\\]"))).size() == 1);
     click("key_filter_up");
-    QCOMPARE(take(), QStringList({KeyBeep, write(FreqKey, "0;0;1;0;2;6", "0;1;1;0;2;6")}) + sent(0, 1, 0, 0));
+    QCOMPARE(take(), QStringList({keyBeep, write(freqKey, "0;0;1;0;2;6", "0;1;1;0;2;6")}) + sent(0, 1, 0, 0));
 }
 
 void TestCrossSetting::freshStoreShowsTheDefaults()
@@ -120,9 +120,9 @@ void TestCrossSetting::resumeShowsTheSelectedGroupLast()
     QFETCH(QStringList, rows);
     QFETCH(QString, keys);
     setStored(QStringLiteral("settings_cross_filter"), group);
-    setStored(FreqKey, QStringLiteral("0;1;1;5;2;8"));
-    setStored(GainKey, QStringLiteral("0;1;1;0;2;0"));
-    setStored(SlopeKey, QStringLiteral("0;0;1;3;2;1"));
+    setStored(freqKey, QStringLiteral("0;1;1;5;2;8"));
+    setStored(gainKey, QStringLiteral("0;1;1;0;2;0"));
+    setStored(slopeKey, QStringLiteral("0;0;1;3;2;1"));
     setStored(QStringLiteral("subwooferLevel"), 12 | 0x80);
     m_page->resume();
     QVERIFY(find(key.toLatin1())->isChecked());
@@ -133,7 +133,7 @@ void TestCrossSetting::resumeShowsTheSelectedGroupLast()
 void TestCrossSetting::subwooferGainComesFromItsLevelNotFromTheMap()
 {
     setStored(QStringLiteral("settings_cross_filter"), 2);
-    setStored(GainKey, QStringLiteral("0;0;1;0;2;3"));
+    setStored(gainKey, QStringLiteral("0;0;1;0;2;3"));
     setStored(QStringLiteral("subwooferLevel"), 0x80 | 5);
     m_page->resume();
     QCOMPARE(find<QLabel>("txt_level")->text(), QStringLiteral("-5"));
@@ -142,9 +142,9 @@ void TestCrossSetting::subwooferGainComesFromItsLevelNotFromTheMap()
 void TestCrossSetting::curvesLieOverTheGridInTheirColours()
 {
     // Three off curves would cover each other: one each at a place of its own.
-    setStored(FreqKey, QStringLiteral("0;2;1;4;2;3"));
-    setStored(GainKey, QStringLiteral("0;0;1;4;2;0"));
-    setStored(SlopeKey, QStringLiteral("0;3;1;3;2;3"));
+    setStored(freqKey, QStringLiteral("0;2;1;4;2;3"));
+    setStored(gainKey, QStringLiteral("0;0;1;4;2;0"));
+    setStored(slopeKey, QStringLiteral("0;3;1;3;2;3"));
     setStored(QStringLiteral("subwooferLevel"), 8);
     resume();
     const QList<CurveWidget*> curves = m_page->findChildren<CurveWidget*>();
@@ -182,12 +182,12 @@ void TestCrossSetting::curvesHaveTheirKneeOnTheGrid()
     QFETCH(int, frequency);
     QFETCH(int, gain);
     QFETCH(QPoint, knee);
-    setStored(FreqKey, QStringLiteral("0;%1;1;0;2;0").arg(frequency));
-    setStored(GainKey, QStringLiteral("0;%1;1;0;2;0").arg(gain));
+    setStored(freqKey, QStringLiteral("0;%1;1;0;2;0").arg(frequency));
+    setStored(gainKey, QStringLiteral("0;%1;1;0;2;0").arg(gain));
     // Each slope has its own gradient.
     const float gradients[] = {-4.9F, -7.8F, -15.0F, -24.0F};
     for (int slope = 0; slope < 4; ++slope) {
-        setStored(SlopeKey, QStringLiteral("0;%1;1;0;2;0").arg(slope));
+        setStored(slopeKey, QStringLiteral("0;%1;1;0;2;0").arg(slope));
         takeLog();
         m_page->resume();
         const int left = static_cast<int>(knee.y() - gradients[slope] * knee.x());
@@ -198,8 +198,8 @@ void TestCrossSetting::curvesHaveTheirKneeOnTheGrid()
 
 void TestCrossSetting::aSubwooferCurveIsALowPassTheOthersAreHighPasses()
 {
-    setStored(FreqKey, QStringLiteral("0;8;1;8;2;8"));
-    setStored(SlopeKey, QStringLiteral("0;1;1;1;2;1"));
+    setStored(freqKey, QStringLiteral("0;8;1;8;2;8"));
+    setStored(slopeKey, QStringLiteral("0;1;1;1;2;1"));
     setStored(QStringLiteral("subwooferLevel"), 0);
     m_page->resume();
     const QString high = points({609, 2}, {0, 2 + 4750}, {697, 2});
@@ -213,8 +213,8 @@ void TestCrossSetting::aSubwooferCurveIsALowPassTheOthersAreHighPasses()
 
 void TestCrossSetting::offDrawsAFlatLineAtTheTop()
 {
-    setStored(GainKey, QStringLiteral("0;7;1;0;2;0"));
-    setStored(SlopeKey, QStringLiteral("0;3;1;0;2;0"));
+    setStored(gainKey, QStringLiteral("0;7;1;0;2;0"));
+    setStored(slopeKey, QStringLiteral("0;3;1;0;2;0"));
     m_page->resume();
     QCOMPARE(loggedCurves(QStringLiteral("setCurveHpf")).first(), points({56, 2}, {0, 2}, {697, 2}));
     QCOMPARE(shown(), QStringList({"T1243", "T790", "0 dB", "0"}));

@@ -23,9 +23,9 @@ private:
 
 namespace {
 
-constexpr char On[] = ":/dual_icon/setup_btn_on_p.png";
-constexpr char OnStyle1[] = ":/vexa_m5qx_audiosettingicon/eq_btn_on1_n.png";
-constexpr char Off[] = ":/dual_icon/setup_btn_off_n.png";
+constexpr char onPicture[] = ":/dual_icon/setup_btn_on_p.png";
+constexpr char onPictureOfStyle1[] = ":/vexa_m5qx_audiosettingicon/eq_btn_on1_n.png";
+constexpr char offPicture[] = ":/dual_icon/setup_btn_off_n.png";
 
 bool keyShows(const QPushButton& key, const char* path)
 {
@@ -48,13 +48,13 @@ void TestPaSetupToggleKey::showsPictureAndTextOfTheState_data()
     QTest::addColumn<QByteArray>("picture");
     QTest::addColumn<QString>("text");
     // clang-format off
-    QTest::newRow("on, style 1")     << true  <<  1 << QByteArray(OnStyle1) << "yes";
-    QTest::newRow("on, style 0")     << true  <<  0 << QByteArray(On)       << "yes";
-    QTest::newRow("on, style 2")     << true  <<  2 << QByteArray(On)       << "yes";
-    QTest::newRow("off, style 1")    << false <<  1 << QByteArray(Off)      << "no";
-    QTest::newRow("off, style 0")    << false <<  0 << QByteArray(Off)      << "no";
-    QTest::newRow("switch key, on")  << true  << -1 << QByteArray(On)       << "yes";
-    QTest::newRow("switch key, off") << false << -1 << QByteArray(Off)      << "no";
+    QTest::newRow("on, style 1")     << true  <<  1 << QByteArray(onPictureOfStyle1) << "yes";
+    QTest::newRow("on, style 0")     << true  <<  0 << QByteArray(onPicture)       << "yes";
+    QTest::newRow("on, style 2")     << true  <<  2 << QByteArray(onPicture)       << "yes";
+    QTest::newRow("off, style 1")    << false <<  1 << QByteArray(offPicture)      << "no";
+    QTest::newRow("off, style 0")    << false <<  0 << QByteArray(offPicture)      << "no";
+    QTest::newRow("switch key, on")  << true  << -1 << QByteArray(onPicture)       << "yes";
+    QTest::newRow("switch key, off") << false << -1 << QByteArray(offPicture)      << "no";
     // clang-format on
 }
 
@@ -93,9 +93,9 @@ void TestPaSetupToggleKey::withoutALabelOnlyTheIconChanges()
     m_key->setCheckable(true);
     PaSetupToggleKey toggle(m_key.data());
     toggle.showToggleKey(true, 1);
-    QVERIFY(keyShows(*m_key, OnStyle1));
+    QVERIFY(keyShows(*m_key, onPictureOfStyle1));
     toggle.showToggleSWKey(false);
-    QVERIFY(keyShows(*m_key, Off));
+    QVERIFY(keyShows(*m_key, offPicture));
     QCOMPARE(m_key->text(), QStringLiteral("caption"));
     QVERIFY(!m_key->isChecked());
 }
@@ -105,7 +105,7 @@ void TestPaSetupToggleKey::textsWithoutLabelAreAccepted()
     PaSetupToggleKey toggle(m_key.data(), nullptr, QStringLiteral("yes"), QStringLiteral("no"));
     toggle.setLabelsString(QStringLiteral("1"), QStringLiteral("0"));
     toggle.showToggleKey(true, 0);
-    QVERIFY(keyShows(*m_key, On));
+    QVERIFY(keyShows(*m_key, onPicture));
     QCOMPARE(m_key->text(), QString());
 }
 

@@ -13,10 +13,10 @@ namespace eqsettings {
 using namespace audiosetting;
 using namespace platform_double;
 
-constexpr int BandCount = 13;
-constexpr int BarTop = 141;
-constexpr int BarHeight = 364;
-const int barLeft[BandCount] = {109, 175, 241, 306, 372, 438, 504, 570, 636, 702, 767, 833, 899};
+constexpr int bandCount = 13;
+constexpr int barTop = 141;
+constexpr int barHeight = 364;
+const int barLeft[bandCount] = {109, 175, 241, 306, 372, 438, 504, 570, 636, 702, 767, 833, 899};
 // Way of a handle below the bar's top for 10, 9, ... -10.
 const int handleTravel[21] = {0,   15,  30,  46,  61,  77,  92,  108, 123, 139, 154,
                               169, 185, 200, 216, 231, 247, 262, 278, 293, 309};
@@ -26,7 +26,7 @@ const int firstPixel[21] = {0,   18,  35,  52,  70,  87,  104, 122, 139, 156, 17
 
 inline QPoint onBar(int band, int value)
 {
-    return {barLeft[band] + 30, BarTop + firstPixel[10 - value]};
+    return {barLeft[band] + 30, barTop + firstPixel[10 - value]};
 }
 
 class EqSettingsFixture : public QObject
@@ -59,12 +59,12 @@ protected:
     QVector<int> drawn()
     {
         QVector<int> values;
-        for (int band = 0; band < BandCount; ++band) {
+        for (int band = 0; band < bandCount; ++band) {
             const QPoint at = handle(band)->mapTo(m_page, QPoint());
             if (at.x() != barLeft[band])
                 return {};
             for (int i = 0; i < 21; ++i) {
-                if (at.y() == BarTop + handleTravel[i])
+                if (at.y() == barTop + handleTravel[i])
                     values.append(10 - i);
             }
         }

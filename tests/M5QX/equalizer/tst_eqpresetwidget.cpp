@@ -39,12 +39,12 @@ const Tile tiles[] = {
     {"user2",  1259, 7, "User_2",  {35, 312},  QIcon::Off},
 };
 // clang-format on
-constexpr int TileCount = sizeof(tiles) / sizeof(tiles[0]);
+constexpr int tileCount = std::size(tiles);
 
 void addTileRows()
 {
     QTest::addColumn<int>("id");
-    for (int id = 0; id < TileCount; ++id)
+    for (int id = 0; id < tileCount; ++id)
         QTest::newRow(tiles[id].name) << id;
 }
 
@@ -116,7 +116,7 @@ void TestEqPresetWidget::cleanup()
 QVector<int> TestEqPresetWidget::checked()
 {
     QVector<int> ids;
-    for (int id = 0; id < TileCount; ++id) {
+    for (int id = 0; id < tileCount; ++id) {
         if (key(id)->isChecked())
             ids.append(id);
     }
@@ -198,8 +198,8 @@ void TestEqPresetWidget::tilesAreOneExclusiveGroup()
     const auto groups = m_page->findChildren<QButtonGroup*>();
     QCOMPARE(groups.size(), 1);
     QVERIFY(groups.first()->exclusive());
-    QCOMPARE(groups.first()->buttons().size(), TileCount);
-    for (int id = 0; id < TileCount; ++id)
+    QCOMPARE(groups.first()->buttons().size(), tileCount);
+    for (int id = 0; id < tileCount; ++id)
         QCOMPARE(groups.first()->button(id), key(id));
 }
 
@@ -340,7 +340,7 @@ void TestEqPresetWidget::keysAreNamedAndReachedByKeyboardOnly()
     // Row by row, from left to right.
     QStringList order;
     QWidget* widget = key(6);
-    while (order.size() < TileCount) {
+    while (order.size() < tileCount) {
         if (widget->objectName().startsWith(QLatin1String("key_")) && widget->focusPolicy() != Qt::NoFocus)
             order.append(widget->objectName());
         widget = widget->nextInFocusChain();

@@ -65,9 +65,9 @@ void TestEqSettingsPage::bandPanelsStandWhereTheTableSays_data()
     QTest::addColumn<QRect>("panel");
     QTest::addColumn<QSize>("background");
     QTest::addColumn<QString>("caption");
-    const char* const captions[BandCount] = {"32 Hz", "63 Hz", "125 Hz", "250 Hz", "500 Hz", "1 kHz", "2 kHz",
+    const char* const captions[bandCount] = {"32 Hz", "63 Hz", "125 Hz", "250 Hz", "500 Hz", "1 kHz", "2 kHz",
                                              "4 kHz", "8 kHz", "10 kHz", "12 kHz", "14 kHz", "16 kHz"};
-    for (int i = 0; i < BandCount; ++i) {
+    for (int i = 0; i < bandCount; ++i) {
         QTest::newRow(captions[i]) << i + 1 << QRect(barLeft[i], 141, i == 0 ? 60 : 62, 364)
                                    << QSize(i == 0 ? 60 : 61, 343) << QString::fromLatin1(captions[i]);
     }
@@ -132,7 +132,7 @@ void TestEqSettingsPage::constructionReadsBothCurvesThenTheType()
     new m5qx_EQ_settings_page(&host);
     QStringList expected;
     for (const char curve : {'1', '2'}) {
-        for (int band = 0; band < BandCount; ++band)
+        for (int band = 0; band < bandCount; ++band)
             expected.append(
                 QStringLiteral("SettingsFunc.getValue(\"eq%1%2\", 0)").arg(QLatin1Char(curve)).arg(band));
     }
@@ -188,10 +188,10 @@ void TestEqSettingsPage::type8DrawsAFlatCurve()
 void TestEqSettingsPage::handlesStandAtTheValuesHeight()
 {
     for (int value = 10; value >= -10; --value) {
-        for (int band = 0; band < BandCount; ++band) {
+        for (int band = 0; band < bandCount; ++band) {
             m_page->updateCustomEqVal(band, value);
             QCOMPARE(handle(band)->mapTo(m_page, QPoint()),
-                     QPoint(barLeft[band], BarTop + handleTravel[10 - value]));
+                     QPoint(barLeft[band], barTop + handleTravel[10 - value]));
         }
     }
 }
@@ -209,7 +209,7 @@ void TestEqSettingsPage::storedValuesOutOfRangeAreDrawnAtTheNearestEnd()
 
 void TestEqSettingsPage::storedCurvesAreDrawnForTheirTypes()
 {
-    for (int band = 0; band < BandCount; ++band) {
+    for (int band = 0; band < bandCount; ++band) {
         setStored(QStringLiteral("eq1%1").arg(band), band - 6);
         setStored(QStringLiteral("eq2%1").arg(band), 6 - band);
     }

@@ -69,11 +69,11 @@ private slots:
 
 void TestEqSettingsTouches::aTouchAtTheTopOfABarGivesPlus10AndAtTheBottomMinus10()
 {
-    touch::click(m_page, {barLeft[4] + 5, BarTop});
+    touch::click(m_page, {barLeft[4] + 5, barTop});
     QCOMPARE(take(), QStringList({"AudioService.setEQType(6, true)", "AudioService.doBeep(0)",
                                   "AudioService.setCustomEq1(10, 4, true)"}));
     QCOMPARE(drawn().at(4), 10);
-    touch::click(m_page, {barLeft[4] + 5, BarTop + BarHeight - 1});
+    touch::click(m_page, {barLeft[4] + 5, barTop + barHeight - 1});
     QCOMPARE(take(), QStringList({"AudioService.setEQType(6, true)", "AudioService.doBeep(0)",
                                   "AudioService.setCustomEq1(-10, 4, true)"}));
     QCOMPARE(drawn().at(4), -10);
@@ -82,9 +82,9 @@ void TestEqSettingsTouches::aTouchAtTheTopOfABarGivesPlus10AndAtTheBottomMinus10
 void TestEqSettingsTouches::fingerHeightGivesTheValue()
 {
     for (int i = 0; i < 21; ++i) {
-        const int last = i == 20 ? BarHeight - 1 : firstPixel[i + 1] - 1;
+        const int last = i == 20 ? barHeight - 1 : firstPixel[i + 1] - 1;
         for (const int pixel : {firstPixel[i], last}) {
-            touch::click(m_page, {barLeft[0], BarTop + pixel});
+            touch::click(m_page, {barLeft[0], barTop + pixel});
             QCOMPARE(take().last(), QStringLiteral("AudioService.setCustomEq1(%1, 0, true)").arg(10 - i));
         }
     }
@@ -141,7 +141,7 @@ void TestEqSettingsTouches::aReleaseSendsExactlyOneCallWithTheValueBeforeTheBand
     QFETCH(int, type);
     QFETCH(QString, call);
     audio().eqType = type;
-    for (int band = 0; band < BandCount; ++band) {
+    for (int band = 0; band < bandCount; ++band) {
         touch::press(m_page, onBar(band, 0));
         touch::move(m_page, onBar(band, band - 6));
         take(All);
@@ -156,7 +156,7 @@ void TestEqSettingsTouches::nothingIsSentDuringADrag()
 {
     touch::press(m_page, onBar(2, 10));
     take(All);
-    for (int y = BarTop; y < BarTop + BarHeight; ++y)
+    for (int y = barTop; y < barTop + barHeight; ++y)
         touch::move(m_page, {barLeft[2] + 10, y});
     QCOMPARE(take(), QStringList());
     QCOMPARE(drawn().at(2), -10);
@@ -187,8 +187,8 @@ void TestEqSettingsTouches::aDragOffTheBarKeepsTheLastValue()
     touch::press(m_page, onBar(0, 5));
     touch::move(m_page, onBar(0, 6));
     const QRect before = bubble()->geometry();
-    for (const QPoint& off : {QPoint(barLeft[0] + 30, BarTop - 1),
-                              QPoint(barLeft[0] + 30, BarTop + BarHeight), QPoint(barLeft[0] - 1, 300),
+    for (const QPoint& off : {QPoint(barLeft[0] + 30, barTop - 1),
+                              QPoint(barLeft[0] + 30, barTop + barHeight), QPoint(barLeft[0] - 1, 300),
                               QPoint(barLeft[0] + 60, 300), QPoint(-500, -500), QPoint(5000, 5000)}) {
         touch::move(m_page, off);
         QCOMPARE(drawn().at(0), 6);
@@ -202,8 +202,8 @@ void TestEqSettingsTouches::aDragOffTheBarKeepsTheLastValue()
 void TestEqSettingsTouches::aPressOutsideEveryBarDoesNothing_data()
 {
     QTest::addColumn<QPoint>("point");
-    QTest::newRow("above a bar") << QPoint(barLeft[3] + 30, BarTop - 1);
-    QTest::newRow("below a bar") << QPoint(barLeft[3] + 30, BarTop + BarHeight);
+    QTest::newRow("above a bar") << QPoint(barLeft[3] + 30, barTop - 1);
+    QTest::newRow("below a bar") << QPoint(barLeft[3] + 30, barTop + barHeight);
     QTest::newRow("left of all") << QPoint(barLeft[0] - 1, 300);
     QTest::newRow("right of the first, which is the narrow one") << QPoint(barLeft[0] + 60, 300);
     QTest::newRow("right of the last") << QPoint(barLeft[12] + 62, 300);
@@ -227,7 +227,7 @@ void TestEqSettingsTouches::aPressOutsideEveryBarEndsATouchWhoseReleaseWasLost()
 {
     touch::press(m_page, onBar(4, 4));
     take();
-    const QPoint outside(barLeft[3] + 30, BarTop - 1);
+    const QPoint outside(barLeft[3] + 30, barTop - 1);
     QTest::mousePress(m_page, Qt::LeftButton, Qt::NoModifier, outside);
     QVERIFY(bubble()->isHidden());
     touch::move(m_page, onBar(4, -4));
@@ -241,10 +241,10 @@ void TestEqSettingsTouches::aTouchOnWhatLiesInABarIsATouchOnTheBar_data()
     QTest::addColumn<QString>("name");
     QTest::addColumn<QPoint>("point");
     QTest::addColumn<int>("value");
-    QTest::newRow("handle") << "icon_band_num_9" << QPoint(barLeft[8] + 20, BarTop + 170) << 1;
-    QTest::newRow("background") << "bkg_band_num_9" << QPoint(barLeft[8] + 20, BarTop + 40) << 8;
-    QTest::newRow("caption") << "text_band_hz_9" << QPoint(barLeft[8] + 20, BarTop + 355) << -10;
-    QTest::newRow("panel") << "eq_band_widget9" << QPoint(barLeft[8] + 61, BarTop + 40) << 8;
+    QTest::newRow("handle") << "icon_band_num_9" << QPoint(barLeft[8] + 20, barTop + 170) << 1;
+    QTest::newRow("background") << "bkg_band_num_9" << QPoint(barLeft[8] + 20, barTop + 40) << 8;
+    QTest::newRow("caption") << "text_band_hz_9" << QPoint(barLeft[8] + 20, barTop + 355) << -10;
+    QTest::newRow("panel") << "eq_band_widget9" << QPoint(barLeft[8] + 61, barTop + 40) << 8;
 }
 
 void TestEqSettingsTouches::aTouchOnWhatLiesInABarIsATouchOnTheBar()
@@ -316,7 +316,7 @@ void TestEqSettingsTouches::bubbleFollowsTheFinger()
     QCOMPARE(m_page->childAt(bubble()->geometry().center()), label("text_eq_band_num"));
     // A move takes it along.
     touch::move(m_page, onBar(band, -value));
-    QCOMPARE(bubble()->y(), BarTop + handleTravel[10 + value] + 31);
+    QCOMPARE(bubble()->y(), barTop + handleTravel[10 + value] + 31);
     QCOMPARE(label("text_eq_band_num")->text(), QString::number(-value));
     touch::release(m_page, onBar(band, -value));
 }
@@ -334,7 +334,7 @@ void TestEqSettingsTouches::onlyTheTouchedHandleMovesAndIsRepainted()
     EventCounter otherMoves(QEvent::Move);
     EventCounter otherPaints(QEvent::Paint);
     EventCounter ownMoves(QEvent::Move);
-    for (int band = 0; band < BandCount; ++band) {
+    for (int band = 0; band < bandCount; ++band) {
         handle(band)->installEventFilter(band == 6 ? &ownMoves : &otherMoves);
         if (qAbs(band - 6) > 1) // the bubble is wider than its bar
             handle(band)->parentWidget()->installEventFilter(&otherPaints);
@@ -365,7 +365,7 @@ void TestEqSettingsTouches::randomTouchesKeepEveryInvariant()
     RandomWalk walk(m_page, seed);
     // Off the close key: leaving is tested elsewhere, and here only fills the event queue.
     walk.setGround(QRect(0, 0, 930, m_page->height()));
-    walk.setAim([&walk] { return QPoint(100 + walk.bounded(830), BarTop + walk.bounded(BarHeight)); });
+    walk.setAim([&walk] { return QPoint(100 + walk.bounded(830), barTop + walk.bounded(barHeight)); });
     int band = -1;
     QVector<int> before;
     for (int event = 0; event < 20000; ++event) {
@@ -397,7 +397,7 @@ void TestEqSettingsTouches::randomTouchesKeepEveryInvariant()
             take(All);
         }
         before = drawn();
-        QCOMPARE(before.size(), BandCount);
+        QCOMPARE(before.size(), bandCount);
         if (event % 500 == 0)
             QCoreApplication::processEvents();
     }

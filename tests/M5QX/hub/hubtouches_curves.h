@@ -30,7 +30,7 @@ inline QVector<Row> equalizerRows()
         {"16 kHz", 899, 62},
     };
     // clang-format on
-    static_assert(sizeof(bars) / sizeof(bars[0]) == 13, "thirteen bands");
+    static_assert(std::size(bars) == 13, "thirteen bands");
 
     const Given user1{currentType, 6};
     const Given user2{currentType, 7};
@@ -104,7 +104,7 @@ inline QVector<Row> presetRows()
         {"flat",    761, 312, 0},
     };
     // clang-format on
-    static_assert(sizeof(tiles) / sizeof(tiles[0]) == 8, "eight tiles");
+    static_assert(std::size(tiles) == 8, "eight tiles");
     QVector<Row> rows;
     for (const Tile& tile : tiles) {
         const QString name = QLatin1String(tile.name);

@@ -130,7 +130,7 @@ inline QVector<Row> alignmentRows()
         {"subwoofer",   309, 468, 400, 32},
     };
     // clang-format on
-    static_assert(sizeof(channels) / sizeof(channels[0]) == 5, "five channels");
+    static_assert(std::size(channels) == 5, "five channels");
     const QString presetKey = QStringLiteral("Audio_Time_Alignment_Preset");
     const auto key = [](int preset, int item) {
         return QStringLiteral("Audio_Time_Alignment_Num%1%2").arg(preset + 1).arg(item);
@@ -250,7 +250,7 @@ inline QVector<Row> volumesRows()
         {"dab",           "Setup_Input_Gain_Type_DAB",          5, 19,  -1, end}, // never seen, read with the others
     };
     // clang-format on
-    static_assert(sizeof(levels) / sizeof(levels[0]) == 12, "five start-up levels, seven gains");
+    static_assert(std::size(levels) == 12, "five start-up levels, seven gains");
     QVector<Row> rows;
     for (int i = 0; i < 11; ++i) {
         const Level& level = levels[i];

@@ -262,7 +262,7 @@ void TestTabWidget::anIdWithoutPageLogsAndBeepsAndEmitsNothing()
         QCOMPARE(take(), QStringList({"AudioService.doBeep(0)"}));
         QVERIFY(takeLog().last().endsWith(QStringLiteral("-- page id %1").arg(id)));
     }
-    for (QSignalSpy* spy : qAsConst(spies))
+    for (QSignalSpy* spy : std::as_const(spies))
         QCOMPARE(spy->count(), 0);
     qDeleteAll(spies);
 }

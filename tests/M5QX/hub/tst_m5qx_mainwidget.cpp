@@ -41,7 +41,7 @@ const PageRow pages[] = {
     {"volumes",        &VolumeSettingWidget::staticMetaObject,          "onShowVolumeLevelPage",       "key_audio_level",       false, "onVolumeLevelExit"},
 };
 // clang-format on
-static_assert(sizeof(pages) / sizeof(pages[0]) == 6, "six pages");
+static_assert(std::size(pages) == 6, "six pages");
 
 const QString pageKey = QStringLiteral("AudioSetting_Page");
 

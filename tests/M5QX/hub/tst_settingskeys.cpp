@@ -70,7 +70,7 @@ const KeyRow keys[] = {
     {"Setup_Input_Gain_Type_DAB",          "5",               RW, 0},
 };
 // clang-format on
-static_assert(sizeof(keys) / sizeof(keys[0]) == 36, "the store's index has 36 keys");
+static_assert(std::size(keys) == 36, "the store's index has 36 keys");
 
 QStringList expectedAccesses()
 {
@@ -81,7 +81,7 @@ QStringList expectedAccesses()
             names << QString::fromLatin1(row.key);
         for (int number : row.numbers)
             names << QString::fromLatin1(row.key).arg(number);
-        for (const QString& name : qAsConst(names)) {
+        for (const QString& name : std::as_const(names)) {
             const struct
             {
                 const char* name;
@@ -178,7 +178,7 @@ void TestSettingsKeys::everyKeyIsReadAndWrittenAsItsRowSaysAndNoOther()
             missing << line;
     }
     QStringList surplus;
-    for (const QString& line : qAsConst(seen)) {
+    for (const QString& line : std::as_const(seen)) {
         if (!expected.contains(line))
             surplus << line;
     }

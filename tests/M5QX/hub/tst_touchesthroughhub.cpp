@@ -33,18 +33,18 @@ const Tab tabs[] = {
     {"volumes",        686},
 };
 // clang-format on
-static_assert(sizeof(tabs) / sizeof(tabs[0]) == hubtouches::PageCount, "a tab a page");
+static_assert(std::size(tabs) == hubtouches::PageCount, "a tab a page");
 
-constexpr int TabTop = 520;
-constexpr int TabBottom = 591;
-constexpr int TabWidth = 150;
-constexpr int PageHeight = 510;
-constexpr int ScreenWidth = 1024;
+constexpr int tabTop = 520;
+constexpr int tabBottom = 591;
+constexpr int tabWidth = 150;
+constexpr int pageHeight = 510;
+constexpr int screenWidth = 1024;
 
 const QString pageKey = QStringLiteral("AudioSetting_Page");
 
 /// Everything that a touch can cause but texts.
-constexpr int Compared = Actions | Read | Widget;
+constexpr int compared = Actions | Read | Widget;
 
 /// What each operation may be told, whoever touches what: one group a number.
 struct Limits
@@ -172,7 +172,7 @@ void TestTouchesThroughHub::show(int page)
     setStored(pageKey, (page + 1) % hubtouches::PageCount);
     m_hub.reset(new audiosetting::m5qx_mainwidget(nullptr));
     m_hub->show();
-    QCOMPARE(m_hub->size(), QSize(ScreenWidth, 600));
+    QCOMPARE(m_hub->size(), QSize(screenWidth, 600));
     touchTab(page);
     QCOMPARE(stored(pageKey), QVariant(page));
     // A page that was left is gone before the next touch, as it is in a running unit.
@@ -221,7 +221,7 @@ void TestTouchesThroughHub::tabKeyOpensItsPageFromEveryPage()
     QFETCH(int, from);
     QFETCH(int, to);
     const QStringList opened{hubtouches::beep, hubtouches::writeOf("Exe", pageKey, 1, to)};
-    for (const QPoint& corner : {QPoint(tabs[to].x, TabTop), QPoint(tabs[to].x + TabWidth - 1, TabBottom)}) {
+    for (const QPoint& corner : {QPoint(tabs[to].x, tabTop), QPoint(tabs[to].x + tabWidth - 1, tabBottom)}) {
         show(from);
         touch::click(m_hub.data(), corner);
         QCOMPARE(take(), opened);
@@ -248,10 +248,10 @@ void TestTouchesThroughHub::besideTheTabKeysNothingHappens()
     show(page);
     for (const Tab& tab : tabs) {
         for (const QPoint& at :
-             {QPoint(tab.x - 1, 556), QPoint(tab.x + TabWidth, 556), QPoint(tab.x + 75, TabTop - 1),
-              QPoint(tab.x + 75, TabBottom + 1), QPoint(tab.x + 75, PageHeight)}) {
+             {QPoint(tab.x - 1, 556), QPoint(tab.x + tabWidth, 556), QPoint(tab.x + 75, tabTop - 1),
+              QPoint(tab.x + 75, tabBottom + 1), QPoint(tab.x + 75, pageHeight)}) {
             touch::click(m_hub.data(), at);
-            const QStringList calls = take(Compared);
+            const QStringList calls = take(compared);
             QVERIFY2(calls.isEmpty(),
                      qPrintable(QStringLiteral("%1,%2: ").arg(at.x()).arg(at.y()) + calls.join('\n')));
         }
@@ -272,7 +272,7 @@ void TestTouchesThroughHub::touchMakesTheseCallsAndNoOther_data()
 void TestTouchesThroughHub::touchMakesTheseCallsAndNoOther()
 {
     QFETCH(Row, row);
-    for (const auto& given : qAsConst(row.given)) {
+    for (const auto& given : std::as_const(row.given)) {
         if (given.name == hubtouches::currentType)
             audio().eqType = given.value.toInt();
         else if (given.name == hubtouches::currentBalance)
@@ -287,7 +287,7 @@ void TestTouchesThroughHub::touchMakesTheseCallsAndNoOther()
     take(All);
 
     play(row.finger);
-    QStringList calls = take(Compared);
+    QStringList calls = take(compared);
     if (!row.freeReads.isEmpty()) {
         const QRegularExpression free(row.freeReads);
         calls.erase(std::remove_if(calls.begin(), calls.end(),
@@ -319,7 +319,7 @@ void TestTouchesThroughHub::randomTouchesKeepEveryInvariant()
     const QRegularExpression change(QStringLiteral("\\.set(?!upPrevPage|upNextPage)"));
 
     RandomWalk walk(m_hub.data(), seed);
-    walk.setGround(QRect(0, 0, ScreenWidth, PageHeight)); // the tab keys would open another page
+    walk.setGround(QRect(0, 0, screenWidth, pageHeight)); // the tab keys would open another page
     int effective = 0;
     for (int touches = 0; touches < 20000; ++touches) {
         if (page == hubtouches::Equalizer && walk.bounded(50) == 0) {

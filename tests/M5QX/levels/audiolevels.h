@@ -11,13 +11,13 @@ namespace audiolevels {
 using namespace audiosetting;
 using namespace platform_double;
 
-const QString Beep0 = QStringLiteral("AudioService.doBeep(0)");
-const QString McuBeep = QStringLiteral("McuManager.triggerBeep(0)");
-const QString ReadPair = QStringLiteral("AudioService.getBalanceFader()");
-const QString ReadLoudness = QStringLiteral("SettingsFunc.getValue(\"customloudnes\", false)");
-const QString ReadSwitch = QStringLiteral("SettingsFunc.getValue(\"subwooferOnOff\", true)");
-const QString ReadLevel = QStringLiteral("SettingsFunc.getValue(\"subwooferLevel\", 11)");
-const QString ReadFrequency = QStringLiteral("SettingsFunc.getValue(\"subwooferFreq\", 7)");
+const QString keyBeep = QStringLiteral("AudioService.doBeep(0)");
+const QString mcuBeep = QStringLiteral("McuManager.triggerBeep(0)");
+const QString readPair = QStringLiteral("AudioService.getBalanceFader()");
+const QString readLoudness = QStringLiteral("SettingsFunc.getValue(\"customloudnes\", false)");
+const QString readSwitch = QStringLiteral("SettingsFunc.getValue(\"subwooferOnOff\", true)");
+const QString readLevel = QStringLiteral("SettingsFunc.getValue(\"subwooferLevel\", 11)");
+const QString readFrequency = QStringLiteral("SettingsFunc.getValue(\"subwooferFreq\", 7)");
 
 class AudioLevelsFixture : public PageFixture<m5qx_eq_audio_levels_page>
 {

@@ -10,41 +10,41 @@ using formcheck::Row;
 
 namespace {
 
-constexpr char Page[] = "m5qx_audiosetting_audio_levels_page";
-constexpr char Caption[] = "color:rgb(238, 238, 236)";
-constexpr char Grey[] = "color:rgb(96,96,96)";
+constexpr char rootName[] = "m5qx_audiosetting_audio_levels_page";
+constexpr char captionStyle[] = "color:rgb(238, 238, 236)";
+constexpr char greyStyle[] = "color:rgb(96,96,96)";
 
 // clang-format off
 const Row rows[] = {
-    {"key_back",           "QPushButton", Page,     {938,  23,  74,  60}},
-    {"icon_eq",            "QLabel",      Page,     { 28,  57,   0,   0}},
-    {"text_titel",         "QLabel",      Page,     { 95,  57,   0,   0}, "color:#FFFFFF"},
-    {"icon_car",           "QLabel",      Page,     {  0,   0,   0, 386}},
-    {"widget",             "QWidget",     Page,     {121, 169, 253, 253}},
-    {"text_up_level",      "QLabel",      Page,     {  0,   0,   0,  31}, Caption},
-    {"text_left_level",    "QLabel",      Page,     {  0,   0,   0,  31}, Caption},
-    {"text_right_level",   "QLabel",      Page,     {  0,   0,   0,  31}, Caption},
+    {"key_back",           "QPushButton", rootName,     {938,  23,  74,  60}},
+    {"icon_eq",            "QLabel",      rootName,     { 28,  57,   0,   0}},
+    {"text_titel",         "QLabel",      rootName,     { 95,  57,   0,   0}, "color:#FFFFFF"},
+    {"icon_car",           "QLabel",      rootName,     {  0,   0,   0, 386}},
+    {"widget",             "QWidget",     rootName,     {121, 169, 253, 253}},
+    {"text_up_level",      "QLabel",      rootName,     {  0,   0,   0,  31}, captionStyle},
+    {"text_left_level",    "QLabel",      rootName,     {  0,   0,   0,  31}, captionStyle},
+    {"text_right_level",   "QLabel",      rootName,     {  0,   0,   0,  31}, captionStyle},
     {"bkg_balance_fader",  "QLabel",      "widget", {  0,   0, 253, 253}},
-    {"text_down_label",    "QLabel",      Page,     {  0,   0,   0,  31}, Caption},
-    {"key_reset_level",    "QPushButton", Page,     { 22, 431, 149,  70}},
-    {"text_reset",         "QLabel",      Page,     { 22, 431, 149,  70}},
-    {"key_left_level",     "QPushButton", Page,     { 42, 261,  74,  70}},
-    {"key_down_level",     "QPushButton", Page,     {211, 431,  74,  70}},
-    {"key_right_btn",      "QPushButton", Page,     {379, 261,  74,  70}},
-    {"key_up_level",       "QPushButton", Page,     {211,  89,  74,  70}},
-    {"txt_balance",        "QLabel",      Page,     { 49, 108, 112,  32}},
-    {"txt_fader",          "QLabel",      Page,     {334, 108, 112,  32}},
-    {"label_loudness",     "QLabel",      Page,     {525, 164, 355,  64}},
-    {"line",               "QFrame",      Page,     {525, 228, 466,   4}, Grey},
-    {"label_subwoofer",    "QLabel",      Page,     {525, 232, 355,  64}},
-    {"line_2",             "QFrame",      Page,     {525, 293, 466,   4}, Grey},
-    {"label_sub_level",    "QLabel",      Page,     {525, 298, 355,  64}},
-    {"line_3",             "QFrame",      Page,     {525, 358, 466,   4}, Grey},
-    {"key_loudness",       "QPushButton", Page,     {920, 180,  60,  30}},
-    {"key_subwoofer",      "QPushButton", Page,     {920, 250,  60,  30}},
-    {"key_sub_level_down", "QPushButton", Page,     {525, 380,  63,  59}},
-    {"horizontalSlider",   "QSlider",     Page,     {588, 380, 342,  59}},
-    {"key_sub_level_up",   "QPushButton", Page,     {930, 380,  63,  59}},
+    {"text_down_label",    "QLabel",      rootName,     {  0,   0,   0,  31}, captionStyle},
+    {"key_reset_level",    "QPushButton", rootName,     { 22, 431, 149,  70}},
+    {"text_reset",         "QLabel",      rootName,     { 22, 431, 149,  70}},
+    {"key_left_level",     "QPushButton", rootName,     { 42, 261,  74,  70}},
+    {"key_down_level",     "QPushButton", rootName,     {211, 431,  74,  70}},
+    {"key_right_btn",      "QPushButton", rootName,     {379, 261,  74,  70}},
+    {"key_up_level",       "QPushButton", rootName,     {211,  89,  74,  70}},
+    {"txt_balance",        "QLabel",      rootName,     { 49, 108, 112,  32}},
+    {"txt_fader",          "QLabel",      rootName,     {334, 108, 112,  32}},
+    {"label_loudness",     "QLabel",      rootName,     {525, 164, 355,  64}},
+    {"line",               "QFrame",      rootName,     {525, 228, 466,   4}, greyStyle},
+    {"label_subwoofer",    "QLabel",      rootName,     {525, 232, 355,  64}},
+    {"line_2",             "QFrame",      rootName,     {525, 293, 466,   4}, greyStyle},
+    {"label_sub_level",    "QLabel",      rootName,     {525, 298, 355,  64}},
+    {"line_3",             "QFrame",      rootName,     {525, 358, 466,   4}, greyStyle},
+    {"key_loudness",       "QPushButton", rootName,     {920, 180,  60,  30}},
+    {"key_subwoofer",      "QPushButton", rootName,     {920, 250,  60,  30}},
+    {"key_sub_level_down", "QPushButton", rootName,     {525, 380,  63,  59}},
+    {"horizontalSlider",   "QSlider",     rootName,     {588, 380, 342,  59}},
+    {"key_sub_level_up",   "QPushButton", rootName,     {930, 380,  63,  59}},
 };
 const Icon icons[] = {
     {"key_back",           ":/vexa_m5qx_audiosettingicon/icon_close_n.png",    ":/vexa_m5qx_audiosettingicon/icon_close_p.png",    {74, 60}},
@@ -133,7 +133,7 @@ void TestAudioLevelsForm::siblingsAreMadeInTheTablesOrder()
 {
     QStringList expected;
     for (const Row& row : rows) {
-        if (row.parent == QLatin1String(Page))
+        if (row.parent == QLatin1String(rootName))
             expected += QLatin1String(row.name);
     }
     const QStringList made = formcheck::childNames(m_page.data());

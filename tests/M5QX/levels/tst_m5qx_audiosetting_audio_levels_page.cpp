@@ -54,9 +54,9 @@ void TestAudioLevelsPage::constructionReadsAndMakesItsWidgetsInOrder()
     const m5qx_eq_audio_levels_page page(nullptr);
     const QStringList calls = take(Actions | Read | Widget);
     QCOMPARE(calls,
-             (QStringList{"CustomSlider_2(588,380 342x59, 4)", ReadLoudness, ReadSwitch,
+             (QStringList{"CustomSlider_2(588,380 342x59, 4)", readLoudness, readSwitch,
                           "PushButton(key_up_level)", "PushButton(key_down_level)",
-                          "PushButton(key_left_level)", "PushButton(key_right_btn)", ReadPair, ReadPair}));
+                          "PushButton(key_left_level)", "PushButton(key_right_btn)", readPair, readPair}));
     const auto* made = page.findChild<settings::CustomSlider_2*>();
     QCOMPARE(made->minimum(), 0);
     QCOMPARE(made->maximum(), 12);
@@ -71,7 +71,7 @@ void TestAudioLevelsPage::showReadsBalanceThenTexts()
     take(All);
     m_page->show();
     const QStringList calls = take(All);
-    QCOMPARE(calls.mid(0, 2), (QStringList{ReadPair, ReadPair}));
+    QCOMPARE(calls.mid(0, 2), (QStringList{readPair, readPair}));
     for (const QString& call : calls.mid(2))
         QVERIFY2(call.startsWith(QLatin1String("Translator.translate(")), qPrintable(call));
     QCOMPARE(calls.size(), 2 + 5);
@@ -85,7 +85,7 @@ void TestAudioLevelsPage::resumeReadsEverythingInOrder()
     setStored("subwooferOnOff", false);
     setStored("subwooferLevel", 3);
     m_page->resume();
-    QCOMPARE(take(All), (QStringList{ReadPair, ReadPair, ReadLoudness, ReadSwitch, ReadLevel, ReadSwitch}));
+    QCOMPARE(take(All), (QStringList{readPair, readPair, readLoudness, readSwitch, readLevel, readSwitch}));
     QCOMPARE(label("txt_balance")->text(), QStringLiteral("BAL:4"));
     QCOMPARE(label("txt_fader")->text(), QStringLiteral("FAD:-5"));
     QCOMPARE(QPoint(pad()->getValueX(), pad()->getValueY()), QPoint(4, -5));
@@ -119,11 +119,11 @@ void TestAudioLevelsPage::anArrowBeepsThenStepsThenReadsBack()
     audio().balance = 2;
     audio().fader = -4;
     QStringList calls = clicked(arrow.constData(), Actions | Read);
-    QCOMPARE(calls.takeFirst(), Beep0);
+    QCOMPARE(calls.takeFirst(), keyBeep);
     // Two reads for the step, two for what is shown (and two for the right key's log line).
     const QStringList reads = calls.mid(0, 2) + calls.mid(3);
     QCOMPARE(calls.value(2), sendPair(pair.x(), pair.y()));
-    QCOMPARE(reads.count(ReadPair), reads.size());
+    QCOMPARE(reads.count(readPair), reads.size());
     QCOMPARE(reads.size(), arrow == "key_right_btn" ? 6 : 4);
     QCOMPARE(label("txt_balance")->text(), QStringLiteral("BAL:%1").arg(pair.x()));
     QCOMPARE(label("txt_fader")->text(), QStringLiteral("FAD:%1").arg(pair.y()));
@@ -191,7 +191,7 @@ void TestAudioLevelsPage::resetYieldsZeroWithAllFourKeysEnabled()
     audio().balance = 15;
     audio().fader = -15;
     m_page->resume();
-    QCOMPARE(clicked("key_reset_level", Actions | Read), (QStringList{Beep0, sendPair(0, 0)}));
+    QCOMPARE(clicked("key_reset_level", Actions | Read), (QStringList{keyBeep, sendPair(0, 0)}));
     QCOMPARE(label("txt_balance")->text(), QStringLiteral("BAL:0"));
     QCOMPARE(label("txt_fader")->text(), QStringLiteral("FAD:0"));
     for (const char* name : {"key_right_btn", "key_left_level", "key_up_level", "key_down_level"})
@@ -202,7 +202,7 @@ void TestAudioLevelsPage::aTouchOnTheResetCaptionReachesTheKey()
 {
     QCOMPARE(touch::press(m_page.data(), QPoint(96, 466)), key("key_reset_level"));
     touch::release(m_page.data(), QPoint(96, 466));
-    QCOMPARE(take(), (QStringList{Beep0, sendPair(0, 0)}));
+    QCOMPARE(take(), (QStringList{keyBeep, sendPair(0, 0)}));
     // Slid off before it is lifted: nothing.
     touch::press(m_page.data(), QPoint(96, 466));
     touch::move(m_page.data(), QPoint(600, 100));
@@ -248,7 +248,7 @@ void TestAudioLevelsPage::stepsAtTheLimitAreSentUnchanged()
     audio().balance = pair.x();
     audio().fader = pair.y();
     QVERIFY(QMetaObject::invokeMethod(m_page.data(), slot.constData()));
-    QCOMPARE(take(), (QStringList{Beep0, sendPair(pair.x(), pair.y())}));
+    QCOMPARE(take(), (QStringList{keyBeep, sendPair(pair.x(), pair.y())}));
 }
 
 void TestAudioLevelsPage::textsShowBalanceMinus3AndFader15()
@@ -272,7 +272,7 @@ void TestAudioLevelsPage::thePadShowsWhileDraggedAndSendsOnRelease()
     const QPoint middle(121 + 126, 169 + 126);
     const QImage before = pad()->grab().toImage();
     touch::press(m_page.data(), middle + QPoint(70, 0));
-    QCOMPARE(take(Actions | Read), QStringList{McuBeep});
+    QCOMPARE(take(Actions | Read), QStringList{mcuBeep});
     QCOMPARE(label("txt_balance")->text(), QStringLiteral("BAL:10"));
     QVERIFY(pad()->grab().toImage() != before);
     touch::move(m_page.data(), middle + QPoint(700, -35));
@@ -288,7 +288,7 @@ void TestAudioLevelsPage::thePadShowsWhileDraggedAndSendsOnRelease()
 void TestAudioLevelsPage::backBeepsAndPostsOneBackRequest()
 {
     key("key_back")->click();
-    QCOMPARE(take(), QStringList{Beep0});
+    QCOMPARE(take(), QStringList{keyBeep});
     QCOMPARE(takeBackRequests(), 1);
 }
 
@@ -351,7 +351,7 @@ void TestAudioLevelsPage::randomTouchesKeepTheInvariants()
         const RandomWalk::Step step = walk.step();
         const QStringList calls = take();
         if (step == RandomWalk::Press) {
-            QCOMPARE(calls, walk.holder() == pad() ? QStringList{McuBeep} : QStringList());
+            QCOMPARE(calls, walk.holder() == pad() ? QStringList{mcuBeep} : QStringList());
         } else if (step == RandomWalk::Move) {
             QCOMPARE(calls, QStringList());
         } else {

@@ -56,9 +56,9 @@ private slots:
 void TestAudioLevelsSubwoofer::loudnessBeepsByTheMcuAndTellsTheServiceAlone()
 {
     QCOMPARE(clicked("key_loudness", Actions | Read),
-             (QStringList{McuBeep, "AudioService.setCustomLoudness(true, false)"}));
+             (QStringList{mcuBeep, "AudioService.setCustomLoudness(true, false)"}));
     QCOMPARE(clicked("key_loudness", Actions | Read),
-             (QStringList{McuBeep, "AudioService.setCustomLoudness(false, false)"}));
+             (QStringList{mcuBeep, "AudioService.setCustomLoudness(false, false)"}));
     QVERIFY(!stored("customloudnes").isValid());
 }
 
@@ -69,7 +69,7 @@ void TestAudioLevelsSubwoofer::switchingTheSubwooferOnMarksTheLevel()
     setStored("subwooferFreq", 3);
     m_page->resume();
     QCOMPARE(clicked("key_subwoofer", Actions | Read),
-             (QStringList{McuBeep, writeSwitch(true), ReadLevel, ReadFrequency, writeLevel(5 | 128),
+             (QStringList{mcuBeep, writeSwitch(true), readLevel, readFrequency, writeLevel(5 | 128),
                           subFilter(3, 5)}));
     for (QWidget* each : QList<QWidget*>{slider(), key("key_sub_level_down"), key("key_sub_level_up")})
         QVERIFY(each->isEnabled());
@@ -81,7 +81,7 @@ void TestAudioLevelsSubwoofer::switchingTheSubwooferOffStoresTheLevelWithoutBit7
     setStored("subwooferFreq", 3);
     m_page->resume();
     QCOMPARE(clicked("key_subwoofer", Actions | Read),
-             (QStringList{McuBeep, writeSwitch(false), ReadLevel, ReadFrequency, writeLevel(5, false),
+             (QStringList{mcuBeep, writeSwitch(false), readLevel, readFrequency, writeLevel(5, false),
                           subFilter(0, 5)}));
     for (QWidget* each : QList<QWidget*>{slider(), key("key_sub_level_down"), key("key_sub_level_up")})
         QVERIFY(!each->isEnabled());
@@ -104,7 +104,7 @@ void TestAudioLevelsSubwoofer::sliderReleaseSendsTheLevel()
     take(All);
     touch::click(m_page.data(), QPoint(x, 410));
     QCOMPARE(take(Actions | Read),
-             (QStringList{writeSwitch(true), ReadFrequency, writeLevel(level | 128), subFilter(4, level)}));
+             (QStringList{writeSwitch(true), readFrequency, writeLevel(level | 128), subFilter(4, level)}));
     QCOMPARE(slider()->value(), 12 - level);
     QVERIFY(key("key_subwoofer")->isChecked());
 }
@@ -170,7 +170,7 @@ void TestAudioLevelsSubwoofer::levelKeysStepMaskStoreAndSend()
     setStored("subwooferLevel", level);
     setStored("subwooferFreq", frequency);
     QCOMPARE(clicked(step.constData(), Actions | Read),
-             (QStringList{Beep0, writeSwitch(true), ReadLevel, ReadFrequency, writeLevel(newLevel | 128),
+             (QStringList{keyBeep, writeSwitch(true), readLevel, readFrequency, writeLevel(newLevel | 128),
                           subFilter(newFrequency, newLevel)}));
     QCOMPARE(slider()->value(), qBound(0, 12 - newLevel, 12));
     QVERIFY(key("key_subwoofer")->isChecked());

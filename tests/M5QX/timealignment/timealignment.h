@@ -36,7 +36,7 @@ const Item items[] = {
 };
 // clang-format on
 
-const QString KeyBeep = QStringLiteral("AudioService.doBeep(0)");
+const QString keyBeep = QStringLiteral("AudioService.doBeep(0)");
 
 inline QString storeKey(int preset, int item)
 {

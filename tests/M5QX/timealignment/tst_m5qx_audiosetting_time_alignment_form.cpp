@@ -10,88 +10,88 @@ using formcheck::Row;
 
 namespace {
 
-constexpr char Page[] = "m5qx_audiosetting_time_alignment_page";
-constexpr char Panel[] = "time_alignment_setting_widget";
-constexpr char Presets[] = "time_alignment_preset_widget";
-constexpr char Title[] = "color:#FFFFFF";
-constexpr char Data[] = "background-color:rgb(38,41,51);color:rgb(255,255,255)";
-constexpr char FL[] = "time_front_left_widget";
-constexpr char FR[] = "time_front_right_widget";
-constexpr char RL[] = "time_rear_left_widget";
-constexpr char RR[] = "time_rear_right_widget";
-constexpr char SW[] = "time_subwoofer_widget";
+constexpr char rootName[] = "m5qx_audiosetting_time_alignment_page";
+constexpr char panelName[] = "time_alignment_setting_widget";
+constexpr char presetsName[] = "time_alignment_preset_widget";
+constexpr char titleStyle[] = "color:#FFFFFF";
+constexpr char valueStyle[] = "background-color:rgb(38,41,51);color:rgb(255,255,255)";
+constexpr char frontLeft[] = "time_front_left_widget";
+constexpr char frontRight[] = "time_front_right_widget";
+constexpr char rearLeft[] = "time_rear_left_widget";
+constexpr char rearRight[] = "time_rear_right_widget";
+constexpr char subwoofer[] = "time_subwoofer_widget";
 
 // clang-format off
 const Row rows[] = {
-    {"key_back",                "QPushButton", Page, {938,  13,  74,  60}},
-    {"icon_label",              "QLabel",      Page, { 28,  57,   0,   0}},
-    {"text_alignment_title",    "QLabel",      Page, { 95,  57,   0,   0}, Title},
-    {"icon_car",                "QLabel",      Page, {296, 126, 245, 249}},
-    {"key_reset",               "QPushButton", Page, { 22, 400, 142,  70}},
-    {"text_reset",              "QLabel",      Page, { 22, 400, 142,  70}, "color:rgb(238, 238, 236)"},
-    {Panel,                     "QWidget",     Page, {  0, 100, 820, 380}},
-    {FL,                        "QWidget",     Panel, {  0,   0, 260, 103}},
-    {"text_front_left_data",    "QLabel",      FL,   {105,  38,  80,  58}, Data},
-    {"Key_front_left_plus",     "QPushButton", FL,   {185,  32,  74,  70}},
-    {"Key_front_left_minus",    "QPushButton", FL,   { 31,  32,  74,  70}},
-    {"text_front_left_title",   "QLabel",      FL,   { 31,   0, 228,  32}, Title},
-    {"bkg_front_left",          "QLabel",      FL,   {  0,   0,   0, 103}},
-    {FR,                        "QWidget",     Panel, {550,   0, 260, 103}},
-    {"text_front_right_data",   "QLabel",      FR,   {105,  38,  80,  58}, Data},
-    {"Key_front_right_plus",    "QPushButton", FR,   {185,  32,  74,  70}},
-    {"Key_front_right_minus",   "QPushButton", FR,   { 31,  32,  74,  70}},
-    {"text_front_right_title",  "QLabel",      FR,   { 31,   0, 228,  31}, Title},
-    {"bkg_front_right",         "QLabel",      FR,   {  0,   0,   0, 103}},
-    {RL,                        "QWidget",     Panel, {  0, 142, 260, 103}},
-    {"text_rear_left_data",     "QLabel",      RL,   {105,  38,  80,  58}, Data},
-    {"Key_rear_left_plus",      "QPushButton", RL,   {185,  32,  74,  70}},
-    {"Key_rear_left_minus",     "QPushButton", RL,   { 31,  32,  74,  70}},
-    {"text_rear_left_title",    "QLabel",      RL,   { 31,   0, 228,  32}, Title},
-    {"bkg_rear_left",           "QLabel",      RL,   {  0,   0,   0, 103}},
-    {RR,                        "QWidget",     Panel, {550, 142, 260, 103}},
-    {"text_rear_right_data",    "QLabel",      RR,   {105,  38,  80,  58}, Data},
-    {"Key_rear_right_plus",     "QPushButton", RR,   {185,  32,  74,  70}},
-    {"Key_rear_right_minus",    "QPushButton", RR,   { 31,  32,  74,  70}},
-    {"text_rear_right_title",   "QLabel",      RR,   { 31,   0, 228,  32}, Title},
-    {"bkg_rear_right",          "QLabel",      RR,   {  0,   0,   0, 103}},
-    {SW,                        "QWidget",     Panel, {278, 268, 281, 103}},
-    {"text_subwoofer_data",     "QLabel",      SW,   {105,  38,  85,  58}, Data},
-    {"Key_subwoofer_plus",      "QPushButton", SW,   {190,  32,  74,  70}},
-    {"Key_subwoofer_minus",     "QPushButton", SW,   { 31,  32,  74,  70}},
-    {"text_subwoofer_title",    "QLabel",      SW,   { 31,   0, 228,  32}, Title},
-    {"bkg_subwoofer",           "QLabel",      SW,   {  0,   0,   0, 103}},
-    {Presets,                   "QWidget",     Page, {847,  78, 150, 332}},
-    {"text_preset2",            "QLabel",      Presets, {  0, 153, 142,  70}},
-    {"key_preset3",             "QPushButton", Presets, {  0, 246, 142,  70}},
-    {"key_preset1",             "QPushButton", Presets, {  0,  60, 142,  70}},
-    {"key_preset2",             "QPushButton", Presets, {  0, 153, 142,  70}},
-    {"text_preset3",            "QLabel",      Presets, {  0, 243, 142,  70}},
-    {"text_preset1",            "QLabel",      Presets, {  4,  60, 142,  70}},
-    {"text_preset_titel",       "QLabel",      Presets, {  0,   0,   0,  50}},
+    {"key_back",               "QPushButton", rootName,    {938,  13,  74,  60}},
+    {"icon_label",             "QLabel",      rootName,    { 28,  57,   0,   0}},
+    {"text_alignment_title",   "QLabel",      rootName,    { 95,  57,   0,   0}, titleStyle},
+    {"icon_car",               "QLabel",      rootName,    {296, 126, 245, 249}},
+    {"key_reset",              "QPushButton", rootName,    { 22, 400, 142,  70}},
+    {"text_reset",             "QLabel",      rootName,    { 22, 400, 142,  70}, "color:rgb(238, 238, 236)"},
+    {panelName,                "QWidget",     rootName,    {  0, 100, 820, 380}},
+    {frontLeft,                "QWidget",     panelName,   {  0,   0, 260, 103}},
+    {"text_front_left_data",   "QLabel",      frontLeft,   {105,  38,  80,  58}, valueStyle},
+    {"Key_front_left_plus",    "QPushButton", frontLeft,   {185,  32,  74,  70}},
+    {"Key_front_left_minus",   "QPushButton", frontLeft,   { 31,  32,  74,  70}},
+    {"text_front_left_title",  "QLabel",      frontLeft,   { 31,   0, 228,  32}, titleStyle},
+    {"bkg_front_left",         "QLabel",      frontLeft,   {  0,   0,   0, 103}},
+    {frontRight,               "QWidget",     panelName,   {550,   0, 260, 103}},
+    {"text_front_right_data",  "QLabel",      frontRight,  {105,  38,  80,  58}, valueStyle},
+    {"Key_front_right_plus",   "QPushButton", frontRight,  {185,  32,  74,  70}},
+    {"Key_front_right_minus",  "QPushButton", frontRight,  { 31,  32,  74,  70}},
+    {"text_front_right_title", "QLabel",      frontRight,  { 31,   0, 228,  31}, titleStyle},
+    {"bkg_front_right",        "QLabel",      frontRight,  {  0,   0,   0, 103}},
+    {rearLeft,                 "QWidget",     panelName,   {  0, 142, 260, 103}},
+    {"text_rear_left_data",    "QLabel",      rearLeft,    {105,  38,  80,  58}, valueStyle},
+    {"Key_rear_left_plus",     "QPushButton", rearLeft,    {185,  32,  74,  70}},
+    {"Key_rear_left_minus",    "QPushButton", rearLeft,    { 31,  32,  74,  70}},
+    {"text_rear_left_title",   "QLabel",      rearLeft,    { 31,   0, 228,  32}, titleStyle},
+    {"bkg_rear_left",          "QLabel",      rearLeft,    {  0,   0,   0, 103}},
+    {rearRight,                "QWidget",     panelName,   {550, 142, 260, 103}},
+    {"text_rear_right_data",   "QLabel",      rearRight,   {105,  38,  80,  58}, valueStyle},
+    {"Key_rear_right_plus",    "QPushButton", rearRight,   {185,  32,  74,  70}},
+    {"Key_rear_right_minus",   "QPushButton", rearRight,   { 31,  32,  74,  70}},
+    {"text_rear_right_title",  "QLabel",      rearRight,   { 31,   0, 228,  32}, titleStyle},
+    {"bkg_rear_right",         "QLabel",      rearRight,   {  0,   0,   0, 103}},
+    {subwoofer,                "QWidget",     panelName,   {278, 268, 281, 103}},
+    {"text_subwoofer_data",    "QLabel",      subwoofer,   {105,  38,  85,  58}, valueStyle},
+    {"Key_subwoofer_plus",     "QPushButton", subwoofer,   {190,  32,  74,  70}},
+    {"Key_subwoofer_minus",    "QPushButton", subwoofer,   { 31,  32,  74,  70}},
+    {"text_subwoofer_title",   "QLabel",      subwoofer,   { 31,   0, 228,  32}, titleStyle},
+    {"bkg_subwoofer",          "QLabel",      subwoofer,   {  0,   0,   0, 103}},
+    {presetsName,              "QWidget",     rootName,    {847,  78, 150, 332}},
+    {"text_preset2",           "QLabel",      presetsName, {  0, 153, 142,  70}},
+    {"key_preset3",            "QPushButton", presetsName, {  0, 246, 142,  70}},
+    {"key_preset1",            "QPushButton", presetsName, {  0,  60, 142,  70}},
+    {"key_preset2",            "QPushButton", presetsName, {  0, 153, 142,  70}},
+    {"text_preset3",           "QLabel",      presetsName, {  0, 243, 142,  70}},
+    {"text_preset1",           "QLabel",      presetsName, {  4,  60, 142,  70}},
+    {"text_preset_titel",      "QLabel",      presetsName, {  0,   0,   0,  50}},
 };
 
 constexpr char PlusN[]  = ":/vexa_m5qx_settingicon_ext/time_alignment_plus_n.png";
 constexpr char PlusP[]  = ":/vexa_m5qx_settingicon_ext/time_alignment_plus_p.png";
-constexpr char MinusN[] = ":/vexa_m5qx_settingicon_ext/time_alignment_minus_n.png";
-constexpr char MinusP[] = ":/vexa_m5qx_settingicon_ext/time_alignment_minus_p.png";
-constexpr char PresetN[] = ":/vexa_m5qx_settingicon_ext/time_alignment_preset_n.png";
-constexpr char PresetP[] = ":/vexa_m5qx_settingicon_ext/time_alignment_preset_p.png";
+constexpr char minusNormal[] = ":/vexa_m5qx_settingicon_ext/time_alignment_minus_n.png";
+constexpr char minusPressed[] = ":/vexa_m5qx_settingicon_ext/time_alignment_minus_p.png";
+constexpr char presetNormal[] = ":/vexa_m5qx_settingicon_ext/time_alignment_preset_n.png";
+constexpr char presetPressed[] = ":/vexa_m5qx_settingicon_ext/time_alignment_preset_p.png";
 const Icon icons[] = {
     {"key_back",              ":/vexa_m5qx_audiosettingicon/icon_close_n.png", ":/vexa_m5qx_audiosettingicon/icon_close_p.png", {74, 60}},
-    {"key_reset",             ":/vexa_m5qx_settingicon_ext/time_alignment_reset_n.png", PresetP, {142, 70}},
+    {"key_reset",             ":/vexa_m5qx_settingicon_ext/time_alignment_reset_n.png", presetPressed, {142, 70}},
     {"Key_front_left_plus",   PlusN,   PlusP,   {74, 70}},
-    {"Key_front_left_minus",  MinusN,  MinusP,  {74, 70}},
+    {"Key_front_left_minus",  minusNormal,  minusPressed,  {74, 70}},
     {"Key_front_right_plus",  PlusN,   PlusP,   {74, 70}},
-    {"Key_front_right_minus", MinusN,  MinusP,  {74, 70}},
+    {"Key_front_right_minus", minusNormal,  minusPressed,  {74, 70}},
     {"Key_rear_left_plus",    PlusN,   PlusP,   {74, 70}},
-    {"Key_rear_left_minus",   MinusN,  MinusP,  {74, 70}},
+    {"Key_rear_left_minus",   minusNormal,  minusPressed,  {74, 70}},
     {"Key_rear_right_plus",   PlusN,   PlusP,   {74, 70}},
-    {"Key_rear_right_minus",  MinusN,  MinusP,  {74, 70}},
+    {"Key_rear_right_minus",  minusNormal,  minusPressed,  {74, 70}},
     {"Key_subwoofer_plus",    PlusN,   PlusP,   {74, 70}},
-    {"Key_subwoofer_minus",   MinusN,  MinusP,  {74, 70}},
-    {"key_preset1",           PresetN, PresetP, {142, 70}},
-    {"key_preset2",           PresetN, PresetP, {142, 70}},
-    {"key_preset3",           PresetN, PresetP, {142, 70}},
+    {"Key_subwoofer_minus",   minusNormal,  minusPressed,  {74, 70}},
+    {"key_preset1",           presetNormal, presetPressed, {142, 70}},
+    {"key_preset2",           presetNormal, presetPressed, {142, 70}},
+    {"key_preset3",           presetNormal, presetPressed, {142, 70}},
 };
 // clang-format on
 
@@ -158,11 +158,11 @@ void TestTimeAlignmentForm::siblingsAreMadeInTheTablesOrder_data()
 {
     QTest::addColumn<QString>("parent");
     QTest::addColumn<QStringList>("raised"); // to the end of the stack, after they were made
-    QTest::newRow("page") << Page << QStringList{"key_reset", "text_reset"};
-    QTest::newRow("channel panel") << Panel << QStringList();
-    for (const char* box : {FL, FR, RL, RR, SW})
+    QTest::newRow("page") << rootName << QStringList{"key_reset", "text_reset"};
+    QTest::newRow("channel panel") << panelName << QStringList();
+    for (const char* box : {frontLeft, frontRight, rearLeft, rearRight, subwoofer})
         QTest::newRow(box) << box << QStringList();
-    QTest::newRow("preset panel") << Presets << QStringList{"text_preset2"};
+    QTest::newRow("preset panel") << presetsName << QStringList{"text_preset2"};
 }
 
 void TestTimeAlignmentForm::siblingsAreMadeInTheTablesOrder()
@@ -175,7 +175,7 @@ void TestTimeAlignmentForm::siblingsAreMadeInTheTablesOrder()
             expected += QLatin1String(row.name);
     }
     const QWidget* widget = m_page.data();
-    if (parent != QLatin1String(Page))
+    if (parent != QLatin1String(rootName))
         widget = m_page->findChild<QWidget*>(parent);
     QCOMPARE(formcheck::childNames(widget), expected + raised);
 }
@@ -233,8 +233,8 @@ void TestTimeAlignmentForm::presetKeysShowTheirStateByPicture()
         const QPushButton* preset = key(QLatin1String(name));
         QVERIFY(preset->isCheckable());
         for (const QIcon::Mode mode : {QIcon::Normal, QIcon::Active, QIcon::Selected})
-            QVERIFY(formcheck::shows(preset->icon(), QSize(142, 70), mode, QIcon::On, PresetP));
-        QVERIFY(formcheck::shows(preset->icon(), QSize(142, 70), QIcon::Active, QIcon::Off, PresetN));
+            QVERIFY(formcheck::shows(preset->icon(), QSize(142, 70), mode, QIcon::On, presetPressed));
+        QVERIFY(formcheck::shows(preset->icon(), QSize(142, 70), QIcon::Active, QIcon::Off, presetNormal));
     }
     for (int item = 0; item < 5; ++item)
         QVERIFY(!key(plusKey(item))->isCheckable() && !key(minusKey(item))->isCheckable());
@@ -301,7 +301,7 @@ void TestTimeAlignmentForm::keyGroupsHoldTheTablesIds()
 void TestTimeAlignmentForm::resetAndPreset2AreRaised()
 {
     QCOMPARE(m_page->childAt(93, 435), key("key_reset"));
-    const auto* panel = m_page->findChild<QWidget*>(QLatin1String(Presets));
+    const auto* panel = m_page->findChild<QWidget*>(QLatin1String(presetsName));
     QCOMPARE(panel->children().last(), label("text_preset2"));
 }
 

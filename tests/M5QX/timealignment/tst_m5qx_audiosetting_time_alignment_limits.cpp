@@ -42,7 +42,7 @@ void TestTimeAlignmentLimits::at100ThePlusKeyIsDisabledAndOneMinusClickGives99()
         QVERIFY(!key(plusKey(item))->isEnabled());
         QCOMPARE(clicked(plusKey(item), All), QStringList());
         QCOMPARE(clicked(minusKey(item)),
-                 (QStringList{KeyBeep, delay(items[item].mask, "9.9"), writeItem(0, item, 99)}));
+                 (QStringList{keyBeep, delay(items[item].mask, "9.9"), writeItem(0, item, 99)}));
         QVERIFY(key(plusKey(item))->isEnabled());
         QCOMPARE(shownValues().at(item), QStringLiteral("9.9ms"));
     }
@@ -119,7 +119,7 @@ void TestTimeAlignmentLimits::anIdOutsideTheKeysCountsAsItem0()
     key(minusKey(0))->setEnabled(false);
     m_page->onAlmButGroupClicked(id);
     QCOMPARE(take(),
-             (QStringList{KeyBeep, delay(1, QByteArray::number(value / 10.0)), writeItem(0, 0, value)}));
+             (QStringList{keyBeep, delay(1, QByteArray::number(value / 10.0)), writeItem(0, 0, value)}));
     // No key of that id, none is touched; its neighbour isn't either.
     QCOMPARE(disabledKeys(), QStringList{minusKey(0)} + disabled);
 }
@@ -137,11 +137,11 @@ void TestTimeAlignmentLimits::aPresetOutsideRangeIsLiteral()
     QFETCH(int, preset);
     setStored(storeKey(0, 0), 50);
     m_page->onPreButGroupClicked(preset);
-    QCOMPARE(take(), (QStringList{KeyBeep, writePreset(preset), delay(1, "0"), delay(2, "0"), delay(4, "0"),
+    QCOMPARE(take(), (QStringList{keyBeep, writePreset(preset), delay(1, "0"), delay(2, "0"), delay(4, "0"),
                                   delay(8, "0"), delay(32, "0")}));
     QCOMPARE(m_page->getTimeAlignmentValue(0), 0);
     // A step is sent from 0 and stored nowhere.
-    QCOMPARE(clicked(plusKey(0)), (QStringList{KeyBeep, delay(1, "0.1")}));
+    QCOMPARE(clicked(plusKey(0)), (QStringList{keyBeep, delay(1, "0.1")}));
     QCOMPARE(stored(storeKey(0, 0)), QVariant(50));
     m_page->setTimeAlignmentValue(preset, 0, 9);
     QCOMPARE(take(), QStringList());

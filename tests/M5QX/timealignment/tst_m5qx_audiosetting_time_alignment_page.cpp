@@ -10,7 +10,7 @@ using namespace timealignment;
 
 namespace {
 
-const QString ReadPreset = QStringLiteral("SettingsExe.getValue(\"Audio_Time_Alignment_Preset\", 0)");
+const QString readPreset = QStringLiteral("SettingsExe.getValue(\"Audio_Time_Alignment_Preset\", 0)");
 
 QString readItem(int preset, int item)
 {
@@ -22,7 +22,7 @@ QStringList readsOf(int preset, int item, int count = 1)
 {
     QStringList result;
     while (count--)
-        result += {ReadPreset, readItem(preset, item)};
+        result += {readPreset, readItem(preset, item)};
     return result;
 }
 
@@ -72,7 +72,7 @@ private slots:
 void TestTimeAlignmentPage::constructionReadsThePresetAndSendsNothing()
 {
     const OpenPage page(nullptr);
-    QCOMPARE(take(All), QStringList{ReadPreset});
+    QCOMPARE(take(All), QStringList{readPreset});
     QCOMPARE(page.findChildren<mem::SettingsExe*>(QString(), Qt::FindDirectChildrenOnly).size(), 1);
 }
 
@@ -138,9 +138,9 @@ void TestTimeAlignmentPage::aStepSendsThenStoresThenShows()
     const int value = plus ? 16 : 14;
     const QByteArray ms = plus ? "1.6" : "1.4";
     const QStringList sent{delay(items[item].mask, ms.constData())};
-    const QStringList kept{ReadPreset, writeItem(2, item, value)};
+    const QStringList kept{readPreset, writeItem(2, item, value)};
     QCOMPARE(clicked(plus ? plusKey(item) : minusKey(item), All),
-             QStringList(KeyBeep) + readsOf(2, item) + sent + kept + readsOf(2, item));
+             QStringList(keyBeep) + readsOf(2, item) + sent + kept + readsOf(2, item));
     QStringList shown{"0ms", "0ms", "0ms", "0ms", "0ms"};
     shown[item] = QString::fromLatin1(ms) + QStringLiteral("ms");
     QCOMPARE(shownValues(), shown);
@@ -148,8 +148,8 @@ void TestTimeAlignmentPage::aStepSendsThenStoresThenShows()
 
 void TestTimeAlignmentPage::subwooferPlusOneFromZeroSendsMask32()
 {
-    QCOMPARE(clicked("Key_subwoofer_plus"), (QStringList{KeyBeep, delay(32, "0.1"), writeItem(0, 4, 1)}));
-    QCOMPARE(clicked("Key_front_right_plus"), (QStringList{KeyBeep, delay(2, "0.1"), writeItem(0, 1, 1)}));
+    QCOMPARE(clicked("Key_subwoofer_plus"), (QStringList{keyBeep, delay(32, "0.1"), writeItem(0, 4, 1)}));
+    QCOMPARE(clicked("Key_front_right_plus"), (QStringList{keyBeep, delay(2, "0.1"), writeItem(0, 1, 1)}));
 }
 
 void TestTimeAlignmentPage::presetItemKeysAreNamedByTheTable_data()
@@ -199,7 +199,7 @@ void TestTimeAlignmentPage::switchingToPreset2SendsAllFiveInItemOrderAndShowsThe
     const int values[] = {1, 0, 30, 100, 15};
     for (int item = 0; item < 5; ++item)
         setStored(storeKey(1, item), values[item]);
-    QCOMPARE(clicked("key_preset2"), (QStringList{KeyBeep, writePreset(1), delay(1, "0.1"), delay(2, "0"),
+    QCOMPARE(clicked("key_preset2"), (QStringList{keyBeep, writePreset(1), delay(1, "0.1"), delay(2, "0"),
                                                   delay(4, "3"), delay(8, "10"), delay(32, "1.5")}));
     QCOMPARE(shownValues(), (QStringList{"0.1ms", "0ms", "3ms", "10ms", "1.5ms"}));
     QCOMPARE(disabledKeys(), (QStringList{minusKey(1), plusKey(3)}));
@@ -214,7 +214,7 @@ void TestTimeAlignmentPage::aSwitchOfPresetCallsInOrder()
     QStringList sends;
     for (int item = 0; item < 5; ++item)
         sends += readsOf(2, item) + QStringList{delay(items[item].mask, "0")};
-    QCOMPARE(clicked("key_preset3", All), (QStringList{KeyBeep, writePreset(2)}) + readsOfAll(2) +
+    QCOMPARE(clicked("key_preset3", All), (QStringList{keyBeep, writePreset(2)}) + readsOfAll(2) +
                                               readsOfAll(2, 2) + sends + readsOfAll(2, 2));
 }
 
@@ -232,7 +232,7 @@ void TestTimeAlignmentPage::resetZeroesAllThreePresetsAndKeepsTheSelectedOne()
     for (const Item& item : items)
         sends += delay(item.mask, "0");
     rebuild();
-    QCOMPARE(clicked("key_reset"), QStringList(KeyBeep) + writes + sends);
+    QCOMPARE(clicked("key_reset"), QStringList(keyBeep) + writes + sends);
     QCOMPARE(shownValues(), (QStringList{"0ms", "0ms", "0ms", "0ms", "0ms"}));
     QCOMPARE(stored("Audio_Time_Alignment_Preset"), QVariant(1));
     QVERIFY(key("key_preset2")->isChecked());
@@ -259,7 +259,7 @@ void TestTimeAlignmentPage::presetIconsOfTheOlderKeySet()
 void TestTimeAlignmentPage::backBeepsAndPostsOneBackRequest()
 {
     key("key_back")->click();
-    QCOMPARE(take(), QStringList{KeyBeep});
+    QCOMPARE(take(), QStringList{keyBeep});
     QCOMPARE(takeBackRequests(), 1);
 }
 

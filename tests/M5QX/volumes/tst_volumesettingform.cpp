@@ -35,7 +35,7 @@ private slots:
 void TestVolumeSettingForm::signalsAndSlotsAreDeclaredInOrder()
 {
     QStringList expected{"exitUI()"};
-    for (int i = 0; i < RowCount; ++i)
+    for (int i = 0; i < rowCount; ++i)
         expected << keySlot(i, "up") + "()" << keySlot(i, "down") + "()";
     for (const Row& row : rows)
         expected << QLatin1String(row.saveSlot) + QStringLiteral("(int)");
@@ -57,7 +57,7 @@ void TestVolumeSettingForm::rowsStandWhereTheTableSays()
     if (row.section == Live) {
         QVERIFY(w->isHidden());
         QCOMPARE(w->geometry(), QRect(0, 0, 0, 0));
-    } else if (index == Dab) {
+    } else if (index == dab) {
         QCOMPARE(w->size(), QSize(0, 0));
     } else {
         QVERIFY(!w->isHidden());
@@ -156,8 +156,8 @@ void TestVolumeSettingForm::topBarAndScrollAreaStandWhereTheFormSays()
 void TestVolumeSettingForm::slidersAreMadeInTableOrder()
 {
     const auto all = sliders();
-    QCOMPARE(all.size(), RowCount);
-    for (int i = 0; i < RowCount; ++i) {
+    QCOMPARE(all.size(), rowCount);
+    for (int i = 0; i < rowCount; ++i) {
         QCOMPARE(all.at(i)->parentWidget(), widget(i));
         QCOMPARE(all.at(i)->geometry(), QRect(496, 10, 393, 59));
         QCOMPARE(all.at(i)->minimum(), 0);
@@ -226,10 +226,10 @@ void TestVolumeSettingForm::keysAreNamedAndReachedInReadingOrder()
     for (QPushButton* button : m_page->findChildren<QPushButton*>()) {
         QVERIFY2(!button->accessibleName().isEmpty(), qPrintable(button->objectName()));
         const bool emblem = button->objectName() == QLatin1String("key_back");
-        const bool neverSeen = button->parentWidget() == widget(Dab);
+        const bool neverSeen = button->parentWidget() == widget(dab);
         QCOMPARE(button->focusPolicy(), emblem || neverSeen ? Qt::NoFocus : Qt::TabFocus);
     }
-    for (int i = 0; i < RowCount; ++i) {
+    for (int i = 0; i < rowCount; ++i) {
         QVERIFY(!slider(i)->accessibleName().isEmpty());
         QVERIFY(key(i, "up")->accessibleName() != key(i, "down")->accessibleName());
     }
@@ -239,10 +239,10 @@ void TestVolumeSettingForm::keysAreNamedAndReachedInReadingOrder()
         while (from->focusPolicy() == Qt::NoFocus);
         return from;
     };
-    for (int i = 0; i < Dab; ++i) {
+    for (int i = 0; i < dab; ++i) {
         QCOMPARE(nextWithFocus(key(i, "down")), slider(i));
         QCOMPARE(nextWithFocus(slider(i)), key(i, "up"));
-        if (i + 1 < Dab)
+        if (i + 1 < dab)
             QCOMPARE(nextWithFocus(key(i, "up")), key(i + 1, "down"));
     }
 }

@@ -28,7 +28,7 @@ QStringList applyLines(const Row& row, int value)
 /// What a key step of that row makes the page call, in order, reads too.
 QStringList stepLines(const Row& row, int value)
 {
-    QStringList lines{BeepLine, readLine(row)};
+    QStringList lines{keyBeep, readLine(row)};
     lines += applyLines(row, value);
     if (row.section != Live)
         lines += readLines(row.section);
@@ -90,7 +90,7 @@ void TestVolumeSettingWidget::aFreshStoreShowsTheDefaults()
     QCOMPARE(slider(5)->value(), 25);
     for (int i = 6; i <= 9; ++i)
         QCOMPARE(slider(i)->value(), 40);
-    for (int i = 10; i < RowCount; ++i) {
+    for (int i = 10; i < rowCount; ++i) {
         QCOMPARE(slider(i)->value(), 5);
         QCOMPARE(slider(i)->value() + offsetOf(slider(i)), 0);
     }
@@ -117,14 +117,14 @@ void TestVolumeSettingWidget::resumeShowsTheStoredValues()
 void TestVolumeSettingWidget::theDabGainRowNeverShowsYetItsValueIsRead()
 {
     show();
-    QVERIFY(widget(Dab)->visibleRegion().isEmpty());
-    setStored(QLatin1String(rows[Dab].key), 12);
+    QVERIFY(widget(dab)->visibleRegion().isEmpty());
+    setStored(QLatin1String(rows[dab].key), 12);
     m_page->resume();
-    QVERIFY(take(Read).contains(readLine(rows[Dab])));
-    QCOMPARE(slider(Dab)->value(), 12);
+    QVERIFY(take(Read).contains(readLine(rows[dab])));
+    QCOMPARE(slider(dab)->value(), 12);
     invoke(QStringLiteral("on_key_source_dab_up_clicked"));
-    QCOMPARE(take(Actions | Read), stepLines(rows[Dab], 13));
-    QCOMPARE(slider(Dab)->value(), 13);
+    QCOMPARE(take(Actions | Read), stepLines(rows[dab], 13));
+    QCOMPARE(slider(dab)->value(), 13);
 }
 
 void TestVolumeSettingWidget::keysStepBeepAndStore()
@@ -181,7 +181,7 @@ void TestVolumeSettingWidget::keysOfVisibleRowsAnswerATouch()
     QFETCH(int, index);
     show();
     const Row& row = rows[index];
-    if (row.section == Live || index == Dab) {
+    if (row.section == Live || index == dab) {
         QVERIFY(!key(index, "up")->isVisible() || key(index, "up")->visibleRegion().isEmpty());
         return;
     }
@@ -198,7 +198,7 @@ void TestVolumeSettingWidget::aTouchOnTheLabelsEndReachesTheDownKey()
     show();
     // The main default row stands at y 50 of the contents, which begin at y 75.
     touch::click(m_page, {436, 75 + 50 + 39});
-    QCOMPARE(take(), QStringList({BeepLine, "SettingsFunc.setValue(\"Setup_Main_Volume\", 25, 24, true)"}));
+    QCOMPARE(take(), QStringList({keyBeep, "SettingsFunc.setValue(\"Setup_Main_Volume\", 25, 24, true)"}));
 }
 
 void TestVolumeSettingWidget::liveKeysLeaveTheSliderToTheServicesSignal()
@@ -217,10 +217,10 @@ void TestVolumeSettingWidget::liveNaviUsesChannel5AndVoiceChannel4()
     setStored(QStringLiteral("volume5"), 11);
     setStored(QStringLiteral("volume4"), 33);
     m_page->on_key_navi_up_clicked();
-    QCOMPARE(take(All), QStringList({BeepLine, "SettingsFunc.getValue(\"volume5\", 0)",
+    QCOMPARE(take(All), QStringList({keyBeep, "SettingsFunc.getValue(\"volume5\", 0)",
                                      "AudioService.setVolumeLevel(12, 5)"}));
     m_page->on_key_voice_up_clicked();
-    QCOMPARE(take(All), QStringList({BeepLine, "SettingsFunc.getValue(\"volume4\", 0)",
+    QCOMPARE(take(All), QStringList({keyBeep, "SettingsFunc.getValue(\"volume4\", 0)",
                                      "AudioService.setVolumeLevel(34, 4)"}));
 }
 
@@ -303,7 +303,7 @@ void TestVolumeSettingWidget::exitBeepsThenEmitsExitUI()
     connect(m_page, &VolumeSettingWidget::exitUI, this, [&seen] { seen = take(); });
     QSignalSpy spy(m_page, SIGNAL(exitUI()));
     formcheck::child<QPushButton>(m_page, QStringLiteral("key_exit"))->click();
-    QCOMPARE(seen, QStringList(BeepLine));
+    QCOMPARE(seen, QStringList(keyBeep));
     QCOMPARE(spy.count(), 1);
     QCOMPARE(takeBackRequests(), 0);
 }

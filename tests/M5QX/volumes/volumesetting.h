@@ -51,10 +51,10 @@ const Row rows[] = {
 };
 // clang-format on
 
-constexpr int RowCount = sizeof(rows) / sizeof(rows[0]);
-static_assert(RowCount == 17, "seventeen rows");
-constexpr int Dab = RowCount - 1;
-const QString BeepLine = QStringLiteral("AudioService.doBeep(0)");
+constexpr int rowCount = std::size(rows);
+static_assert(rowCount == 17, "seventeen rows");
+constexpr int dab = rowCount - 1;
+const QString keyBeep = QStringLiteral("AudioService.doBeep(0)");
 
 inline int maximumOf(const Row& row)
 {
@@ -81,7 +81,7 @@ inline QStringList readLines(Section section)
 inline void addRows()
 {
     QTest::addColumn<int>("index");
-    for (int i = 0; i < RowCount; ++i)
+    for (int i = 0; i < rowCount; ++i)
         QTest::newRow(rows[i].base) << i;
 }
 

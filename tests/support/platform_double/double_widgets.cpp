@@ -79,7 +79,7 @@ QPushButton* buttonOf(cm::PushButton* wrapper)
 
 cm::PushButton* wrapperOf(QPushButton* button)
 {
-    for (cm::PushButton* wrapper : qAsConst(wrappers)) {
+    for (cm::PushButton* wrapper : std::as_const(wrappers)) {
         if (wrapped.value(wrapper) == button)
             return wrapper;
     }

@@ -115,7 +115,7 @@ void record(Kind kind, const QString& line)
 QStringList take(int kinds)
 {
     QStringList result;
-    for (const auto& line : qAsConst(lines)) {
+    for (const auto& line : std::as_const(lines)) {
         if (line.first & kinds)
             result.append(line.second);
     }
