@@ -140,7 +140,7 @@ void AudioService::setCustomLoudness(bool on, bool save)
     report("setCustomLoudness", on, save);
     d->state.loudness = on;
     d->publish();
-    d->keep(QLatin1String(keys::loudnessKey), on);
+    d->keep(keys::keyOf(keys::loudnessSetting), on);
 }
 
 void AudioService::getBalanceFader(int& balance, int& fader)
@@ -160,8 +160,8 @@ void AudioService::setBalanceFader(int balance, int fader, bool save)
     d->state.fader = fader;
     d->publish();
     if (save) {
-        d->keepSoon(QLatin1String(keys::balanceKey), balance);
-        d->keep(QLatin1String(keys::faderKey), fader); // takes the balance along
+        d->keepSoon(keys::keyOf(keys::balanceSetting), balance);
+        d->keep(keys::keyOf(keys::faderSetting), fader); // takes the balance along
     }
 }
 
@@ -171,7 +171,7 @@ void AudioService::setHPFFilter(int frequency, int attenuation, int speaker, int
     const AudioServiceHost::FilterTables tables = d->state.tables;
     if (!isCabinFilter("setHPFFilter", frequency, attenuation, speaker, slope, lastCabinFrequency(tables)))
         return;
-    noteLargeCut("setHPFFilter", attenuation, largestCut);
+    noteLargeCut("setHPFFilter", attenuation, largestAttenuation);
     const int index = speakerOfBit(speaker);
     d->setFilter(&d->state.highPass[static_cast<std::size_t>(index)],
                  {frequency & frequencyMask, attenuation, slope}, keys::highPassKey(tables, index));
@@ -183,7 +183,7 @@ void AudioService::setLPFFilter(int frequency, int attenuation, int speaker, int
     const AudioServiceHost::FilterTables tables = d->state.tables;
     if (!isCabinFilter("setLPFFilter", frequency, attenuation, speaker, slope, lastCabinFrequency(tables)))
         return;
-    noteLargeCut("setLPFFilter", attenuation, largestCut);
+    noteLargeCut("setLPFFilter", attenuation, largestAttenuation);
     const int index = speakerOfBit(speaker);
     d->setFilter(&d->state.lowPass[static_cast<std::size_t>(index)],
                  {frequency & frequencyMask, attenuation, slope}, keys::lowPassKey(tables, index));
@@ -198,7 +198,7 @@ void AudioService::setSubFilter(int frequency, int attenuation, int slope)
         !inRange("setSubFilter", "slope", slope, 0, maximumSlope))
         return;
     if (tables == AudioServiceHost::FilterTables::SpeakerGroups)
-        noteLargeCut("setSubFilter", attenuation, largestCut);
+        noteLargeCut("setSubFilter", attenuation, largestAttenuation);
     d->setFilter(&d->state.subwoofer, {frequency, attenuation, slope}, keys::subwooferKey(tables));
 }
 

@@ -84,7 +84,7 @@ dsp::SubwooferSettings subwooferOf(const AudioState& state)
         constexpr int loudest = 14;
         settings.attenuation = loudest - std::min(state.subwoofer.attenuation, loudest);
     } else {
-        settings.attenuation = std::min(state.subwoofer.attenuation, largestCut);
+        settings.attenuation = std::min(state.subwoofer.attenuation, largestAttenuation);
     }
     return settings;
 }
@@ -139,8 +139,8 @@ dsp::Settings dspSettings(const AudioState& state)
     dsp::Settings settings;
     settings.power = state.power;
     settings.source = state.source;
-    constexpr int neutralGain = 5;
-    settings.sourceDb = state.gain[static_cast<std::size_t>(rowOfSource(state.source))] - neutralGain;
+    const auto row = static_cast<std::size_t>(rowOfSource(state.source));
+    settings.sourceDb = state.gain[row] - sourceGains[row].setting.defaultValue;
     settings.mainDb = dbOfVolume(state.volume[0]);
     for (const PromptChannel& row : promptChannels)
         settings.promptDb[row.prompt] = dbOfVolume(state.volume[row.channel]);
@@ -155,8 +155,8 @@ dsp::Settings dspSettings(const AudioState& state)
         dsp::CabinSpeakerSettings& cabin = settings.cabin[speaker];
         cabin.highPass = highPassOf(high, state.tables);
         cabin.lowPass = lowPassOf(low, state.tables);
-        cabin.attenuation =
-            std::min(attenuationOf(high, state.tables) + attenuationOf(low, state.tables), largestCut);
+        cabin.attenuation = std::min(attenuationOf(high, state.tables) + attenuationOf(low, state.tables),
+                                     largestAttenuation);
         cabin.delayMs = state.delayUs[speaker] * msPerUs;
     }
     settings.subwoofer = subwooferOf(state);

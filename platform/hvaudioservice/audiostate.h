@@ -2,6 +2,7 @@
 
 #include "platform/hvaudioservice/audioservicehost.h"
 
+#include "common/settingstable.h"
 #include "hvaudio/crossovers.h"
 #include "hvaudio/eqcurves.h"
 
@@ -20,7 +21,7 @@ constexpr int speakers = 5;
 int speakerOfBit(int bit);
 
 /// Channels of volumes are numbers 0 ... 5; 3 is none.
-constexpr int channels = 6;
+constexpr int channels = mem::settingOf("volume%1").count;
 
 /// A filter as it was sent: table index, attenuation in dB, index of 6, 12, 18, 24 dB/octave.
 struct Filter
@@ -31,35 +32,34 @@ struct Filter
 };
 
 // Ranges of what the pages send.
-constexpr int lastEqType = 8;
-constexpr int maximumBandValue = 10;
-constexpr int maximumBalance = 15;
-constexpr int maximumVolume = 50;
-constexpr int maximumGain = 15;
+constexpr int lastEqType = mem::settingOf("AudioService_EQType").largest;
+constexpr int maximumBandValue = mem::settingOf("eq1%1").largest;
+constexpr int maximumBalance = mem::settingOf("AudioService_Balance").largest;
+constexpr int maximumVolume = mem::settingOf("volume%1").largest;
+constexpr int maximumGain = mem::settingOf("Setup_Input_Gain_Type_Radio").largest;
+constexpr int maximumDelayUs = mem::settingOf("AudioService_DelayUs_%1").largest;
 constexpr int maximumSlope = int(std::size(crossoverSlopes)) - 1;
-constexpr int maximumDelayUs = 10000;
-/// Levels reach the service masked to seven bits; what is beyond the largest cut, in dB, sounds as that.
-constexpr int maximumLevelSent = 127;
-constexpr int largestCut = 12;
+/// Levels reach the service masked to seven bits; what is beyond largestAttenuation, in dB, sounds as that.
+constexpr int maximumLevelSent = mem::subwooferLevelBits;
 
 struct SourceGain
 {
     HVAudio_source_id_e source;
-    const char* key; ///< where the volume page keeps its gain
+    const mem::Setting& setting; ///< where the volume page keeps its gain
 };
 
 // clang-format off
 constexpr SourceGain sourceGains[] = {
-    {HVAudio_source_Radio,       "Setup_Input_Gain_Type_Radio"},
-    {HVAudio_source_Usb,         "Setup_Input_Gain_Type_USB"},
-    {HVAudio_source_BtAudio,     "Setup_Input_Gain_Type_BT_Audio"},
-    {HVAudio_source_AvIn,        "Setup_Input_Gain_Type_AUX"},
-    {HVAudio_source_Carplay,     "Setup_Input_Gain_Type_Carplay"},
-    {HVAudio_source_AndroidAuto, "Setup_Input_Gain_Type_Android_Auto"},
-    {HVAudio_source_Dab,         "Setup_Input_Gain_Type_DAB"},
+    {HVAudio_source_Radio,       mem::settingOf("Setup_Input_Gain_Type_Radio")},
+    {HVAudio_source_Usb,         mem::settingOf("Setup_Input_Gain_Type_USB")},
+    {HVAudio_source_BtAudio,     mem::settingOf("Setup_Input_Gain_Type_BT_Audio")},
+    {HVAudio_source_AvIn,        mem::settingOf("Setup_Input_Gain_Type_AUX")},
+    {HVAudio_source_Carplay,     mem::settingOf("Setup_Input_Gain_Type_Carplay")},
+    {HVAudio_source_AndroidAuto, mem::settingOf("Setup_Input_Gain_Type_Android_Auto")},
+    {HVAudio_source_Dab,         mem::settingOf("Setup_Input_Gain_Type_DAB")},
 };
 // clang-format on
-constexpr int sourceCount = sizeof(sourceGains) / sizeof(sourceGains[0]);
+constexpr int sourceCount = int(std::size(sourceGains));
 static_assert(sourceCount == 7, "one row a source of the volume page");
 /// Row of a source, -1 for an unknown one.
 int rowOfSource(int source);
@@ -67,20 +67,19 @@ int rowOfSource(int source);
 struct StartVolume
 {
     int channel;
-    const char* key;
-    int level; ///< when nothing is stored
+    const mem::Setting& setting; ///< the level at power-on
 };
 
 // clang-format off
 constexpr StartVolume startVolumes[] = {
-    {0, "Setup_Main_Volume",            25},
-    {1, "Setup_Volume_Type_BT_Ringer",  40},
-    {2, "Setup_Volume_Type_BT_Talking", 40},
-    {5, "Setup_Volume_Type_Navi",       40},
-    {4, "Setup_Volume_Type_Voice",      40},
+    {0, mem::settingOf("Setup_Main_Volume")},
+    {1, mem::settingOf("Setup_Volume_Type_BT_Ringer")},
+    {2, mem::settingOf("Setup_Volume_Type_BT_Talking")},
+    {5, mem::settingOf("Setup_Volume_Type_Navi")},
+    {4, mem::settingOf("Setup_Volume_Type_Voice")},
 };
 // clang-format on
-static_assert(sizeof(startVolumes) / sizeof(startVolumes[0]) == 5, "one row a channel");
+static_assert(std::size(startVolumes) == 5, "one row a channel");
 bool isChannel(int channel);
 
 /// What the listener has set, in the units of the service's calls.

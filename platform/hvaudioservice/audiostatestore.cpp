@@ -11,33 +11,55 @@ using Tables = AudioServiceHost::FilterTables;
 
 namespace {
 
+constexpr mem::Setting userCurveSettings[] = {mem::settingOf("eq1%1"), mem::settingOf("eq2%1")};
+constexpr mem::Setting volumeSetting = mem::settingOf("volume%1");
+constexpr mem::Setting delaySetting = mem::settingOf("AudioService_DelayUs_%1");
+static_assert(userCurveSettings[0].count == eqBandCount && delaySetting.count == speakers,
+              "one number a band, one a speaker");
+
 template <typename T>
 T stored(const QString& key, const T& defaultValue)
 {
     return mem::SettingsStore::instance()->valueOr(key, QVariant(defaultValue)).template value<T>();
 }
 
-int storedInRange(const QString& key, int defaultValue, int minimum, int maximum)
+bool storedFlag(const mem::Setting& setting)
 {
-    const int value = stored(key, defaultValue);
-    const int used = qBound(minimum, value, maximum);
-    if (used != value)
-        qWarning().noquote().nospace() << "AudioService: stored " << key << " is " << value << ", outside "
-                                       << minimum << ".." << maximum << "; " << used << " is used";
-    return used;
+    return stored(keyOf(setting), setting.defaultValue != 0);
 }
 
-QString filterKey(const char* filter, Tables tables, const QString& speaker)
+int storedNumber(const mem::Setting& setting, const QString& key)
 {
-    const QString set = tables == Tables::MainAudio ? QStringLiteral("Main") : QString();
-    return QStringLiteral("AudioService_") + set + QLatin1String(filter) + speaker;
+    return stored(key, setting.defaultValue);
+}
+
+bool isInRange(const mem::Setting& setting, int value)
+{
+    return value >= setting.smallest && value <= setting.largest;
+}
+
+/// Says that a stored number isn't used, and what is instead.
+void sayOutOfRange(const mem::Setting& setting, const QString& key, int value, const QString& instead)
+{
+    qWarning().noquote().nospace() << "AudioService: stored " << key << " is " << value << ", outside "
+                                   << setting.smallest << ".." << setting.largest << "; " << instead;
+}
+
+int storedInRange(const mem::Setting& setting, int number = 0)
+{
+    const QString key = keyOf(setting, number);
+    const int value = storedNumber(setting, key);
+    const int used = qBound(setting.smallest, value, setting.largest);
+    if (used != value)
+        sayOutOfRange(setting, key, value, QStringLiteral("%1 is used").arg(used));
+    return used;
 }
 
 /// Whether text is a filter that could have been applied; only then filter is set.
 bool parseFilter(const QString& text, int lastFrequency, Filter* filter)
 {
     const QStringList parts = text.split(QLatin1Char(';'));
-    constexpr int count = 3;
+    constexpr int count = 3; // of numbers
     const int maximum[count] = {lastFrequency, maximumLevelSent, maximumSlope};
     int values[count] = {};
     if (parts.size() != count)
@@ -82,10 +104,10 @@ public:
     /// Whether anything was read.
     bool hasRead() const { return m_read; }
 
-    void number(int& place, const QString& key, int defaultValue, int minimum, int maximum)
+    void number(int& place, const mem::Setting& setting, int number = 0)
     {
-        if (wants(key))
-            place = storedInRange(key, defaultValue, minimum, maximum);
+        if (wants(keyOf(setting, number)))
+            place = storedInRange(setting, number);
     }
 
     void filter(Filter& place, const QString& key, int lastFrequency)
@@ -99,22 +121,25 @@ private:
     bool m_read = false;
 };
 
+constexpr mem::Setting subwooferOn = mem::settingOf("subwooferOnOff");
+constexpr mem::Setting subwooferFrequency = mem::settingOf("subwooferFreq");
+constexpr mem::Setting subwooferLevel = mem::settingOf("subwooferLevel");
+static_assert(subwooferFrequency.largest == lastSubwooferFrequency, "the table ends where the lists do");
+
 /// The subwoofer as its pages show it while none of them has touched it yet.
 Filter untouchedSubwoofer()
 {
-    constexpr int levelMask = 0x7F;
     Filter filter;
-    if (stored(QStringLiteral("subwooferOnOff"), true))
-        filter.frequency = storedInRange(QStringLiteral("subwooferFreq"), 7, 0, lastSubwooferFrequency);
-    filter.attenuation = stored(QStringLiteral("subwooferLevel"), 11) & levelMask;
+    if (storedFlag(subwooferOn))
+        filter.frequency = storedInRange(subwooferFrequency);
+    filter.attenuation = storedNumber(subwooferLevel, keyOf(subwooferLevel)) & mem::subwooferLevelBits;
     return filter;
 }
 
 /// Without a filter of its own the subwoofer's is made of the pages' values.
 bool isSubwooferValue(const QString& key, Tables tables)
 {
-    return (key == QLatin1String("subwooferOnOff") || key == QLatin1String("subwooferFreq") ||
-            key == QLatin1String("subwooferLevel")) &&
+    return (key == keyOf(subwooferOn) || key == keyOf(subwooferFrequency) || key == keyOf(subwooferLevel)) &&
            !mem::SettingsStore::instance()->value(subwooferKey(tables)).isValid();
 }
 
@@ -134,35 +159,31 @@ void readFilters(AudioState& state, Reader& reader)
 
 void readButFilters(AudioState& state, Reader& reader)
 {
-    reader.number(state.eqType, QLatin1String(eqTypeKey), EQ_Type_Flat, 0, lastEqType);
-    for (int curve = 0; curve < 2; ++curve) {
+    reader.number(state.eqType, eqTypeSetting);
+    for (int curve = 0; curve < int(std::size(userCurveSettings)); ++curve) {
         for (int band = 0; band < eqBandCount; ++band)
             reader.number(state.userCurve[static_cast<std::size_t>(curve)][static_cast<std::size_t>(band)],
-                          userBandKey(curve, band), 0, -maximumBandValue, maximumBandValue);
+                          userCurveSettings[curve], band);
     }
-    if (reader.wants(QLatin1String(loudnessKey)))
-        state.loudness = stored(QLatin1String(loudnessKey), false);
-    reader.number(state.balance, QLatin1String(balanceKey), 0, -maximumBalance, maximumBalance);
-    reader.number(state.fader, QLatin1String(faderKey), 0, -maximumBalance, maximumBalance);
+    if (reader.wants(keyOf(loudnessSetting)))
+        state.loudness = storedFlag(loudnessSetting);
+    reader.number(state.balance, balanceSetting);
+    reader.number(state.fader, faderSetting);
     for (int speaker = 0; speaker < speakers; ++speaker)
-        reader.number(state.delayUs[static_cast<std::size_t>(speaker)], delayKey(speaker), 0, 0,
-                      maximumDelayUs);
-    constexpr int neutralGain = 5;
-    for (int row = 0; row < sourceCount; ++row)
-        reader.number(state.gain[static_cast<std::size_t>(row)], QLatin1String(sourceGains[row].key),
-                      neutralGain, 0, maximumGain);
+        reader.number(state.delayUs[static_cast<std::size_t>(speaker)], delaySetting, speaker);
+    for (std::size_t row = 0; row < sourceCount; ++row)
+        reader.number(state.gain[row], sourceGains[row].setting);
 }
 
 /// A channel's level for power-on.
-int startVolume(const StartVolume& row)
+int startVolume(const mem::Setting& setting)
 {
-    const QString key = QLatin1String(row.key);
-    const int level = stored(key, row.level);
-    if (level >= 0 && level <= maximumVolume)
+    const QString key = keyOf(setting);
+    const int level = storedNumber(setting, key);
+    if (isInRange(setting, level))
         return level;
-    qWarning().noquote().nospace() << "AudioService: stored " << key << " is " << level << ", outside 0.."
-                                   << maximumVolume << "; " << row.level << " is used";
-    return row.level;
+    sayOutOfRange(setting, key, level, QStringLiteral("%1 is used").arg(setting.defaultValue));
+    return setting.defaultValue;
 }
 
 /// The level that a channel has now; without one it is the level for power-on. One out of range changes
@@ -171,47 +192,57 @@ void readVolume(int& volume, const StartVolume& row)
 {
     const QString key = volumeKey(row.channel);
     if (!mem::SettingsStore::instance()->value(key).isValid()) {
-        volume = startVolume(row);
+        volume = startVolume(row.setting);
         return;
     }
     const int level = stored(key, volume);
-    if (level >= 0 && level <= maximumVolume)
+    if (isInRange(volumeSetting, level))
         volume = level;
     else
-        qWarning().noquote().nospace() << "AudioService: stored " << key << " is " << level << ", outside 0.."
-                                       << maximumVolume << "; the channel stays at " << volume;
+        sayOutOfRange(volumeSetting, key, level, QStringLiteral("the channel stays at %1").arg(volume));
 }
 
 } // namespace
 
+QString keyOf(const mem::Setting& setting, int number)
+{
+    const QString key = QLatin1String(setting.key);
+    return setting.count > 1 ? key.arg(number) : key;
+}
+
 QString userBandKey(int curve, int band)
 {
-    return QStringLiteral("eq%1%2").arg(curve + 1).arg(band);
+    return keyOf(userCurveSettings[curve], band);
 }
 
 QString volumeKey(int channel)
 {
-    return QStringLiteral("volume%1").arg(channel);
+    return keyOf(volumeSetting, channel);
 }
 
 QString delayKey(int speaker)
 {
-    return QStringLiteral("AudioService_DelayUs_%1").arg(speaker);
+    return keyOf(delaySetting, speaker);
 }
 
 QString highPassKey(Tables tables, int speaker)
 {
-    return filterKey("HPF_", tables, QString::number(speaker));
+    return keyOf(tables == Tables::MainAudio ? mem::settingOf("AudioService_MainHPF_%1")
+                                             : mem::settingOf("AudioService_HPF_%1"),
+                 speaker);
 }
 
 QString lowPassKey(Tables tables, int speaker)
 {
-    return filterKey("LPF_", tables, QString::number(speaker));
+    return keyOf(tables == Tables::MainAudio ? mem::settingOf("AudioService_MainLPF_%1")
+                                             : mem::settingOf("AudioService_LPF_%1"),
+                 speaker);
 }
 
 QString subwooferKey(Tables tables)
 {
-    return filterKey("Sub", tables, QString());
+    return keyOf(tables == Tables::MainAudio ? mem::settingOf("AudioService_MainSub")
+                                             : mem::settingOf("AudioService_Sub"));
 }
 
 QString filterText(const Filter& filter)
@@ -252,18 +283,18 @@ std::array<int, channels> storedStartVolumes()
 {
     std::array<int, channels> levels = {};
     for (const StartVolume& row : startVolumes)
-        levels[static_cast<std::size_t>(row.channel)] = startVolume(row);
+        levels[static_cast<std::size_t>(row.channel)] = startVolume(row.setting);
     return levels;
 }
 
 int storedSubwooferSlope()
 {
-    return storedInRange(QLatin1String(subwooferSlopeKey), 0, 0, maximumSlope);
+    return storedInRange(subwooferSlopeSetting);
 }
 
 bool storedSubwooferPhase()
 {
-    return stored(QLatin1String(subwooferPhaseKey), false);
+    return storedFlag(subwooferPhaseSetting);
 }
 
 } // namespace hvaudio::audiostatestore

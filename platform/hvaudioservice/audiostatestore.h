@@ -12,6 +12,8 @@
 /// level.
 namespace hvaudio::audiostatestore {
 
+/// Key of a setting, or of one of a family.
+QString keyOf(const mem::Setting& setting, int number = 0);
 QString userBandKey(int curve, int band);
 QString volumeKey(int channel);
 QString delayKey(int speaker);
@@ -19,13 +21,13 @@ QString highPassKey(AudioServiceHost::FilterTables tables, int speaker);
 QString lowPassKey(AudioServiceHost::FilterTables tables, int speaker);
 QString subwooferKey(AudioServiceHost::FilterTables tables);
 
-constexpr const char* eqTypeKey = "AudioService_EQType";
-constexpr const char* balanceKey = "AudioService_Balance";
-constexpr const char* faderKey = "AudioService_Fader";
-constexpr const char* loudnessKey = "customloudnes";
+constexpr mem::Setting eqTypeSetting = mem::settingOf("AudioService_EQType");
+constexpr mem::Setting balanceSetting = mem::settingOf("AudioService_Balance");
+constexpr mem::Setting faderSetting = mem::settingOf("AudioService_Fader");
+constexpr mem::Setting loudnessSetting = mem::settingOf("customloudnes");
 // Of the crossover page, followed whenever they change.
-constexpr const char* subwooferSlopeKey = "subwooferslope";
-constexpr const char* subwooferPhaseKey = "Audio_Phase_Troggle";
+constexpr mem::Setting subwooferSlopeSetting = mem::settingOf("subwooferslope");
+constexpr mem::Setting subwooferPhaseSetting = mem::settingOf("Audio_Phase_Troggle");
 
 /// "frequency;attenuation;slope"
 QString filterText(const Filter& filter);

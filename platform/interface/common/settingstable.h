@@ -70,6 +70,15 @@ constexpr Setting settings[] = {
     detail::flag  ("customloudnes",                          false,          detail::service), // read by the pages
     detail::number("AudioService_Balance",               1,  0,  -15, 15,    detail::service),
     detail::number("AudioService_Fader",                 1,  0,  -15, 15,    detail::service),
+    // What the service was sent last: filters "frequency;attenuation;slope", of both pages' lists, and delays in
+    // microseconds. Without a filter of its own the subwoofer's is made of the pages' values below.
+    detail::text  ("AudioService_HPF_%1",                4,  "0;0;0",        detail::service),
+    detail::text  ("AudioService_LPF_%1",                4,  "0;0;0",        detail::service),
+    detail::text  ("AudioService_Sub",                   1,  "",             detail::service),
+    detail::text  ("AudioService_MainHPF_%1",            4,  "0;0;0",        detail::service),
+    detail::text  ("AudioService_MainLPF_%1",            4,  "0;0;0",        detail::service),
+    detail::text  ("AudioService_MainSub",               1,  "",             detail::service),
+    detail::number("AudioService_DelayUs_%1",            5,  0,  0,   10000, detail::service),
     // Subwoofer, shared by three pages.
     detail::flag  ("subwooferOnOff",                         true,           detail::pages),
     detail::number("subwooferLevel",                     1,  11, 0,   255,   detail::pages),
@@ -119,7 +128,7 @@ constexpr Setting settings[] = {
     detail::text  ("Headunit_Source_DAB",                1,  "",             detail::shell),
 };
 // clang-format on
-static_assert(std::size(settings) == 48, "one row a key or family of keys");
+static_assert(std::size(settings) == 55, "one row a key or family of keys");
 
 /// The row of that key. Meant for constants: a key that is in no row doesn't compile there.
 constexpr const Setting& settingOf(std::string_view key)

@@ -1,4 +1,5 @@
 #include "common/settings.h"
+#include "common/settingstable.h"
 #include "hvaudio/eqcurves.h"
 #include "tests/platform/hvaudioservice/servicefixture.h"
 
@@ -11,6 +12,7 @@ class TestAudioStateStore : public ServiceFixture
     Q_OBJECT
 private slots:
     void everythingIsRestoredAfterARestart();
+    void everyKeptKeyStandsInTheTable();
     void storedValuesOutOfRangeAreLoggedAndBrought_data();
     void storedValuesOutOfRangeAreLoggedAndBrought();
     void restoringWritesNothingButVolumes();
@@ -81,6 +83,40 @@ void TestAudioStateStore::everythingIsRestoredAfterARestart()
     service()->setEQType(EQ_Type_User1, false);
     for (int band = 0; band < 13; ++band)
         QCOMPARE(service()->getCustomEq(band), band - 6);
+}
+
+void TestAudioStateStore::everyKeptKeyStandsInTheTable()
+{
+    QMap<QString, QVariant::Type> table;
+    for (const mem::Setting& row : mem::settings) {
+        constexpr QVariant::Type types[] = {QVariant::Bool, QVariant::Int, QVariant::String};
+        for (int i = 0; i < row.count && row.owner == mem::SettingOwner::AudioService; ++i)
+            table.insert(row.count > 1 ? QString(row.key).arg(i) : row.key, types[int(row.type)]);
+    }
+    AudioService* const s = service();
+    for (const auto tables :
+         {AudioServiceHost::FilterTables::SpeakerGroups, AudioServiceHost::FilterTables::MainAudio}) {
+        AudioServiceHost::setFilterTables(tables);
+        for (int speaker = 0; speaker < 4; ++speaker) {
+            s->setHPFFilter(1, 1, 1 << speaker, 1);
+            s->setLPFFilter(1, 1, 1 << speaker, 1);
+            s->setSurroundDelay(1 << speaker, 1);
+        }
+        s->setSubFilter(1, 1, 1);
+    }
+    s->setSurroundDelay(32, 1);
+    s->setEQType(EQ_Type_Rock, true);
+    for (int band = 0; band < 13; ++band) {
+        s->setCustomEq1(1, band, true);
+        s->setCustomEq2(1, band, true);
+    }
+    s->setCustomLoudness(true, true);
+    s->setBalanceFader(1, 1, true);
+    const QMap<QString, QVariant> kept = store()->values();
+    for (auto it = kept.cbegin(); it != kept.cend(); ++it)
+        QVERIFY2(table.value(it.key()) == it.value().type(), qPrintable(it.key()));
+    // All but the channel that is none.
+    QCOMPARE(kept.size(), table.size() - 1);
 }
 
 void TestAudioStateStore::storedValuesOutOfRangeAreLoggedAndBrought_data()
