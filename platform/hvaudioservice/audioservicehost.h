@@ -15,14 +15,15 @@ struct Settings;
 class HVAUDIOSERVICE_EXPORT AudioServiceHost
 {
 public:
-    /// Which frequency tables the filter indexes mean.
+    /// Which lists of frequencies the filter indexes count, see crossovers.h.
     enum class FilterTables {
-        SpeakerGroups, ///< off, 30 ... 250 Hz, as the hub's crossover page counts
-        MainAudio,     ///< the stand-alone crossover page's texts
+        SpeakerGroups, ///< groupCrossoverHz, as the hub's crossover page counts
+        MainAudio,     ///< mainHighPass, mainLowPass and mainSubwoofer, as the stand-alone page counts
     };
 
-    /// Takes everything that the listener has asked for, whenever something changes, and when it is
-    /// installed while there is a service.
+    /// Takes everything that the listener has asked for, every value in its range, whenever something changes
+    /// and when it is installed while there is a service. Called on the GUI thread, inside the call that
+    /// changes something, and before that is written to the disk; it must not call the service.
     using Sink = std::function<void(const dsp::Settings& settings)>;
     /// Sounds one key beep.
     using Beeper = std::function<void()>;
@@ -30,9 +31,11 @@ public:
     /// Restores the state from the settings store and sets each channel to its stored start-up volume. Called
     /// once the store is open; again for a power cycle.
     static void powerOn();
-    /// Keeps what has to be kept and falls silent.
+    /// Falls silent, then commits what isn't on the disk yet. The service stays and takes calls; volumes that
+    /// change meanwhile are heard from the next powerOn() on at the earliest.
     static void powerOff();
-    /// Deletes the service; the next instance() makes a new one. Sink and beeper stay.
+    /// Deletes the service, with what it has kept committed; the next instance() makes a new one, which reads
+    /// the store anew. Sink and beeper stay. Harmless when there is none.
     static void shutdown();
 
     /// The filters last applied under one set of tables are kept apart from those of the other, so choosing a
@@ -46,7 +49,8 @@ public:
     /// The sound below the service. None (the default, or an empty function) is a silent unit that works
     /// otherwise.
     static void setSink(Sink sink);
-    /// Called for AudioService::doBeep and McuManager::triggerBeep alike.
+    /// Called for AudioService::doBeep and McuManager::triggerBeep alike, on the GUI thread; an empty
+    /// function takes it away.
     static void setBeeper(Beeper beeper);
 };
 

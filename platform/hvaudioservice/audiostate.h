@@ -61,7 +61,7 @@ constexpr SourceGain sourceGains[] = {
 // clang-format on
 constexpr int sourceCount = int(std::size(sourceGains));
 static_assert(sourceCount == 7, "one row a source of the volume page");
-/// Row of a source, -1 for an unknown one.
+/// Row of a source in sourceGains, -1 for an unknown one.
 int rowOfSource(int source);
 
 struct StartVolume
@@ -80,6 +80,7 @@ constexpr StartVolume startVolumes[] = {
 };
 // clang-format on
 static_assert(std::size(startVolumes) == 5, "one row a channel");
+/// Whether a volume has this number.
 bool isChannel(int channel);
 
 /// What the listener has set, in the units of the service's calls.
@@ -114,10 +115,11 @@ int lastCabinFrequency(AudioServiceHost::FilterTables tables);
 /// The same of the subwoofer's; both lists count alike.
 constexpr int lastSubwooferFrequency = int(std::size(mainSubwoofer)) - 1;
 
-/// Volume 0..50 in dB: 0 is silence, 50 is 0 dB, and each step is 1.2 dB, which is even to the ear.
+/// Volume 0..50 in dB: 0 is silence (dsp::silentDb), 50 is 0 dB, and each step is 1.2 dB, which is even to
+/// the ear.
 double dbOfVolume(int level);
 
-/// The state in the sound processor's terms: Hz, orders, dB, ms.
+/// The state in the sound processor's terms: Hz, orders, dB, ms. Every value of `state` must be in its range.
 dsp::Settings dspSettings(const AudioState& state);
 
 } // namespace hvaudio

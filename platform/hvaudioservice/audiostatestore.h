@@ -14,6 +14,7 @@ namespace hvaudio::audiostatestore {
 
 /// Key of a setting, or of one of a family.
 QString keyOf(const mem::Setting& setting, int number = 0);
+// Keys of families; their numbers must be in range.
 QString userBandKey(int curve, int band);
 QString volumeKey(int channel);
 QString delayKey(int speaker);
@@ -44,6 +45,7 @@ bool restoreKey(AudioState& state, const QString& key);
 std::array<int, channels> storedStartVolumes();
 /// Slope index 0..3 that a subwoofer filter without one of its own has.
 int storedSubwooferSlope();
+/// True: turned by 180 degrees.
 bool storedSubwooferPhase();
 
 } // namespace hvaudio::audiostatestore

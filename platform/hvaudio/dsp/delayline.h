@@ -11,7 +11,7 @@ namespace hvaudio::dsp {
 class DelayLine
 {
 public:
-    /// [OFF] Longest tap in frames; the rate gives the fade's length.
+    /// [OFF] Longest tap in frames; the rate, in Hz, gives the fade's length.
     void prepare(double rate, int longestTap);
     void clear() noexcept;
     /// Wanted tap; `jump` without fade.

@@ -5,8 +5,9 @@
 #include <array>
 #include <complex>
 
-/// Coefficient design: pure functions in double. What is applied to samples in single precision is rounded
-/// from these at the very end (`coefficientsOf`).
+/// Coefficient design: pure functions in double. Frequencies and rates (of samples) are in Hz; a frequency is
+/// brought into 1 Hz .. 0.49 rate, quality factors and rates must be above 0, and everything must be finite.
+/// What is applied to samples in single precision is rounded from these at the very end (`coefficientsOf`).
 namespace hvaudio::dsp {
 
 /// One second-order section as its analogue prototype: (hp s^2 + bp s + lp) / (s^2 + k s + 1), with s counted
@@ -29,7 +30,7 @@ Coefficients coefficientsOf(const Section& section);
 std::complex<double> responseOf(const Section& section, double hz, double rate);
 std::complex<double> responseOf(const Coefficients& coefficients, double hz, double rate);
 
-/// tan(pi hz / rate), with hz brought into 1 Hz .. 0.49 rate.
+/// tan(pi hz / rate).
 double prewarp(double hz, double rate);
 
 /// Peaking section of R. Bristow-Johnson's "Cookbook formulae for audio EQ biquad filter coefficients".
@@ -37,7 +38,8 @@ Section peaking(double hz, double q, double gainDb, double rate);
 /// High shelf of the same source; 0 dB at 0 Hz, `gainDb` at the top, half of it (in dB) at hz.
 Section highShelf(double hz, double q, double gainDb, double rate);
 
-/// A Butterworth filter of order 1 to 4 as two sections; the second passes everything for orders 1 and 2.
+/// A Butterworth filter of order 1 to 4 (others count as the nearest) as two sections; the second passes
+/// everything for orders 1 and 2.
 using TwoSections = std::array<Section, 2>;
 TwoSections butterworthHighPass(double hz, int order, double rate);
 TwoSections butterworthLowPass(double hz, int order, double rate);
@@ -65,6 +67,7 @@ struct DelayParts
     int tap;
     double allPass;
 };
+/// frames: any finite number; one below 0 counts as 0.
 DelayParts splitDelay(double frames);
 
 } // namespace hvaudio::dsp

@@ -35,7 +35,7 @@ public:
     /// [OFF] Allocates everything and forgets all sound. Rate in Hz, 8000..192000; false (and nothing
     /// changed) for others. Before the first call the engine gives silence.
     bool prepare(double rate);
-    /// [ANY] The rate of the last `prepare`, 0 before.
+    /// [ANY] The rate of the last `prepare` in Hz, 0 before.
     double rate() const noexcept;
     /// [ANY] Frames from an input sample to the same sample at a speaker whose delay is 0.
     int latencyFrames() const noexcept;
@@ -45,10 +45,11 @@ public:
     void set(const Settings& settings);
     /// [CT] The wanted settings, clamped.
     Settings settings() const;
-    /// [CT] The wanted settings as gains and coefficients.
+    /// [CT] The wanted settings as gains and coefficients; of nothing before `prepare` and `set`.
     Snapshot snapshot() const;
-    /// [CT] Transfer function from the input that belongs to the speaker (the subwoofer: both at once) to it,
-    /// from the wanted coefficients, volumes and delays included, the limiter and `latencyFrames` left out.
+    /// [CT] Transfer function at `hz` (above 0, below half the rate) from the input that belongs to the
+    /// speaker (the subwoofer: both at once) to it, from the wanted coefficients, volumes and delays
+    /// included, the limiter and `latencyFrames` left out.
     std::complex<double> response(Speaker speaker, double hz) const;
     /// [CT] Sounds the key beep; lock-free. Beeps that come while one sounds start it anew.
     void beep() noexcept;
@@ -73,7 +74,7 @@ public:
     /// [OFF] Which instructions do the work; by default the fastest that this processor has. A path that it
     /// doesn't have is refused with false.
     bool setPath(Path path);
-    /// [ANY]
+    /// [ANY] The instructions that do the work.
     Path path() const noexcept;
 
 private:

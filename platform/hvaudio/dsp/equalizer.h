@@ -10,7 +10,7 @@ namespace hvaudio::dsp {
 class EqualizerDesign
 {
 public:
-    /// Works out bandwidths for this rate (Hz).
+    /// Works out bandwidths for this rate of samples, in Hz, 8000 and above.
     explicit EqualizerDesign(double rate);
 
     /// Wanted dB at the centres to sections. Any finite wish within +-20 dB is met within 0.05 dB.
@@ -18,9 +18,10 @@ public:
     /// The section gains in dB behind `solve`; `steps`, if given, gets the number of Newton steps.
     std::array<double, bandCount> solveGains(const std::array<double, bandCount>& wantedDb,
                                              int* steps = nullptr) const;
-    /// dB of the cascade at centre `band` when the sections have these gains.
+    /// dB of the cascade at centre `band` (0..12) when the sections have these gains.
     double chainDb(const std::array<double, bandCount>& gainDb, int band) const;
 
+    /// Quality factor of a band 0..12.
     double q(int band) const { return q_[band]; }
     /// Bands that this rate carries: the first so many.
     int usedBands() const { return used_; }

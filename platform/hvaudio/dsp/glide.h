@@ -15,7 +15,8 @@ constexpr int gridFrames = 16;
 struct GlideLaw
 {
     GlideLaw() = default;
-    /// Time constant of each smoother in ms; the movement ends after 16 of them, 115 dB down.
+    /// Time constant of each smoother in ms, at a rate of samples in Hz; the movement ends after 16 of them,
+    /// 115 dB down.
     GlideLaw(double rate, double ms)
         : share(float(1 - std::exp(-gridFrames / (rate * ms / 1000))))
         , points(int(std::ceil(16 * rate * ms / 1000 / gridFrames)))

@@ -23,7 +23,7 @@ public:
     /// Just below -0.1 dBFS, which is 0.98855309.
     static constexpr float ceiling = 0.988553f;
 
-    /// [OFF]
+    /// [OFF] Rate of samples in Hz.
     void prepare(double rate);
     void clear() noexcept;
     int latencyFrames() const noexcept { return 2 * mean_ * gridFrames; }

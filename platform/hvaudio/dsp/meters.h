@@ -4,7 +4,7 @@
 
 namespace hvaudio::dsp {
 
-/// What the listener could have heard since the last `takeMeters`.
+/// What the listener could have heard since the last `Engine::takeMeters`.
 struct Meters
 {
     std::array<float, speakerCount> peak = {}; ///< largest output sample, 0..1

@@ -4,8 +4,8 @@
 #include "platform/hvaudio/dsp/samples.h"
 #include "platform/hvaudio/dsp/settings.h"
 
-/// The small players around the filters. All are [RT] but for `prepare`, which is [OFF]; `advanceGrid` runs
-/// once at each grid point.
+/// The small players around the filters. All are [RT] but for `prepare`, which is [OFF] and takes the rate of
+/// samples in Hz; `advanceGrid` runs once at each grid point. Factors are linear.
 namespace hvaudio::dsp {
 
 /// Fades the programme out before another source may sound, and in afterwards.

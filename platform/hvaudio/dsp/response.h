@@ -9,7 +9,8 @@ namespace hvaudio::dsp {
 
 /// Transfer function from the programme input that belongs to the speaker (the subwoofer: both inputs at
 /// once) to it, computed from the snapshot's own coefficients; without the limiter and without the latency
-/// that all speakers share.
+/// that all speakers share. hz: above 0 and below half the rate; rate in Hz, the one that the snapshot was
+/// made for.
 HVAUDIO_EXPORT std::complex<double> responseOf(const Snapshot& snapshot, Speaker speaker, double hz,
                                                double rate);
 

@@ -28,7 +28,7 @@ struct ExactSections
     TwoSections highPass[cabinSpeakerCount], lowPass[cabinSpeakerCount], subwoofer;
     double bus, speakerGain[speakerCount], delayFrames[speakerCount];
 };
-/// `settings` must be in range (`clampToRange`); `equalizer` is the design for `rate`.
+/// `settings` must be in range (`clampToRange`); `equalizer` is the design for `rate`, in Hz.
 ExactSections makeSections(const Settings& settings, const EqualizerDesign& equalizer, double rate);
 
 /// Settings to the audio thread's view of them; same conditions.

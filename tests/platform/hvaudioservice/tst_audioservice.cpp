@@ -65,12 +65,14 @@ void TestAudioService::acceptedCallsReachTheSound_data()
     row("balance and fader",     [](AudioService* s) { s->setBalanceFader(-15, 15, true); },      [](S h) { return h.balance == -1 && h.fader == 1; });
     row("front left high-pass",  [](AudioService* s) { s->setHPFFilter(4, 6, 1, 2); },            [](S h) { return h.cabin[0].highPass.hz == 80 && h.cabin[0].highPass.order == 3 && h.cabin[0].attenuation == 6; });
     row("rear right with the rear mark", [](AudioService* s) { s->setHPFFilter(8 | 0x80, 12, 8, 3); }, [](S h) { return h.cabin[3].highPass.hz == 250 && h.cabin[3].highPass.order == 4 && h.cabin[3].attenuation == 12; });
+    row("front left with the rear mark", [](AudioService* s) { s->setHPFFilter(3 | 0x80, 1, 1, 0); }, [](S h) { return h.cabin[0].highPass.hz == 60 && h.cabin[0].attenuation == 1; });
     row("a high-pass that is off cuts nothing", [](AudioService* s) { s->setHPFFilter(0, 12, 2, 0); }, [](S h) { return h.cabin[1].highPass.hz == 0 && h.cabin[1].attenuation == 0; });
     row("rear left low-pass",    [](AudioService* s) { s->setLPFFilter(2, 3, 4, 1); },            [](S h) { return h.cabin[2].lowPass.hz == 40 && h.cabin[2].lowPass.order == 2 && h.cabin[2].attenuation == 3; });
     row("subwoofer",             [](AudioService* s) { s->setSubFilter(9, 12, 3); },              [](S h) { return hears(h, 250) && h.subwoofer.attenuation == 12 && h.subwoofer.lowPass.order == 4; });
     row("subwoofer silent",      [](AudioService* s) { s->setSubFilter(0, 4, 0); },               [](S h) { return h.subwoofer.silent; });
     row("delay of a speaker",    [](AudioService* s) { s->setSurroundDelay(2, 1.5F); },           [](S h) { return h.cabin[1].delayMs == 1.5; });
     row("a tenth stays a tenth", [](AudioService* s) { s->setSurroundDelay(32, 1 * 0.1F); },      [](S h) { return h.subwoofer.delayMs == 0.1; });
+    row("a delay is whole microseconds", [](AudioService* s) { s->setSurroundDelay(1, 1.23456F); }, [](S h) { return h.cabin[0].delayMs == 1.235; });
     row("largest delay",         [](AudioService* s) { s->setSurroundDelay(8, 100 * 0.1F); },     [](S h) { return h.cabin[3].delayMs == 10.0; });
     row("main volume",           [](AudioService* s) { s->setVolumeLevel(50, 0); },               [](S h) { return h.mainDb == dbOf(50); });
     row("ring volume",           [](AudioService* s) { s->setVolumeLevel(1, 1); },                [](S h) { return h.promptDb[hvaudio::dsp::Ring] == dbOf(1); });
