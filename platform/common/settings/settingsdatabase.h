@@ -1,29 +1,20 @@
 #pragma once
 
+#include "platform/common/settings/settingsconnection.h"
 #include "platform/common/settings/settingsfile.h"
 
-#include <QMap>
 #include <QString>
-#include <QVariant>
-
-struct sqlite3;
 
 namespace mem {
 
-using SettingsMap = QMap<QString, QVariant>;
-
-/// The settings on SQLite: one table, opened once, read once, written in whole transactions.
-///
-/// Write-ahead log with exclusive locking and synchronous=EXTRA: a commit appends to one file and syncs it
-/// once, where a rollback journal syncs three times and wears the flash accordingly; exclusive locking keeps
-/// a second process out for our whole life and needs no shared-memory file. The log survives a power cut at
-/// any byte.
+/// The settings on the disk: the file that is ours, the connection to it, what is rescued when it is damaged,
+/// and the last good copy beside it.
 class SettingsDatabase
 {
 public:
     enum class Opened {
         Yes,        ///< values() is what the file holds
-        Busy,       ///< another process holds the file
+        Busy,       ///< another unit holds the file
         Unwritable, ///< values() is what could be read
     };
 
@@ -32,35 +23,32 @@ public:
     SettingsDatabase(const SettingsDatabase&) = delete;
     SettingsDatabase& operator=(const SettingsDatabase&) = delete;
 
-    /// What the file at path holds, without changing or holding it: SQLite can't read a write-ahead log
-    /// without writing beside it, so it gets a copy to work on. False with a reason when the file can't be
-    /// read.
-    static bool read(const QString& path, SettingsMap* values, QString* reason);
-
-    /// message: one sentence for the user, empty when there is nothing to say.
+    /// message: sentences for the user, empty when there is nothing to say.
     Opened open(const QString& path, QString* message);
     void close();
-    bool isOpen() const { return m_connection != nullptr; }
+    bool isOpen() const { return m_connection.isOpen(); }
 
     /// What the file held when it was opened. A row that isn't what its type says comes as long long, double
     /// or QByteArray, which are no types of settings.
     const SettingsMap& values() const { return m_values; }
-    /// One durable transaction: every row goes first when wipe is set, then each change is written; an
-    /// invalid variant deletes its row. False with a reason when nothing was written.
-    bool write(const SettingsMap& changes, bool wipe, QString* reason);
+    /// One durable transaction, see writeRows(); a real one also without changes. False when nothing was
+    /// written. Wiping takes the last good copy away first.
+    bool write(const SettingsMap& changes, bool wipe);
+    /// Why the last transaction wasn't written, empty when it was.
+    QString problem() const { return m_connection.problem(); }
+    /// Replaces the last good copy, whole or not at all, where it is another one than what is in the file.
+    /// Does nothing after a start that found the file damaged: what was rescued isn't as good. False with a
+    /// reason when it couldn't be written.
+    bool keepGoodCopy(QString* reason);
 
 private:
-    enum class State { Good, Busy, Damaged, Failed };
-
-    State connectTo(const QString& path, QString* reason);
-    State prepare(QString* reason);
-    State load(QString* reason);
-    State stateOf(int code, QString* reason) const;
-    void disconnectFrom();
+    SettingsConnection::State connectToHeldFile(QString* reason);
+    bool repair(const QString& damage, QString* message);
 
     SettingsFile m_file;
-    sqlite3* m_connection = nullptr;
+    SettingsConnection m_connection;
     SettingsMap m_values;
+    bool m_wasDamaged = false;
 };
 
 } // namespace mem

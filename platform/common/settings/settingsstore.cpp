@@ -1,6 +1,7 @@
 #include "platform/common/settings/settingsstore.h"
 
 #include "platform/common/settings/settingsdatabase.h"
+#include "platform/common/settings/settingsreader.h"
 
 #include <QCoreApplication>
 #include <QDebug>
@@ -16,22 +17,12 @@ namespace {
 // A write without the commit flag is promised to be durable within 2 s; the rest is for a busy event loop.
 constexpr int delayMs = 1000;
 
-bool isSettingType(const QVariant& value)
-{
-    switch (static_cast<QMetaType::Type>(value.type())) {
-    case QMetaType::Int:
-    case QMetaType::Bool:
-    case QMetaType::QString:
-        return true;
-    default:
-        return false;
-    }
-}
+// Late enough to be in nobody's way while the unit starts.
+constexpr int goodCopyAfterMs = 5000;
 
-/// Type and value: QVariant's own comparison finds 1 and true, or 1 and "1", equal.
-bool same(const QVariant& a, const QVariant& b)
+QString closedProblem()
 {
-    return a.userType() == b.userType() && a == b;
+    return QStringLiteral("No settings file is open; the unit works from memory until power-off.");
 }
 
 } // namespace
@@ -44,11 +35,25 @@ public:
     SettingsDatabase database;
     SettingsMap pending; ///< differs from what the file holds; invalid: to be deleted
     bool wipePending = false;
-    bool failing = false; ///< the last commit failed and was logged
+    /// Why nothing is kept, as it was last told; empty while all is.
+    QString problem = closedProblem();
+    bool failing = false; ///< the last write failed, and that was said
     QSet<QString> complained;
     QTimer delay;
+    QTimer goodCopy;
 
-    bool hasPending() const { return wipePending || !pending.isEmpty(); }
+    /// Something waits for the next commit, be it that a write that failed is tried again.
+    bool hasPending() const { return wipePending || !pending.isEmpty() || failing; }
+
+    QString lastWriteProblem() const
+    {
+        const QString reason = database.problem();
+        return reason.isEmpty()
+                   ? QString()
+                   : QStringLiteral(
+                         "Settings couldn't be written to %1 (%2); they stay in memory and are tried again.")
+                         .arg(path, reason);
+    }
 
     void note(const QString& key, const QVariant& value)
     {
@@ -70,6 +75,9 @@ SettingsStore::SettingsStore()
     d->delay.setSingleShot(true);
     d->delay.setInterval(delayMs);
     connect(&d->delay, &QTimer::timeout, this, [this] { commit(); });
+    d->goodCopy.setSingleShot(true);
+    d->goodCopy.setInterval(goodCopyAfterMs);
+    connect(&d->goodCopy, &QTimer::timeout, this, [this] { keepGoodCopy(); });
 }
 
 SettingsStore::~SettingsStore()
@@ -96,15 +104,27 @@ SettingsStore::Opened SettingsStore::open(const QString& path, QString* message)
     d->path = path.isEmpty() ? defaultPath() : path;
     QString text;
     const SettingsDatabase::Opened opened = d->database.open(d->path, &text);
-    if (!text.isEmpty())
-        qWarning().noquote() << text;
+    QString problem = text;
+    if (opened == SettingsDatabase::Opened::Yes) {
+        problem = d->lastWriteProblem();
+        d->failing = !problem.isEmpty();
+        if (d->failing)
+            text = text.isEmpty() ? problem : text + QLatin1Char(' ') + problem;
+    }
     if (message)
         *message = text;
-    if (opened == SettingsDatabase::Opened::Busy)
-        return Opened::Refused;
-
-    replaceValues(d->database.values());
-    return opened == SettingsDatabase::Opened::Yes ? Opened::Durable : Opened::Memory;
+    else if (!text.isEmpty())
+        qWarning().noquote() << text;
+    if (opened != SettingsDatabase::Opened::Busy)
+        replaceValues(d->database.values());
+    setProblem(problem);
+    if (opened != SettingsDatabase::Opened::Yes)
+        return opened == SettingsDatabase::Opened::Busy ? Opened::Refused : Opened::Memory;
+    if (d->failing)
+        d->commitSoon();
+    if (QCoreApplication::instance())
+        d->goodCopy.start();
+    return Opened::Durable;
 }
 
 bool SettingsStore::openReadOnly(const QString& path, QString* reason)
@@ -112,7 +132,7 @@ bool SettingsStore::openReadOnly(const QString& path, QString* reason)
     const QString file = path.isEmpty() ? defaultPath() : path;
     const bool factorySettings = path.isEmpty() && !QFileInfo::exists(file);
     SettingsMap values;
-    if (!factorySettings && !SettingsDatabase::read(file, &values, reason))
+    if (!factorySettings && !readSettings(file, &values, reason))
         return false;
     close();
     d->path = file;
@@ -130,7 +150,7 @@ void SettingsStore::replaceValues(const QMap<QString, QVariant>& after)
             emit valueChanged(old.key(), QVariant());
     }
     for (auto now = after.begin(); now != after.end(); ++now) {
-        if (!same(before.value(now.key()), now.value()))
+        if (!sameSetting(before.value(now.key()), now.value()))
             emit valueChanged(now.key(), now.value());
     }
 }
@@ -141,31 +161,54 @@ void SettingsStore::close()
         return;
     commit();
     d->delay.stop();
+    d->goodCopy.stop();
     d->database.close();
     d->pending.clear();
     d->wipePending = false;
     d->failing = false;
+    setProblem(closedProblem());
 }
 
 bool SettingsStore::commit()
 {
     d->delay.stop();
-    if (!d->database.isOpen() || !d->hasPending())
+    if (!d->database.isOpen())
+        return false;
+    if (!d->hasPending())
         return true;
-    QString reason;
-    if (d->database.write(d->pending, d->wipePending, &reason)) {
-        if (d->failing)
-            qInfo().noquote() << "Settings are kept again in" << d->path;
+    const bool written = d->database.write(d->pending, d->wipePending);
+    if (written) {
         d->pending.clear();
         d->wipePending = false;
-        d->failing = false;
-        return true;
     }
-    if (!d->failing)
-        qCritical().noquote() << "Settings couldn't be written to" << d->path << '(' + reason + ");"
-                              << "they stay in memory and are tried again";
-    d->failing = true;
+    const QString problem = d->lastWriteProblem();
+    if (written && d->failing)
+        qInfo().noquote() << "Settings are kept again in" << d->path;
+    else if (!written && !d->failing)
+        qCritical().noquote() << problem;
+    d->failing = !written;
+    setProblem(problem);
     d->commitSoon();
+    return written;
+}
+
+void SettingsStore::setProblem(const QString& problem)
+{
+    const bool wasDurable = isDurable();
+    d->problem = problem;
+    if (isDurable() != wasDurable)
+        emit durableChanged(isDurable());
+}
+
+bool SettingsStore::keepGoodCopy()
+{
+    d->goodCopy.stop();
+    QString reason;
+    if (!d->database.isOpen() || !commit())
+        return false;
+    if (d->database.keepGoodCopy(&reason))
+        return true;
+    qWarning().noquote() << "The last good copy of" << d->path << "couldn't be written:" << reason;
     return false;
 }
 
@@ -188,7 +231,12 @@ QString SettingsStore::path() const
 
 bool SettingsStore::isDurable() const
 {
-    return d->database.isOpen();
+    return d->problem.isEmpty();
+}
+
+QString SettingsStore::problem() const
+{
+    return d->problem;
 }
 
 QMap<QString, QVariant> SettingsStore::values() const
@@ -222,7 +270,7 @@ bool SettingsStore::setValue(const QString& key, const QVariant& value, bool com
         qWarning() << "Setting" << key << "refused: it can't hold" << value.typeName();
         return false;
     }
-    const bool changed = !same(d->values.value(key), value);
+    const bool changed = !sameSetting(d->values.value(key), value);
     if (changed) {
         d->values.insert(key, value);
         d->note(key, value);

@@ -19,9 +19,10 @@ class COMMON_EXPORT SettingsStore : public QObject
     Q_OBJECT
 public:
     enum class Opened {
-        Durable, ///< the file is ours; writes reach it
-        Memory,  ///< nothing can be written there; one log line was given; everything works until power-off
-        Refused, ///< another process holds the file; nothing was touched
+        Durable, ///< the file is ours; writes reach it, at once or, see isDurable(), when what hinders them
+                 ///< ends
+        Memory,  ///< nothing can be written there; everything works until power-off
+        Refused, ///< another unit holds the file; nothing was touched
     };
 
     /// Never null; stays the library's.
@@ -29,11 +30,12 @@ public:
 
     /// $XDG_DATA_HOME/audiosetting/settings.db
     static QString defaultPath();
-    /// Opens the file at path (empty: defaultPath()), mode 0600, making its folder, and takes over its
-    /// values. A damaged file is moved aside as "<name>.damaged-<date>" and the store starts empty. A file
-    /// that can be read and not written is read. When another process holds the file, waits for it for a
-    /// second and a half, then refuses and keeps the values as they were. message: what to tell the user, for
-    /// every outcome but a plain Durable; empty for that one.
+    /// Opens the file at path (empty: defaultPath()), mode 0600, making its folder, writes to it once and
+    /// takes over its values. A damaged file is moved aside, with its log, as "<name>.damaged-<date>"; the
+    /// store starts on what can be read of it, for other keys on the last good copy. A file that can be read
+    /// and not written is read. When another unit holds the file, waits for it for a second and a half, then
+    /// refuses and keeps the values as they were. message: what to tell the user, empty for a Durable without
+    /// anything to say; without one (null) it is logged.
     Opened open(const QString& path, QString* message = nullptr);
     /// Takes over the values of the file at path without changing or holding it, so that a unit that is
     /// running on it isn't disturbed; writes then stay in memory. An empty path means defaultPath(), and the
@@ -42,16 +44,25 @@ public:
     bool openReadOnly(const QString& path, QString* reason);
     /// Commits what is pending and lets the file go. The values stay readable.
     void close();
-    /// Makes every write so far durable. Returns false when that failed (logged; the values stay in memory
-    /// and are tried again).
+    /// Makes every write so far durable. False when that failed: the first time is logged, the values stay in
+    /// memory, and the write is tried again each second; isDurable() and problem() tell. False without a
+    /// file, too. Until the write that is tried again gets through, later ones wait with it.
     bool commit();
-    /// Forgets all values, in memory and in the file: factory settings.
+    /// Forgets all values, in memory, in the file and in the last good copy: factory settings. As durable as
+    /// a commit().
     void clear();
+    /// Commits, and writes the last good copy ("<name>.good") where the file was sound when it was opened and
+    /// held other values than the copy does. Happens by itself 5 s after opening. False when there is no file
+    /// or the copy couldn't be written (logged).
+    bool keepGoodCopy();
 
     /// The file of the last opening, empty before the first.
     QString path() const;
-    /// A file is open for writing.
+    /// A file is open, and the last write to it reached the disk: what is committed will be there after
+    /// power-off.
     bool isDurable() const;
+    /// Why isDurable() is false, a sentence in English; empty while it is true.
+    QString problem() const;
     /// All of them, also those of which value() says that they are of no setting's type.
     QMap<QString, QVariant> values() const;
     /// Invalid when the key is absent. What the file held under the key and is not an int, bool or text as it
@@ -77,10 +88,13 @@ signals:
     void written(const QString& key);
     /// After each edit() that wasn't refused, and after what valueChanged() says of it.
     void edited(const QString& key);
+    /// isDurable() has changed.
+    void durableChanged(bool durable);
 
 private:
     SettingsStore();
     ~SettingsStore() override;
+    void setProblem(const QString& problem);
     void replaceValues(const QMap<QString, QVariant>& after);
     SettingsStorePrivate* d;
     Q_DISABLE_COPY(SettingsStore)

@@ -263,5 +263,10 @@
         <extracomment>Equalizer curve drawn by the user; upper-cased on its tile, 217 px at 32 pt bold</extracomment>
         <translation>自定义 2</translation>
     </message>
+    <message id="txt_1260">
+        <source>Settings won't be kept</source>
+        <extracomment>Mark of the status bar and line of the inspector: a change made now is gone at power-off</extracomment>
+        <translation>设置不会被保留</translation>
+    </message>
 </context>
 </TS>

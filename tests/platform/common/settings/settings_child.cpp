@@ -3,15 +3,18 @@
 //   leave KEY NUMBER        writes without commit and ends in order
 //   hold                    opens, says "held" and runs on
 //   hold-until-line         opens, says "held", ends when a line comes in
-// The first line it says is how opening went: durable, memory or refused.
+//   sql STATEMENTS          is a foreign tool: runs them on the file, says "held" and runs on
+// The first line of a unit is how opening went: durable, memory or refused.
 
 #include "common/settings.h"
 #include "platform/common/settings/settingsstore.h"
 
 #include <QCoreApplication>
+#include <QFile>
 
 #include <cstdio>
 #include <iostream>
+#include <sqlite3.h>
 #include <string>
 
 namespace {
@@ -28,6 +31,15 @@ int main(int argc, char** argv)
 {
     QCoreApplication application(argc, argv);
     const QStringList arguments = application.arguments();
+    if (arguments.at(2) == QLatin1String("sql")) {
+        sqlite3* connection = nullptr;
+        if (sqlite3_open(QFile::encodeName(arguments.at(1)).constData(), &connection) != SQLITE_OK ||
+            sqlite3_exec(connection, arguments.at(3).toUtf8().constData(), nullptr, nullptr, nullptr) !=
+                SQLITE_OK)
+            return 1;
+        say("held");
+        return application.exec();
+    }
     mem::SettingsStore* const store = mem::SettingsStore::instance();
     switch (store->open(arguments.at(1))) {
     case mem::SettingsStore::Opened::Durable:

@@ -22,6 +22,7 @@ private slots:
     void aRowThatIsNotWhatItSaysReadsAsTheDefault();
     void theRestOfTheRowsStays();
     void aFullDiskLosesNothing();
+    void aDiskThatIsFullAtTheStartIsToldAndWaitedFor();
 };
 
 void TestSettingsDatabase::aCommittedWriteSurvivesKill()
@@ -99,15 +100,21 @@ void TestSettingsDatabase::aDamagedFileIsMovedAside_data()
 {
     QTest::addColumn<Damage>("damage");
     QTest::addColumn<QByteArray>("sql");
+    QTest::addColumn<bool>("readable");
     const auto row = [](const char* name, const Damage& damage) {
-        QTest::newRow(name) << damage << QByteArray();
+        QTest::newRow(name) << damage << QByteArray() << false;
     };
-    const auto sqlRow = [](const char* name, const char* sql) {
-        QTest::newRow(name) << Damage([](QByteArray content) { return content; }) << QByteArray(sql);
+    const auto readableRow = [](const char* name, const Damage& damage) {
+        QTest::newRow(name) << damage << QByteArray() << true;
+    };
+    const auto sqlRow = [](const char* name, const char* sql, bool readable) {
+        QTest::newRow(name) << Damage([](QByteArray content) { return content; }) << QByteArray(sql)
+                            << readable;
     };
     row("a text file", [](const QByteArray&) { return QByteArray(5000, 'x'); });
     row("ten bytes", [](const QByteArray&) { return QByteArray("0123456789"); });
-    row("a zeroed header", [](QByteArray content) { return content.replace(0, 100, QByteArray(100, '\0')); });
+    readableRow("a zeroed header",
+                [](QByteArray content) { return content.replace(0, 100, QByteArray(100, '\0')); });
     row("all zeroes", [](const QByteArray& content) { return QByteArray(content.size(), '\0'); });
     row("cut in the middle of a page", [](const QByteArray& content) { return content.left(4096 + 17); });
     row("one page left", [](const QByteArray& content) { return content.left(4096); });
@@ -117,18 +124,26 @@ void TestSettingsDatabase::aDamagedFileIsMovedAside_data()
             noise[i] = static_cast<char>(i * 7919 % 251);
         return content.replace(4096, 4096, noise);
     });
-    sqlRow("a database of another kind", "DROP TABLE settings; CREATE TABLE other(a, b)");
-    sqlRow("a table of other columns", "DROP TABLE settings; CREATE TABLE settings(key TEXT, value TEXT)");
-    sqlRow("a later version", "PRAGMA user_version=2");
-    sqlRow("another application's", "PRAGMA application_id=77");
+    readableRow("a format that can only be read",
+                [](QByteArray content) { return content.replace(18, 1, "\3"); });
+    readableRow("a format that can't be read",
+                [](QByteArray content) { return content.replace(18, 2, "\3\3"); });
+    readableRow("a schema of noise",
+                [](QByteArray content) { return content.replace(3900, 196, QByteArray(196, 'x')); });
+    sqlRow("a database of another kind", "DROP TABLE settings; CREATE TABLE other(a, b)", false);
+    sqlRow("a table of other columns", "DROP TABLE settings; CREATE TABLE settings(key TEXT, value TEXT)",
+           false);
+    sqlRow("a later version", "PRAGMA user_version=2", true);
+    sqlRow("another application's", "PRAGMA application_id=77", true);
     sqlRow("a trigger that nobody made here",
-           "CREATE TRIGGER t AFTER INSERT ON settings BEGIN DELETE FROM settings; END");
+           "CREATE TRIGGER t AFTER INSERT ON settings BEGIN DELETE FROM settings; END", true);
 }
 
 void TestSettingsDatabase::aDamagedFileIsMovedAside()
 {
     QFETCH(Damage, damage);
     QFETCH(QByteArray, sql);
+    QFETCH(bool, readable);
     makeFileWith("k", 5);
     if (!sql.isEmpty())
         QVERIFY(runSql(m_path, sql));
@@ -138,12 +153,14 @@ void TestSettingsDatabase::aDamagedFileIsMovedAside()
     const MessageLog log;
     QString message;
     QCOMPARE(store()->open(m_path, &message), SettingsStore::Opened::Durable);
-    QVERIFY(store()->values().isEmpty());
+    QCOMPARE(store()->values().isEmpty(), !readable);
+    QCOMPARE(get("k"), readable ? 5 : -1);
     const QStringList aside = movedAside().filter(QRegularExpression(QStringLiteral("-\\d\\d$")));
     QCOMPARE(aside.size(), 1);
     QVERIFY2(message.contains(aside.first()), qPrintable(message));
     QVERIFY(message.contains(QDate::currentDate().toString(Qt::ISODate)));
-    QCOMPARE(log.lines(), QStringList(message));
+    QCOMPARE(log.lines(), QStringList());
+    QVERIFY(store()->isDurable());
     QCOMPARE(contentOf(QFileInfo(m_path).dir().filePath(aside.first())), damaged);
 
     set("k", 6);
@@ -209,6 +226,7 @@ void TestSettingsDatabase::aFullDiskLosesNothing()
     QVERIFY(::setrlimit(RLIMIT_FSIZE, &full) == 0);
     QStringList lines;
     bool committed = true;
+    QSignalSpy durable(store(), &SettingsStore::durableChanged);
     {
         const MessageLog log;
         set("during", 2);
@@ -219,7 +237,9 @@ void TestSettingsDatabase::aFullDiskLosesNothing()
     QVERIFY(::setrlimit(RLIMIT_FSIZE, &unlimited) == 0);
     std::signal(SIGXFSZ, previous);
     QVERIFY(!committed);
-    QCOMPARE(lines.size(), 1);
+    QVERIFY(!store()->isDurable());
+    QCOMPARE(durable.size(), 1);
+    QCOMPARE(QStringList(store()->problem()), lines);
     QVERIFY2(lines.first().contains(m_path), qPrintable(lines.first()));
     QCOMPARE(get("before"), 1);
     QCOMPARE(get("during"), 3);
@@ -227,10 +247,38 @@ void TestSettingsDatabase::aFullDiskLosesNothing()
     // With room again, the timer's next try is enough.
     const MessageLog log;
     QTRY_COMPARE_WITH_TIMEOUT(log.count(QStringLiteral("kept again")), 1, patienceMs);
+    QVERIFY(store()->isDurable());
+    QCOMPARE(store()->problem(), QString());
+    QCOMPARE(durable.size(), 2);
     store()->close();
     QCOMPARE(store()->open(m_path), SettingsStore::Opened::Durable);
     QCOMPARE(get("before"), 1);
     QCOMPARE(get("during"), 3);
+}
+
+void TestSettingsDatabase::aDiskThatIsFullAtTheStartIsToldAndWaitedFor()
+{
+    makeFileWith("k", 5);
+    const auto previous = std::signal(SIGXFSZ, SIG_IGN);
+    rlimit unlimited = {};
+    QVERIFY(::getrlimit(RLIMIT_FSIZE, &unlimited) == 0);
+    rlimit full = unlimited;
+    full.rlim_cur = 0;
+    QVERIFY(::setrlimit(RLIMIT_FSIZE, &full) == 0);
+    QString message;
+    const SettingsStore::Opened opened = store()->open(m_path, &message);
+    const bool durable = store()->isDurable();
+    set("k", 6, false);
+    QVERIFY(::setrlimit(RLIMIT_FSIZE, &unlimited) == 0);
+    std::signal(SIGXFSZ, previous);
+    QCOMPARE(opened, SettingsStore::Opened::Durable);
+    QVERIFY(!durable);
+    QVERIFY2(message.contains(QStringLiteral("tried again")), qPrintable(message));
+    const MessageLog log;
+    QTRY_VERIFY_WITH_TIMEOUT(store()->isDurable(), patienceMs);
+    store()->close();
+    QCOMPARE(store()->open(m_path), SettingsStore::Opened::Durable);
+    QCOMPARE(get("k"), 6);
 }
 
 QTEST_GUILESS_MAIN(TestSettingsDatabase)

@@ -17,6 +17,9 @@ private slots:
     void aSecondProcessWaitsForOneThatIsEnding();
     void aHolderIsRespectedWhileItHasNoDatabaseOpen();
     void aKilledProcessLeavesNoLock();
+    void aProgramThatOnlyLooksIntoTheFileHindersNobody();
+    void aProgramThatWritesToTheFileIsWaitedFor();
+    void aFileThatAnotherProgramHasLockedStillGivesItsValues();
     void twoDamagedFilesGetTwoNames();
     void anEmptyFileIsAFreshOne();
     void aPlaceThatCantBeWrittenGivesOneLine_data();
@@ -38,9 +41,12 @@ void TestSettingsFile::aSecondProcessIsRefused()
     QCOMPARE(store()->open(m_path, &message), SettingsStore::Opened::Refused);
     QVERIFY2(message.contains(m_path) && message.contains(QStringLiteral("another process")),
              qPrintable(message));
-    QCOMPARE(log.lines(), QStringList(message));
+    QCOMPARE(log.lines(), QStringList()); // who asks for the message says it
     QVERIFY(!store()->isDurable());
+    QCOMPARE(store()->problem(), message);
     QVERIFY(movedAside().isEmpty());
+    QCOMPARE(store()->open(m_path), SettingsStore::Opened::Refused);
+    QCOMPARE(log.lines(), QStringList(message));
 }
 
 void TestSettingsFile::aSecondProcessWaitsForOneThatIsEnding()
@@ -74,6 +80,60 @@ void TestSettingsFile::aKilledProcessLeavesNoLock()
     QCOMPARE(child.line(), QByteArray("durable"));
     child.kill();
     QCOMPARE(store()->open(m_path), SettingsStore::Opened::Durable);
+}
+
+void TestSettingsFile::aProgramThatOnlyLooksIntoTheFileHindersNobody()
+{
+    makeFileWith("k", 5);
+    Child child(m_path, {QStringLiteral("sql"), QStringLiteral("BEGIN; SELECT * FROM settings")});
+    QCOMPARE(child.line(), QByteArray("held"));
+    QString message;
+    QCOMPARE(store()->open(m_path, &message), SettingsStore::Opened::Durable);
+    QCOMPARE(message, QString());
+    QCOMPARE(get("k"), 5);
+    set("k", 6);
+    QVERIFY(store()->isDurable());
+    store()->close();
+    child.kill();
+    QCOMPARE(store()->open(m_path), SettingsStore::Opened::Durable);
+    QCOMPARE(get("k"), 6);
+}
+
+void TestSettingsFile::aProgramThatWritesToTheFileIsWaitedFor()
+{
+    makeFileWith("k", 5);
+    Child child(m_path, {QStringLiteral("sql"), QStringLiteral("BEGIN IMMEDIATE; SELECT * FROM settings")});
+    QCOMPARE(child.line(), QByteArray("held"));
+    QSignalSpy changes(store(), &SettingsStore::durableChanged);
+    QString message;
+    QCOMPARE(store()->open(m_path, &message), SettingsStore::Opened::Durable);
+    QVERIFY2(message.contains(QStringLiteral("tried again")), qPrintable(message));
+    QVERIFY(!store()->isDurable());
+    QCOMPARE(get("k"), 5);
+    set("k", 6);
+    QVERIFY(!store()->isDurable());
+    const MessageLog log;
+    child.kill();
+    QTRY_VERIFY_WITH_TIMEOUT(store()->isDurable(), patienceMs);
+    QCOMPARE(changes.size(), 1);
+    QCOMPARE(changes.first().first().toBool(), true);
+    store()->close();
+    QCOMPARE(store()->open(m_path), SettingsStore::Opened::Durable);
+    QCOMPARE(get("k"), 6);
+}
+
+void TestSettingsFile::aFileThatAnotherProgramHasLockedStillGivesItsValues()
+{
+    makeFileWith("k", 5);
+    Child child(m_path,
+                {QStringLiteral("sql"),
+                 QStringLiteral("PRAGMA locking_mode=EXCLUSIVE; BEGIN EXCLUSIVE; DELETE FROM settings")});
+    QCOMPARE(child.line(), QByteArray("held"));
+    QString message;
+    QCOMPARE(store()->open(m_path, &message), SettingsStore::Opened::Memory);
+    QVERIFY2(message.contains(QStringLiteral("another program")), qPrintable(message));
+    QVERIFY(!store()->isDurable());
+    QCOMPARE(get("k"), 5);
 }
 
 void TestSettingsFile::twoDamagedFilesGetTwoNames()
@@ -122,11 +182,13 @@ void TestSettingsFile::aPlaceThatCantBeWrittenGivesOneLine()
     QVERIFY2(message.contains(place) && message.contains(QStringLiteral("memory")), qPrintable(message));
     set("k", 3);
     set("l", 4, false);
-    QVERIFY(store()->commit());
+    QVERIFY(!store()->commit());
+    QVERIFY(!store()->isDurable());
+    QCOMPARE(store()->problem(), message);
     QCOMPARE(get("k"), 3);
     QCOMPARE(get("l"), 4);
     store()->close();
-    QCOMPARE(log.lines(), QStringList(message));
+    QCOMPARE(log.lines(), QStringList());
 }
 
 void TestSettingsFile::aFolderWithoutPermissionStillGivesItsValues()

@@ -85,7 +85,8 @@ void TestSettingsStore::worksFromMemoryBeforeItIsOpened()
     QVERIFY(!store()->isDurable());
     func()->setValue(QStringLiteral("k"), 0, 5, true);
     QCOMPARE(func()->getValue(QStringLiteral("k"), 0), 5);
-    QVERIFY(store()->commit());
+    QVERIFY(!store()->commit());
+    QVERIFY(!store()->problem().isEmpty());
 }
 
 void TestSettingsStore::anAbsentKeyReadsAsTheDefault()
@@ -290,7 +291,7 @@ void TestSettingsStore::openingReadOnlyLeavesTheFileAlone()
     QString reason;
     QVERIFY2(store()->openReadOnly(copy, &reason), qPrintable(reason));
     QCOMPARE(store()->path(), copy);
-    QVERIFY(!store()->isDurable());
+    QVERIFY(!store()->isDurable() && !store()->commit());
     // From the log beside it, which had not been brought into the file.
     QCOMPARE(func()->getValue(QStringLiteral("k"), 0), 1);
     func()->setValue(QStringLiteral("k"), 0, 2, true);

@@ -6,6 +6,7 @@
 #include <QFontInfo>
 #include <QGlyphRun>
 #include <QLabel>
+#include <QPainter>
 #include <QProcess>
 #include <QPushButton>
 #include <QTemporaryDir>
