@@ -15,11 +15,13 @@ public:
     explicit EQPresetWidget(QWidget* parent);
     ~EQPresetWidget() override;
 
+    /// Once, by the constructor.
     void init();
     /// Checks the tile of the service's EQ type; a type without a tile leaves the check mark where it is.
     void resume();
 
 signals:
+    /// The driver asks to leave the page.
     void exitUI();
 
 public slots:

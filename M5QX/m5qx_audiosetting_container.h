@@ -13,7 +13,7 @@ class m5qx_audiosetting_container : public QWidget
 {
     Q_OBJECT
 public:
-    /// ui: the form, made and kept by the hub, which puts pages and tab bar into its two areas.
+    /// ui: the form (not null), made and kept by the hub, which puts pages and tab bar into its two areas.
     m5qx_audiosetting_container(QWidget* parent, Ui::m5qx_audiosetting_container* ui);
 };
 

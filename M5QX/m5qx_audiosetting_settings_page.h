@@ -34,6 +34,7 @@ public:
     explicit m5qx_EQ_settings_page(QWidget* parent);
     ~m5qx_EQ_settings_page() override;
 
+    /// Once, by the constructor.
     void init();
     /// Draws the curve anew; the hub calls it before it shows the page.
     void resume();
@@ -41,18 +42,21 @@ public:
 
     /// 6 or 7, nothing else: the service's type, or the last user type while a preset is current.
     int getCurrEqType();
+    /// Makes it the service's type; the range is the service's affair.
     void setEqType(int type);
-    /// The stored value of a band of the page's curve.
+    /// The stored value of a band of the page's curve; a band that doesn't exist has 0.
     int getCustomEq(int band);
+    // Passed to the service as they are, which refuses what is out of range.
     void setCustomEq(int value, int band, bool flag);
     void setCustomEq1(int value, int band, bool flag);
     void setCustomEq2(int value, int band, bool flag);
 
-    /// Keeps the value in the user curve that is shown and draws that curve. A band outside 0..12 changes
-    /// nothing.
+    /// Keeps the value in the user curve that is shown and draws that curve, in which a handle stays on its
+    /// bar whatever the value. A band outside 0..12 changes nothing.
     void updateCustomEqVal(int band, int value);
     /// Moves the handles to the curve of a type; a type without a curve is flat.
     void updateEq(int type);
+    /// Names the curve that is shown, and the other one for the keys that lead to it.
     void showEQTypeText();
     /// Text id of a type's name; a type without a curve has the flat one's.
     static int curveNameId(int type);
@@ -71,6 +75,7 @@ signals:
 
 public slots:
     void onBackClicked();
+    /// The service's type is another one now. While the page is hidden it is no news: showing asks anew.
     void onEQTypeChanged(int type);
     void on_Key_eqtype_minus_clicked();
     void on_Key_eqtype_plus_clicked();

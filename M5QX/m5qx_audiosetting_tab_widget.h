@@ -23,15 +23,19 @@ public:
     explicit m5qx_eq_tab_widget(QWidget* parent);
     ~m5qx_eq_tab_widget() override;
 
+    /// Once, by the constructor.
     void init();
     void retranslateUi();
     /// Marks the key of page 0..5; any other id is logged as an error and changes nothing.
     void setCheckedPage(int id);
 
+    /// Make the type before the service's one, or the one behind it, the service's; at the ends of 0..8 they
+    /// go round. "Next" steps down.
     void nextEQType();
     void prevEQType();
     /// The service's current type.
     int currEQType();
+    /// A type outside 0..8 has no name and shows none.
     void showEQTypeText();
     void soundClickedBeep();
 
@@ -42,9 +46,11 @@ signals:
     void triShowTimeAlignmentpage();
     void triShowEQPreset();
     void triVolumeLevel();
+    /// After a type key, and once more when the platform says that the type has changed.
     void EQTypeChanged();
 
 public slots:
+    /// id: a page 0..5; any other one beeps and asks for nothing.
     void onPageButGroupClicked(int id);
     void onNextEQType();
     void onPrevEQType();

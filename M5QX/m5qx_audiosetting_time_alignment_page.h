@@ -62,7 +62,8 @@ protected:
     void updatePresetIcon(int preset, bool on);
 
     void resetAllPresetTalNum();
-    /// A preset outside 0..2 reads as 0 and writes nothing. Without preset: that of the store.
+    /// A preset outside 0..2 reads as 0 and writes nothing. Without preset: that of the store. item: 0..4.
+    /// value: written as it is.
     void setTimeAlignmentValue(int preset, int item, int value);
     void setTimeAlignmentValue(int item, int value);
     int getTimeAlignmentValue(int preset, int item);

@@ -13,7 +13,7 @@ class PaSetupToggleKey : public QObject
 {
     Q_OBJECT
 public:
-    /// label may be null: then only the picture changes.
+    /// key: not null. label may be null: then only the picture changes.
     PaSetupToggleKey(QPushButton* key, QLabel* label, const QString& onText, const QString& offText);
     /// A key without a label.
     explicit PaSetupToggleKey(QPushButton* key);

@@ -56,12 +56,14 @@ public:
     void updateVolume();
     void updateDefaultVolume();
     void updateSourceOffset();
+    /// Brings the page keys to their place above everything else; makes them the first time.
     void showSetupPageKeyWidget();
     /// Hides the live rows and moves the others up into their place. Once, at construction: the move is
     /// relative.
     void setupWidget();
 
 signals:
+    /// The driver asks to leave the page.
     void exitUI();
 
 public slots:

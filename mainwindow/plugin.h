@@ -19,10 +19,15 @@ public:
     /// The plug-in's only window, and the window id of its root widget.
     static constexpr int windowId = 33;
 
+    /// Nothing is to be done before the window is asked for.
     void create() override;
+    /// The one window's id.
     QList<int> windowInterfaceID() override;
+    /// None.
     QList<int> sourceInterfaceID() override;
+    /// The same window each time; it stays the plug-in's. Null for any other id.
     WindowInterface* requestWindowInterface(int id) override;
+    /// Always null.
     SourceInterface* requestSourceInterface(int id) override;
 
 private:

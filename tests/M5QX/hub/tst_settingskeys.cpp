@@ -9,6 +9,8 @@
 #include <QPushButton>
 #include <QtTest>
 
+#include <algorithm>
+
 using namespace audiosetting;
 using namespace platform_double;
 
@@ -100,7 +102,68 @@ QStringList expectedAccesses()
     }
     // The one write that may wait: the subwoofer's level when its key switches it off.
     lines << QStringLiteral("Func subwooferLevel 11 W false");
-    lines.sort();
+    return lines;
+}
+
+/// Hidden keys too: live volume rows and the DAB row work although nobody sees them.
+void clickAll(QWidget* page, const QString& prefix = QString())
+{
+    const auto buttons = page->findChildren<QPushButton*>();
+    for (QPushButton* button : buttons) {
+        if (button->objectName().startsWith(prefix))
+            button->click();
+    }
+}
+
+void clickAllTwice(QWidget* page)
+{
+    clickAll(page);
+    clickAll(page);
+}
+
+QWidget* shownPage(const QWidget& hub)
+{
+    const auto children = hub.findChildren<QWidget*>();
+    for (QWidget* page : children) {
+        if (page->size() == QSize(1024, 510) && page->isVisible() && page->objectName() != "up_widget" &&
+            page->objectName() != "bkg_tab_01")
+            return page;
+    }
+    qFatal("the hub shows no page");
+}
+
+void useEveryPageOfTheHub()
+{
+    m5qx_mainwidget hub(nullptr);
+    hub.show();
+    for (const char* show : {"onShowEQSettingPage", "onShowAudioLevelsPage", "onShowCrossoverSettingsPage",
+                             "onShowTimeAlignmentPage", "onShowEQPresetPage", "onShowVolumeLevelPage"}) {
+        QVERIFY(QMetaObject::invokeMethod(&hub, show));
+        QWidget* page = shownPage(hub);
+        clickAllTwice(page);
+        if (qstrcmp(show, "onShowTimeAlignmentPage") == 0) {
+            for (const char* preset : {"key_preset1", "key_preset2", "key_preset3"}) {
+                clickAll(page, QLatin1String(preset));
+                clickAll(page, QStringLiteral("Key_"));
+            }
+        }
+        if (qstrcmp(show, "onShowCrossoverSettingsPage") == 0) {
+            // Once more with the subwoofer's group, which writes the shared keys.
+            clickAll(page, QStringLiteral("key_subwoofer"));
+            clickAllTwice(page);
+        }
+        const auto all = sliders();
+        for (settings::CustomSlider_2* slider : all)
+            emit slider->valSave(slider->value());
+    }
+}
+
+/// Lines that are among the first and not among the others.
+QStringList without(QStringList lines, const QStringList& others)
+{
+    lines.erase(std::remove_if(lines.begin(), lines.end(),
+                               [&](const QString& line) { return others.contains(line); }),
+                lines.end());
     return lines;
 }
 
@@ -116,72 +179,13 @@ private slots:
 void TestSettingsKeys::everyKeyIsReadAndWrittenAsItsRowSaysAndNoOther()
 {
     reset();
-    const auto clickAll = [](QWidget* page) {
-        // Hidden keys too: live volume rows and the DAB row work although nobody sees them.
-        for (int round = 0; round < 2; ++round) {
-            const auto buttons = page->findChildren<QPushButton*>();
-            for (QPushButton* button : buttons)
-                button->click();
-        }
-    };
-    const auto settleSliders = [] {
-        const auto all = sliders();
-        for (settings::CustomSlider_2* slider : all)
-            emit slider->valSave(slider->value());
-    };
+    useEveryPageOfTheHub();
+    m5qx_eq_crossover_setting_page page(nullptr);
+    page.show();
+    clickAllTwice(&page);
 
-    {
-        m5qx_mainwidget hub(nullptr);
-        hub.show();
-        const char* const pages[] = {"onShowEQSettingPage",         "onShowAudioLevelsPage",
-                                     "onShowCrossoverSettingsPage", "onShowTimeAlignmentPage",
-                                     "onShowEQPresetPage",          "onShowVolumeLevelPage"};
-        for (const char* show : pages) {
-            QVERIFY(QMetaObject::invokeMethod(&hub, show));
-            const auto children = hub.findChildren<QWidget*>();
-            for (QWidget* page : children) {
-                if (page->size() == QSize(1024, 510) && page->isVisible() &&
-                    page->objectName() != "up_widget" && page->objectName() != "bkg_tab_01") {
-                    clickAll(page);
-                    if (qstrcmp(show, "onShowTimeAlignmentPage") == 0) {
-                        for (const char* preset : {"key_preset1", "key_preset2", "key_preset3"}) {
-                            page->findChild<QPushButton*>(QLatin1String(preset))->click();
-                            const auto buttons = page->findChildren<QPushButton*>();
-                            for (QPushButton* button : buttons) {
-                                if (button->objectName().startsWith("Key_"))
-                                    button->click();
-                            }
-                        }
-                    }
-                    if (qstrcmp(show, "onShowCrossoverSettingsPage") == 0) {
-                        // Once more with the subwoofer's group, which writes the shared keys.
-                        page->findChild<QPushButton*>(QStringLiteral("key_subwoofer"))->click();
-                        clickAll(page);
-                    }
-                }
-            }
-            settleSliders();
-        }
-    }
-    {
-        m5qx_eq_crossover_setting_page page(nullptr);
-        page.show();
-        clickAll(&page);
-    }
-
-    QStringList seen = accesses();
-    seen.sort();
-    const QStringList expected = expectedAccesses();
-    QStringList missing;
-    for (const QString& line : expected) {
-        if (!seen.contains(line))
-            missing << line;
-    }
-    QStringList surplus;
-    for (const QString& line : std::as_const(seen)) {
-        if (!expected.contains(line))
-            surplus << line;
-    }
+    const QStringList missing = without(expectedAccesses(), accesses());
+    const QStringList surplus = without(accesses(), expectedAccesses());
     QVERIFY2(missing.isEmpty(), qPrintable("never done:\n" + missing.join('\n')));
     QVERIFY2(surplus.isEmpty(), qPrintable("not in the index:\n" + surplus.join('\n')));
 }

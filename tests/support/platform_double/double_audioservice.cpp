@@ -1,4 +1,5 @@
-#include "hvaudio/audioservice.h"
+#include "common/settingstable.h"
+#include "hvaudio/eqcurves.h"
 #include "tests/support/platform_double/platform_double.h"
 
 namespace platform_double {
@@ -29,6 +30,15 @@ void recordCall(Kind kind, const char* operation, Arguments... arguments)
     record(
         kind,
         QStringLiteral("AudioService.%1(%2)").arg(QLatin1String(operation), list.join(QStringLiteral(", "))));
+}
+
+/// Whether an argument is in its range. One that isn't is logged; the operation then changes nothing.
+bool inRange(const char* operation, int value, const mem::Setting& setting)
+{
+    const bool good = value >= setting.smallest && value <= setting.largest;
+    if (!good)
+        qWarning("AudioService.%s: %d is out of range", operation, value);
+    return good;
 }
 
 } // namespace
@@ -81,13 +91,14 @@ AudioEQType AudioService::getCurrEQType()
 void AudioService::setEQType(AudioEQType type, bool save)
 {
     recordCall(Audio, "setEQType", static_cast<int>(type), save);
-    audio().eqType = type;
+    if (inRange("setEQType", type, mem::settingOf("AudioService_EQType")))
+        audio().eqType = type;
 }
 
 int AudioService::getCustomEq(int band)
 {
     recordCall(Read, "getCustomEq", band);
-    return band >= 0 && band < 13 ? audio().customEq[band] : 0;
+    return band >= 0 && band < eqBandCount ? audio().customEq[band] : 0;
 }
 
 void AudioService::setCustomEq(int value, int band, bool save)
@@ -120,8 +131,11 @@ void AudioService::getBalanceFader(int& balance, int& fader)
 void AudioService::setBalanceFader(int balance, int fader, bool save)
 {
     recordCall(Audio, "setBalanceFader", balance, fader, save);
-    audio().balance = balance;
-    audio().fader = fader;
+    if (inRange("setBalanceFader", balance, mem::settingOf("AudioService_Balance")) &&
+        inRange("setBalanceFader", fader, mem::settingOf("AudioService_Fader"))) {
+        audio().balance = balance;
+        audio().fader = fader;
+    }
 }
 
 void AudioService::setHPFFilter(int frequency, int attenuation, int speaker, int slope)

@@ -80,9 +80,13 @@ BaseWindow::~BaseWindow()
 
 void BaseWindow::setMainWidget(QWidget* widget, int windowId)
 {
-    record(platform_double::Window, QStringLiteral("BaseWindow.setMainWidget(%1, %2)")
-                                        .arg(QString::fromLatin1(widget->metaObject()->className()))
-                                        .arg(windowId));
+    const char* name = widget ? widget->metaObject()->className() : "null";
+    record(platform_double::Window,
+           QStringLiteral("BaseWindow.setMainWidget(%1, %2)").arg(QLatin1String(name)).arg(windowId));
+    if (!widget)
+        qWarning("BaseWindow: without a root widget the window shows nothing");
+    if (d->widget && d->widget != widget && !d->widget->parent())
+        delete d->widget;
     d->widget = widget;
     d->id = windowId;
 }
@@ -126,7 +130,9 @@ int BaseWindow::backEvent()
 int BaseWindow::keyEvent(KeyEvent* event)
 {
     record(platform_double::Window, QStringLiteral("BaseWindow.keyEvent(%1)").arg(event ? event->key() : 0));
-    return keyEventResult;
+    if (!event)
+        qWarning("BaseWindow: a key event is null");
+    return event ? keyEventResult : 0;
 }
 
 QString BaseWindow::name()

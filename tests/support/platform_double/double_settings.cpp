@@ -42,6 +42,12 @@ void write(const char* face, const QString& key, const QVariant& defaultValue, c
            bool commit)
 {
     const QString flag = commit ? QStringLiteral("true") : QStringLiteral("false");
+    const auto type = static_cast<QMetaType::Type>(value.type());
+    if (key.isEmpty() || (type != QMetaType::Int && type != QMetaType::Bool && type != QMetaType::QString)) {
+        qWarning("SettingsStore: \"%s\" can't keep a value of the type %s", qPrintable(key),
+                 value.typeName());
+        return;
+    }
     record(Write, QStringLiteral("Settings%1.setValue(\"%2\", %3, %4, %5)")
                       .arg(QLatin1String(face), key, quoted(defaultValue), quoted(value), flag));
     note(QStringLiteral("%1 %2 %3 W %4").arg(QLatin1String(face), key, quoted(defaultValue), flag));

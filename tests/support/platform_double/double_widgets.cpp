@@ -36,6 +36,7 @@ public:
     int offset = 0;
     QColor hint;
     bool dragging = false;
+    int valueBefore = 0; ///< the touch
 };
 
 } // namespace settings
@@ -114,6 +115,10 @@ PushButton::PushButton(QPushButton* button, QObject* parent)
     : QObject(parent)
     , d(new PushButtonPrivate)
 {
+    if (!button) {
+        qWarning("PushButton: there is no button to listen to");
+        return;
+    }
     d->button = button;
     wrappers.append(this);
     wrapped.insert(this, button);
@@ -157,6 +162,14 @@ ScrollManage::ScrollManage(QScrollArea* area, bool vertical, bool horizontal)
     : QObject(area)
     , d(new ScrollManagePrivate)
 {
+    if (!area) {
+        qWarning("ScrollManage: there is no area to scroll");
+        return;
+    }
+    for (ScrollManage* older : std::as_const(managers)) {
+        if (older->d->area == area)
+            older->d->area = nullptr; // replaced
+    }
     d->area = area;
     managers.append(this);
     record(
@@ -175,6 +188,8 @@ void ScrollManage::scrollToPos(const QPoint& pos, bool animated)
     record(
         platform_double::Widget,
         QStringLiteral("ScrollManage.scrollToPos(%1,%2, %3)").arg(pos.x()).arg(pos.y()).arg(text(animated)));
+    if (!d->area)
+        return;
     d->area->verticalScrollBar()->setValue(pos.y());
     d->area->horizontalScrollBar()->setValue(pos.x());
 }
@@ -212,15 +227,20 @@ void CustomSlider_2::setHintColor(const QColor& color)
     record(platform_double::Widget, QStringLiteral("CustomSlider_2.setHintColor(%1)").arg(color.name()));
 }
 
-// A press or move anywhere maps the width to the range; a release settles.
+// A press or move anywhere maps the width to the range; a release settles. Disabling or hiding it takes the
+// touch back.
 bool CustomSlider_2::event(QEvent* event)
 {
-    if (!isEnabled())
+    if (!isEnabled() || event->type() == QEvent::Hide) {
+        if (std::exchange(d->dragging, false))
+            setValue(d->valueBefore);
         return QSlider::event(event);
+    }
     switch (event->type()) {
     case QEvent::MouseButtonPress:
     case QEvent::MouseButtonDblClick:
         d->dragging = true;
+        d->valueBefore = value();
         Q_FALLTHROUGH();
     case QEvent::MouseMove:
         if (d->dragging) {

@@ -16,8 +16,10 @@ namespace settings {
 class CustomSlider_2;
 }
 
-/// The recording platform: every operation of platform/interface leaves one line, reads answer from values
-/// that the test sets, signals come when the test says so.
+/// The recording platform: every operation of platform/interface leaves one line and keeps what its header
+/// says of odd arguments; reads answer from values that the test sets. What would come by itself on a unit
+/// comes when the test says so: signals (no operation emits one), long presses, and what the audio service
+/// stores.
 ///
 /// Lines read `Class.operation(arguments)`; strings are quoted, flags are true/false:
 ///
