@@ -4,8 +4,8 @@
 #include "platform/hvaudio/outputs/nulloutput.h"
 #include "platform/hvaudio/outputs/pipewire/pipewireoutput.h"
 #include "platform/hvaudio/outputs/wavoutput.h"
+#include "platform/hvaudio/sources/backgroundfile.h"
 #include "platform/hvaudio/sources/chimes.h"
-#include "platform/hvaudio/sources/filesource.h"
 #include "platform/hvaudio/sources/inputsource.h"
 #include "platform/hvaudio/sources/pinknoise.h"
 #include "platform/hvaudio/sources/ring.h"
@@ -13,8 +13,8 @@
 #include "platform/hvaudio/sources/sweep.h"
 
 #include <algorithm>
+#include <atomic>
 #include <chrono>
-#include <condition_variable>
 #include <mutex>
 #include <thread>
 
@@ -25,7 +25,8 @@ namespace {
 constexpr int pieceFrames = 1024;
 constexpr int heardFrames = 32768;
 constexpr double rateBeforeStart = 48000;
-constexpr std::chrono::milliseconds readAheadPause(100), longestFade(400);
+/// Of a caller that wants a file to play.
+constexpr std::chrono::milliseconds patience(200), longestFade(400);
 
 bool endsWith(const std::string& text, const std::string& end)
 {
@@ -40,6 +41,7 @@ struct Player::Private final : Feed
     {
         SourceKind kind = SourceKind::Silence;
         std::string path;
+        std::shared_ptr<BackgroundFile> file; ///< where the kind is one
     };
 
     explicit Private(Log logTo)
@@ -48,17 +50,6 @@ struct Player::Private final : Feed
         engine.prepare(rateBeforeStart);
         sources.prepare(rateBeforeStart);
         chimes.prepare(rateBeforeStart);
-        reader = std::thread([this] { readAhead(); });
-    }
-
-    ~Private() override
-    {
-        {
-            const std::lock_guard<std::mutex> lock(readerMutex);
-            readerEnds = true;
-        }
-        readerWakes.notify_all();
-        reader.join();
     }
 
     void say(LogLevel level, const std::string& text) const
@@ -67,15 +58,19 @@ struct Player::Private final : Feed
             log(level, text);
     }
 
-    /// The source for a slot at the engine's rate; null is silence, and a failure when `error` is filled.
-    std::shared_ptr<Source> make(const Slot& slot, int id, std::string& error) const
+    /// The source for a slot at the engine's rate, a file's begun to be opened; null is silence.
+    std::shared_ptr<Source> make(Slot& slot, int id) const
     {
         const double rate = engine.rate();
         switch (slot.kind) {
         case SourceKind::Silence:
             return nullptr;
         case SourceKind::File:
-            return makeFileSource(slot.path, rate, error);
+            slot.file = std::make_shared<BackgroundFile>(slot.path, rate, [to = log](const std::string& why) {
+                if (to)
+                    to(LogLevel::Warning, why);
+            });
+            return slot.file;
         case SourceKind::PinkNoise:
             return makePinkNoise(rate, unsigned(id + 1));
         case SourceKind::Sweep:
@@ -96,33 +91,53 @@ struct Player::Private final : Feed
         sources.prepare(rate);
         chimes.prepare(rate);
         for (int id = 0; changed && id < sourceIds; ++id) {
+            sources.set(id, make(slots[id], id));
             std::string error;
-            sources.set(id, make(slots[id], id, error));
-            if (!error.empty())
+            if (slots[id].file && slots[id].file->opened({}, error) == BackgroundFile::Opening::Failed)
                 say(LogLevel::Warning, error);
         }
+        isSilent = false;
         return true;
     }
 
     int latencyFrames() const noexcept override { return engine.latencyFrames(); }
+    bool silent() const noexcept override { return isSilent.load(std::memory_order_relaxed); }
+    bool unobserved() const noexcept override
+    {
+        return !listening.load(std::memory_order_relaxed) && measured.load(std::memory_order_relaxed) <= 0 &&
+               !chimes.anySounds();
+    }
+    void resumed() override
+    {
+        const std::lock_guard<std::mutex> lock(slotsMutex);
+        for (const Slot& slot : slots)
+            if (slot.file)
+                slot.file->wake();
+    }
 
     void pull(const float* const in[2], float* const out[dsp::speakerCount], int frames) noexcept override
     {
         const dsp::ScopedFlush flush;
+        bool plays = false;
         for (int done = 0; done < frames;) {
             const int count = std::min(frames - done, pieceFrames);
-            pullPiece(in, out, done, count);
+            plays |= pullPiece(in, out, done, count);
             done += count;
         }
+        isSilent.store(!plays && engine.idle() && !chimes.anySounds(), std::memory_order_relaxed);
+        if (measured.load(std::memory_order_relaxed) > 0)
+            measured.fetch_sub(frames, std::memory_order_relaxed);
     }
 
-    void pullPiece(const float* const in[2], float* const out[dsp::speakerCount], int start,
+    /// True when a source plays, be it silence.
+    bool pullPiece(const float* const in[2], float* const out[dsp::speakerCount], int start,
                    int frames) noexcept
     {
         const float* const from[2] = {in[0] ? in[0] + start : nullptr, in[1] ? in[1] + start : nullptr};
         dsp::Block block;
         block.frames = frames;
-        if (sources.render(engine.audibleSource(), from, programme[0], programme[1], frames)) {
+        const bool plays = sources.render(engine.audibleSource(), from, programme[0], programme[1], frames);
+        if (plays) {
             block.programme[0] = programme[0];
             block.programme[1] = programme[1];
         }
@@ -135,6 +150,7 @@ struct Player::Private final : Feed
         engine.process(block);
         if (kept)
             keep(block);
+        return plays;
     }
 
     void keep(const dsp::Block& block) noexcept
@@ -157,32 +173,37 @@ struct Player::Private final : Feed
         }
     }
 
-    void readAhead()
+    /// Fills `error` and changes nothing when it is a file that can't be read.
+    void exchange(int id, Slot slot, std::string& error)
     {
-        std::unique_lock<std::mutex> lock(readerMutex);
-        while (!readerEnds) {
-            lock.unlock();
-            bool more = false;
-            for (const auto& source : sources.all())
-                more |= source->readAhead();
-            lock.lock();
-            if (readerEnds)
-                break;
-            if (!more && !readerCalled)
-                readerWakes.wait(lock, [this] { return readerEnds || readerCalled; });
-            else if (!readerCalled)
-                readerWakes.wait_for(lock, readAheadPause, [this] { return readerEnds || readerCalled; });
-            readerCalled = false;
+        std::unique_lock<std::mutex> lock(slotsMutex);
+        const double rate = engine.rate();
+        std::shared_ptr<Source> source = make(slot, id);
+        // Nobody else waits for the medium.
+        lock.unlock();
+        if (slot.file && slot.file->opened(patience, error) == BackgroundFile::Opening::Failed)
+            return;
+        lock.lock();
+        if (engine.rate() != rate) {
+            source = make(slot, id);
+            if (slot.file && slot.file->opened({}, error) == BackgroundFile::Opening::Failed)
+                return;
         }
+        sources.set(id, std::move(source));
+        std::swap(slots[id], slot);
     }
 
-    void wakeReader()
+    /// Wants `slotsMutex`. False for an id out of range, and for a file that can't be read.
+    bool plays(int id) const
     {
-        {
-            const std::lock_guard<std::mutex> lock(readerMutex);
-            readerCalled = true;
-        }
-        readerWakes.notify_all();
+        return id >= 0 && id < sourceIds && !(slots[id].file && slots[id].file->hasFailed());
+    }
+
+    /// After every change that the next pull is to find.
+    void wakeOutput()
+    {
+        if (output)
+            output->wake();
     }
 
     const Log log;
@@ -191,22 +212,19 @@ struct Player::Private final : Feed
     Chimes chimes;
     std::unique_ptr<Output> output;
 
-    std::mutex slotsMutex;
+    mutable std::mutex slotsMutex;
     Slot slots[sourceIds];
     dsp::Settings wanted; ///< of the shell; what the engine has differs while it fades out to stop
 
+    std::atomic<bool> isSilent{false};
     std::atomic<bool> listening{false};
+    std::atomic<int> measured{0}; ///< frames that are still played for the sake of the meters
     std::atomic<bool> gap{false};
     Ring<HeardFrame> heard{heardFrames};
 
     // Audio side.
     float programme[2][pieceFrames], prompts[dsp::promptCount][pieceFrames],
         unwanted[dsp::speakerCount][pieceFrames];
-
-    std::thread reader;
-    std::mutex readerMutex;
-    std::condition_variable readerWakes;
-    bool readerEnds = false, readerCalled = false;
 };
 
 Player::Player(Log log)
@@ -284,52 +302,53 @@ bool Player::started() const
 
 void Player::setSettings(const dsp::Settings& settings)
 {
+    const bool otherSource = settings.source != d->wanted.source;
     d->wanted = settings;
     d->engine.set(settings);
+    if (otherSource)
+        d->resumed();
+    d->wakeOutput();
 }
 
 bool Player::setSource(int id, SourceKind kind, const std::string& path, std::string* error)
 {
     std::string why;
-    if (id < 0 || id >= sourceIds) {
+    if (id < 0 || id >= sourceIds)
         why = "no source " + std::to_string(id);
-    } else {
-        const std::lock_guard<std::mutex> lock(d->slotsMutex);
-        const Private::Slot slot = {kind, kind == SourceKind::File ? path : std::string()};
-        std::shared_ptr<Source> source = d->make(slot, id, why);
-        if (why.empty()) {
-            d->slots[id] = slot;
-            d->sources.set(id, std::move(source));
-        }
-    }
+    else
+        d->exchange(id, {kind, kind == SourceKind::File ? path : std::string(), nullptr}, why);
     if (!why.empty()) {
         d->say(LogLevel::Warning, why);
         if (error)
             *error = why;
         return false;
     }
-    d->wakeReader();
+    d->wakeOutput();
     return true;
 }
 
 SourceKind Player::sourceKind(int id) const
 {
-    return id >= 0 && id < sourceIds ? d->slots[id].kind : SourceKind::Silence;
+    const std::lock_guard<std::mutex> lock(d->slotsMutex);
+    return d->plays(id) ? d->slots[id].kind : SourceKind::Silence;
 }
 
 std::string Player::sourcePath(int id) const
 {
-    return id >= 0 && id < sourceIds ? d->slots[id].path : std::string();
+    const std::lock_guard<std::mutex> lock(d->slotsMutex);
+    return d->plays(id) ? d->slots[id].path : std::string();
 }
 
 void Player::prompt(dsp::Prompt which, bool repeated) noexcept
 {
     d->chimes.start(which, repeated);
+    d->wakeOutput();
 }
 
 void Player::endPrompt(dsp::Prompt which) noexcept
 {
     d->chimes.end(which);
+    d->wakeOutput();
 }
 
 bool Player::promptSounds(dsp::Prompt which) const noexcept
@@ -340,10 +359,13 @@ bool Player::promptSounds(dsp::Prompt which) const noexcept
 void Player::beep() noexcept
 {
     d->engine.beep();
+    d->wakeOutput();
 }
 
 dsp::Meters Player::takeMeters() noexcept
 {
+    if (d->measured.exchange(int(d->engine.rate())) <= 0)
+        d->wakeOutput();
     return d->engine.takeMeters();
 }
 
@@ -357,6 +379,7 @@ void Player::listen(bool on)
     d->listening.store(on);
     d->heard.read(nullptr, d->heard.readable());
     d->gap.store(false);
+    d->wakeOutput();
 }
 
 int Player::fetchHeard(HeardFrame* frames, int count, bool* gap)

@@ -50,15 +50,18 @@ public:
     void setSettings(const dsp::Settings& settings);
 
     /// What plays as the source `id`; the sound changes by a short fade when it is the one that is heard.
-    /// `path` is for files. False, and one line in the log and in `error` where given, when a file can't be
-    /// read or the id is out of range; what played before then goes on. All sources start as silence.
+    /// `path` is for files. False, and one line in the log and in `error` where given, when the id is out of
+    /// range, or when a file can't be read and that shows within 0.2 s; what played before then goes on. A
+    /// file whose medium takes longer is opened behind this call's back: the source is silent until then, and
+    /// for good, with a line in the log, when the file can't be read or isn't open after 5 s. All sources
+    /// start as silence.
     bool setSource(int id, SourceKind kind, const std::string& path = {}, std::string* error = nullptr);
-    /// Silence for an id out of range.
+    /// Silence for an id out of range, and for a file that couldn't be opened in time.
     SourceKind sourceKind(int id) const;
     /// The file that plays as this source; empty for other kinds.
     std::string sourcePath(int id) const;
 
-    /// Sounds the chime of this prompt channel from its beginning: once, or until `endPrompt`. Lock-free.
+    /// Sounds the chime of this prompt channel from its beginning: once, or until `endPrompt`.
     void prompt(dsp::Prompt which, bool repeated = false) noexcept;
     /// Fades the chime out.
     void endPrompt(dsp::Prompt which) noexcept;
@@ -67,7 +70,8 @@ public:
     /// The key beep.
     void beep() noexcept;
 
-    /// Loudest samples and the limiter's work since the last call.
+    /// Loudest samples and the limiter's work since the last call. An output that rests while nothing is
+    /// measured plays for the next second of sound.
     dsp::Meters takeMeters() noexcept;
     /// The running processor: its response, rate, latency, settings. Owned here.
     const dsp::Engine& engine() const;

@@ -4,7 +4,7 @@
 
 namespace hvaudio {
 
-/// No sound output; the sound is made, measured and dropped.
+/// No sound output; the sound is made, measured and dropped. While nobody measures it none is made.
 class NullOutput final : public PacedOutput
 {
 public:
@@ -15,6 +15,7 @@ protected:
     bool open(double rate, std::string& error) override;
     void close() override {}
     void deliver(const float* const[dsp::speakerCount], int) override {}
+    bool mayRest(const Feed& feed) const override { return feed.unobserved(); }
 };
 
 } // namespace hvaudio

@@ -18,8 +18,12 @@ public:
     virtual bool start(Feed& feed, std::string& error) = 0;
     /// [CT] No pull runs when it returns. Calling it twice is harmless.
     virtual void stop() = 0;
-    /// [ANY] True while blocks are pulled; an output that waits for its sound server doesn't pull.
+    /// [ANY] True while blocks are pulled; an output that waits for its sound server, or that rests, doesn't
+    /// pull.
     virtual bool pulling() const = 0;
+    /// [CT] The feed has news after it was silent or unobserved: an output that rests pulls again, at least
+    /// once. To be called after whatever the next pull is to find.
+    virtual void wake() {}
     /// [CT] One short sentence for a status line.
     virtual std::string status() const = 0;
 };

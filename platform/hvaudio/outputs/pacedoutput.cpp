@@ -34,8 +34,18 @@ void PacedOutput::stop()
     m_running = false;
     if (!m_thread.joinable())
         return;
+    wake();
     m_thread.join();
     close();
+}
+
+void PacedOutput::wake()
+{
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        m_woken = true;
+    }
+    m_changed.notify_all();
 }
 
 void PacedOutput::run(Feed& feed)
@@ -47,8 +57,22 @@ void PacedOutput::run(Feed& feed)
     for (int i = 0; i < dsp::speakerCount; ++i)
         out[i] = samples.data() + std::size_t(i) * blockFrames;
     const float* const in[2] = {};
+    feed.resumed();
     auto next = Clock::now();
     while (m_running) {
+        if (mayRest(feed)) {
+            std::unique_lock<std::mutex> lock(m_mutex);
+            m_resting = true;
+            m_changed.wait(lock, [this] { return m_woken; });
+            m_resting = false;
+            lock.unlock();
+            feed.resumed();
+            next = Clock::now();
+        }
+        {
+            const std::lock_guard<std::mutex> lock(m_mutex);
+            m_woken = false;
+        }
         feed.pull(in, out, blockFrames);
         deliver(out, blockFrames);
         next += period;

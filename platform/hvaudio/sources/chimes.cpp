@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <system_error>
 
 namespace hvaudio {
 
@@ -44,12 +45,8 @@ constexpr Note notes[] = {
     {dsp::Navi,  0.00, 1046.50, 1.0, 0.9},
     {dsp::Navi,  0.22,  880.00, 1.0, 1.3},
 };
-constexpr struct { dsp::Prompt prompt; double seconds; } lengths[] = {
-    {dsp::Ring,  3.0},
-    {dsp::Call,  1.4},
-    {dsp::Voice, 1.0},
-    {dsp::Navi,  1.5},
-};
+/// Length of one round in seconds, in the order of dsp::Prompt.
+constexpr double lengths[] = {3.0, 1.4, 1.0, 1.5};
 /// Overtones of a bell: how many times the note's frequency, how strong, how much sooner they are gone.
 constexpr struct { double ratio, level, sooner; } partials[] = {
     {1.00, 1.00, 1.0},
@@ -105,12 +102,22 @@ std::vector<float> makeTable(dsp::Prompt prompt, double seconds, double rate)
 
 } // namespace
 
+Chimes::~Chimes()
+{
+    for (Voice& voice : m_voices)
+        if (voice.maker.joinable())
+            voice.maker.join();
+}
+
 void Chimes::prepare(double rate)
 {
-    for (const auto& length : lengths) {
-        Voice& voice = m_voices[length.prompt];
-        if (rate != m_rate)
-            voice.table = makeTable(length.prompt, length.seconds, rate);
+    const std::lock_guard<std::mutex> lock(m_makers);
+    for (Voice& voice : m_voices) {
+        if (rate != m_rate) {
+            if (voice.maker.joinable())
+                voice.maker.join();
+            voice.made = false;
+        }
         voice.seen = voice.wish.load();
         voice.done.store(voice.seen);
         voice.at = voice.fade = -1;
@@ -129,7 +136,25 @@ void Chimes::ask(dsp::Prompt which, unsigned wish) noexcept
 
 void Chimes::start(dsp::Prompt which, bool again) noexcept
 {
-    ask(which, again ? repeated : once);
+    if (make(which))
+        ask(which, again ? repeated : once);
+}
+
+bool Chimes::make(dsp::Prompt which) noexcept
+{
+    Voice& voice = m_voices[which];
+    const std::lock_guard<std::mutex> lock(m_makers);
+    if (voice.made || voice.maker.joinable())
+        return true;
+    try {
+        voice.maker = std::thread([&voice, which, rate = m_rate] {
+            voice.table = makeTable(which, lengths[which], rate);
+            voice.made.store(true, std::memory_order_release);
+        });
+    } catch (const std::system_error&) {
+        return false; // no more threads are to be had; the chime stays silent
+    }
+    return true;
 }
 
 void Chimes::end(dsp::Prompt which) noexcept
@@ -144,13 +169,21 @@ bool Chimes::sounds(dsp::Prompt which) const noexcept
     return voice.done.load() != voice.wish.load();
 }
 
+bool Chimes::anySounds() const noexcept
+{
+    return std::any_of(std::begin(m_voices), std::end(m_voices),
+                       [](const Voice& voice) { return voice.done.load() != voice.wish.load(); });
+}
+
 double Chimes::seconds(dsp::Prompt which) const noexcept
 {
-    return m_rate > 0 ? double(m_voices[which].table.size()) / m_rate : 0;
+    return m_rate > 0 ? std::floor(lengths[which] * m_rate) / m_rate : 0;
 }
 
 bool Chimes::render(dsp::Prompt which, float* out, int frames) noexcept
 {
+    if (!isMade(which))
+        return false;
     Voice& voice = m_voices[which];
     const unsigned wish = voice.wish.load(std::memory_order_acquire);
     if (wish != voice.seen) {

@@ -1,5 +1,7 @@
 #include "platform/hvaudio/sources/inputsource.h"
 
+#include "platform/hvaudio/dsp/samples.h"
+
 #include <algorithm>
 
 namespace hvaudio {
@@ -11,7 +13,8 @@ class Input final : public Source
 public:
     bool render(const float* const in[2], float* left, float* right, int frames) noexcept override
     {
-        if (!in[0] && !in[1])
+        const auto silent = [frames](const float* side) { return !side || dsp::allZero(side, frames); };
+        if (silent(in[0]) && silent(in[1]))
             return false;
         float* const out[2] = {left, right};
         for (int s = 0; s < 2; ++s) {

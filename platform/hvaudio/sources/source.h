@@ -12,8 +12,6 @@ public:
     /// [RT] Fills `frames` (above 0) samples of both sides, full scale is 1; `in` is what other programs play
     /// into the unit, null for silence. False, with nothing written, when there is nothing but silence.
     virtual bool render(const float* const in[2], float* left, float* right, int frames) noexcept = 0;
-    /// Reads ahead, on a thread that may wait; true when there may be more to do soon.
-    virtual bool readAhead() { return false; }
 };
 
 } // namespace hvaudio

@@ -23,16 +23,6 @@ void Sources::set(int id, std::shared_ptr<Source> source)
     discardUnused();
 }
 
-std::vector<std::shared_ptr<Source>> Sources::all() const
-{
-    const std::lock_guard<std::mutex> lock(m_mutex);
-    std::vector<std::shared_ptr<Source>> sources;
-    for (const auto& source : m_owned)
-        if (source)
-            sources.push_back(source);
-    return sources;
-}
-
 void Sources::discardUnused()
 {
     m_retired.erase(std::remove_if(m_retired.begin(), m_retired.end(),

@@ -21,9 +21,6 @@ public:
 
     /// [CT] Several at once are fine. id: 0 .. sourceIds - 1, nothing else. Null is silence.
     void set(int id, std::shared_ptr<Source> source);
-    /// [CT] What `set` was given last for each id, for reading ahead.
-    std::vector<std::shared_ptr<Source>> all() const;
-
     /// [RT] As `Source::render`; silence for ids out of range.
     bool render(int id, const float* const in[2], float* left, float* right, int frames) noexcept;
 
@@ -33,7 +30,7 @@ private:
     void discardUnused();
 
     // Control side.
-    mutable std::mutex m_mutex;
+    std::mutex m_mutex;
     std::array<std::shared_ptr<Source>, sourceIds> m_owned;
     std::vector<std::shared_ptr<Source>> m_retired; ///< until the audio side has let them go
 

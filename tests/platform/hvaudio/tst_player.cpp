@@ -1,5 +1,6 @@
 #include "tests/platform/hvaudio/files/files.h"
 #include "tests/support/audiothreadtrap.h"
+#include "tests/support/slowmedium.h"
 
 #include "platform/hvaudio/player.h"
 
@@ -7,6 +8,8 @@
 
 #include <cmath>
 #include <thread>
+
+#include <unistd.h>
 
 using namespace hvaudio;
 
@@ -81,6 +84,7 @@ private slots:
     void init();
     void sourceOfTheSettingsIsHeard();
     void fileThatCantBeReadLeavesTheOldSource();
+    void mediumThatDoesNotAnswerHoldsUpNobody();
     void promptSoundsOnItsChannelAndDucksTheProgramme();
     void beepIsHeard();
     void anotherRateKeepsTheSources();
@@ -88,6 +92,9 @@ private slots:
     void lateListenerIsToldOfTheGap();
     void unknownOutputIsRefusedAndPlaysToNone();
     void wavOutputWritesWhatIsPlayed();
+    void nothingWakesUpWhileNobodyHearsAnything_data();
+    void nothingWakesUpWhileNobodyHearsAnything();
+    void restingOutputIsThereWhenItIsMeasured();
     void audioThreadOnlyComputesWhileTheShellChangesEverything();
 
 private:
@@ -147,6 +154,32 @@ void TestPlayer::fileThatCantBeReadLeavesTheOldSource()
     QCOMPARE(lines.size(), 3);
 }
 
+void TestPlayer::mediumThatDoesNotAnswerHoldsUpNobody()
+{
+    const QTemporaryDir folder;
+    const std::string path =
+        files::write(folder.filePath("hangs.wav").toStdString(), SF_FORMAT_WAV | SF_FORMAT_FLOAT, 48000, 2,
+                     std::vector<float>(96000, 0.25f));
+    slowmedium::hang("hangs.wav");
+    QVERIFY(player->setSource(18, SourceKind::File, path)); // it returns
+    QCOMPARE(player->sourceKind(18), SourceKind::File);
+    QCOMPARE(rms(output->pull(4800)), 0.0);
+    // Other files are played meanwhile.
+    const std::string other =
+        files::write(folder.filePath("other.wav").toStdString(), SF_FORMAT_WAV | SF_FORMAT_FLOAT, 48000, 2,
+                     std::vector<float>(96000, 0.25f));
+    QVERIFY(player->setSource(6, SourceKind::File, other));
+    dsp::Settings settings = neutral();
+    settings.source = 6;
+    player->setSettings(settings);
+    QVERIFY(QTest::qWaitFor([&] { return std::abs(rms(output->pull(480)) - 0.25) < 0.01; }));
+    QTRY_COMPARE_WITH_TIMEOUT(lines.size(), 1, 10000);
+    QVERIFY2(lines.first().contains("hangs.wav"), qPrintable(lines.first()));
+    QCOMPARE(player->sourceKind(18), SourceKind::Silence);
+    QVERIFY(player->sourcePath(18).empty());
+    slowmedium::answer();
+}
+
 void TestPlayer::promptSoundsOnItsChannelAndDucksTheProgramme()
 {
     player->setSource(18, SourceKind::PinkNoise);
@@ -158,7 +191,8 @@ void TestPlayer::promptSoundsOnItsChannelAndDucksTheProgramme()
     player->setSettings(settings);
     player->prompt(dsp::Navi);
     QVERIFY(player->promptSounds(dsp::Navi));
-    output->pull(9600);
+    // The chime is made when it is first wanted.
+    QVERIFY(QTest::qWaitFor([&] { return rms(output->pull(4800)) < 0.4 * before; }));
     const double during = rms(output->pull(24000));
     QVERIFY2(during < 0.4 * before, qPrintable(QString("%1 after %2").arg(during).arg(before)));
     for (int n = 0; n < 5; ++n)
@@ -259,6 +293,67 @@ void TestPlayer::wavOutputWritesWhatIsPlayed()
     QVERIFY(std::abs(contents.channels[0].front()) < 1e-3f);
     QVERIFY(std::abs(contents.channels[0].back()) < 1e-3f);
     QVERIFY(rms(contents.channels[3]) > 0.001);
+}
+
+/// How often threads of this process but the calling one have gone to sleep so far.
+static long sleeps()
+{
+    long count = 0;
+    const QString own = QString::number(gettid());
+    for (const QString& thread : QDir("/proc/self/task").entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
+        QFile status("/proc/self/task/" + thread + "/status");
+        if (thread == own || !status.open(QIODevice::ReadOnly))
+            continue;
+        const QByteArray all = status.readAll();
+        count +=
+            all.mid(all.indexOf("\nvoluntary_ctxt_switches:") + 25).simplified().split(' ').first().toLong();
+    }
+    return count;
+}
+
+void TestPlayer::nothingWakesUpWhileNobodyHearsAnything_data()
+{
+    QTest::addColumn<int>("kind");
+    QTest::newRow("nothing plays") << int(SourceKind::Silence);
+    QTest::newRow("other programs") << int(SourceKind::Input);
+    QTest::newRow("a file") << int(SourceKind::File);
+    QTest::newRow("noise") << int(SourceKind::PinkNoise);
+}
+
+void TestPlayer::nothingWakesUpWhileNobodyHearsAnything()
+{
+    QFETCH(int, kind);
+    const QTemporaryDir folder;
+    const std::string path =
+        files::write(folder.filePath("a.wav").toStdString(), SF_FORMAT_WAV | SF_FORMAT_FLOAT, 44100, 2,
+                     std::vector<float>(96000, 0.25f));
+    QVERIFY(player->setSource(18, SourceKind(kind), path));
+    QVERIFY(player->start("none"));
+    QVERIFY(player->takeMeters().gain > 0); // it has been looked at, and isn't any more
+    QVERIFY(QTest::qWaitFor(
+        [] {
+            const long before = sleeps();
+            QTest::qSleep(1000);
+            return sleeps() == before;
+        },
+        20000));
+}
+
+void TestPlayer::restingOutputIsThereWhenItIsMeasured()
+{
+    QVERIFY(player->setSource(18, SourceKind::PinkNoise));
+    QVERIFY(player->start("none"));
+    std::vector<HeardFrame> frames(4096);
+    for (int time = 0; time < 3; ++time) {
+        QVERIFY(QTest::qWaitFor([&] { return player->takeMeters().peak[dsp::FrontLeft] > 0.05f; }));
+        player->listen(true);
+        int count = 0;
+        QVERIFY(QTest::qWaitFor([&] { return (count += player->fetchHeard(frames.data(), 4096)) > 9600; }));
+        player->listen(false);
+        // A chime comes to its end, though nobody measures.
+        player->prompt(dsp::Voice);
+        QVERIFY(QTest::qWaitFor([&] { return !player->promptSounds(dsp::Voice); }));
+    }
 }
 
 void TestPlayer::audioThreadOnlyComputesWhileTheShellChangesEverything()

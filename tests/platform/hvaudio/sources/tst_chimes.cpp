@@ -10,6 +10,13 @@ namespace {
 
 constexpr double rate = 48000;
 
+/// Begins the chime once its table is there.
+bool start(Chimes& chimes, dsp::Prompt which, bool repeated)
+{
+    chimes.start(which, repeated);
+    return QTest::qWaitFor([&] { return chimes.isMade(which); });
+}
+
 } // namespace
 
 class TestChimes : public QObject
@@ -21,6 +28,7 @@ private slots:
     void chimeIsPlayedOnceAndEnds();
     void chimeIsRepeatedUntilItIsEnded();
     void chimeHasNoSoundAboveItsBand();
+    void onlyWhatIsWantedIsMade();
 };
 
 void TestChimes::chimeIsPlayedOnceAndEnds_data()
@@ -41,7 +49,7 @@ void TestChimes::chimeIsPlayedOnceAndEnds()
     std::vector<float> out(1000);
     QVERIFY(!chimes.render(which, out.data(), 1000));
     QVERIFY(!chimes.sounds(which));
-    chimes.start(which, false);
+    QVERIFY(start(chimes, which, false));
     QVERIFY(chimes.sounds(which));
     float largest = 0, before = 0, step = 0;
     int frames = 0;
@@ -66,7 +74,7 @@ void TestChimes::chimeIsRepeatedUntilItIsEnded()
     Chimes chimes;
     chimes.prepare(rate);
     std::vector<float> out(480);
-    chimes.start(dsp::Ring, true);
+    QVERIFY(start(chimes, dsp::Ring, true));
     for (int n = 0; n < 1000; ++n)
         QVERIFY(chimes.render(dsp::Ring, out.data(), 480));
     chimes.end(dsp::Ring);
@@ -85,7 +93,7 @@ void TestChimes::chimeHasNoSoundAboveItsBand()
     chimes.prepare(rate);
     for (int prompt = 0; prompt < dsp::promptCount; ++prompt) {
         std::vector<float> out(48000);
-        chimes.start(dsp::Prompt(prompt), false);
+        QVERIFY(start(chimes, dsp::Prompt(prompt), false));
         chimes.render(dsp::Prompt(prompt), out.data(), 48000);
         // Twice differentiated by a difference of high order, only what lies high is left.
         for (int times = 0; times < 8; ++times)
@@ -98,6 +106,24 @@ void TestChimes::chimeHasNoSoundAboveItsBand()
         QVERIFY2(10 * std::log10(sum / double(out.size())) < -65,
                  qPrintable(QString::number(10 * std::log10(sum / double(out.size())))));
     }
+}
+
+void TestChimes::onlyWhatIsWantedIsMade()
+{
+    Chimes chimes;
+    chimes.prepare(rate);
+    std::vector<float> out(480);
+    for (int prompt = 0; prompt < dsp::promptCount; ++prompt)
+        QVERIFY(!chimes.isMade(dsp::Prompt(prompt)));
+    QVERIFY(start(chimes, dsp::Voice, false));
+    for (const dsp::Prompt other : {dsp::Ring, dsp::Call, dsp::Navi})
+        QVERIFY(!chimes.isMade(other) && !chimes.sounds(other));
+    // Another rate needs another table.
+    chimes.prepare(2 * rate);
+    QVERIFY(!chimes.isMade(dsp::Voice) && !chimes.sounds(dsp::Voice));
+    QVERIFY(start(chimes, dsp::Voice, false));
+    QVERIFY(chimes.render(dsp::Voice, out.data(), 480));
+    QVERIFY(!chimes.isMade(dsp::Ring));
 }
 
 QTEST_GUILESS_MAIN(TestChimes)

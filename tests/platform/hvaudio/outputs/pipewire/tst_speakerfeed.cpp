@@ -29,6 +29,9 @@ public:
         for (int n = 0; in[0] && n < frames; ++n)
             out[dsp::FrontLeft][n] += in[0][n];
     }
+    bool silent() const noexcept override { return false; }
+    bool unobserved() const noexcept override { return true; }
+    void resumed() override {}
 };
 
 struct Rig
