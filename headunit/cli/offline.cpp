@@ -35,7 +35,7 @@ bool renderFile(const Options& options, QString* message)
     *message = QStringLiteral("%1: %2 s of %3, 32 bit float, %4 Hz, in %5 s (%6 times as fast as it plays)")
                    .arg(options.renderTo)
                    .arg(seconds, 0, 'f', 1)
-                   .arg(options.stereo ? QStringLiteral("stereo") : QStringLiteral("FL FR RL RR SUB"))
+                   .arg(options.stereo ? QStringLiteral("stereo") : QStringLiteral("FL FR LFE BL BR"))
                    .arg(report.rate)
                    .arg(report.elapsed, 0, 'f', 2)
                    .arg(std::floor(seconds / std::max(report.elapsed, 1e-3)));

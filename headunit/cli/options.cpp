@@ -24,7 +24,7 @@ constexpr Row rows[] = {
     {"language",      "xx",       "Language of the unit: %1."}, // the unit's languages
     {"page",          "n",        "Open the audio settings at this page, 0 to %1. The remembered page stays as it is."},
     {"tour",          "dir",      "Visit launcher and pages, save a picture of each in this folder, and exit."},
-    {"render",        "in> <out", "Play this sound file with the stored settings into the WAV file out (FL FR RL RR SUB, 32 bit float), and exit."},
+    {"render",        "in> <out", "Play this sound file with the stored settings into the WAV file out (FL FR LFE BL BR, 32 bit float), and exit."},
     {"stereo",        nullptr,    "With --render: fold the five speakers to two channels."},
     {"plot",          "file",     "Draw the response of each speaker with the stored settings into this PNG file, and exit."},
     {"output",        "output",   "Where the sound goes: pipewire, none or the WAV file that it is written to (default: pipewire where it runs, else none)."},

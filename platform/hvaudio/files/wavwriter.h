@@ -10,12 +10,13 @@ struct sf_private_tag; // libsndfile's file
 
 namespace hvaudio {
 
-/// Writes a WAV file of 32 bit floats: 5 channels in the order FL FR RL RR SUB, or 2. A file beyond 4 GB
+/// Writes a WAV file of 32 bit floats: the five speakers in the standard's order, FL FR LFE BL BR, with its
+/// channel mask (0x3B), so that players know which is which; or left and right. A file beyond 4 GB
 /// becomes RF64, the same with longer fields. One thread at a time; not for the audio thread.
 class WavWriter
 {
 public:
-    /// Rate in Hz, rounded to a whole number; channels 1 to 1024. Null and a sentence in `error` when the
+    /// Rate in Hz, rounded to a whole number; channels 5 or 2. Null and a sentence in `error` when the
     /// file can't be written, or is something other than a regular file: the header is completed at the end,
     /// for which pipes have no way back.
     static std::unique_ptr<WavWriter> create(const std::string& path, double rate, int channels,
@@ -27,7 +28,8 @@ public:
     /// Completes the file as far as it was written.
     ~WavWriter();
 
-    /// One pointer a channel, full scale is 1. False when the medium is full or gone.
+    /// One pointer a channel, five of them in the order of `dsp::Speaker`; full scale is 1. False when the
+    /// medium is full or gone.
     bool write(const float* const* channels, int frames);
     /// Completes the file; false and a sentence in `error` when that fails. Nothing can be written
     /// afterwards.

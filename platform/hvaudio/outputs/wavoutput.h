@@ -5,7 +5,7 @@
 
 namespace hvaudio {
 
-/// Writes what the unit plays, as it plays it, to a WAV file: 5 channels FL FR RL RR SUB, 32 bit float.
+/// Writes what the unit plays, as it plays it, to a WAV file: FL FR LFE BL BR, 32 bit float.
 class WavOutput final : public PacedOutput
 {
 public:

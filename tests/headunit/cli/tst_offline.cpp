@@ -191,7 +191,7 @@ void TestOffline::programTellsSuccessAndFailureByItsExitCode()
     QByteArray out, err;
     const QString to = folder->filePath("out.wav");
     QVERIFY2(run({"--render", sound(), to}, &out, &err) == 0, err);
-    QVERIFY2(out.contains("FL FR RL RR SUB"), out);
+    QVERIFY2(out.contains("FL FR LFE BL BR"), out);
     QVERIFY(QFile::exists(to));
     QCOMPARE(run({"--render", folder->filePath("missing.flac"), to}, &out, &err), 5);
     QVERIFY2(err.contains("missing.flac"), err);

@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cmath>
 #include <csignal>
+#include <utility>
 
 #include <sys/resource.h>
 
@@ -51,6 +52,7 @@ class TestRender : public QObject
 
 private slots:
     void neutralSettingsGiveTheInputOnFiveSpeakers();
+    void playersKnowWhichSpeakerIsWhich();
     void rateIsKeptWhereTheProcessorKnowsIt_data();
     void rateIsKeptWhereTheProcessorKnowsIt();
     void settingsAreHeard();
@@ -67,6 +69,15 @@ private slots:
 private:
     std::string path(const char* name) const { return folder.filePath(name).toStdString(); }
     std::string noise(int rate, int frames, float level = 0.1f) const;
+    /// Of five speakers, in the order of dsp::Speaker.
+    files::Contents speakersOf(const char* name) const
+    {
+        files::Contents contents = files::read(path(name));
+        const auto file = std::exchange(contents.channels, {});
+        for (const std::size_t place : {0, 1, 3, 4, 2})
+            contents.channels.push_back(file.at(place));
+        return contents;
+    }
     QStringList entries() const
     {
         return QDir(folder.path()).entryList(QDir::AllEntries | QDir::Hidden | QDir::System, QDir::Name);
@@ -90,7 +101,7 @@ void TestRender::neutralSettingsGiveTheInputOnFiveSpeakers()
     RenderReport report;
     std::string error;
     QVERIFY2(render({noise(48000, 48000), path("out.wav"), neutral(), false}, report, error), error.c_str());
-    const auto in = files::read(path("in.wav")), out = files::read(path("out.wav"));
+    const auto in = files::read(path("in.wav")), out = speakersOf("out.wav");
     QCOMPARE(out.info.channels, 5);
     QCOMPARE(out.info.format & SF_FORMAT_SUBMASK, int(SF_FORMAT_FLOAT));
     QCOMPARE(out.info.samplerate, 48000);
@@ -104,6 +115,56 @@ void TestRender::neutralSettingsGiveTheInputOnFiveSpeakers()
             QVERIFY2(
                 std::abs(out.channels[c][n] - wanted[c]) < 2e-6,
                 qPrintable(QString("%1 %2: %3 %4").arg(c).arg(n).arg(out.channels[c][n]).arg(wanted[c])));
+    }
+}
+
+void TestRender::playersKnowWhichSpeakerIsWhich()
+{
+    // Each speaker at a level of its own.
+    dsp::Settings settings = neutral();
+    settings.subwoofer.attenuation = 20;
+    settings.cabin[dsp::RearLeft].attenuation = 6;
+    settings.cabin[dsp::RearRight].attenuation = 12;
+    settings.cabin[dsp::FrontRight].attenuation = 3;
+    RenderReport report;
+    std::string error;
+    QVERIFY2(render({noise(48000, 48000), path("out.wav"), settings, false}, report, error), error.c_str());
+    const auto in = files::read(path("in.wav")), out = files::read(path("out.wav"));
+    const double db[] = {0, -3, -20, -6, -12}; // FL FR LFE BL BR
+    for (std::size_t c = 0; c < std::size(db); ++c) {
+        const float left = in.channels[0][9], right = in.channels[1][9];
+        const float from = c == 2 ? (left + right) / 2 : c == 0 || c == 3 ? left : right;
+        QVERIFY2(std::abs(out.channels[c][9] - from * std::pow(10, db[c] / 20)) < 2e-6,
+                 qPrintable(QString::number(c)));
+    }
+    QVERIFY2(render({path("in.wav"), path("two.wav"), settings, true}, report, error), error.c_str());
+
+    // The header's own words: a format with extensions, and its mask of channels.
+    const auto maskOf = [this](const char* name) {
+        QFile file(folder.filePath(name));
+        const QByteArray head = file.open(QIODevice::ReadOnly) ? file.read(200) : QByteArray();
+        const int format = head.indexOf("fmt ") + 8;
+        return head.mid(format, 2) == QByteArray("\xfe\xff") ? int(head.at(format + 20)) : -1;
+    };
+    QCOMPARE(maskOf("out.wav"), 0x3b);
+    QCOMPARE(maskOf("two.wav"), 0x3);
+    // And what programs make of it, where they are installed.
+    const auto says = [this](const char* program, const QStringList& arguments) {
+        QProcess process;
+        process.start(program, arguments + QStringList{folder.filePath("out.wav")});
+        process.waitForFinished(20000);
+        return process.readAllStandardOutput();
+    };
+    if (!QStandardPaths::findExecutable("soxi").isEmpty())
+        QCOMPARE(says("soxi", {"-c"}).trimmed(), QByteArray("5"));
+    if (!QStandardPaths::findExecutable("ffprobe").isEmpty()) {
+        const QByteArray layout = says(
+            "ffprobe", {"-v", "error", "-show_entries", "stream=channels,channel_layout", "-of", "default"});
+        QVERIFY2(layout.contains("channels=5") && layout.contains("(FL+FR+LFE+BL+BR)"), layout);
+    }
+    if (!QStandardPaths::findExecutable("sndfile-info").isEmpty()) {
+        const QByteArray info = says("sndfile-info", {});
+        QVERIFY2(info.contains("0x3B"), info);
     }
 }
 
@@ -146,7 +207,7 @@ void TestRender::settingsAreHeard()
     RenderReport report;
     std::string error;
     QVERIFY2(render({in, path("out.wav"), settings, false}, report, error), error.c_str());
-    const auto out = files::read(path("out.wav"));
+    const auto out = speakersOf("out.wav");
 
     dsp::Engine engine;
     engine.prepare(48000);
@@ -185,7 +246,7 @@ void TestRender::stereoIsTheFold()
     const std::string in = noise(48000, 20000);
     QVERIFY2(render({in, path("five.wav"), neutral(), false}, report, error), error.c_str());
     QVERIFY2(render({in, path("two.wav"), neutral(), true}, report, error), error.c_str());
-    const auto five = files::read(path("five.wav")), two = files::read(path("two.wav"));
+    const auto five = speakersOf("five.wav"), two = files::read(path("two.wav"));
     QCOMPARE(two.info.channels, 2);
     QCOMPARE(two.info.frames, five.info.frames);
     for (std::size_t n = 0; n < two.channels[0].size(); ++n)
