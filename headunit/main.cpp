@@ -4,6 +4,7 @@
 #include "headunit/cli/tour.h"
 #include "headunit/shell/shell.h"
 #include "headunit/shell/startuptrace.h"
+#include "headunit/shell/unitapplication.h"
 #include "headunit/shell/unitlanguage.h"
 #include "headunit/sound/unitsound.h"
 
@@ -12,7 +13,6 @@
 #include "platform/common/widgets/unitstyle.h"
 #include "platform/hvaudioservice/audioservicehost.h"
 
-#include <QApplication>
 #include <QDir>
 #include <QLoggingCategory>
 #include <QTimer>
@@ -142,7 +142,7 @@ int main(int argc, char** argv)
     // The screen is 1024 x 600 pixels, whatever the desk's scale.
     QCoreApplication::setAttribute(Qt::AA_DisableHighDpiScaling);
     QCoreApplication::setAttribute(Qt::AA_Use96Dpi);
-    QApplication application(argc, argv);
+    UnitApplication application(argc, argv);
     QApplication::setApplicationName(QStringLiteral("headunit"));
     QApplication::setApplicationVersion(QStringLiteral(HEADUNIT_VERSION));
     // The inspector is a window, too; the unit's own decides.

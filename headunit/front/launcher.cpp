@@ -3,6 +3,7 @@
 #include "headunit/front/statusbar.h"
 
 #include "common/mcumanager.h"
+#include "common/translator.h"
 #include "platform/common/widgets/palette.h"
 
 #include <QPainter>
@@ -14,6 +15,7 @@ namespace headunit {
 
 namespace {
 
+constexpr int notStartedText = 1270, tryAgainText = 1271;
 constexpr int tileSize = 216, tileGap = 24, tilesInRow = 4, maxRows = 2;
 
 /// Seven sliders of an equalizer.
@@ -35,20 +37,40 @@ void drawEqualizer(QPainter& painter, const QRectF& field)
     }
 }
 
+/// What every tile has: its ground, and a frame while the keyboard's focus is on it.
+void drawTile(QPainter& painter, const QAbstractButton& tile)
+{
+    const QRectF body = QRectF(tile.rect()).adjusted(1.5, 1.5, -1.5, -1.5);
+    QLinearGradient ground(body.topLeft(), body.bottomLeft());
+    ground.setColorAt(0, QColor(tile.isDown() ? cm::palette::accentDeep : cm::palette::panel));
+    ground.setColorAt(1, QColor(tile.isDown() ? cm::palette::accentDeep : cm::palette::page).darker(110));
+    painter.setPen(QPen(QColor(tile.isDown() ? cm::palette::accent : cm::palette::lineStrong), 1.5));
+    painter.setBrush(ground);
+    painter.drawRoundedRect(body, 22, 22);
+    if (tile.hasFocus() && tile.window()->testAttribute(Qt::WA_KeyboardFocusChange)) {
+        painter.setPen(QPen(QColor(cm::palette::accentBright), 2.5));
+        painter.setBrush(Qt::NoBrush);
+        painter.drawRoundedRect(body.adjusted(4, 4, -4, -4), 18, 18);
+    }
+}
+
 } // namespace
 
 LauncherTile::LauncherTile(int windowId, const QString& name, Picture picture, QWidget* parent)
     : QAbstractButton(parent)
-    , m_windowId(windowId)
     , m_picture(picture)
 {
-    setObjectName(QStringLiteral("tile_%1").arg(windowId));
+    setObjectName(nameOf(windowId));
     setText(name);
-    setAccessibleName(name);
     setFixedSize(sizeHint());
 }
 
 LauncherTile::~LauncherTile() = default;
+
+QString LauncherTile::nameOf(int windowId)
+{
+    return QStringLiteral("tile_%1").arg(windowId);
+}
 
 QSize LauncherTile::sizeHint() const
 {
@@ -60,13 +82,7 @@ void LauncherTile::paintEvent(QPaintEvent*)
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
 
-    const QRectF body = QRectF(rect()).adjusted(1.5, 1.5, -1.5, -1.5);
-    QLinearGradient ground(body.topLeft(), body.bottomLeft());
-    ground.setColorAt(0, QColor(isDown() ? cm::palette::accentDeep : cm::palette::panel));
-    ground.setColorAt(1, QColor(isDown() ? cm::palette::accentDeep : cm::palette::page).darker(110));
-    painter.setPen(QPen(QColor(isDown() ? cm::palette::accent : cm::palette::lineStrong), 1.5));
-    painter.setBrush(ground);
-    painter.drawRoundedRect(body, 22, 22);
+    drawTile(painter, *this);
 
     const QRectF picture(48, 40, width() - 96, 92);
     QFont font = this->font();
@@ -85,11 +101,49 @@ void LauncherTile::paintEvent(QPaintEvent*)
     const QRect label(12, height() - 70, width() - 24, 52);
     painter.drawText(label, Qt::AlignCenter,
                      painter.fontMetrics().elidedText(text(), Qt::ElideRight, label.width()));
-    if (hasFocus() && window()->testAttribute(Qt::WA_KeyboardFocusChange)) {
-        painter.setPen(QPen(QColor(cm::palette::accentBright), 2.5));
-        painter.setBrush(Qt::NoBrush);
-        painter.drawRoundedRect(body.adjusted(4, 4, -4, -4), 18, 18);
-    }
+}
+
+RetryTile::RetryTile(const QString& what, const QString& name, QWidget* parent)
+    : QAbstractButton(parent)
+{
+    setObjectName(nameOf(what));
+    setText(name);
+    setFixedSize(sizeHint());
+}
+
+RetryTile::~RetryTile() = default;
+
+QString RetryTile::nameOf(const QString& what)
+{
+    return QLatin1String("retry_") + what;
+}
+
+QSize RetryTile::sizeHint() const
+{
+    return {tileSize, tileSize};
+}
+
+void RetryTile::paintEvent(QPaintEvent*)
+{
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    drawTile(painter, *this);
+
+    QFont font = this->font();
+    font.setPixelSize(24);
+    painter.setFont(font);
+    painter.setPen(QColor(cm::palette::inkDim));
+    const int margin = 12, inner = width() - 2 * margin;
+    painter.drawText(QRect(margin, 24, inner, 40), Qt::AlignCenter,
+                     painter.fontMetrics().elidedText(text(), Qt::ElideMiddle, inner));
+    font.setPixelSize(18);
+    painter.setFont(font);
+    painter.setPen(QColor(cm::palette::ink));
+    painter.drawText(QRect(margin, 72, inner, 60), Qt::AlignCenter | Qt::TextWordWrap,
+                     Translator::translate(notStartedText));
+    painter.setPen(QColor(cm::palette::accent));
+    painter.drawText(QRect(margin, 140, inner, 60), Qt::AlignCenter | Qt::TextWordWrap,
+                     Translator::translate(tryAgainText));
 }
 
 Launcher::Launcher(QWidget* parent)
@@ -100,26 +154,54 @@ Launcher::Launcher(QWidget* parent)
 
 Launcher::~Launcher() = default;
 
-void Launcher::addTile(int windowId, const QString& name, LauncherTile::Picture picture)
+void Launcher::add(QAbstractButton* tile)
 {
     if (m_tiles.size() >= tilesInRow * maxRows)
-        qWarning("the launcher is full; the tile \"%s\" lies off the screen", qPrintable(name));
-    auto* tile = new LauncherTile(windowId, name, picture, this);
-    connect(tile, &QAbstractButton::clicked, this, [this, windowId] {
-        McuManager::instance()->triggerBeep(0);
-        emit chosen(windowId);
-    });
+        qWarning("the launcher is full; the tile \"%s\" lies off the screen", qPrintable(tile->text()));
+    connect(tile, &QAbstractButton::clicked, this, [] { McuManager::instance()->triggerBeep(0); });
+    tile->setAccessibleName(tile->text());
     m_tiles.append(tile);
     layOut();
 }
 
+void Launcher::addTile(int windowId, const QString& name, LauncherTile::Picture picture)
+{
+    auto* tile = new LauncherTile(windowId, name, picture, this);
+    add(tile);
+    connect(tile, &QAbstractButton::clicked, this, [this, windowId] { emit chosen(windowId); });
+}
+
 void Launcher::setTileName(int windowId, const QString& name)
 {
-    for (LauncherTile* tile : std::as_const(m_tiles)) {
-        if (tile->windowId() != windowId)
+    setName(LauncherTile::nameOf(windowId), name);
+}
+
+void Launcher::addRetryTile(const QString& what, const QString& name)
+{
+    auto* tile = new RetryTile(what, name, this);
+    add(tile);
+    connect(tile, &QAbstractButton::clicked, this, [this, tile, what] {
+        m_tiles.removeOne(tile);
+        tile->hide();
+        tile->deleteLater();
+        layOut();
+        emit tryAgainChosen(what);
+    });
+}
+
+void Launcher::setRetryName(const QString& what, const QString& name)
+{
+    setName(RetryTile::nameOf(what), name);
+}
+
+void Launcher::setName(const QString& objectName, const QString& name)
+{
+    for (QAbstractButton* tile : std::as_const(m_tiles)) {
+        if (tile->objectName() != objectName)
             continue;
         tile->setText(name);
         tile->setAccessibleName(name);
+        tile->update();
     }
 }
 

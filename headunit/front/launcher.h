@@ -19,19 +19,41 @@ public:
     LauncherTile(int windowId, const QString& name, Picture picture, QWidget* parent);
     ~LauncherTile() override;
 
-    int windowId() const { return m_windowId; }
+    /// Object name of the tile of that window.
+    static QString nameOf(int windowId);
     QSize sizeHint() const override;
 
 protected:
     void paintEvent(QPaintEvent* event) override;
 
 private:
-    const int m_windowId;
     const Picture m_picture;
     Q_DISABLE_COPY(LauncherTile)
 };
 
-/// The first screen: a tile for each application window. Thread: GUI.
+/// What could not be started, on the launcher; a touch asks for another try. Its object name is
+/// "retry_<what>". Thread: GUI.
+class RetryTile : public QAbstractButton
+{
+    Q_OBJECT
+public:
+    /// what: the name of its own that the launcher was given. name: what stands on it.
+    RetryTile(const QString& what, const QString& name, QWidget* parent);
+    ~RetryTile() override;
+
+    /// Object name of the tile of that.
+    static QString nameOf(const QString& what);
+
+    QSize sizeHint() const override;
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+
+private:
+    Q_DISABLE_COPY(RetryTile)
+};
+
+/// The first screen: a tile for each application window, and for what could not be started. Thread: GUI.
 class Launcher : public QWidget
 {
     Q_OBJECT
@@ -45,16 +67,25 @@ public:
     /// Puts another name on a tile; an unknown id does nothing.
     void setTileName(int windowId, const QString& name);
 
+    /// Adds a tile that says that `name` could not be started. It goes when it is touched. what: a name of
+    /// its own, not shown.
+    void addRetryTile(const QString& what, const QString& name);
+    /// As setTileName(), and in the unit's language of now.
+    void setRetryName(const QString& what, const QString& name);
+
 signals:
     void chosen(int windowId);
+    void tryAgainChosen(const QString& what);
 
 protected:
     void paintEvent(QPaintEvent* event) override;
 
 private:
+    void add(QAbstractButton* tile);
+    void setName(const QString& objectName, const QString& name);
     void layOut();
 
-    QVector<LauncherTile*> m_tiles;
+    QVector<QAbstractButton*> m_tiles;
     Q_DISABLE_COPY(Launcher)
 };
 

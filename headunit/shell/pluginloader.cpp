@@ -1,5 +1,7 @@
 #include "headunit/shell/pluginloader.h"
 
+#include "headunit/shell/seam.h"
+
 #include "common/appplugin.h"
 
 #include <QCoreApplication>
@@ -7,12 +9,27 @@
 #include <QLibrary>
 #include <QPluginLoader>
 
+#include <sys/stat.h>
+#include <unistd.h>
+
 namespace headunit {
 
 namespace {
 
 const QLatin1String identifierPrefix(AppPlugin_metadata_prefix);
 const QLatin1String identifierSuffix(AppPlugin_metadata_suffix);
+
+/// By owner and mode: somebody who is neither this user nor the administrator, or a group that isn't this
+/// user's own.
+bool othersMayWrite(const QString& path)
+{
+    struct stat about = {};
+    if (stat(QFile::encodeName(path).constData(), &about) != 0)
+        return true;
+    const bool foreignOwner = about.st_uid != 0 && about.st_uid != geteuid();
+    const bool foreignGroup = about.st_gid != 0 && about.st_gid != getegid();
+    return foreignOwner || (about.st_mode & S_IWOTH) || ((about.st_mode & S_IWGRP) && foreignGroup);
+}
 
 } // namespace
 
@@ -53,55 +70,81 @@ QString PluginLoader::refusal(const QJsonObject& metaData)
     return QString();
 }
 
-void PluginLoader::load(const QString& folder)
+QStringList PluginLoader::find(const QString& folder)
 {
     const QDir dir(folder);
     if (!dir.exists()) {
         qWarning("plug-in folder %s does not exist", qPrintable(QDir::toNativeSeparators(folder)));
-        return;
+        return {};
     }
-    QStringList seen; // a library and its version links are one file
+    const QString place = dir.canonicalPath();
+    if (othersMayWrite(place)) {
+        refuse(place, QStringLiteral("others than the unit may write in this folder"));
+        return {};
+    }
+    QStringList found, seen; // a library and its version links are one file
     const QFileInfoList files = dir.entryInfoList(QDir::Files, QDir::Name);
     for (const QFileInfo& file : files) {
         const QString path = file.canonicalFilePath();
         if (!QLibrary::isLibrary(file.fileName()) || seen.contains(path))
             continue;
         seen.append(path);
-        const QString reason = loadOne(path);
+        QString reason = refusal(QPluginLoader(path).metaData());
+        if (reason.isEmpty() && QFileInfo(path).path() != place)
+            reason = QStringLiteral("it lies outside the folder, at %1").arg(path);
+        if (reason.isEmpty() && othersMayWrite(path))
+            reason = QStringLiteral("others than the unit may write it");
         if (reason.isEmpty())
-            continue;
-        m_refused.append({file.fileName(), reason});
-        if (reason == refusal({}))
-            qInfo("%s passed over: %s", qPrintable(file.fileName()), qPrintable(reason));
+            found.append(path);
         else
-            qWarning("%s refused: %s", qPrintable(file.fileName()), qPrintable(reason));
+            refuse(file.filePath(), reason);
     }
+    return found;
 }
 
-QString PluginLoader::loadOne(const QString& path)
+void PluginLoader::refuse(const QString& path, const QString& reason)
 {
+    const QString file = QFileInfo(path).fileName();
+    m_refused.append({file, reason});
+    if (reason == refusal({}))
+        qInfo("%s passed over: %s", qPrintable(file), qPrintable(reason));
+    else
+        qWarning("%s refused: %s", qPrintable(file), qPrintable(reason));
+}
+
+AppPlugin* PluginLoader::load(const QString& path)
+{
+    const QString file = QFileInfo(path).fileName();
     auto* library = new QPluginLoader(path, this);
     // A missing symbol shows now, not in the driver's hand. The code stays mapped after unloading: posted
     // events and style data may still point into it while the application goes down.
     library->setLoadHints(QLibrary::ResolveAllSymbolsHint | QLibrary::PreventUnloadHint);
 
-    QString reason = refusal(library->metaData());
-    if (reason.isEmpty() && !library->load())
-        reason = library->errorString();
     AppPlugin* plugin = nullptr;
-    if (reason.isEmpty()) {
-        plugin = qobject_cast<AppPlugin*>(library->instance());
-        if (!plugin)
+    QString reason;
+    const auto start = [&] {
+        if (!library->load()) {
+            reason = library->errorString();
+            return;
+        }
+        auto* made = qobject_cast<AppPlugin*>(library->instance());
+        if (!made) {
             reason = QStringLiteral("its object does not implement %1").arg(QLatin1String(AppPlugin_iid));
-    }
+            return;
+        }
+        made->create();
+        plugin = made;
+    };
+    if (!callAcrossSeam(file, start, &reason))
+        reason.prepend(QLatin1String("it threw: "));
     if (!plugin) {
         library->unload();
         delete library;
-        return reason;
+        refuse(path, reason);
+        return nullptr;
     }
-    plugin->create();
-    m_loaded.append({QFileInfo(path).fileName(), plugin, library});
-    return QString();
+    m_loaded.append({file, plugin, library});
+    return plugin;
 }
 
 void PluginLoader::unload()

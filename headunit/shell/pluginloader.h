@@ -3,6 +3,7 @@
 #include <QJsonObject>
 #include <QObject>
 #include <QString>
+#include <QStringList>
 #include <QVector>
 
 class AppPlugin;
@@ -32,10 +33,15 @@ public:
     /// Unloads what is still loaded.
     ~PluginLoader() override;
 
-    /// Looks at every library in the folder, in the order of their names, and calls create() of each plug-in.
-    /// A library without plug-in metadata is passed over with an information line, since platform libraries
-    /// may lie beside the applications; every other refusal is a warning. Call once.
-    void load(const QString& folder);
+    /// The libraries in a folder that may be loaded, with their paths, in the order of their names. A library
+    /// without plug-in metadata is passed over with an information line, since platform libraries may lie
+    /// beside the applications; every other refusal is a warning. Refused are libraries that others may
+    /// write, that lie elsewhere behind a symbolic link, and all of a folder that others may write: whoever
+    /// can write there would be the unit.
+    QStringList find(const QString& folder);
+    /// Loads one of these and calls the plug-in's create(). Null, with a warning and a line in refused(),
+    /// when it can't be loaded or throws; it may be tried again.
+    AppPlugin* load(const QString& path);
 
     const QVector<Loaded>& loaded() const { return m_loaded; }
     const QVector<Refused>& refused() const { return m_refused; }
@@ -49,8 +55,7 @@ public:
     static QString refusal(const QJsonObject& metaData);
 
 private:
-    /// Empty when the plug-in was loaded and taken over.
-    QString loadOne(const QString& path);
+    void refuse(const QString& path, const QString& reason);
 
     QVector<Loaded> m_loaded;
     QVector<Refused> m_refused;

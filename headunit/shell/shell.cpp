@@ -5,10 +5,12 @@
 #include "headunit/inspector/inspector.h"
 #include "headunit/inspector/unitpanel.h"
 #include "headunit/shell/audiopages.h"
+#include "headunit/shell/seam.h"
 #include "headunit/shell/startuptrace.h"
 #include "headunit/shell/unitlanguage.h"
 #include "headunit/shell/windowhost.h"
 #include "headunit/sound/soundcontrol.h"
+#include "headunit/sound/soundnames.h"
 #include "headunit/sound/storedsources.h"
 
 #include "common/appplugin.h"
@@ -17,6 +19,7 @@
 #include "platform/common/texts/language.h"
 #include "platform/hvaudioservice/audioservicehost.h"
 
+#include <QFileInfo>
 #include <QGuiApplication>
 #include <QScreen>
 #include <QShortcut>
@@ -31,7 +34,11 @@ Shell::Shell(bool withFront, SoundControl* sound)
     m_volume.reload();
     m_unit.reset(new UnitWindow(&m_volume, withFront));
     connect(m_unit.data(), &UnitWindow::hardKey, this, &Shell::onHardKey);
-    connect(m_unit->screen()->launcher(), &Launcher::chosen, this, &Shell::openWindow);
+    Launcher* launcher = m_unit->screen()->launcher();
+    connect(launcher, &Launcher::chosen, this, &Shell::openWindow);
+    connect(launcher, &Launcher::tryAgainChosen, this, &Shell::tryAgain);
+    for (const Retry& retry : std::as_const(m_retries)) // of sources
+        launcher->addRetryTile(retry.what, retry.name());
     connect(&m_events, &FrameworkEvents::backRequested, this, &Shell::leaveApplication);
     connect(&m_events, &FrameworkEvents::statusBarHideRequested, this, &Shell::onStatusBarHideRequested);
     connect(cm::Language::instance(), &cm::Language::changed, this, &Shell::onLanguageChanged);
@@ -55,25 +62,62 @@ Shell::~Shell()
 
 int Shell::loadApplications(const QString& folder)
 {
-    m_plugins.load(folder);
+    const QStringList files = m_plugins.find(folder);
+    for (const QString& file : files)
+        startApplication(file);
     StartupTrace::reached("plugins-loaded");
-    for (const PluginLoader::Loaded& loaded : m_plugins.loaded()) {
-        const QList<int> ids = loaded.plugin->windowInterfaceID();
-        for (const int id : ids) {
-            if (WindowInterface* window = loaded.plugin->requestWindowInterface(id))
-                addWindow(id, window);
-            else
-                qWarning("%s offers window %d and doesn't hand it out", qPrintable(loaded.file), id);
+    return m_hosts.size();
+}
+
+void Shell::startApplication(const QString& path)
+{
+    const QString file = QFileInfo(path).fileName();
+    bool up = false;
+    if (m_mark.begin(file)) {
+        AppPlugin* plugin = m_plugins.load(path);
+        up = plugin && callAcrossSeam(file, [&] { addWindowsOf(file, plugin); });
+        m_mark.end();
+    } else {
+        qWarning("%s is left out this time: the unit went down while it was started", qPrintable(file));
+    }
+    if (!up)
+        offerRetry(
+            file, [file] { return file; }, [this, path] { startApplication(path); });
+}
+
+void Shell::addWindowsOf(const QString& file, AppPlugin* plugin)
+{
+    const QList<int> ids = plugin->windowInterfaceID();
+    for (const int id : ids) {
+        if (WindowInterface* window = plugin->requestWindowInterface(id))
+            addWindow(id, window);
+        else
+            qWarning("%s offers window %d and doesn't hand it out", qPrintable(file), id);
+    }
+}
+
+void Shell::offerRetry(const QString& what, const std::function<QString()>& name,
+                       const std::function<void()>& again)
+{
+    m_retries.append({what, name, again});
+    if (m_unit)
+        m_unit->screen()->launcher()->addRetryTile(what, name());
+}
+
+void Shell::tryAgain(const QString& what)
+{
+    for (int i = 0; i < m_retries.size(); ++i) {
+        if (m_retries[i].what == what) {
+            m_retries.takeAt(i).again();
+            return;
         }
     }
-    return m_hosts.size();
 }
 
 void Shell::addWindow(int id, WindowInterface* window)
 {
     if (host(id)) {
-        qWarning("window %d (\"%s\") is there already (\"%s\")", id, qPrintable(window->name()),
-                 qPrintable(host(id)->name()));
+        qWarning("window %d is there already (\"%s\")", id, qPrintable(host(id)->name()));
         return;
     }
     auto* added = new WindowHost(id, window, m_unit->screen()->applicationArea(), this);
@@ -145,7 +189,7 @@ bool Shell::passToWindow(KeyEvent::Key key, KeyEvent::Action action)
     if (!m_front)
         return false;
     KeyEvent event(key, action);
-    return m_front->window()->keyEvent(&event) != 0;
+    return m_front->keyEvent(&event) != 0;
 }
 
 void Shell::onHardKey(KeyEvent::Key key, KeyEvent::Action action)
@@ -174,7 +218,7 @@ void Shell::onHardKey(KeyEvent::Key key, KeyEvent::Action action)
     switch (key) {
     case KeyEvent::Key_Back:
         // A window that deals with it posts a back request when it wants to be left.
-        if (m_front && m_front->window()->backEvent() == 0)
+        if (m_front && m_front->backEvent() == 0)
             leaveApplication();
         break;
     case KeyEvent::Key_VolumeUp:
@@ -244,14 +288,27 @@ void Shell::onLanguageChanged()
 {
     for (const WindowHost* window : std::as_const(m_hosts))
         m_unit->screen()->launcher()->setTileName(window->id(), window->name());
+    for (const Retry& retry : std::as_const(m_retries))
+        m_unit->screen()->launcher()->setRetryName(retry.what, retry.name());
     if (m_front)
         m_front->refresh();
 }
 
 void Shell::restoreSources(const QString& key)
 {
-    if (m_sound)
-        headunit::restoreSources(m_sound, key);
+    if (!m_sound)
+        return;
+    FileWatch watch;
+    watch.mayOpen = [this](const UnitSource& source) {
+        if (m_mark.begin(QLatin1String(source.choice.key)))
+            return true;
+        offerRetry(
+            QLatin1String(source.choice.key), [&source] { return nameOf(source); },
+            [this, &source] { restoreSources(QLatin1String(source.choice.key)); });
+        return false;
+    };
+    watch.opened = [this] { m_mark.end(); };
+    headunit::restoreSources(m_sound, key, watch);
 }
 
 void Shell::onSettingEdited(const QString& key)

@@ -3,11 +3,15 @@
 #include "headunit/front/unitwindow.h"
 #include "headunit/shell/frameworkevents.h"
 #include "headunit/shell/pluginloader.h"
+#include "headunit/shell/startmark.h"
 #include "headunit/sound/mastervolume.h"
 
 #include <QScopedPointer>
 #include <QVector>
 
+#include <functional>
+
+class AppPlugin;
 class WindowInterface;
 
 namespace headunit {
@@ -32,8 +36,9 @@ public:
     /// shutDown(), when that has not been called.
     ~Shell() override;
 
-    /// Loads the applications in a folder and gives each of their windows a tile. Returns how many windows
-    /// there are now.
+    /// Loads the applications in a folder and gives each of their windows a tile. One that throws, or that
+    /// took the unit down at the last start, is named on the launcher instead, where it can be tried again.
+    /// Returns how many windows there are now.
     int loadApplications(const QString& folder);
     /// Adds one window under a tile; it outlives the shell. An id that is taken already is refused and
     /// logged.
@@ -75,6 +80,12 @@ private:
     void onStatusBarHideRequested(bool hide);
     void onLanguageChanged();
     void restoreSources(const QString& key = QString());
+    void startApplication(const QString& path);
+    void addWindowsOf(const QString& file, AppPlugin* plugin);
+    /// Names on the launcher what could not be started. what: as StartMark's; name: in the unit's language.
+    void offerRetry(const QString& what, const std::function<QString()>& name,
+                    const std::function<void()>& again);
+    void tryAgain(const QString& what);
     /// Makes the windows anew, so that they show what was edited.
     void onSettingEdited(const QString& key);
     void buildInspector();
@@ -83,7 +94,15 @@ private:
 
     SoundControl* const m_sound;
     MasterVolume m_volume;
+    StartMark m_mark;
     PluginLoader m_plugins;
+    struct Retry
+    {
+        QString what;
+        std::function<QString()> name;
+        std::function<void()> again;
+    };
+    QVector<Retry> m_retries; ///< what could not be started
     FrameworkEvents m_events;
     QScopedPointer<UnitWindow> m_unit;
     QScopedPointer<Inspector> m_inspector; ///< made when it is first wanted

@@ -5,6 +5,9 @@
 #include <QString>
 #include <QWidget>
 
+#include <functional>
+
+class KeyEvent;
 class WindowInterface;
 
 namespace headunit {
@@ -16,7 +19,7 @@ namespace headunit {
 ///     destroy() leave() when in front, then onDestroy, and the root widget is deleted
 ///
 /// open() after leave() resumes the same root widget; after destroy() the window builds a new one. Calls that
-/// don't fit the state do nothing. Thread: GUI.
+/// don't fit the state do nothing. What a window throws is logged and ends here. Thread: GUI.
 class WindowHost : public QObject
 {
     Q_OBJECT
@@ -27,15 +30,18 @@ public:
     ~WindowHost() override;
 
     int id() const { return m_id; }
+    /// In the unit's language; the last one that it had when it can't be told.
     QString name() const;
-    WindowInterface* window() const { return m_window; }
+    /// As the window's own; 0 when it throws.
+    int keyEvent(KeyEvent* event);
+    int backEvent();
     /// Null while there is none.
     QWidget* root() const { return m_root; }
     bool isInFront() const { return m_inFront; }
     /// Between the first onCreate() and onDestroy().
     bool isCreated() const { return m_created; }
 
-    /// False, logged, when the window hands out no root widget; it then isn't in front.
+    /// False, logged, when the window hands out no root widget or throws; it then isn't in front.
     bool open();
     void leave();
     void destroy();
@@ -48,11 +54,14 @@ signals:
 
 private:
     void adoptRoot(QWidget* root);
+    /// Calls the window across the seam; name: of the call.
+    bool call(const char* name, const std::function<void()>& work) const;
 
     const int m_id;
     WindowInterface* const m_window;
     QWidget* const m_area;
     QPointer<QWidget> m_root;
+    mutable QString m_name;
     bool m_created = false;
     bool m_inFront = false;
     bool m_destroying = false;

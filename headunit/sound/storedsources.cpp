@@ -84,11 +84,19 @@ HVAudio_source_id_e keptPlaying()
     return HVAudio_source_Radio;
 }
 
-void restore(SoundControl* sound, const UnitSource& source)
+void restore(SoundControl* sound, const UnitSource& source, const FileWatch& watch)
 {
     const SourceChoice choice = keptChoice(source);
-    // Why it refuses a file is said by the sound.
-    if (sound->source(source.id) == choice || sound->setSource(source.id, choice))
+    if (sound->source(source.id) == choice)
+        return;
+    const bool watched = choice.kind == SourceKind::File && watch.mayOpen;
+    bool done = false;
+    if (!watched || watch.mayOpen(source)) {
+        done = sound->setSource(source.id, choice); // why it refuses a file is said by the sound
+        if (watched)
+            watch.opened();
+    }
+    if (done)
         return;
     qWarning().noquote().nospace() << "source " << source.word << " is silent, '" << choice.path
                                    << "' stays kept";
@@ -113,11 +121,11 @@ void keepPlayingSource(HVAudio_source_id_e id)
     }
 }
 
-void restoreSources(SoundControl* sound, const QString& key)
+void restoreSources(SoundControl* sound, const QString& key, const FileWatch& watch)
 {
     for (const UnitSource& source : unitSources) {
         if (key.isEmpty() || key == keyOf(source.choice))
-            restore(sound, source);
+            restore(sound, source, watch);
     }
     if (!key.isEmpty() && key != keyOf(playingSetting))
         return;

@@ -36,9 +36,11 @@ public:
     QWidget* mainWidget() const override { return m_root; }
     int mainWidgetId() const override { return m_id; }
 
+protected:
+    QWidget* m_root = nullptr;
+
 private:
     const int m_id;
-    QWidget* m_root = nullptr;
 };
 
 /// Offers windows 7 and 8, and doesn't hand out the second.

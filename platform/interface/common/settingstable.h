@@ -126,9 +126,11 @@ constexpr Setting settings[] = {
     detail::text  ("Headunit_Source_Carplay",            1,  "",             detail::shell),
     detail::text  ("Headunit_Source_Android_Auto",       1,  "",             detail::shell),
     detail::text  ("Headunit_Source_DAB",                1,  "",             detail::shell),
+    // What is being started, while it is.
+    detail::text  ("Headunit_Starting",                  1,  "",             detail::shell),
 };
 // clang-format on
-static_assert(std::size(settings) == 55, "one row a key or family of keys");
+static_assert(std::size(settings) == 56, "one row a key or family of keys");
 
 /// The row of that key. Meant for constants: a key that is in no row doesn't compile there.
 constexpr const Setting& settingOf(std::string_view key)

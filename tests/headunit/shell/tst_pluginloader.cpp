@@ -8,6 +8,9 @@
 #include <QPluginLoader>
 #include <QtTest>
 
+#include <sys/stat.h>
+#include <unistd.h>
+
 using namespace headunit;
 
 class TestPluginLoader : public QObject
@@ -24,12 +27,19 @@ private slots:
     void refusalReadsMetaData();
     void platformLibraryIsNoWarning();
     void linkedLibraryIsLoadedOnce();
+    void libraryElsewhereIsRefused();
+    void whatOthersMayWriteIsRefused_data();
+    void whatOthersMayWriteIsRefused();
+    void whatItThrowsIsTheReason_data();
+    void whatItThrowsIsTheReason();
     void missingFolderIsLoggedAndLoadsNothing();
     void unloadDeletesThePluginObject();
 
 private:
     /// A folder that holds these files of the test plug-ins' folder.
     QString folderWith(const QStringList& files);
+    /// Finds what is in a folder and loads all of it.
+    static void loadAll(PluginLoader* loader, const QString& folder);
     static QString reasonFor(const PluginLoader& loader, const QString& file);
 
     QScopedPointer<QTemporaryDir> m_folder;
@@ -51,6 +61,13 @@ QString TestPluginLoader::folderWith(const QStringList& files)
     return m_folder->path();
 }
 
+void TestPluginLoader::loadAll(PluginLoader* loader, const QString& folder)
+{
+    const QStringList files = loader->find(folder);
+    for (const QString& file : files)
+        loader->load(file);
+}
+
 QString TestPluginLoader::reasonFor(const PluginLoader& loader, const QString& file)
 {
     for (const PluginLoader::Refused& refused : loader.refused()) {
@@ -63,7 +80,7 @@ QString TestPluginLoader::reasonFor(const PluginLoader& loader, const QString& f
 void TestPluginLoader::goodPluginIsLoadedAndCreatedOnce()
 {
     PluginLoader loader;
-    loader.load(folderWith({"good.so"}));
+    loadAll(&loader, folderWith({"good.so"}));
     QCOMPARE(loader.loaded().size(), 1);
     QCOMPARE(loader.refused().size(), 0);
     QCOMPARE(loader.loaded()[0].file, QStringLiteral("good.so"));
@@ -118,7 +135,7 @@ void TestPluginLoader::refusesEachBrokenFileAndGoesOn()
 
     MessageLog messages;
     PluginLoader loader;
-    loader.load(folder);
+    loadAll(&loader, folder);
     QCOMPARE(loader.refused().size(), 1);
     QVERIFY2(reasonFor(loader, file).contains(reason), qPrintable(reasonFor(loader, file)));
     QVERIFY(messages.count(file) >= 1);
@@ -131,7 +148,7 @@ void TestPluginLoader::foreignCodeNeverRuns()
     qunsetenv("HEADUNIT_TEST_LOADED_foreign");
     qunsetenv("HEADUNIT_TEST_LOADED_otherclass");
     PluginLoader loader;
-    loader.load(folderWith({"foreign.so", "otherclass.so"}));
+    loadAll(&loader, folderWith({"foreign.so", "otherclass.so"}));
     QCOMPARE(loader.refused().size(), 2);
     QVERIFY(!qEnvironmentVariableIsSet("HEADUNIT_TEST_LOADED_foreign"));
     QVERIFY(!qEnvironmentVariableIsSet("HEADUNIT_TEST_LOADED_otherclass"));
@@ -154,7 +171,7 @@ void TestPluginLoader::otherQtVersionIsNamed()
 
     MessageLog messages;
     PluginLoader loader;
-    loader.load(m_folder->path());
+    loadAll(&loader, m_folder->path());
     QCOMPARE(loader.loaded().size(), 0);
     const QString reason = reasonFor(loader, "old.so");
     QVERIFY2(reason.contains("another Qt version (4."), qPrintable(reason));
@@ -209,7 +226,7 @@ void TestPluginLoader::platformLibraryIsNoWarning()
                 loudest = type;
         });
     PluginLoader loader;
-    loader.load(folderWith({"plainlibrary.so"}));
+    loadAll(&loader, folderWith({"plainlibrary.so"}));
     qInstallMessageHandler(previous);
     QCOMPARE(loader.refused().size(), 1);
     QCOMPARE(loudest, QtDebugMsg);
@@ -221,16 +238,97 @@ void TestPluginLoader::linkedLibraryIsLoadedOnce()
     QVERIFY(QFile::link(m_folder->filePath("good.so"), m_folder->filePath("good.so.1")));
     QVERIFY(QFile::link(m_folder->filePath("good.so"), m_folder->filePath("link.so")));
     PluginLoader loader;
-    loader.load(folder);
+    loadAll(&loader, folder);
     QCOMPARE(loader.loaded().size(), 1);
     QCOMPARE(loader.refused().size(), 0);
+}
+
+void TestPluginLoader::libraryElsewhereIsRefused()
+{
+    const QTemporaryDir elsewhere;
+    QVERIFY(QFile::copy(QDir(TEST_PLUGINS).filePath("good.so"), elsewhere.filePath("far.so")));
+    const QString folder = folderWith({"good.so"});
+    QVERIFY(QFile::link(elsewhere.filePath("far.so"), m_folder->filePath("near.so")));
+    PluginLoader loader;
+    QCOMPARE(loader.find(folder), QStringList{QFileInfo(m_folder->filePath("good.so")).canonicalFilePath()});
+    QVERIFY2(reasonFor(loader, "near.so").contains("outside the folder"),
+             qPrintable(reasonFor(loader, "near.so")));
+    // The folder itself may stand behind a link.
+    const QString link = elsewhere.filePath("folder");
+    QVERIFY(QFile::link(folder, link));
+    PluginLoader behindLink;
+    QCOMPARE(behindLink.find(link).size(), 1);
+}
+
+void TestPluginLoader::whatOthersMayWriteIsRefused_data()
+{
+    QTest::addColumn<bool>("ofTheFolder");
+    QTest::addColumn<uint>("mode");
+    QTest::addColumn<uint>("group"); // of the folder or file; this user's own is 0 in a container
+    QTest::addColumn<bool>("refused");
+    QTest::newRow("folder of its user") << true << 0755u << uint(getegid()) << false;
+    QTest::newRow("folder of its user's own group") << true << 0775u << uint(getegid()) << false;
+    QTest::newRow("folder of everybody") << true << 0777u << uint(getegid()) << true;
+    QTest::newRow("folder of everybody, as the temporary one") << true << 01777u << uint(getegid()) << true;
+    QTest::newRow("library of everybody") << false << 0666u << uint(getegid()) << true;
+    if (geteuid() == 0) { // only the administrator gives files to another group
+        QTest::newRow("folder of another group") << true << 0775u << 1234u << true;
+        QTest::newRow("folder that another group reads") << true << 0755u << 1234u << false;
+    }
+}
+
+void TestPluginLoader::whatOthersMayWriteIsRefused()
+{
+    QFETCH(bool, ofTheFolder);
+    QFETCH(uint, mode);
+    QFETCH(uint, group);
+    QFETCH(bool, refused);
+    const QString folder = folderWith({"good.so"});
+    const QByteArray path = QFile::encodeName(ofTheFolder ? folder : folder + "/good.so");
+    QCOMPARE(chown(path.constData(), uid_t(-1), gid_t(group)), 0);
+    QCOMPARE(chmod(path.constData(), mode_t(mode)), 0);
+    qunsetenv("HEADUNIT_TEST_CREATED");
+    const MessageLog messages;
+    PluginLoader loader;
+    loadAll(&loader, folder);
+    QCOMPARE(loader.loaded().size(), refused ? 0 : 1);
+    QCOMPARE(loader.refused().size(), refused ? 1 : 0);
+    QCOMPARE(qEnvironmentVariableIsSet("HEADUNIT_TEST_CREATED"), !refused);
+    QCOMPARE(MessageLog::count("others than the unit may write"), refused ? 1 : 0);
+}
+
+void TestPluginLoader::whatItThrowsIsTheReason_data()
+{
+    QTest::addColumn<QByteArray>("trouble");
+    QTest::addColumn<QString>("reason");
+    QTest::newRow("constructor") << QByteArray("throws in its constructor") << "threw: no vehicle bus";
+    QTest::newRow("create()") << QByteArray("throws in create") << "threw: no vehicle bus";
+    QTest::newRow("no std::exception") << QByteArray("throws a number in create") << "no std::exception";
+}
+
+void TestPluginLoader::whatItThrowsIsTheReason()
+{
+    QFETCH(QByteArray, trouble);
+    QFETCH(QString, reason);
+    qputenv("HEADUNIT_TEST_TROUBLE", trouble);
+    const MessageLog messages;
+    PluginLoader loader;
+    const QString folder = folderWith({"good.so", "troublesome.so"});
+    loadAll(&loader, folder);
+    qunsetenv("HEADUNIT_TEST_TROUBLE");
+    QCOMPARE(loader.loaded().size(), 1);
+    QVERIFY2(reasonFor(loader, "troublesome.so").contains(reason),
+             qPrintable(reasonFor(loader, "troublesome.so")));
+    // Tried again when its trouble is over.
+    QVERIFY(loader.load(QFileInfo(m_folder->filePath("troublesome.so")).canonicalFilePath()));
+    QCOMPARE(loader.loaded().size(), 2);
 }
 
 void TestPluginLoader::missingFolderIsLoggedAndLoadsNothing()
 {
     MessageLog messages;
     PluginLoader loader;
-    loader.load(m_folder->filePath("nowhere"));
+    loadAll(&loader, m_folder->filePath("nowhere"));
     QCOMPARE(loader.loaded().size(), 0);
     QCOMPARE(messages.count("nowhere does not exist"), 1);
 }
@@ -238,7 +336,7 @@ void TestPluginLoader::missingFolderIsLoggedAndLoadsNothing()
 void TestPluginLoader::unloadDeletesThePluginObject()
 {
     PluginLoader loader;
-    loader.load(folderWith({"good.so"}));
+    loadAll(&loader, folderWith({"good.so"}));
     QCOMPARE(loader.loaded().size(), 1);
     qunsetenv("HEADUNIT_TEST_DELETED_good");
     loader.unload();

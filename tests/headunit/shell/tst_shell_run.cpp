@@ -22,6 +22,10 @@ private slots:
     void tourIntoAFileFails();
     void signalEndsInAnOrderlyExit_data();
     void signalEndsInAnOrderlyExit();
+    void signalsEndAUnitThatHangs_data();
+    void signalsEndAUnitThatHangs();
+    void applicationThatTookTheUnitDownIsLeftOutOnce_data();
+    void applicationThatTookTheUnitDownIsLeftOutOnce();
     void secondProcessOnTheSameStoreIsRefused();
     void storeThatCantBeWrittenStillStarts();
     void realPointerDrivesTheWholeUnit();
@@ -34,6 +38,8 @@ private:
     {
         return QStringList{"--settings", m_settings} + arguments;
     }
+    /// Arguments for a unit with an application that does this, see tests/plugins/troublesome.cpp.
+    QStringList withTrouble(const char* trouble);
     /// Starts an X server and points m_environment at it.
     bool startDisplay();
     /// A real click at a place of the unit's window, which stands at 0, 0 of the display.
@@ -226,6 +232,71 @@ void TestShellRun::signalEndsInAnOrderlyExit()
     QVERIFY(exit > 0 && exit < hide && hide < destroy);
     QVERIFY(!QFile::exists(m_settings + "-journal"));
     QVERIFY(!QFile::exists(m_settings + "-wal"));
+}
+
+QStringList TestShellRun::withTrouble(const char* trouble)
+{
+    const QString folder = m_folder->filePath("applications");
+    if (QDir().mkpath(folder) && !QFile::exists(folder + "/troublesome.so"))
+        QFile::copy(TEST_PLUGINS "/troublesome.so", folder + "/troublesome.so");
+    m_environment.insert("HEADUNIT_TEST_TROUBLE", trouble);
+    return withStore({"--plugins", folder, "--output", "none", "--trace-startup"});
+}
+
+void TestShellRun::signalsEndAUnitThatHangs_data()
+{
+    QTest::addColumn<int>("count");
+    QTest::newRow("some time after the first") << 1;
+    QTest::newRow("sooner after a second") << 2;
+}
+
+void TestShellRun::signalsEndAUnitThatHangs()
+{
+    QFETCH(int, count);
+    const QStringList arguments = withTrouble("loops in create");
+    Process hanging(m_environment);
+    hanging.start(HEADUNIT, arguments);
+    QVERIFY2(hanging.says(" shell-built"), hanging.errors());
+    QElapsedTimer waited;
+    waited.start();
+    hanging.raise(SIGTERM);
+    if (count == 2)
+        hanging.raise(SIGINT); // two of a kind, one upon the other, are one
+    QCOMPARE(hanging.exitCode(), -1); // by the signal
+    QVERIFY2(hanging.errors().contains("takes too long"), hanging.errors());
+    QCOMPARE(waited.elapsed() >= 4500, count == 1);
+    // It is known what hung.
+    Process next(m_environment);
+    next.start(HEADUNIT, arguments);
+    QVERIFY2(next.says(" launcher-painted"), next.errors());
+    QVERIFY2(next.errors().contains("troublesome.so is left out this time"), next.errors());
+    next.raise(SIGTERM);
+    QCOMPARE(next.exitCode(), 0);
+}
+
+void TestShellRun::applicationThatTookTheUnitDownIsLeftOutOnce_data()
+{
+    QTest::addColumn<QByteArray>("trouble");
+    QTest::addColumn<int>("code");
+    QTest::newRow("crashes in its constructor") << QByteArray("crashes in its constructor") << -1;
+    QTest::newRow("crashes in create()") << QByteArray("crashes in create") << -1;
+    QTest::newRow("exits in create()") << QByteArray("exits in create") << 0;
+}
+
+void TestShellRun::applicationThatTookTheUnitDownIsLeftOutOnce()
+{
+    QFETCH(QByteArray, trouble);
+    QFETCH(int, code);
+    const QStringList arguments = withTrouble(trouble);
+    for (const bool isUp : {false, true, false}) {
+        Process unit(m_environment);
+        unit.start(HEADUNIT, arguments);
+        QVERIFY2(unit.says(" launcher-painted") == isUp, unit.errors());
+        QCOMPARE(unit.errors().contains("troublesome.so is left out this time"), isUp);
+        if (isUp)
+            unit.raise(SIGTERM);
+        QCOMPARE(unit.exitCode(), isUp ? 0 : code);
+    }
 }
 
 void TestShellRun::secondProcessOnTheSameStoreIsRefused()

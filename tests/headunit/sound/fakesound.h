@@ -7,6 +7,7 @@
 #include <QStringList>
 #include <QVector>
 
+#include <functional>
 #include <optional>
 #include <vector>
 
@@ -33,6 +34,8 @@ public:
             return false;
         }
         sources[id] = choice;
+        if (onSetSource)
+            onSetSource();
         return true;
     }
     headunit::SourceChoice source(HVAudio_source_id_e id) const override { return sources.value(id); }
@@ -87,6 +90,7 @@ public:
     }
 
     QStringList calls;
+    std::function<void()> onSetSource;          ///< while a source is set
     QString refusal;                            ///< what a source is refused with; empty: taken
     std::optional<hvaudio::SourceKind> refuses; ///< the kind that is refused; none: all
     QString output = QStringLiteral("some output");

@@ -268,5 +268,15 @@
         <extracomment>Mark of the status bar and line of the inspector: a change made now is gone at power-off</extracomment>
         <translation>Les réglages ne seront pas conservés</translation>
     </message>
+    <message id="txt_1270">
+        <source>Could not be started</source>
+        <extracomment>On the launcher, below the name of an application or a source; two lines of 192 px at 18 px</extracomment>
+        <translation>N'a pas pu démarrer</translation>
+    </message>
+    <message id="txt_1271">
+        <source>Touch to try again</source>
+        <extracomment>Below text 1270; two lines of 192 px at 18 px</extracomment>
+        <translation>Toucher pour réessayer</translation>
+    </message>
 </context>
 </TS>

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <QApplication>
+
+namespace headunit {
+
+/// The application object of the unit: what an application throws while it deals with an event is logged and
+/// ends there, as at every other call across the seam. Thread: GUI.
+class UnitApplication final : public QApplication
+{
+    Q_OBJECT
+public:
+    /// As QApplication's; both outlive this object.
+    UnitApplication(int& argc, char** argv);
+    ~UnitApplication() override;
+
+    bool notify(QObject* receiver, QEvent* event) override;
+
+private:
+    Q_DISABLE_COPY(UnitApplication)
+};
+
+} // namespace headunit
