@@ -56,11 +56,11 @@ void solveLinear(double (&m)[bandCount][bandCount], double (&b)[bandCount], int 
 } // namespace
 
 EqualizerDesign::EqualizerDesign(double rate)
-    : rate_(rate)
-    , used_(0)
+    : m_rate(rate)
+    , m_used(0)
 {
-    while (used_ < bandCount && bandHz[used_] < 0.46 * rate)
-        ++used_;
+    while (m_used < bandCount && bandHz[m_used] < 0.46 * rate)
+        ++m_used;
     std::array<double, bandCount> w{};
     for (int i = 0; i < bandCount; ++i)
         w[i] = prewarp(bandHz[i], rate);
@@ -72,12 +72,12 @@ EqualizerDesign::EqualizerDesign(double rate)
         // most 25 dB.
         constexpr double breadth = 2.8;
         const double below = i > 0 ? std::log2(w[i] / w[i - 1]) : std::log2(w[1] / w[0]);
-        const double above = i + 1 < used_ ? std::log2(w[i + 1] / w[i]) : below;
+        const double above = i + 1 < m_used ? std::log2(w[i + 1] / w[i]) : below;
         const double octaves = breadth / (1 / std::max(below, 0.05) + 1 / std::max(above, 0.05));
-        q_[i] = 1 / (2 * std::sinh(0.5 * std::log(2.0) * octaves));
+        m_q[i] = 1 / (2 * std::sinh(0.5 * std::log(2.0) * octaves));
         for (int j = 0; j < bandCount; ++j) {
             const double ratio = w[j] / w[i];
-            distance_[i][j] = (ratio - 1 / ratio) * (ratio - 1 / ratio);
+            m_distance[i][j] = (ratio - 1 / ratio) * (ratio - 1 / ratio);
         }
     }
 }
@@ -85,8 +85,8 @@ EqualizerDesign::EqualizerDesign(double rate)
 double EqualizerDesign::chainDb(const std::array<double, bandCount>& gainDb, int band) const
 {
     double sum = 0;
-    for (int i = 0; i < used_; ++i)
-        sum += peakingDb(gainDb[i], q_[i], distance_[i][band]).db;
+    for (int i = 0; i < m_used; ++i)
+        sum += peakingDb(gainDb[i], m_q[i], m_distance[i][band]).db;
     return sum;
 }
 
@@ -94,15 +94,15 @@ std::array<double, bandCount> EqualizerDesign::solveGains(const std::array<doubl
                                                           int* steps) const
 {
     std::array<double, bandCount> gain = wantedDb;
-    std::fill(gain.begin() + used_, gain.end(), 0.0);
+    std::fill(gain.begin() + m_used, gain.end(), 0.0);
     int step = 0;
     for (; step < maxSteps; ++step) {
         double slopes[bandCount][bandCount], error[bandCount];
         double worst = 0;
-        for (int j = 0; j < used_; ++j) {
+        for (int j = 0; j < m_used; ++j) {
             error[j] = wantedDb[j];
-            for (int i = 0; i < used_; ++i) {
-                const Value v = peakingDb(gain[i], q_[i], distance_[i][j]);
+            for (int i = 0; i < m_used; ++i) {
+                const Value v = peakingDb(gain[i], m_q[i], m_distance[i][j]);
                 error[j] -= v.db;
                 slopes[j][i] = v.slope;
             }
@@ -110,8 +110,8 @@ std::array<double, bandCount> EqualizerDesign::solveGains(const std::array<doubl
         }
         if (worst < goodEnoughDb)
             break;
-        solveLinear(slopes, error, used_);
-        for (int i = 0; i < used_; ++i)
+        solveLinear(slopes, error, m_used);
+        for (int i = 0; i < m_used; ++i)
             // A step is held short of where the slopes stop describing the curve.
             gain[i] = std::clamp(gain[i] + std::clamp(error[i], -12.0, 12.0), -gainLimitDb, gainLimitDb);
     }
@@ -125,7 +125,7 @@ std::array<Section, bandCount> EqualizerDesign::solve(const std::array<double, b
     const std::array<double, bandCount> gain = solveGains(wantedDb);
     std::array<Section, bandCount> sections;
     for (int i = 0; i < bandCount; ++i)
-        sections[i] = peaking(bandHz[i], q_[i], gain[i], rate_);
+        sections[i] = peaking(bandHz[i], m_q[i], gain[i], m_rate);
     return sections;
 }
 

@@ -22,16 +22,16 @@ public:
     double chainDb(const std::array<double, bandCount>& gainDb, int band) const;
 
     /// Quality factor of a band 0..12.
-    double q(int band) const { return q_[band]; }
+    double q(int band) const { return m_q[band]; }
     /// Bands that this rate carries: the first so many.
-    int usedBands() const { return used_; }
+    int usedBands() const { return m_used; }
 
 private:
-    double rate_;
-    int used_;
-    std::array<double, bandCount> q_;
+    double m_rate;
+    int m_used;
+    std::array<double, bandCount> m_q;
     /// Squared distance (w/w0 - w0/w)^2 of centre j from section i on the prewarped axis.
-    std::array<std::array<double, bandCount>, bandCount> distance_;
+    std::array<std::array<double, bandCount>, bandCount> m_distance;
 };
 
 } // namespace hvaudio::dsp

@@ -26,8 +26,7 @@ constexpr Contour contours[] = {
     {12500, 0.301,  -3.1, 12.3},
 };
 // clang-format on
-constexpr int contourCount = sizeof(contours) / sizeof(contours[0]);
-static_assert(contourCount == 29, "the standard's table has 29 rows");
+static_assert(std::size(contours) == 29, "the standard's table has 29 rows");
 
 constexpr double fullVolumePhon = 80;
 constexpr double lowestPhon = 20; ///< where the standard's contours begin
@@ -48,8 +47,9 @@ struct Shelf
 {
     double hz, q, meetsHz;
 };
-constexpr int shelfCount = 3;
-constexpr Shelf shelves[shelfCount] = {{110, 0.305, 30}, {510, 0.695, 294}, {11800, 0.753, 11100}};
+constexpr Shelf shelves[] = {{110, 0.305, 30}, {510, 0.695, 294}, {11800, 0.753, 11100}};
+
+constexpr int shelfCount = int(std::size(shelves));
 
 /// Far below the difference between two steps of the volume, so that the lift grows with each of them.
 constexpr double closeEnoughDb = 1e-4;
@@ -76,8 +76,9 @@ double chainDb(const std::array<Section, shelfCount>& sections, double hz, doubl
 
 double equalLoudnessLevel(double hz, double phon)
 {
-    const Contour* const end = contours + contourCount;
-    const Contour* above = std::find_if(contours, end, [hz](const Contour& c) { return c.hz >= hz; });
+    const Contour* const end = std::end(contours);
+    const Contour* above =
+        std::find_if(std::begin(contours), end, [hz](const Contour& c) { return c.hz >= hz; });
     if (above == contours)
         return levelOf(contours[0], phon);
     if (above == end)
