@@ -78,7 +78,7 @@ public:
         const double delays[speakerCount] = {2.1, 3.4, 5.6, 7.8, 10};
         for (int i = 0; i < speakerCount; ++i) {
             const TwoSections filter =
-                i == Subwoofer ? butterworthLowPass(80, 4, rate) : butterworthHighPass(80, 4, rate);
+                i == Subwoofer ? crossoverLowPass(80, 4, rate) : crossoverHighPass(80, 4, rate);
             crossover_[i] = {Biquad(filter[0]), Biquad(filter[1])};
             ring_[i].resize(size_t(delays[i] * rate / 1000));
         }

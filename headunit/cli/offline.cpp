@@ -2,6 +2,7 @@
 
 #include "headunit/cli/stopsignals.h"
 #include "headunit/inspector/responseplot.h"
+#include "headunit/sound/speakerresponses.h"
 #include "headunit/sound/storedsettings.h"
 
 #include "platform/hvaudio/dsp/engine.h"
@@ -62,10 +63,15 @@ bool plotResponses(const Options& options, QString* message)
     for (int i = 0; i < speakerCount; ++i)
         dotHz[std::size_t(i)] = ResponsePlot::frequenciesOf(Speaker(i), 61);
     const hvaudio::dsp::OfEachSpeaker measured = measureResponses(settings, rate, dotHz);
+    const SpeakerResponses responses(engine.snapshot(), rate);
+    std::vector<double> sum;
+    for (const double hz : lineHz)
+        sum.push_back(responses.sum(hz));
+    plot.setSum(lineHz, sum);
     for (int i = 0; i < speakerCount; ++i) {
         std::vector<double> computed;
-        for (double hz : lineHz)
-            computed.push_back(std::abs(engine.response(Speaker(i), hz)));
+        for (const double hz : lineHz)
+            computed.push_back(responses.factor(Speaker(i), hz));
         plot.setComputed(Speaker(i), lineHz, computed);
         plot.setMeasured(Speaker(i), dotHz[std::size_t(i)], measured[std::size_t(i)]);
     }
@@ -73,7 +79,8 @@ bool plotResponses(const Options& options, QString* message)
         *message = QStringLiteral("can't draw '%1': stopped").arg(options.plot);
         return false;
     }
-    plot.setTitle(QStringLiteral("Response of each speaker: computed (lines) and measured (dots)"));
+    plot.setTitle(
+        QStringLiteral("Response of each speaker: computed (lines; broken: their sum) and measured (dots)"));
     if (!plot.savePng(options.plot)) {
         *message = QStringLiteral("can't write '%1'").arg(options.plot);
         return false;

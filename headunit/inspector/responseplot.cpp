@@ -23,7 +23,7 @@ namespace {
 constexpr double lowestHz = 20, highestHz = 20000;
 constexpr double lowestDb = -60, highestDb = 20;
 constexpr int dotSize = 5; ///< pixels
-const QColor fieldColour(0x0b, 0x0e, 0x13);
+const QColor fieldColour(0x0b, 0x0e, 0x13), textColour(0xe6, 0xe9, 0xee);
 /// Pixels. Below what Qwt asks for by itself, which is more than the unit is high; its axes drop labels.
 constexpr int leastWidth = 320, leastHeight = 160;
 
@@ -53,8 +53,8 @@ ResponsePlot::ResponsePlot(QWidget* parent)
 {
     QPalette dark = palette();
     dark.setColor(QPalette::Window, QColor(0x12, 0x16, 0x1c));
-    dark.setColor(QPalette::WindowText, QColor(0xe6, 0xe9, 0xee));
-    dark.setColor(QPalette::Text, QColor(0xe6, 0xe9, 0xee));
+    dark.setColor(QPalette::WindowText, textColour);
+    dark.setColor(QPalette::Text, textColour);
     setPalette(dark);
     setAutoFillBackground(true);
     setMinimumSize(leastWidth, leastHeight);
@@ -76,15 +76,9 @@ ResponsePlot::ResponsePlot(QWidget* parent)
     insertLegend(new QwtLegend, QwtPlot::BottomLegend);
 
     for (const auto& look : looks) {
-        QwtText title(tr(look.name));
-        title.setColor(QColor(0xe6, 0xe9, 0xee));
-        auto* const line = new QwtPlotCurve(title);
         // The later a speaker is drawn the thinner, so that those of equal speakers are all seen.
-        line->setPen(QColor(look.colour), 1.5 * (speakerCount - look.speaker));
-        line->setLegendIconSize(QSize(24, 8));
-        line->setRenderHint(QwtPlotItem::RenderAntialiased);
-        line->setLegendAttribute(QwtPlotCurve::LegendShowLine);
-        line->attach(this);
+        QwtPlotCurve* const line =
+            addLine(tr(look.name), QPen(QColor(look.colour), 1.5 * (speakerCount - look.speaker)));
         m_computed[look.speaker] = line;
 
         auto* const dots = new QwtPlotCurve;
@@ -98,6 +92,21 @@ ResponsePlot::ResponsePlot(QWidget* parent)
         dots->attach(this);
         m_measured[look.speaker] = dots;
     }
+    m_sum = addLine(tr("Sum at the seat"), QPen(textColour, 1.5, Qt::DashLine));
+    m_sum->setZ(m_sum->z() + 0.5); // over the lines, under the dots
+}
+
+QwtPlotCurve* ResponsePlot::addLine(const QString& name, const QPen& pen)
+{
+    QwtText title(name);
+    title.setColor(textColour);
+    auto* const line = new QwtPlotCurve(title);
+    line->setPen(pen);
+    line->setLegendIconSize(QSize(24, 8));
+    line->setRenderHint(QwtPlotItem::RenderAntialiased);
+    line->setLegendAttribute(QwtPlotCurve::LegendShowLine);
+    line->attach(this);
+    return line;
 }
 
 std::vector<double> ResponsePlot::frequencies(int count)
@@ -139,6 +148,11 @@ void ResponsePlot::setMeasured(Speaker speaker, const std::vector<double>& hz,
                                const std::vector<double>& factors)
 {
     m_measured[speaker]->setSamples(pointsOf(hz, factors));
+}
+
+void ResponsePlot::setSum(const std::vector<double>& hz, const std::vector<double>& factors)
+{
+    m_sum->setSamples(pointsOf(hz, factors));
 }
 
 bool ResponsePlot::savePng(const QString& path, QSize pixels)

@@ -3,6 +3,7 @@
 #include "headunit/sound/soundtypes.h"
 
 #include <QColor>
+#include <QPen>
 #include <QSize>
 
 #include <array>
@@ -15,8 +16,9 @@ class QwtPlotCurve;
 namespace headunit {
 
 /// Level over frequency of the five speakers: what the running coefficients say as lines, and over it what
-/// was measured as dots. Logarithmic axis of 20 Hz to 20 kHz, -60 to +20 dB; what lies below the field is
-/// drawn at its lower edge's foot, so that a silent speaker has no line.
+/// was measured as dots; and of the speakers' sum at the seat, as a broken line. Logarithmic axis of 20 Hz to
+/// 20 kHz, -60 to +20 dB; what lies below the field is drawn at its lower edge's foot, so that a silent
+/// speaker has no line.
 class ResponsePlot : public QwtPlot
 {
     Q_OBJECT
@@ -35,12 +37,18 @@ public:
     void setComputed(Speaker speaker, const std::vector<double>& hz, const std::vector<double>& factors);
     void setMeasured(Speaker speaker, const std::vector<double>& hz, const std::vector<double>& factors);
 
+    /// The same for the sum of what was computed.
+    void setSum(const std::vector<double>& hz, const std::vector<double>& factors);
+
     /// Writes what is shown, size in pixels; false when the file can't be written, or is a device, a pipe or
     /// a folder.
     bool savePng(const QString& path, QSize size = QSize(1280, 720));
 
 private:
+    QwtPlotCurve* addLine(const QString& name, const QPen& pen);
+
     std::array<QwtPlotCurve*, speakerCount> m_computed, m_measured; // the plot's
+    QwtPlotCurve* m_sum;                                            // the plot's
 };
 
 } // namespace headunit

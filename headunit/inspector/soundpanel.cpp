@@ -41,7 +41,8 @@ SoundPanel::SoundPanel(SoundControl* sound, QWidget* parent)
     m_saved->setTextFormat(Qt::PlainText);
     m_saved->setWordWrap(true);
     auto* hint = new QLabel(
-        tr("Lines: the running coefficients. Dots: measured from what plays; noise or a sweep shows all."),
+        tr("Lines: the running coefficients; broken: their sum at the seat. Dots: measured from what plays; "
+           "noise or a sweep shows all."),
         this);
     hint->setWordWrap(true);
     auto* save = new QPushButton(tr("Save as PNG"), this);
@@ -129,6 +130,10 @@ void SoundPanel::followSettings()
             factors.push_back(now.factor(Speaker(i), at));
         m_plot->setComputed(Speaker(i), hz, factors);
     }
+    std::vector<double> sum;
+    for (const double at : hz)
+        sum.push_back(now.sum(at));
+    m_plot->setSum(hz, sum);
     drawMeasured();
 }
 

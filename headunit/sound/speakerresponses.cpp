@@ -19,6 +19,11 @@ double SpeakerResponses::factor(Speaker speaker, double hz) const
     return hz < m_rate / 2 ? std::abs(responseOf(m_snapshot, speaker, hz, m_rate)) : 0;
 }
 
+double SpeakerResponses::sum(double hz) const
+{
+    return hz < m_rate / 2 ? std::abs(sumAtSeat(m_snapshot, hz, m_rate)) : 0;
+}
+
 bool SpeakerResponses::operator==(const SpeakerResponses& other) const
 {
     const Snapshot &a = m_snapshot, &b = other.m_snapshot;

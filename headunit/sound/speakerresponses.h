@@ -21,6 +21,9 @@ public:
     /// rate and above.
     double factor(Speaker speaker, double hz) const;
 
+    /// The same of the speakers' sum at the seat, see hvaudio::dsp::sumAtSeat.
+    double sum(double hz) const;
+
     /// True when every factor is the same. What the speakers' responses don't show, such as the volumes of
     /// prompts, makes no difference.
     bool operator==(const SpeakerResponses& other) const;

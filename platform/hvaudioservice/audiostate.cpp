@@ -67,6 +67,18 @@ int subwooferHz(int index, Tables tables)
     return tables == Tables::MainAudio ? mainSubwoofer[index].hz : groupCrossoverHz[index - 1];
 }
 
+/// Whether the subwoofer is turned round so that it adds to the cabin's speakers. The first of them that has
+/// a high-pass speaks for all; without one, or without a low-pass, there is no crossover.
+bool isTurnedForCrossover(const AudioState& state, int subwooferSlope)
+{
+    const auto crossed = [](const Filter& filter) { return filter.frequency != 0; };
+    const auto cabin = std::find_if(state.highPass.begin(), state.highPass.end(), crossed);
+    constexpr int unfiltered = 1;
+    if (cabin == state.highPass.end() || state.subwoofer.frequency <= unfiltered)
+        return false;
+    return subwooferTurned[cabin->slope][subwooferSlope];
+}
+
 dsp::SubwooferSettings subwooferOf(const AudioState& state)
 {
     dsp::SubwooferSettings settings;
@@ -76,9 +88,9 @@ dsp::SubwooferSettings subwooferOf(const AudioState& state)
     constexpr int lowest = 2;
     settings.lowPass.hz = subwooferHz(settings.silent ? lowest : index, state.tables);
     // The audio levels page sends slope 0 with every level, which must not flatten the filter.
-    settings.lowPass.order =
-        orderOfSlope(state.subwoofer.slope != 0 ? state.subwoofer.slope : state.subwooferSlope);
-    settings.inverted = state.subwooferInverted;
+    const int slope = state.subwoofer.slope != 0 ? state.subwoofer.slope : state.subwooferSlope;
+    settings.lowPass.order = orderOfSlope(slope);
+    settings.inverted = state.subwooferInverted != isTurnedForCrossover(state, slope);
     if (state.tables == Tables::MainAudio) {
         // Its level is one, not an attenuation: 14 is the loudest.
         constexpr int loudest = 14;

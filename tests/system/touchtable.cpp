@@ -155,15 +155,16 @@ void addCrossover(std::vector<Row>& rows)
         const Touch other{pair.speakers == Front ? "key_rear" : "key_front"}, own{pair.key};
         const Touch to250{"key_filter_up", 8}, steep{"key_slope_up"};
         const int s = pair.speakers;
+        // Where the slope changes the subwoofer is turned round, so that it goes on adding to these speakers.
         // clang-format off
         rows.push_back({name + "filter up",           {crossover, other},              {own, {"key_filter_up"}},      {level(s, 30, -3.01)}});
         rows.push_back({name + "chosen only",         {crossover, own, to250, other},  {own},                         {}});
         rows.push_back({name + "filter up to 250 Hz", {crossover, other},              {own, to250},                  {level(s, 250, -3.01)}});
         rows.push_back({name + "filter down",         {crossover, own, to250},         {{"key_filter_down"}},         {louder(s, 60, 2, 5)}});
         rows.push_back({name + "filter down to off",  {crossover, own, to250},         {{"key_filter_down", 8}},      {level(s, 250, 3.01)}});
-        rows.push_back({name + "slope up",            {crossover, own, to250},         {{"key_slope_up"}},            {level(s, 62.5, -11.8, 0.2)}});
-        rows.push_back({name + "slope up to 24 dB",   {crossover, own, to250},         {{"key_slope_up", 3}},         {level(s, 125, -17.1, 0.2)}});
-        rows.push_back({name + "slope down",          {crossover, own, to250, steep},  {{"key_slope_down"}},          {level(s, 62.5, 11.8, 0.2)}});
+        rows.push_back({name + "slope up",            {crossover, own, to250},         {{"key_slope_up"}},            {level(s, 62.5, -12.3, 0.2), turned(Sub)}});
+        rows.push_back({name + "slope up to 24 dB",   {crossover, own, to250},         {{"key_slope_up", 3}},         {level(s, 125, -17.6, 0.2), turned(Sub)}});
+        rows.push_back({name + "slope down",          {crossover, own, to250, steep},  {{"key_slope_down"}},          {level(s, 62.5, 12.3, 0.2), turned(Sub)}});
         rows.push_back({name + "level down",          {crossover, own, {"key_filter_up"}},                        {{"key_level_down"}}, {level(s, 1000, -1)}});
         rows.push_back({name + "level up",            {crossover, own, {"key_filter_up"}, {"key_level_down", 4}}, {{"key_level_up"}},   {level(s, 1000, 1)}});
         // clang-format on
@@ -175,8 +176,8 @@ void addCrossover(std::vector<Row>& rows)
     rows.push_back({"crossover, subwoofer: filter up",           {crossover, own},                       {{"key_filter_up"}},       {louder(Sub, 300, 1, 3)}});
     rows.push_back({"crossover, subwoofer: filter down",         {crossover, own},                       {{"key_filter_down"}},     {softer(Sub, 300, 1, 3)}});
     rows.push_back({"crossover, subwoofer: filter down to off",  {crossover, own},                       {{"key_filter_down", 6}},  {level(Sub, 120, 3.01, 0.1), louder(Sub, 1000, 15, 25)}});
-    rows.push_back({"crossover, subwoofer: slope up",            {crossover, own},                       {{"key_slope_up"}},        {level(Sub, 480, -11.8, 0.3)}});
-    rows.push_back({"crossover, subwoofer: slope down",          {crossover, own, {"key_slope_up", 2}},  {{"key_slope_down"}},      {level(Sub, 480, 12.0, 0.3)}});
+    rows.push_back({"crossover, subwoofer: slope up",            {crossover, own},                       {{"key_slope_up"}},        {level(Sub, 480, -12.3, 0.3)}});
+    rows.push_back({"crossover, subwoofer: slope down",          {crossover, own, {"key_slope_up", 2}},  {{"key_slope_down"}},      {level(Sub, 480, 11.5, 0.3)}});
     rows.push_back({"crossover, subwoofer: slope stays when the level changes", {crossover, own, {"key_slope_up", 3}, levels}, {{"key_sub_level_up"}}, {level(Sub, 480, 1), level(Sub, 60, 1)}});
     rows.push_back({"crossover, subwoofer: level up",            {crossover, own},                       {{"key_level_up"}},        {level(Sub, 60, 1)}});
     rows.push_back({"crossover, subwoofer: level down",          {crossover, own},                       {{"key_level_down"}},      {level(Sub, 60, -1)}});
@@ -254,17 +255,17 @@ void addStandAlone(std::vector<Row>& rows)
     // clang-format off
     // A fresh high-pass: 160 Hz, 12 dB/octave.
     const Touch high{"key_high_pass"}, low{"key_low_pass"}, lowUp{"Key_low_freq_plus"};
-    rows.push_back({"stand-alone, high-pass on",           {alone},                               {high},                        {level(Cabin, 160, -3.01), level(Cabin, 40, -24.1, 0.2)}});
-    rows.push_back({"stand-alone, high-pass off",          {alone, high},                         {high},                        {level(Cabin, 160, 3.01), level(Cabin, 40, 24.1, 0.2)}});
+    rows.push_back({"stand-alone, high-pass on",           {alone},                               {high},                        {level(Cabin, 160, -6.02), level(Cabin, 40, -24.6, 0.2), turned(Sub)}});
+    rows.push_back({"stand-alone, high-pass off",          {alone, high},                         {high},                        {level(Cabin, 160, 6.02), level(Cabin, 40, 24.6, 0.2), turned(Sub)}});
     rows.push_back({"stand-alone, high-pass up",           {alone, high},                         {{"Key_hpf_freq_plus"}},       {softer(Cabin, 60, 7, 8)}});
-    rows.push_back({"stand-alone, high-pass down",         {alone, high},                         {{"Key_hpf_freq_minus"}},      {louder(Cabin, 40, 11, 13)}});
-    rows.push_back({"stand-alone, high-pass 6 dB",         {alone, high},                         {{"key_hpf_slope_6db"}},       {level(Cabin, 40, 11.8, 0.2)}});
-    rows.push_back({"stand-alone, high-pass 12 dB",        {alone, high, {"key_hpf_slope_18db"}}, {{"key_hpf_slope_12db"}},      {level(Cabin, 40, 12.0, 0.2)}});
-    rows.push_back({"stand-alone, high-pass 18 dB",        {alone, high},                         {{"key_hpf_slope_18db"}},      {level(Cabin, 40, -12.0, 0.2)}});
+    rows.push_back({"stand-alone, high-pass down",         {alone, high},                         {{"Key_hpf_freq_minus"}},      {louder(Cabin, 40, 10, 12)}});
+    rows.push_back({"stand-alone, high-pass 6 dB",         {alone, high},                         {{"key_hpf_slope_6db"}},       {level(Cabin, 40, 12.3, 0.2), turned(Sub)}});
+    rows.push_back({"stand-alone, high-pass 12 dB",        {alone, high, {"key_hpf_slope_18db"}}, {{"key_hpf_slope_12db"}},      {level(Cabin, 40, 11.5, 0.2)}});
+    rows.push_back({"stand-alone, high-pass 18 dB",        {alone, high},                         {{"key_hpf_slope_18db"}},      {level(Cabin, 40, -11.5, 0.2)}});
     // A fresh low-pass: no frequency, 24 dB/octave.
-    rows.push_back({"stand-alone, low-pass on and up",     {alone},                               {low, lowUp},                  {level(Cabin, 2000, -3.01), softer(Cabin, 8000, 45, 70)}});
-    rows.push_back({"stand-alone, low-pass on",            {alone, low, lowUp, low},              {low},                         {level(Cabin, 2000, -3.01)}});
-    rows.push_back({"stand-alone, low-pass off",           {alone, low, lowUp},                   {low},                         {level(Cabin, 2000, 3.01)}});
+    rows.push_back({"stand-alone, low-pass on and up",     {alone},                               {low, lowUp},                  {level(Cabin, 2000, -6.02), softer(Cabin, 8000, 45, 70)}});
+    rows.push_back({"stand-alone, low-pass on",            {alone, low, lowUp, low},              {low},                         {level(Cabin, 2000, -6.02)}});
+    rows.push_back({"stand-alone, low-pass off",           {alone, low, lowUp},                   {low},                         {level(Cabin, 2000, 6.02)}});
     rows.push_back({"stand-alone, low-pass up",            {alone, low, lowUp},                   {lowUp},                       {louder(Cabin, 8000, 40, 70)}});
     rows.push_back({"stand-alone, low-pass down",          {alone, low, {"Key_low_freq_plus", 2}},{{"Key_low_freq_minus"}},      {softer(Cabin, 8000, 40, 70)}});
     rows.push_back({"stand-alone, low-pass 6 dB",          {alone, low, lowUp},                   {{"key_low_slope_6db"}},       {louder(Cabin, 8000, 33, 42)}});

@@ -21,19 +21,19 @@ Section secondOrder(double g, double q, bool high)
     return high ? Section{g, 1 / q, 1, 0, 0} : Section{g, 1 / q, 0, 0, 1};
 }
 
-TwoSections butterworth(double hz, int order, double rate, bool high)
+TwoSections crossover(double hz, int order, double rate, bool high)
 {
     const double g = prewarp(hz, rate);
     const Section pass{g, 2, 1, 2, 1};
     switch (std::clamp(order, 1, 4)) {
     case 1:
         return {firstOrder(g, high), pass};
-    case 2:
-        return {secondOrder(g, std::sqrt(0.5), high), pass};
+    case 2: // of first order twice
+        return {secondOrder(g, 0.5, high), pass};
     case 3:
         return {firstOrder(g, high), secondOrder(g, 1, high)};
-    default:
-        return {secondOrder(g, 0.5 / std::cos(pi / 8), high), secondOrder(g, 0.5 / std::sin(pi / 8), high)};
+    default: // of second order twice
+        return {secondOrder(g, std::sqrt(0.5), high), secondOrder(g, std::sqrt(0.5), high)};
     }
 }
 
@@ -90,14 +90,14 @@ Section highShelf(double hz, double q, double gainDb, double rate)
     return {prewarp(hz, rate) * std::sqrt(a), 1 / q, a * a, a / q, 1};
 }
 
-TwoSections butterworthHighPass(double hz, int order, double rate)
+TwoSections crossoverHighPass(double hz, int order, double rate)
 {
-    return butterworth(hz, order, rate, true);
+    return crossover(hz, order, rate, true);
 }
 
-TwoSections butterworthLowPass(double hz, int order, double rate)
+TwoSections crossoverLowPass(double hz, int order, double rate)
 {
-    return butterworth(hz, order, rate, false);
+    return crossover(hz, order, rate, false);
 }
 
 TwoSections passThrough(double rate)

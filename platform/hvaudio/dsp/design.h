@@ -38,11 +38,14 @@ Section peaking(double hz, double q, double gainDb, double rate);
 /// High shelf of the same source; 0 dB at 0 Hz, `gainDb` at the top, half of it (in dB) at hz.
 Section highShelf(double hz, double q, double gainDb, double rate);
 
-/// A Butterworth filter of order 1 to 4 (others count as the nearest) as two sections; the second passes
-/// everything for orders 1 and 2.
+/// A crossover's filter of order 1 to 4 (others count as the nearest) as two sections; the second passes
+/// everything for orders 1 and 2. Odd orders are Butterworth, -3.01 dB at the corner. Even ones are the
+/// Butterworth filter of half the order twice, -6.02 dB at the corner (S. Linkwitz, "Active Crossover
+/// Networks for Noncoincident Drivers", 1976): a high-pass and a low-pass of equal corner and order add up to
+/// an all-pass, so to a flat sum. At order 2 one of the two must be turned round for that.
 using TwoSections = std::array<Section, 2>;
-TwoSections butterworthHighPass(double hz, int order, double rate);
-TwoSections butterworthLowPass(double hz, int order, double rate);
+TwoSections crossoverHighPass(double hz, int order, double rate);
+TwoSections crossoverLowPass(double hz, int order, double rate);
 /// Sections that pass everything but keep the memory of a filter at 80 Hz running, so that switching a filter
 /// on or off is a glide of the output mix.
 TwoSections passThrough(double rate);

@@ -6,9 +6,9 @@ void foldToStereo(const float* const in[speakerCount], float* const out[2], int 
 {
     const auto at = [](const float* signal, int n) { return signal ? signal[n] : 0.0f; };
     for (int n = 0; n < frames; ++n) {
-        const float sub = 0.5f * at(in[Subwoofer], n);
-        const float left = 0.25f * (at(in[FrontLeft], n) + at(in[RearLeft], n)) + sub;
-        const float right = 0.25f * (at(in[FrontRight], n) + at(in[RearRight], n)) + sub;
+        const float sub = subwooferShare * at(in[Subwoofer], n);
+        const float left = cabinShare * (at(in[FrontLeft], n) + at(in[RearLeft], n)) + sub;
+        const float right = cabinShare * (at(in[FrontRight], n) + at(in[RearRight], n)) + sub;
         out[0][n] = left;
         out[1][n] = right;
     }

@@ -1,5 +1,7 @@
 #include "platform/hvaudio/dsp/response.h"
 
+#include "platform/hvaudio/dsp/fold.h"
+
 namespace hvaudio::dsp {
 
 namespace {
@@ -37,6 +39,14 @@ std::complex<double> responseOf(const Snapshot& snapshot, Speaker speaker, doubl
     h *= (a + zInverse) / (1.0 + a * zInverse) / zInverse;
     const int tap = snapshot.delayTap[speaker] - (speaker == Subwoofer ? subwooferLead : 0);
     return h * std::pow(zInverse, tap);
+}
+
+std::complex<double> sumAtSeat(const Snapshot& snapshot, double hz, double rate)
+{
+    std::complex<double> sum = 2.0 * double(subwooferShare) * responseOf(snapshot, Subwoofer, hz, rate);
+    for (int i = 0; i < cabinSpeakerCount; ++i)
+        sum += double(cabinShare) * responseOf(snapshot, Speaker(i), hz, rate);
+    return sum;
 }
 
 } // namespace hvaudio::dsp

@@ -14,4 +14,9 @@ namespace hvaudio::dsp {
 HVAUDIO_EXPORT std::complex<double> responseOf(const Snapshot& snapshot, Speaker speaker, double hz,
                                                double rate);
 
+/// The five speakers' sum at the seat, of sound that both sides have in common: no room, no distances, and
+/// each speaker with twice its share of a fold (fold.h), so that a crossover that adds up flat is at 0 dB.
+/// Arguments as above.
+HVAUDIO_EXPORT std::complex<double> sumAtSeat(const Snapshot& snapshot, double hz, double rate);
+
 } // namespace hvaudio::dsp

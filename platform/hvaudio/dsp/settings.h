@@ -32,7 +32,7 @@ constexpr std::array<double, bandCount> bandHz = {32,   63,   125,   250,   500,
 /// The level of what is turned down to nothing, in dB.
 constexpr double silentDb = -std::numeric_limits<double>::infinity();
 
-/// One Butterworth filter.
+/// One filter of a crossover, see `crossoverHighPass`.
 struct FilterSettings
 {
     double hz = 0; ///< corner, 10..20000; 0 = off, everything passes

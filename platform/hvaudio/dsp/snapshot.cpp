@@ -43,13 +43,13 @@ ExactSections makeSections(const Settings& s, const EqualizerDesign& equalizer, 
     const double power = s.power ? 1 : 0;
     for (int i = 0; i < cabinSpeakerCount; ++i) {
         const CabinSpeakerSettings& speaker = s.cabin[i];
-        exact.highPass[i] = filter(butterworthHighPass, speaker.highPass);
-        exact.lowPass[i] = filter(butterworthLowPass, speaker.lowPass);
+        exact.highPass[i] = filter(crossoverHighPass, speaker.highPass);
+        exact.lowPass[i] = filter(crossoverLowPass, speaker.lowPass);
         exact.speakerGain[i] = power * fieldFactor(Speaker(i), s.balance, s.fader) *
                                signedLevel(speaker.attenuation, speaker.inverted);
         exact.delayFrames[i] = speaker.delayMs * rate / 1000;
     }
-    exact.subwoofer = filter(butterworthLowPass, s.subwoofer.lowPass);
+    exact.subwoofer = filter(crossoverLowPass, s.subwoofer.lowPass);
     exact.speakerGain[Subwoofer] =
         s.subwoofer.silent ? 0 : power * signedLevel(s.subwoofer.attenuation, s.subwoofer.inverted);
     exact.delayFrames[Subwoofer] = s.subwoofer.delayMs * rate / 1000;

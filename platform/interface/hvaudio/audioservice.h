@@ -89,6 +89,8 @@ public:
     /// of mainSubwoofer. attenuation: 0..127 dB; more than 12 is logged, kept and sounds as 12. On the main
     /// audio's lists it is a level 0..127 instead: 14 and more is the loudest, each step below is 1 dB.
     /// slope: 1..3 as above; 0 takes the one that the crossover page has stored. Kept across power cycles.
+    /// While it and a high-pass of the cabin are on, the polarity follows their slopes (subwooferTurned) and
+    /// the page's phase switch turns it round.
     void setSubFilter(int frequency, int attenuation, int slope);
 
     /// speaker: one speaker bit, 32 for the subwoofer; delay: 0..10 ms, rounded to 0.001 ms. Kept across

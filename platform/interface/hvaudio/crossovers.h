@@ -12,6 +12,22 @@ constexpr int groupCrossoverHz[] = {0, 30, 40, 60, 80, 100, 120, 160, 250};
 /// Slope indexes 0..3, in dB per octave: filters of order 1..4.
 constexpr int crossoverSlopes[] = {6, 12, 18, 24};
 
+/// Whether the audio service turns the subwoofer round against the cabin's speakers, for the cabin's
+/// high-pass slope (row) and the subwoofer's low-pass slope (column): whatever makes the sum at a common
+/// corner the larger. There the high-pass leads and the low-pass lags by 45 degrees an order, so the two are
+/// 45 degrees times the sum of their orders apart, and beyond a right angle they would cancel; at a right
+/// angle both ways sum alike, and nothing is turned. With equal slopes the sum is flat at every frequency.
+/// The listener's phase switch turns it round once more.
+// clang-format off
+constexpr bool subwooferTurned[std::size(crossoverSlopes)][std::size(crossoverSlopes)] = {
+    //  6     12     18     24 dB/octave of the subwoofer
+    {false, true,  true,  true },  // cabin 6 dB/octave
+    {true,  true,  true,  false},  // 12
+    {true,  true,  false, false},  // 18
+    {true,  false, false, false},  // 24
+};
+// clang-format on
+
 /// Levels of the hub's pages are attenuations of 0 ... this, in dB.
 constexpr int largestAttenuation = 12;
 

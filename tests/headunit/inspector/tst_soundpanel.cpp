@@ -29,6 +29,7 @@ private slots:
     void listeningEndsWithThePanel();
     void computedCurvesAreTheRunningCoefficients();
     void computedCurvesFollowASetting();
+    void sumIsFlatOverACrossoverAndHasAHoleWhereSpeakersCancel();
     void settledSoundIsntDrawnAgain();
     void measuredDotsLieOnTheLines();
     void dotsOfEqualSpeakersLieBesideOneAnother();
@@ -152,6 +153,29 @@ void TestSoundPanel::computedCurvesFollowASetting()
     m_sound->wanted.mainDb = -6; // five steps of 1.2 dB
     m_sound->apply();
     QTRY_VERIFY(std::abs(points(FrontLeft, false).at(100).y() - (before - 6)) < 0.1);
+}
+
+void TestSoundPanel::sumIsFlatOverACrossoverAndHasAHoleWhereSpeakersCancel()
+{
+    for (auto& speaker : m_sound->wanted.cabin)
+        speaker.highPass = {80, 4};
+    m_sound->wanted.subwoofer = {false, {80, 4}, 0, false, 0};
+    m_sound->apply();
+    m_panel->show();
+    const int sum = speakerCount; // drawn behind the speakers' lines
+    QVERIFY(points(Speaker(sum), false).size() > 100);
+    for (const QPointF& point : points(Speaker(sum), false))
+        QVERIFY2(std::abs(point.y()) < 0.1, qPrintable(QStringLiteral("%1 Hz").arg(point.x())));
+    m_sound->wanted.subwoofer.inverted = true;
+    m_sound->apply();
+    QTRY_VERIFY(points(Speaker(sum), false).constFirst().y() > -0.2);
+    const auto hole = [&] {
+        for (const QPointF& point : points(Speaker(sum), false))
+            if (point.x() > 78 && point.x() < 82 && point.y() < -20)
+                return true;
+        return false;
+    };
+    QTRY_VERIFY(hole());
 }
 
 void TestSoundPanel::settledSoundIsntDrawnAgain()

@@ -1,4 +1,8 @@
+#include "platform/hvaudio/dsp/engine.h"
+#include "platform/hvaudio/dsp/response.h"
 #include "tests/platform/hvaudioservice/servicefixture.h"
+
+#include <cmath>
 
 /// The pages count in indexes, levels and channels, the sound processor in Hz, orders and dB: what each
 /// number means, row by row, from tables on paper.
@@ -17,6 +21,12 @@ private slots:
     void channelsAreNamedPrompts();
     void gainsAreDecibels();
     void balanceAndFaderAreShares();
+    void subwooferIsTurnedToAddUp_data();
+    void subwooferIsTurnedToAddUp();
+    void nothingIsTurnedWithoutACrossover();
+    void firstHighPassSpeaksForTheCabin();
+    void equalSlopesSumFlat_data();
+    void equalSlopesSumFlat();
 };
 
 using Tables = AudioServiceHost::FilterTables;
@@ -169,6 +179,108 @@ void TestSoundUnits::balanceAndFaderAreShares()
         QCOMPARE(m_heard.balance, value / 15.0);
         QCOMPARE(m_heard.fader, -value / 15.0);
     }
+}
+
+static void setCrossover(int index, int cabinSlope, int subwooferSlope)
+{
+    // Slope 0 is what the page has stored.
+    SettingsStore::instance()->setValue(QStringLiteral("subwooferslope"), subwooferSlope, true);
+    for (const int speaker : {1, 2, 4, 8})
+        AudioService::instance()->setHPFFilter(index, 0, speaker, cabinSlope);
+    AudioService::instance()->setSubFilter(index + 1, 0, 0);
+}
+
+/// Size of the sum of cabin and subwoofer, whose sounds are alike but for the filters, at a frequency.
+static double sumDb(const Settings& settings, double hz)
+{
+    hvaudio::dsp::Engine engine;
+    Settings loud = settings;
+    loud.mainDb = 0;
+    engine.prepare(48000);
+    engine.set(loud);
+    return 20 * std::log10(std::abs(hvaudio::dsp::sumAtSeat(engine.snapshot(), hz, 48000)));
+}
+
+void TestSoundUnits::subwooferIsTurnedToAddUp_data()
+{
+    QTest::addColumn<int>("cabinSlope");
+    QTest::addColumn<int>("subwooferSlope");
+    QTest::addColumn<bool>("turned");
+    // clang-format off
+    QTest::newRow("6 and 6")   << 0 << 0 << false;
+    QTest::newRow("6 and 12")  << 0 << 1 << true;
+    QTest::newRow("6 and 18")  << 0 << 2 << true;
+    QTest::newRow("6 and 24")  << 0 << 3 << true;
+    QTest::newRow("12 and 6")  << 1 << 0 << true;
+    QTest::newRow("12 and 12") << 1 << 1 << true;
+    QTest::newRow("12 and 18") << 1 << 2 << true;
+    QTest::newRow("12 and 24") << 1 << 3 << false;
+    QTest::newRow("18 and 6")  << 2 << 0 << true;
+    QTest::newRow("18 and 12") << 2 << 1 << true;
+    QTest::newRow("18 and 18") << 2 << 2 << false;
+    QTest::newRow("18 and 24") << 2 << 3 << false;
+    QTest::newRow("24 and 6")  << 3 << 0 << true;
+    QTest::newRow("24 and 12") << 3 << 1 << false;
+    QTest::newRow("24 and 18") << 3 << 2 << false;
+    QTest::newRow("24 and 24") << 3 << 3 << false;
+    // clang-format on
+}
+
+void TestSoundUnits::subwooferIsTurnedToAddUp()
+{
+    QFETCH(int, cabinSlope);
+    QFETCH(int, subwooferSlope);
+    QFETCH(bool, turned);
+    setCrossover(4, cabinSlope, subwooferSlope);
+    QCOMPARE(m_heard.subwoofer.inverted, turned);
+    const double chosen = sumDb(m_heard, 80);
+    // The listener's switch turns it round.
+    setStored("Audio_Phase_Troggle", true);
+    QCOMPARE(m_heard.subwoofer.inverted, !turned);
+    QVERIFY2(chosen > sumDb(m_heard, 80) - 0.01, qPrintable(QString::number(chosen)));
+}
+
+void TestSoundUnits::nothingIsTurnedWithoutACrossover()
+{
+    setCrossover(0, 1, 1); // no filter at all
+    QVERIFY(!m_heard.subwoofer.inverted);
+    service()->setSubFilter(5, 0, 1); // the cabin's speakers play everything
+    QVERIFY(!m_heard.subwoofer.inverted);
+    setCrossover(4, 1, 1);
+    QVERIFY(m_heard.subwoofer.inverted);
+    service()->setSubFilter(1, 0, 1); // the subwoofer does
+    QVERIFY(!m_heard.subwoofer.inverted);
+}
+
+void TestSoundUnits::firstHighPassSpeaksForTheCabin()
+{
+    setCrossover(4, 1, 1);
+    QVERIFY(m_heard.subwoofer.inverted);
+    for (const int front : {1, 2})
+        service()->setHPFFilter(4, 0, front, 3);
+    QVERIFY(!m_heard.subwoofer.inverted); // 24 and 12
+    for (const int front : {1, 2})
+        service()->setHPFFilter(0, 0, front, 3);
+    QVERIFY(m_heard.subwoofer.inverted); // the rear pair's 12 and 12
+}
+
+void TestSoundUnits::equalSlopesSumFlat_data()
+{
+    QTest::addColumn<int>("index");
+    QTest::addColumn<int>("slope");
+    for (int index = 1; index <= 8; ++index)
+        for (int slope = 0; slope <= 3; ++slope)
+            QTest::addRow("index %d, %d dB/octave", index, 6 * (slope + 1)) << index << slope;
+}
+
+void TestSoundUnits::equalSlopesSumFlat()
+{
+    QFETCH(int, index);
+    QFETCH(int, slope);
+    setCrossover(index, slope, slope);
+    for (double hz = 20; hz <= 20000; hz *= 1.15)
+        QVERIFY2(std::abs(sumDb(m_heard, hz)) < 0.1,
+                 qPrintable(QStringLiteral("%1 Hz: %2 dB").arg(hz).arg(sumDb(m_heard, hz))));
 }
 
 QTEST_GUILESS_MAIN(TestSoundUnits)
