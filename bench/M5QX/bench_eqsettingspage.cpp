@@ -149,7 +149,7 @@ void moveEvent(benchmark::State& state)
             page.send(QEvent::MouseMove, y);
             sync(page.window());
         });
-        platform_double::take(platform_double::All);
+        platform_double::takeCalls(platform_double::All);
     }
     state.counters["ratio"] = samples.median() / reference;
     // From 18 pixels on each event is a new value and so a paint.

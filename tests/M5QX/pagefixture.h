@@ -26,9 +26,9 @@ protected:
     /// What was asked of the platform by that click.
     QStringList clicked(const QString& name, int kinds = platform_double::Actions)
     {
-        platform_double::take(platform_double::All);
+        platform_double::takeCalls(platform_double::All);
         click(name);
-        return platform_double::take(kinds);
+        return platform_double::takeCalls(kinds);
     }
     void call(const char* slot) { QVERIFY2(QMetaObject::invokeMethod(m_page.data(), slot), slot); }
 

@@ -52,8 +52,8 @@ void TestMainWindow::onCreateBuildsTheRootWidgetThenCallsTheBase()
     QVERIFY(qobject_cast<MainWidget*>(window.mainWidget()));
     QVERIFY(!window.mainWidget()->parent());
     QCOMPARE(window.mainWidgetId(), 33);
-    QCOMPARE(take(Window), QStringList({"BaseWindow.setMainWidget(audiosetting::MainWidget, 33)",
-                                        "BaseWindow.onCreate()"}));
+    QCOMPARE(takeCalls(Window), QStringList({"BaseWindow.setMainWidget(audiosetting::MainWidget, 33)",
+                                             "BaseWindow.onCreate()"}));
 }
 
 void TestMainWindow::onCreateTwiceCreatesOneRootWidgetAndTheSecondCallResumesIt()
@@ -61,16 +61,16 @@ void TestMainWindow::onCreateTwiceCreatesOneRootWidgetAndTheSecondCallResumesIt(
     MainWindow window;
     window.onCreate();
     QWidget* root = window.mainWidget();
-    take();
+    takeCalls();
     setStored(QStringLiteral("AudioSetting_Page"), 3);
     window.onCreate();
     QCOMPARE(window.mainWidget(), root);
-    QCOMPARE(take(Window), QStringList({"BaseWindow.onCreate()"}));
+    QCOMPARE(takeCalls(Window), QStringList({"BaseWindow.onCreate()"}));
     QCOMPARE(root->findChildren<m5qx_mainwidget*>().size(), 1);
     // Resuming means that the hub reads the page anew and shows it.
     window.onCreate();
-    QVERIFY(
-        take(Actions | Read).startsWith(QStringLiteral("SettingsExe.getValue(\"AudioSetting_Page\", 1)")));
+    QVERIFY(takeCalls(Actions | Read)
+                .startsWith(QStringLiteral("SettingsExe.getValue(\"AudioSetting_Page\", 1)")));
 }
 
 void TestMainWindow::afterTheRootWidgetWasDestroyedOnCreateBuildsANewOne()
@@ -80,10 +80,10 @@ void TestMainWindow::afterTheRootWidgetWasDestroyedOnCreateBuildsANewOne()
     QPointer<QWidget> first = window.mainWidget();
     delete first;
     QVERIFY(!window.mainWidget());
-    take(All);
+    takeCalls(All);
     window.onCreate();
     QVERIFY(window.mainWidget());
-    QCOMPARE(take(Window).size(), 2);
+    QCOMPARE(takeCalls(Window).size(), 2);
     QCOMPARE(window.backEvent(), 1);
 }
 
@@ -95,8 +95,9 @@ void TestMainWindow::lifeCycleCallsOnlyForwardToTheBase()
     window.onExit();
     window.onHide();
     window.onDestroy();
-    QCOMPARE(take(All), QStringList({"BaseWindow.onShow()", "BaseWindow.onEnter()", "BaseWindow.onExit()",
-                                     "BaseWindow.onHide()", "BaseWindow.onDestroy()"}));
+    QCOMPARE(takeCalls(All),
+             QStringList({"BaseWindow.onShow()", "BaseWindow.onEnter()", "BaseWindow.onExit()",
+                          "BaseWindow.onHide()", "BaseWindow.onDestroy()"}));
     QVERIFY(!window.mainWidget());
 }
 
@@ -111,10 +112,10 @@ void TestMainWindow::backEventAfterOnCreatePostsExactlyOneBackRequest()
 {
     MainWindow window;
     window.onCreate();
-    take();
+    takeCalls();
     QCOMPARE(window.backEvent(), 1);
     QCOMPARE(takeBackRequests(), 1);
-    QCOMPARE(take(), QStringList());
+    QCOMPARE(takeCalls(), QStringList());
 }
 
 void TestMainWindow::backEventAfterTheRootWidgetWentIsNotHandled()
@@ -149,7 +150,7 @@ void TestMainWindow::keyEventReturnsExactlyTheBasesResult()
                      log.first().contains(QStringLiteral("key: %1 ").arg(key)),
                  qPrintable(log.first()));
     }
-    QCOMPARE(take(All).size(), 3);
+    QCOMPARE(takeCalls(All).size(), 3);
 }
 
 void TestMainWindow::aKeyEventThatIsNoneIsLeftToTheBase()
@@ -157,7 +158,7 @@ void TestMainWindow::aKeyEventThatIsNoneIsLeftToTheBase()
     MainWindow window;
     setKeyEventResult(0);
     QCOMPARE(window.keyEvent(nullptr), 0);
-    QCOMPARE(take(All).size(), 1);
+    QCOMPARE(takeCalls(All).size(), 1);
 }
 
 void TestMainWindow::rootWidgetCarriesItsConstructorsSignatureAsName()

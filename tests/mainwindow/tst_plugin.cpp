@@ -33,7 +33,7 @@ void TestPlugin::createDoesNothing()
 {
     Plugin plugin;
     plugin.create();
-    QCOMPARE(platform_double::take(platform_double::All), QStringList());
+    QCOMPARE(platform_double::takeCalls(platform_double::All), QStringList());
     QVERIFY(plugin.children().isEmpty());
 }
 

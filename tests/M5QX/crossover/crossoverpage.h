@@ -10,19 +10,14 @@ using namespace platform_double;
 using Page = audiosetting::m5qx_eq_crossover_setting_page;
 
 #define ICONS ":/vexa_m5qx_audiosettingicon/"
-const QString keyBeep = QStringLiteral("AudioService.doBeep(0)");
 
 /// The four calls that send a filter.
 inline QStringList sent(const char* filter, int freq, int slope)
 {
     QStringList calls;
     for (const int speaker : {1, 2, 4, 8})
-        calls << QStringLiteral("AudioService.set%1Filter(%2, %3, %4, %5)")
-                     .arg(QLatin1String(filter))
-                     .arg(freq)
-                     .arg(freq & 0x7F)
-                     .arg(speaker)
-                     .arg(slope);
+        calls << service(qPrintable(QStringLiteral("set%1Filter").arg(QLatin1String(filter))), freq,
+                         freq & 0x7F, speaker, slope);
     return calls;
 }
 
@@ -34,7 +29,7 @@ inline QString write(const char* key, const char* fallback, const QString& value
 
 inline QString sub(int freq, int level)
 {
-    return QStringLiteral("AudioService.setSubFilter(%1, %2, 0)").arg(freq).arg(level);
+    return service("setSubFilter", freq, level, 0);
 }
 
 class CrossoverPageFixture : public PageFixture<Page>
@@ -50,7 +45,7 @@ protected:
     void show()
     {
         m_page->show();
-        take();
+        takeCalls();
         takeLog();
     }
 };

@@ -32,19 +32,12 @@ inline QString points(QPoint a, QPoint b, QPoint c)
 
 inline QString write(const char* key, const QString& defaultMap, const QString& map)
 {
-    return QStringLiteral("SettingsFunc.setValue(\"%1\", \"%2\", \"%3\", true)")
-        .arg(QLatin1String(key), defaultMap, map);
+    return writeOf("Func", QLatin1String(key), defaultMap, map);
 }
-
-const QString keyBeep = QStringLiteral("AudioService.doBeep(0)");
 
 inline QString hpf(int frequency, int gain, int speaker, int slope)
 {
-    return QStringLiteral("AudioService.setHPFFilter(%1, %2, %3, %4)")
-        .arg(frequency)
-        .arg(gain)
-        .arg(speaker)
-        .arg(slope);
+    return service("setHPFFilter", frequency, gain, speaker, slope);
 }
 
 /// The calls that send a group's filter.
@@ -55,11 +48,11 @@ inline QStringList sent(int group, int freq, int gain, int slope)
     if (group == 1)
         return {hpf(freq | 0x80, gain, 4, slope), hpf(freq | 0x80, gain, 8, slope)};
     return {
-        QStringLiteral("AudioService.setSubFilter(%1, %2, %3)").arg(freq + 1).arg(gain).arg(slope),
-        QStringLiteral("SettingsFunc.setValue(\"subwooferFreq\", 7, %1, true)").arg(freq + 1),
-        QStringLiteral("SettingsFunc.setValue(\"subwooferslope\", 0, %1, true)").arg(slope),
-        QStringLiteral("SettingsFunc.setValue(\"subwooferLevel\", 11, %1, true)").arg(gain | 0x80),
-        QStringLiteral("SettingsFunc.setValue(\"subwooferOnOff\", true, true, true)"),
+        service("setSubFilter", freq + 1, gain, slope),
+        writeOf("Func", QStringLiteral("subwooferFreq"), 7, freq + 1),
+        writeOf("Func", QStringLiteral("subwooferslope"), 0, slope),
+        writeOf("Func", QStringLiteral("subwooferLevel"), 11, gain | 0x80),
+        writeOf("Func", QStringLiteral("subwooferOnOff"), true, true),
     };
 }
 
@@ -74,7 +67,7 @@ protected:
     void resume()
     {
         m_page->resume();
-        take();
+        takeCalls();
         takeLog();
     }
     QStringList shown()

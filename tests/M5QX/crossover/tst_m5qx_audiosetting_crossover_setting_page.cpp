@@ -55,8 +55,8 @@ void TestCrossoverPage::slotsAreDeclaredInOrder()
 
 void TestCrossoverPage::constructionReadsTheTwoStatesAndWritesNothing()
 {
-    QCOMPARE(take(All & ~Text), QStringList({"SettingsExe.getValue(\"hpfState\", false)",
-                                             "SettingsExe.getValue(\"lpfState\", false)"}));
+    QCOMPARE(takeCalls(All & ~Text), QStringList({"SettingsExe.getValue(\"hpfState\", false)",
+                                                  "SettingsExe.getValue(\"lpfState\", false)"}));
     // Each key has its own on picture, off is the same.
     setStored(QStringLiteral("hpfState"), true);
     setStored(QStringLiteral("lpfState"), true);
@@ -82,10 +82,10 @@ void TestCrossoverPage::showingRefreshesInOrderAndWritesNothing()
         "updateHPFSlopeIcon",        "updateHPFSlopeLineIcon",  "updateLPFSlopeIcon",
         "updateLPFSlopeLineIcon",    "updateCurrSubWooferText", "updateCurrSubFreqText",
         "updateCurrSubFreqBtnState", "updateCurrSubLevelText",  "updateCurrSubLevelBtnState"};
-    take(All);
+    takeCalls(All);
     takeLog();
     m_page->show();
-    const QStringList calls = take(All);
+    const QStringList calls = takeCalls(All);
     const QStringList texts = calls.filter(QStringLiteral("Translator."));
     QVERIFY(calls.first().startsWith(QStringLiteral("Translator."))); // texts, then values
     QCOMPARE(calls.size() - texts.size(), calls.filter(QStringLiteral(".getValue(")).size());
@@ -106,7 +106,7 @@ void TestCrossoverPage::showingRefreshesInOrderAndWritesNothing()
                           "updateCurrLPFFreqText", "updateCurrLPFFreqBtnState", "updateCurrLPFFreqLineIcon",
                           "updateLPFStateIcon", "updateCurrLPFFreqText", "updateCurrLPFFreqBtnState"}) +
                  slopesAndSubwoofer);
-    QCOMPARE(take(), QStringList());
+    QCOMPARE(takeCalls(), QStringList());
 }
 
 void TestCrossoverPage::aFreshStoreShowsTheDefaults()
@@ -191,9 +191,9 @@ void TestCrossoverPage::valuesOutsideTheTablesShowNoTextAndStayAsStored()
     QCOMPARE(stored(QStringLiteral("hpfFreq")), QVariant(index));
     // Sent as stored too.
     click("key_hpf_slope_6db");
-    QCOMPARE(take(), QStringList({keyBeep, write("hpfslope", "1", "0")}) + sent("HPF", index, 0));
+    QCOMPARE(takeCalls(), QStringList({keyBeep, write("hpfslope", "1", "0")}) + sent("HPF", index, 0));
     click("Key_subwoofer_level_plus");
-    QCOMPARE(take().value(1), sub(index, 10));
+    QCOMPARE(takeCalls().value(1), sub(index, 10));
 }
 
 void TestCrossoverPage::anySlopeButThreeShowsNoneAndNoLine()
@@ -235,12 +235,12 @@ void TestCrossoverPage::sendersReadFrequencyThenSlopeOrLevel()
 {
     show();
     call("onSUBFreqNextClicked");
-    QCOMPARE(take(Read | Write | Audio).mid(1, 5),
+    QCOMPARE(takeCalls(Read | Write | Audio).mid(1, 5),
              QStringList({"SettingsExe.getValue(\"subwooferFreq\", 7)", write("subwooferFreq", "7", "7"),
                           "SettingsExe.getValue(\"subwooferFreq\", 7)",
                           "SettingsExe.getValue(\"subwooferLevel\", 11)", sub(0, 11)}));
     call("onHpfFreqPrevClicked");
-    QCOMPARE(take(Read | Write | Audio).mid(1, 4),
+    QCOMPARE(takeCalls(Read | Write | Audio).mid(1, 4),
              QStringList({"SettingsExe.getValue(\"hpfFreq\", 4)", write("hpfFreq", "4", "3"),
                           "SettingsExe.getValue(\"hpfFreq\", 4)", "SettingsExe.getValue(\"hpfslope\", 1)"}));
 }

@@ -71,9 +71,9 @@ void TestCrossoverTouches::frequencyStepsStoreAndSendInOrder()
         click(keys[high][up]);
     else
         call(slots_[high][up]);
-    QCOMPARE(take(), QStringList({keyBeep, write(high ? "hpfFreq" : "lpfFreq", high ? "4" : "0",
-                                                 QString::number(to))}) +
-                         sent(high ? "HPF" : "LPF", to, 2));
+    QCOMPARE(takeCalls(), QStringList({keyBeep, write(high ? "hpfFreq" : "lpfFreq", high ? "4" : "0",
+                                                      QString::number(to))}) +
+                              sent(high ? "HPF" : "LPF", to, 2));
     const char* const texts[2][7] = {{"OFF", "2kHz", "8KHz", "10KHz", "16KHz", "20KHz", ""},
                                      {"OFF", "20Hz", "60Hz", "80Hz", "160Hz", "250Hz", ""}};
     QCOMPARE(text(high ? "text_hpf_freq" : "text_low_freq"), QLatin1String(texts[high][to]));
@@ -89,7 +89,7 @@ void TestCrossoverTouches::hpfNextAtIndex5Keeps5AndStillWritesAndSends()
     setStored(QStringLiteral("hpfFreq"), 5);
     show();
     call("onHpfFreqNextClicked");
-    QCOMPARE(take(), QStringList({keyBeep, write("hpfFreq", "4", "5")}) + sent("HPF", 5, 1));
+    QCOMPARE(takeCalls(), QStringList({keyBeep, write("hpfFreq", "4", "5")}) + sent("HPF", 5, 1));
     QVERIFY(!find("Key_hpf_freq_plus")->isEnabled());
     QVERIFY(find("Key_hpf_freq_minus")->isEnabled());
 }
@@ -104,13 +104,13 @@ void TestCrossoverTouches::switchingTheHpfOffSendsIndex0AndHidesItsRows()
     for (const char* part : {"icon_line_hpf", "text_high_pass", "hpf_freq_widget", "hpf_slope_widget"})
         QVERIFY2(visible(part), part);
     click("key_high_pass");
-    QCOMPARE(take(), QStringList({keyBeep, write("hpfState", "false", "false")}) + sent("HPF", 0, 2));
+    QCOMPARE(takeCalls(), QStringList({keyBeep, write("hpfState", "false", "false")}) + sent("HPF", 0, 2));
     for (const char* part : {"icon_line_hpf", "text_high_pass", "hpf_freq_widget", "hpf_slope_widget"})
         QVERIFY2(!visible(part), part);
     QVERIFY(shows(find("key_high_pass")->icon().pixmap(QPixmap(":/dual_icon/setup_btn_off_n.png").size()),
                   ":/dual_icon/setup_btn_off_n.png"));
     click("key_high_pass");
-    QCOMPARE(take(), QStringList({keyBeep, write("hpfState", "false", "true")}) + sent("HPF", 3, 2));
+    QCOMPARE(takeCalls(), QStringList({keyBeep, write("hpfState", "false", "true")}) + sent("HPF", 3, 2));
     for (const char* part : {"icon_line_hpf", "text_high_pass", "hpf_freq_widget", "hpf_slope_widget"})
         QVERIFY2(visible(part), part);
     QVERIFY(shows(find("key_high_pass")->icon().pixmap(110, 52), ICONS "eq_btn_on1_n.png"));
@@ -122,12 +122,12 @@ void TestCrossoverTouches::switchingTheLpf()
     setStored(QStringLiteral("lpfFreq"), 4);
     show();
     click("key_low_pass");
-    QCOMPARE(take(), QStringList({keyBeep, write("lpfState", "false", "true")}) + sent("LPF", 4, 3));
+    QCOMPARE(takeCalls(), QStringList({keyBeep, write("lpfState", "false", "true")}) + sent("LPF", 4, 3));
     for (const char* part : {"icon_line_lpf", "text_low_pass", "low_freq_widgetl", "low_slope_widget"})
         QVERIFY2(visible(part), part);
     QCOMPARE(find<QLabel>("icon_line_lpf")->pos(), QPoint(132, 0));
     click("key_low_pass");
-    QCOMPARE(take(), QStringList({keyBeep, write("lpfState", "false", "false")}) + sent("LPF", 0, 3));
+    QCOMPARE(takeCalls(), QStringList({keyBeep, write("lpfState", "false", "false")}) + sent("LPF", 0, 3));
     for (const char* part : {"icon_line_lpf", "text_low_pass", "low_freq_widgetl", "low_slope_widget"})
         QVERIFY2(!visible(part), part);
 }
@@ -162,12 +162,12 @@ void TestCrossoverTouches::switchingReadsTheStoredFrequencyOnlyWhenOn()
     QStringList expected{keyBeep, state, write(stateKey, "false", "true"), freq, slope};
     expected += sent(filter, freqDefault, slopeDefault);
     expected << freq << freq; // text and keys of the row that appears
-    QCOMPARE(take(All).mid(0, expected.size()), expected);
+    QCOMPARE(takeCalls(All).mid(0, expected.size()), expected);
 
     click(key.toLatin1());
     expected = QStringList{keyBeep, state, write(stateKey, "false", "false"), slope};
     expected += sent(filter, 0, slopeDefault);
-    QCOMPARE(take(All), expected);
+    QCOMPARE(takeCalls(All), expected);
 }
 
 void TestCrossoverTouches::slopeKeysStoreAndSend_data()
@@ -195,9 +195,9 @@ void TestCrossoverTouches::slopeKeysStoreAndSend()
         {ICONS "filter_thumb_left65.png", ICONS "filter_thumb_left75.png", ICONS "filter_thumb_left85.png"}};
     for (int touches = 0; touches < 2; ++touches) { // a second touch on the selected one sends again
         click(keys[high][slope]);
-        QCOMPARE(take(), QStringList({keyBeep, write(high ? "hpfslope" : "lpfslope", high ? "1" : "3",
-                                                     QString::number(slope))}) +
-                             sent(high ? "HPF" : "LPF", 2, slope));
+        QCOMPARE(takeCalls(), QStringList({keyBeep, write(high ? "hpfslope" : "lpfslope", high ? "1" : "3",
+                                                          QString::number(slope))}) +
+                                  sent(high ? "HPF" : "LPF", 2, slope));
         for (int other = 0; other < 3; ++other) {
             const QString picture(other == slope ? ICONS "icon_circle_blue.png"
                                                  : ICONS "icon_circle_grey.png");
@@ -235,7 +235,8 @@ void TestCrossoverTouches::subwooferFrequencySteps()
         touch::click(m_page.data(), touch::middle(m_page.data(), key));
     else
         call(up ? "onSUBFreqNextClicked" : "onSUBFreqPrevClicked");
-    QCOMPARE(take(), QStringList({keyBeep, write("subwooferFreq", "7", QString::number(to)), sub(to, 6)}));
+    QCOMPARE(takeCalls(),
+             QStringList({keyBeep, write("subwooferFreq", "7", QString::number(to)), sub(to, 6)}));
     const char* const texts[] = {"OFF", "AP", "50Hz", "80Hz", "120Hz", "160Hz", "100Hz", "120Hz"};
     QCOMPARE(text("text_subwoofer_freq"), QLatin1String(texts[to]));
     QCOMPARE(find("Key_subwoofer_freq_plus")->isEnabled(), to != 4);
@@ -275,8 +276,8 @@ void TestCrossoverTouches::subwooferLevelStepsSendBeforeTheyStore()
     else
         call(up ? "onSUBLevelNextClicked" : "onSUBLevelPrevClicked");
     const int level = to & 0x7F;
-    QCOMPARE(take(), QStringList({keyBeep, sub(to & 0x80 ? 3 : 0, level),
-                                  write("subwooferLevel", "11", QString::number(to))}));
+    QCOMPARE(takeCalls(), QStringList({keyBeep, sub(to & 0x80 ? 3 : 0, level),
+                                       write("subwooferLevel", "11", QString::number(to))}));
     QCOMPARE(text("text_subwoofer_level"), QString::number(level));
     QCOMPARE(find("Key_subwoofer_level_plus")->isEnabled(), level != 14);
     QCOMPARE(find("Key_subwoofer_level_minus")->isEnabled(), level != 1);
@@ -292,7 +293,7 @@ void TestCrossoverTouches::withTheSubwooferOffAllFourOfItsKeysAreDisabled()
         QVERIFY2(!find(key)->isEnabled(), key);
         click(key);
     }
-    QCOMPARE(take(All), QStringList());
+    QCOMPARE(takeCalls(All), QStringList());
     QCOMPARE(text("text_subwoofer"), QStringLiteral("T236"));
     m_page->hide();
     setStored(QStringLiteral("subwooferOnOff"), true);
@@ -340,7 +341,7 @@ void TestCrossoverTouches::backBeepsAndPostsOneBackRequest()
 {
     show();
     click("key_back");
-    QCOMPARE(take(All), QStringList(keyBeep));
+    QCOMPARE(takeCalls(All), QStringList(keyBeep));
     QCOMPARE(takeBackRequests(), 1);
     QCOMPARE(takeLog().filter(QStringLiteral("-- back last display")).size(), 1);
 }
@@ -354,9 +355,9 @@ void TestCrossoverTouches::touchesPassThroughLabelsOverKeys()
     // The frequency's background covers the last pixels of the minus key, the slope's text the first of its
     // key.
     touch::click(m_page.data(), QPoint(20 + 73, 90 + 138 + 30));
-    QCOMPARE(take().value(1), write("hpfFreq", "4", "3"));
+    QCOMPARE(takeCalls().value(1), write("hpfFreq", "4", "3"));
     touch::click(m_page.data(), QPoint(20 + 50, 90 + 327 + 42));
-    QCOMPARE(take().value(1), write("hpfslope", "1", "0"));
+    QCOMPARE(takeCalls().value(1), write("hpfslope", "1", "0"));
 }
 
 void TestCrossoverTouches::randomTouchesKeepEveryInvariant()
@@ -370,7 +371,7 @@ void TestCrossoverTouches::randomTouchesKeepEveryInvariant()
     RandomWalk walk(m_page.data(), seed);
     for (int event = 0; event < 20000; ++event) {
         const RandomWalk::Step step = walk.step();
-        const QStringList calls = take();
+        const QStringList calls = takeCalls();
         if (step != RandomWalk::Release) {
             QVERIFY2(calls.isEmpty(), qPrintable(calls.join('\n')));
             continue;

@@ -108,7 +108,7 @@ void TestCrossSettingMaps::storedIndexOutsideItsListCountsAsTheNearestAndIsNotRe
     setStored(gainKey, gain);
     setStored(slopeKey, slope);
     m_page->resume();
-    QCOMPARE(take(), QStringList());
+    QCOMPARE(takeCalls(), QStringList());
     QCOMPARE(shown(), rows);
     click("key_rear");
     QCOMPARE(stored(freqKey), QVariant(freq));
@@ -137,7 +137,7 @@ void TestCrossSettingMaps::levelBeyondTheListIsShownAsTheLowest()
     setStored(QStringLiteral("subwooferLevel"), stored);
     m_page->resume();
     QCOMPARE(find<QLabel>("txt_level")->text(), text);
-    QCOMPARE(take(), QStringList());
+    QCOMPARE(takeCalls(), QStringList());
     QCOMPARE(platform_double::stored(QStringLiteral("subwooferLevel")), QVariant(stored));
 }
 
@@ -164,7 +164,7 @@ void TestCrossSettingMaps::hostileStoredValuesDoNoHarm()
                             "subwooferLevel", "subwooferFreq", "subwooferslope", "subwooferOnOff"})
         setStored(QLatin1String(key), value);
     m_page->resume();
-    QCOMPARE(take(), QStringList());
+    QCOMPARE(takeCalls(), QStringList());
     for (const char* group : {"key_front", "key_rear", "key_subwoofer"}) {
         click(group);
         for (const char* key : {"key_filter_up", "key_filter_down", "key_slope_up", "key_slope_down",
@@ -172,7 +172,7 @@ void TestCrossSettingMaps::hostileStoredValuesDoNoHarm()
             click(key);
     }
     click("Key_troggle_phase");
-    for (const QString& line : take(Audio)) {
+    for (const QString& line : takeCalls(Audio)) {
         const QRegularExpression form(QStringLiteral("^AudioService\\.(doBeep\\(0\\)|setHPFFilter\\((\\d+), "
                                                      "(\\d+), [1248], [0-3]\\)|setSubFilter\\(([1-9]), "
                                                      "(\\d+), [0-3]\\))$"));

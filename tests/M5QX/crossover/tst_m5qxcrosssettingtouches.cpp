@@ -94,7 +94,7 @@ void TestCrossSettingTouches::stepsStoreShowAndSendInOrder()
     if (slope)
         expected << write(slopeKey, QStringLiteral("0;0;1;0;2;0"), map(2, 2 + slope));
     expected << sent(group, 4 + freq, 5 + gain, 2 + slope);
-    QCOMPARE(take(Actions | Read), expected);
+    QCOMPARE(takeCalls(Actions | Read), expected);
     const int hz[] = {0, 30, 40, 60, 80, 100, 120, 160, 250};
     QCOMPARE(shown(),
              QStringList({group == 2 ? "T1244" : "T1243", QStringLiteral("%1 Hz").arg(hz[4 + freq]),
@@ -106,9 +106,10 @@ void TestCrossSettingTouches::filterUpAt250HzKeepsTheIndexStillStoresAndStillSen
     setStored(freqKey, QStringLiteral("0;8;1;0;2;6"));
     resume();
     click("key_filter_up"); // disabled: a touch does nothing
-    QCOMPARE(take(), QStringList());
+    QCOMPARE(takeCalls(), QStringList());
     call("on_key_filter_up_clicked");
-    QCOMPARE(take(), QStringList({keyBeep, write(freqKey, "0;0;1;0;2;6", "0;8;1;0;2;6")}) + sent(0, 8, 0, 0));
+    QCOMPARE(takeCalls(),
+             QStringList({keyBeep, write(freqKey, "0;0;1;0;2;6", "0;8;1;0;2;6")}) + sent(0, 8, 0, 0));
     QCOMPARE(find<QLabel>("txt_filter")->text(), QStringLiteral("250 Hz"));
 }
 
@@ -147,8 +148,8 @@ void TestCrossSettingTouches::stepsAtTheOtherEndsStillStoreAndSend()
                                       : key == QLatin1String(gainKey) ? gain
                                                                       : slope);
     const QString fallback(key == QLatin1String(freqKey) ? "0;0;1;0;2;6" : "0;0;1;0;2;0");
-    QCOMPARE(take(), QStringList({keyBeep, write(key.toLatin1(), fallback, unchanged)}) +
-                         sent(1, freq.toInt(), gain.toInt(), slope.toInt()));
+    QCOMPARE(takeCalls(), QStringList({keyBeep, write(key.toLatin1(), fallback, unchanged)}) +
+                              sent(1, freq.toInt(), gain.toInt(), slope.toInt()));
 }
 
 void TestCrossSettingTouches::withTheSubwooferSelectedLevelDownFrom11Stores12WithBit7()
@@ -156,7 +157,7 @@ void TestCrossSettingTouches::withTheSubwooferSelectedLevelDownFrom11Stores12Wit
     setStored(QStringLiteral("settings_cross_filter"), 2);
     resume();
     click("key_level_down");
-    QCOMPARE(take(),
+    QCOMPARE(takeCalls(),
              QStringList({keyBeep, write(gainKey, "0;0;1;0;2;0", "0;0;1;0;2;12")}) + sent(2, 6, 12, 0));
     QCOMPARE(stored(QStringLiteral("subwooferLevel")), QVariant(12 | 0x80));
     // The count of the subwoofer's key is one higher: 120 Hz is the 7 that is its default.
@@ -197,12 +198,13 @@ void TestCrossSettingTouches::offLeavesOnlyFilterUp()
     setStored(freqKey, QStringLiteral("0;1;1;0;2;6"));
     resume();
     click("key_filter_down");
-    QCOMPARE(take(), QStringList({keyBeep, write(freqKey, "0;0;1;0;2;6", "0;0;1;0;2;6")}) + sent(0, 0, 0, 0));
+    QCOMPARE(takeCalls(),
+             QStringList({keyBeep, write(freqKey, "0;0;1;0;2;6", "0;0;1;0;2;6")}) + sent(0, 0, 0, 0));
     QCOMPARE(enabled(), QStringLiteral("010000"));
     for (const char* key :
          {"key_filter_down", "key_slope_up", "key_slope_down", "key_level_up", "key_level_down"})
         click(key);
-    QCOMPARE(take(All), QStringList());
+    QCOMPARE(takeCalls(All), QStringList());
 }
 
 void TestCrossSettingTouches::groupKeysBeepStoreAndSend_data()
@@ -226,7 +228,7 @@ void TestCrossSettingTouches::groupKeysBeepStoreAndSend()
     resume();
     click(key.toLatin1());
     QCOMPARE(
-        take(Actions | Read),
+        takeCalls(Actions | Read),
         QStringList(
             {keyBeep,
              QStringLiteral("SettingsFunc.setValue(\"settings_cross_filter\", 0, %1, true)").arg(group)}) +
@@ -235,7 +237,7 @@ void TestCrossSettingTouches::groupKeysBeepStoreAndSend()
         QCOMPARE(find(other)->isChecked(), key == QLatin1String(other));
     // A second touch on the selected group sends again and leaves it checked.
     click(key.toLatin1());
-    QCOMPARE(take().size(), 2 + sent(group, 0, 0, 0).size());
+    QCOMPARE(takeCalls().size(), 2 + sent(group, 0, 0, 0).size());
     QVERIFY(find(key.toLatin1())->isChecked());
 }
 
@@ -278,7 +280,7 @@ void TestCrossSettingTouches::phaseKeySendsTheSubwoofersIndexes()
     for (const bool phase : {true, false}) {
         click("Key_troggle_phase");
         QCOMPARE(key->isChecked(), phase);
-        QCOMPARE(take(Actions | Read),
+        QCOMPARE(takeCalls(Actions | Read),
                  QStringList({keyBeep, QStringLiteral(
                                            "SettingsFunc.setValue(\"Audio_Phase_Troggle\", false, %1, true)")
                                            .arg(phase ? "true" : "false")}) +
@@ -304,7 +306,7 @@ void TestCrossSettingTouches::phaseKeyIsDispatchedOnTheSelectedGroup()
     setStored(slopeKey, QStringLiteral("0;0;1;1;2;3"));
     resume();
     call("onKey_troggle_phase");
-    QCOMPARE(take(),
+    QCOMPARE(takeCalls(),
              QStringList({keyBeep, "SettingsFunc.setValue(\"Audio_Phase_Troggle\", false, false, true)"}) +
                  sent(group, 7, 11, 3));
 }
@@ -327,7 +329,7 @@ void TestCrossSettingTouches::exitBeepsAndAsksTheHub()
     resume();
     QSignalSpy spy(m_page.data(), SIGNAL(exitUI()));
     find("key_exit")->click();
-    QCOMPARE(take(All), QStringList(keyBeep));
+    QCOMPARE(takeCalls(All), QStringList(keyBeep));
     QCOMPARE(spy.count(), 1);
     QCOMPARE(takeBackRequests(), 0); // the hub posts it
 }
@@ -338,9 +340,9 @@ void TestCrossSettingTouches::aTouchOnALabelReachesTheKeyBelow()
     resume();
     // The row title covers the upper 10 px of both keys.
     touch::click(m_page.data(), QPoint(22 + 250, 385 + 35));
-    QCOMPARE(take().value(1), write(freqKey, "0;0;1;0;2;6", "0;5;1;4;2;4"));
+    QCOMPARE(takeCalls().value(1), write(freqKey, "0;0;1;0;2;6", "0;5;1;4;2;4"));
     touch::click(m_page.data(), QPoint(22 + 5, 385 + 35));
-    QCOMPARE(take().value(1), write(freqKey, "0;0;1;0;2;6", "0;4;1;4;2;4"));
+    QCOMPARE(takeCalls().value(1), write(freqKey, "0;0;1;0;2;6", "0;4;1;4;2;4"));
     // Captions cover their keys wholly.
     touch::click(m_page.data(), QPoint(820 + 86, 94 + 76 + 35));
     QVERIFY(find("key_rear")->isChecked());
@@ -352,7 +354,7 @@ void TestCrossSettingTouches::aTouchOnTheGridReachesNothing()
     for (const QPoint& pos :
          {QPoint(60, 100), QPoint(400, 200), QPoint(770, 380), QPoint(48, 40), QPoint(300, 50)})
         touch::click(m_page.data(), pos);
-    QCOMPARE(take(All), QStringList());
+    QCOMPARE(takeCalls(All), QStringList());
 }
 
 void TestCrossSettingTouches::everySlotWritesADiagnosticLine()
@@ -377,7 +379,7 @@ void TestCrossSettingTouches::randomTouchesKeepEveryInvariant()
     RandomWalk walk(m_page.data(), seed);
     for (int event = 0; event < 20000; ++event) {
         const RandomWalk::Step step = walk.step();
-        const QStringList calls = take();
+        const QStringList calls = takeCalls();
         if (step != RandomWalk::Release) {
             QVERIFY2(calls.isEmpty(), qPrintable(calls.join('\n')));
             continue;

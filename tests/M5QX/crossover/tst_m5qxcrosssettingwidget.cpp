@@ -44,14 +44,14 @@ void TestCrossSetting::signalsAndSlotsAreDeclaredInOrder()
 
 void TestCrossSetting::constructionReadsAndWritesNothing()
 {
-    QCOMPARE(take(All & ~Text), QStringList());
+    QCOMPARE(takeCalls(All & ~Text), QStringList());
 }
 
 void TestCrossSetting::resumeReadsInOrderAndWritesNothing()
 {
-    take(All);
+    takeCalls(All);
     m_page->resume();
-    QCOMPARE(take(All & ~Text),
+    QCOMPARE(takeCalls(All & ~Text),
              QStringList({"SettingsFunc.getValue(\"settings_cross_filter\", 0)",
                           "SettingsFunc.getValue(\"Audio_Phase_Troggle\", false)",
                           "SettingsFunc.getValue(\"settings_cross_freq_index\", \"0;0;1;0;2;6\")",
@@ -73,11 +73,12 @@ void TestCrossSetting::storedGroupOutsideRangeIsTakenAs0()
     QFETCH(int, stored);
     setStored(QStringLiteral("settings_cross_filter"), stored);
     m_page->resume();
-    QCOMPARE(take(), QStringList());
+    QCOMPARE(takeCalls(), QStringList());
     QVERIFY(find("key_front")->isChecked());
     QVERIFY(takeLog().filter(QRegularExpression(QStringLiteral("^C \\[ERR\\]"))).size() == 1);
     click("key_filter_up");
-    QCOMPARE(take(), QStringList({keyBeep, write(freqKey, "0;0;1;0;2;6", "0;1;1;0;2;6")}) + sent(0, 1, 0, 0));
+    QCOMPARE(takeCalls(),
+             QStringList({keyBeep, write(freqKey, "0;0;1;0;2;6", "0;1;1;0;2;6")}) + sent(0, 1, 0, 0));
 }
 
 void TestCrossSetting::freshStoreShowsTheDefaults()

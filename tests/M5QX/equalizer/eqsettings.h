@@ -45,7 +45,7 @@ protected:
         m_page = new m5qx_EQ_settings_page(m_host.data());
         m_host->show();
         QVERIFY(QTest::qWaitForWindowExposed(m_host.data()));
-        take(All);
+        takeCalls(All);
         takeLog();
     }
     QLabel* handle(int band)

@@ -188,9 +188,9 @@ void TestEqPresetWidget::topBarHasTitleEmblemAndAHiddenExit()
     QVERIFY(exit->isHidden());
     auto* emblem = formcheck::child<QPushButton>(&page, QStringLiteral("key_back"));
     QVERIFY(formcheck::holds(emblem->icon(), QIcon::Normal, QIcon::Off, prefix + "icon_eq.png"));
-    take(All);
+    takeCalls(All);
     QTest::mouseClick(emblem, Qt::LeftButton);
-    QCOMPARE(take(All), QStringList());
+    QCOMPARE(takeCalls(All), QStringList());
 }
 
 void TestEqPresetWidget::tilesAreOneExclusiveGroup()
@@ -205,19 +205,19 @@ void TestEqPresetWidget::tilesAreOneExclusiveGroup()
 
 void TestEqPresetWidget::constructionAsksNothingOfTheService()
 {
-    take(All);
+    takeCalls(All);
     EQPresetWidget page(nullptr);
-    QCOMPARE(take(All & ~Text), QStringList());
+    QCOMPARE(takeCalls(All & ~Text), QStringList());
 }
 
 void TestEqPresetWidget::resumeChecksTheTileOfTheServicesType()
 {
     QFETCH(int, id);
     audio().eqType = tiles[id].type;
-    take(All);
+    takeCalls(All);
     m_page->resume();
     QCOMPARE(checked(), QVector<int>{id});
-    QCOMPARE(take(All), QStringList("AudioService.getCurrEQType()"));
+    QCOMPARE(takeCalls(All), QStringList("AudioService.getCurrEQType()"));
 }
 
 void TestEqPresetWidget::anUnknownTypeChangesNothingOnResume_data()
@@ -248,18 +248,19 @@ void TestEqPresetWidget::touchingATileSendsItsTypeWithoutABeep()
 {
     QFETCH(int, id);
     m_host->show();
-    take(All);
+    takeCalls(All);
     touch::click(m_page, tiles[id].place + QPoint(113, 110));
-    QCOMPARE(take(All), QStringList(QStringLiteral("AudioService.setEQType(%1, true)").arg(tiles[id].type)));
+    QCOMPARE(takeCalls(All),
+             QStringList(QStringLiteral("AudioService.setEQType(%1, true)").arg(tiles[id].type)));
     QCOMPARE(checked(), QVector<int>{id});
 }
 
 void TestEqPresetWidget::touchingUser2SendsType7()
 {
     m_host->show();
-    take(All);
+    takeCalls(All);
     touch::click(m_page, {35 + 100, 312 + 100});
-    QCOMPARE(take(), QStringList("AudioService.setEQType(7, true)"));
+    QCOMPARE(takeCalls(), QStringList("AudioService.setEQType(7, true)"));
 }
 
 void TestEqPresetWidget::theCheckMarkMovesBeforeTheServiceAnswers()
@@ -282,29 +283,29 @@ void TestEqPresetWidget::touchingTheCheckedTileSendsItAgain()
     m_host->show();
     audio().eqType = 4;
     m_page->resume();
-    take(All);
+    takeCalls(All);
     touch::click(m_page, tiles[1].place + QPoint(100, 60));
-    QCOMPARE(take(), QStringList("AudioService.setEQType(4, true)"));
+    QCOMPARE(takeCalls(), QStringList("AudioService.setEQType(4, true)"));
     QCOMPARE(checked(), QVector<int>{1});
 }
 
 void TestEqPresetWidget::anIdOutsideTheGroupDoesNothing()
 {
-    take(All);
+    takeCalls(All);
     for (const int id : {-1, 8, INT_MAX, INT_MIN})
         m_page->onButtonGroupClicked(id);
-    QCOMPARE(take(All), QStringList());
+    QCOMPARE(takeCalls(All), QStringList());
     QCOMPARE(checked(), QVector<int>());
 }
 
 void TestEqPresetWidget::exitBeepsThenEmitsExitUI()
 {
     QStringList seen;
-    connect(m_page, &EQPresetWidget::exitUI, this, [&seen] { seen = take(); });
+    connect(m_page, &EQPresetWidget::exitUI, this, [&seen] { seen = takeCalls(); });
     auto* exit = formcheck::child<QPushButton>(m_page, QStringLiteral("key_exit"));
     exit->show();
     m_host->show();
-    take(All);
+    takeCalls(All);
     QSignalSpy spy(m_page, SIGNAL(exitUI()));
     touch::click(m_page, {938 + 37, 13 + 30});
     QCOMPARE(seen, QStringList("AudioService.doBeep(0)"));
@@ -354,14 +355,14 @@ void TestEqPresetWidget::randomTouchesKeepEveryInvariant()
     QFETCH(quint32, seed);
     m_host->show();
     m_page->resume();
-    take(All);
+    takeCalls(All);
     const QRegularExpression sent(QStringLiteral("^AudioService\\.setEQType\\(([0-7]), true\\)$"));
     RandomWalk walk(m_page, seed);
     for (int event = 0; event < 20000; ++event) {
         if (walk.step() != RandomWalk::Release) {
-            QCOMPARE(take(All), QStringList());
+            QCOMPARE(takeCalls(All), QStringList());
         } else {
-            const QStringList calls = take(All);
+            const QStringList calls = takeCalls(All);
             QVERIFY(calls.size() <= 1);
             if (calls.size() == 1) {
                 const auto match = sent.match(calls.first());

@@ -127,7 +127,7 @@ void TestEqSettingsPage::keysShowTheirPictures()
 void TestEqSettingsPage::constructionReadsBothCurvesThenTheType()
 {
     m_host.reset();
-    take(All);
+    takeCalls(All);
     QWidget host;
     new m5qx_EQ_settings_page(&host);
     QStringList expected;
@@ -137,7 +137,7 @@ void TestEqSettingsPage::constructionReadsBothCurvesThenTheType()
                 QStringLiteral("SettingsFunc.getValue(\"eq%1%2\", 0)").arg(QLatin1Char(curve)).arg(band));
     }
     expected.append(QStringLiteral("AudioService.getCurrEQType()"));
-    QCOMPARE(take(Actions | Read), expected);
+    QCOMPARE(takeCalls(Actions | Read), expected);
 }
 
 void TestEqSettingsPage::bubbleIsHiddenAndLetsTouchesThroughAtConstruction()
@@ -233,11 +233,11 @@ void TestEqSettingsPage::resumeDrawsTheServicesUserCurve()
 void TestEqSettingsPage::cachesAreLoadedAtConstructionOnly()
 {
     setStored(QStringLiteral("eq10"), 9);
-    take(All);
+    takeCalls(All);
     m_page->resume();
     m_page->hide();
     m_page->show();
-    QCOMPARE(take(Read).filter(QStringLiteral("Settings")), QStringList());
+    QCOMPARE(takeCalls(Read).filter(QStringLiteral("Settings")), QStringList());
     QCOMPARE(drawn().at(0), 0);
 }
 
@@ -293,9 +293,9 @@ void TestEqSettingsPage::typeSignalRefreshesNameAndCurve()
     QCOMPARE(drawn(), QVector<int>(13, 0));
     m_page->hide();
     audio().eqType = 6;
-    take(All);
+    takeCalls(All);
     emitEQType(6);
-    QCOMPARE(take(All), QStringList());
+    QCOMPARE(takeCalls(All), QStringList());
     QCOMPARE(label("text_eqtype")->text(), QStringLiteral("SECOND"));
 }
 
@@ -318,8 +318,8 @@ void TestEqSettingsPage::typeKeysSwitchBetweenTheUserTypes()
     QFETCH(int, set);
     audio().eqType = current;
     touch::click(m_page, touch::middle(m_page, key(qPrintable(name))));
-    QCOMPARE(take(), QStringList({QStringLiteral("AudioService.doBeep(0)"),
-                                  QStringLiteral("AudioService.setEQType(%1, true)").arg(set)}));
+    QCOMPARE(takeCalls(), QStringList({QStringLiteral("AudioService.doBeep(0)"),
+                                       QStringLiteral("AudioService.setEQType(%1, true)").arg(set)}));
 }
 
 void TestEqSettingsPage::titleAndTypeNameFollowTheLanguageAtEachShow()
@@ -338,7 +338,7 @@ void TestEqSettingsPage::backKeyPostsOneBackRequestAndNothingElse()
 {
     takeBackRequests();
     touch::click(m_page, {938 + 37, 13 + 30});
-    QCOMPARE(take(), QStringList());
+    QCOMPARE(takeCalls(), QStringList());
     QCOMPARE(takeBackRequests(), 1);
 }
 
@@ -359,11 +359,11 @@ void TestEqSettingsPage::getCustomEqReadsTheStoreOfThePagesType()
     setStored(QStringLiteral("eq112"), 4);
     setStored(QStringLiteral("eq212"), -4);
     QCOMPARE(m_page->getCustomEq(12), 4);
-    QCOMPARE(take(Read),
+    QCOMPARE(takeCalls(Read),
              QStringList({"AudioService.getCurrEQType()", "SettingsFunc.getValue(\"eq112\", 0)"}));
     audio().eqType = 7;
     QCOMPARE(m_page->getCustomEq(12), -4);
-    QCOMPARE(take(Read),
+    QCOMPARE(takeCalls(Read),
              QStringList({"AudioService.getCurrEQType()", "SettingsFunc.getValue(\"eq212\", 0)"}));
 }
 
@@ -372,9 +372,9 @@ void TestEqSettingsPage::setCustomEqPassesItsArgumentsUnchanged()
     m_page->setCustomEq(99, -3, false);
     m_page->setCustomEq1(-10, 12, true);
     m_page->setCustomEq2(4, 0, true);
-    QCOMPARE(take(), QStringList({"AudioService.setCustomEq(99, -3, false)",
-                                  "AudioService.setCustomEq1(-10, 12, true)",
-                                  "AudioService.setCustomEq2(4, 0, true)"}));
+    QCOMPARE(takeCalls(), QStringList({"AudioService.setCustomEq(99, -3, false)",
+                                       "AudioService.setCustomEq1(-10, 12, true)",
+                                       "AudioService.setCustomEq2(4, 0, true)"}));
     QCOMPARE(takeLog().size(), 3);
 }
 

@@ -70,12 +70,12 @@ private slots:
 void TestEqSettingsTouches::aTouchAtTheTopOfABarGivesPlus10AndAtTheBottomMinus10()
 {
     touch::click(m_page, {barLeft[4] + 5, barTop});
-    QCOMPARE(take(), QStringList({"AudioService.setEQType(6, true)", "AudioService.doBeep(0)",
-                                  "AudioService.setCustomEq1(10, 4, true)"}));
+    QCOMPARE(takeCalls(), QStringList({"AudioService.setEQType(6, true)", "AudioService.doBeep(0)",
+                                       "AudioService.setCustomEq1(10, 4, true)"}));
     QCOMPARE(drawn().at(4), 10);
     touch::click(m_page, {barLeft[4] + 5, barTop + barHeight - 1});
-    QCOMPARE(take(), QStringList({"AudioService.setEQType(6, true)", "AudioService.doBeep(0)",
-                                  "AudioService.setCustomEq1(-10, 4, true)"}));
+    QCOMPARE(takeCalls(), QStringList({"AudioService.setEQType(6, true)", "AudioService.doBeep(0)",
+                                       "AudioService.setCustomEq1(-10, 4, true)"}));
     QCOMPARE(drawn().at(4), -10);
 }
 
@@ -85,7 +85,8 @@ void TestEqSettingsTouches::fingerHeightGivesTheValue()
         const int last = i == 20 ? barHeight - 1 : firstPixel[i + 1] - 1;
         for (const int pixel : {firstPixel[i], last}) {
             touch::click(m_page, {barLeft[0], barTop + pixel});
-            QCOMPARE(take().last(), QStringLiteral("AudioService.setCustomEq1(%1, 0, true)").arg(10 - i));
+            QCOMPARE(takeCalls().last(),
+                     QStringLiteral("AudioService.setCustomEq1(%1, 0, true)").arg(10 - i));
         }
     }
 }
@@ -107,8 +108,8 @@ void TestEqSettingsTouches::aPressSetsTheTypeOnceThenBeeps()
     QFETCH(int, set);
     audio().eqType = current;
     touch::press(m_page, onBar(7, 3));
-    QCOMPARE(take(), QStringList({QStringLiteral("AudioService.setEQType(%1, true)").arg(set),
-                                  QStringLiteral("AudioService.doBeep(0)")}));
+    QCOMPARE(takeCalls(), QStringList({QStringLiteral("AudioService.setEQType(%1, true)").arg(set),
+                                       QStringLiteral("AudioService.doBeep(0)")}));
     QCOMPARE(drawn().at(7), 3);
     touch::release(m_page, onBar(7, 3));
 }
@@ -119,10 +120,10 @@ void TestEqSettingsTouches::withAPresetActiveATouchSwitchesToTheLastCustomTypeBe
     emitEQType(7);
     audio().eqType = 3;
     emitEQType(3);
-    take(All);
+    takeCalls(All);
     touch::click(m_page, onBar(12, -4));
-    QCOMPARE(take(), QStringList({"AudioService.setEQType(7, true)", "AudioService.doBeep(0)",
-                                  "AudioService.setCustomEq2(-4, 12, true)"}));
+    QCOMPARE(takeCalls(), QStringList({"AudioService.setEQType(7, true)", "AudioService.doBeep(0)",
+                                       "AudioService.setCustomEq2(-4, 12, true)"}));
     QCOMPARE(drawn().at(12), -4);
     m_page->updateEq(6);
     QCOMPARE(drawn(), QVector<int>(13, 0));
@@ -144,24 +145,24 @@ void TestEqSettingsTouches::aReleaseSendsExactlyOneCallWithTheValueBeforeTheBand
     for (int band = 0; band < bandCount; ++band) {
         touch::press(m_page, onBar(band, 0));
         touch::move(m_page, onBar(band, band - 6));
-        take(All);
+        takeCalls(All);
         touch::release(m_page, onBar(band, 9)); // where it is lifted doesn't matter, the last move does
-        QCOMPARE(take(), QStringList(call.arg(band - 6).arg(band)));
+        QCOMPARE(takeCalls(), QStringList(call.arg(band - 6).arg(band)));
         touch::release(m_page, onBar(band, 9));
-        QCOMPARE(take(), QStringList());
+        QCOMPARE(takeCalls(), QStringList());
     }
 }
 
 void TestEqSettingsTouches::nothingIsSentDuringADrag()
 {
     touch::press(m_page, onBar(2, 10));
-    take(All);
+    takeCalls(All);
     for (int y = barTop; y < barTop + barHeight; ++y)
         touch::move(m_page, {barLeft[2] + 10, y});
-    QCOMPARE(take(), QStringList());
+    QCOMPARE(takeCalls(), QStringList());
     QCOMPARE(drawn().at(2), -10);
     touch::release(m_page, onBar(2, -10));
-    QCOMPARE(take(), QStringList("AudioService.setCustomEq1(-10, 2, true)"));
+    QCOMPARE(takeCalls(), QStringList("AudioService.setCustomEq1(-10, 2, true)"));
 }
 
 void TestEqSettingsTouches::draggingAcrossBarsKeepsEditingTheBandFirstTouched()
@@ -174,9 +175,9 @@ void TestEqSettingsTouches::draggingAcrossBarsKeepsEditingTheBandFirstTouched()
     touch::move(m_page, onBar(5, 4));
     QCOMPARE(drawn().at(5), 4);
     touch::move(m_page, onBar(8, 1));
-    take(All);
+    takeCalls(All);
     touch::release(m_page, onBar(8, 1));
-    QCOMPARE(take(), QStringList("AudioService.setCustomEq1(4, 5, true)"));
+    QCOMPARE(takeCalls(), QStringList("AudioService.setCustomEq1(4, 5, true)"));
     QVector<int> expected(13, 0);
     expected[5] = 4;
     QCOMPARE(drawn(), expected);
@@ -194,9 +195,9 @@ void TestEqSettingsTouches::aDragOffTheBarKeepsTheLastValue()
         QCOMPARE(drawn().at(0), 6);
         QCOMPARE(bubble()->geometry(), before);
     }
-    take(All);
+    takeCalls(All);
     touch::release(m_page, {5000, 5000});
-    QCOMPARE(take(), QStringList("AudioService.setCustomEq1(6, 0, true)"));
+    QCOMPARE(takeCalls(), QStringList("AudioService.setCustomEq1(6, 0, true)"));
 }
 
 void TestEqSettingsTouches::aPressOutsideEveryBarDoesNothing_data()
@@ -218,7 +219,7 @@ void TestEqSettingsTouches::aPressOutsideEveryBarDoesNothing()
     touch::press(m_page, point);
     touch::move(m_page, onBar(4, 4));
     touch::release(m_page, onBar(4, 4));
-    QCOMPARE(take(All), QStringList());
+    QCOMPARE(takeCalls(All), QStringList());
     QVERIFY(bubble()->isHidden());
     QCOMPARE(drawn(), QVector<int>(13, 0));
 }
@@ -226,13 +227,13 @@ void TestEqSettingsTouches::aPressOutsideEveryBarDoesNothing()
 void TestEqSettingsTouches::aPressOutsideEveryBarEndsATouchWhoseReleaseWasLost()
 {
     touch::press(m_page, onBar(4, 4));
-    take();
+    takeCalls();
     const QPoint outside(barLeft[3] + 30, barTop - 1);
     QTest::mousePress(m_page, Qt::LeftButton, Qt::NoModifier, outside);
     QVERIFY(bubble()->isHidden());
     touch::move(m_page, onBar(4, -4));
     QTest::mouseRelease(m_page, Qt::LeftButton, Qt::NoModifier, onBar(4, -4));
-    QCOMPARE(take(), QStringList());
+    QCOMPARE(takeCalls(), QStringList());
     QCOMPARE(drawn().at(4), 4);
 }
 
@@ -254,36 +255,36 @@ void TestEqSettingsTouches::aTouchOnWhatLiesInABarIsATouchOnTheBar()
     QFETCH(int, value);
     QCOMPARE(touch::press(m_page, point)->objectName(), name);
     touch::release(m_page, point);
-    QCOMPARE(take().last(), QStringLiteral("AudioService.setCustomEq1(%1, 8, true)").arg(value));
+    QCOMPARE(takeCalls().last(), QStringLiteral("AudioService.setCustomEq1(%1, 8, true)").arg(value));
 }
 
 void TestEqSettingsTouches::theSecondOfTwoQuickTouchesCounts()
 {
     // The window system names the second press a double-click.
     touch::click(m_page, onBar(1, 5));
-    take(All);
+    takeCalls(All);
     QTest::mouseDClick(m_page, Qt::LeftButton, Qt::NoModifier, onBar(1, 2));
-    QCOMPARE(take(), QStringList({"AudioService.setEQType(6, true)", "AudioService.doBeep(0)"}));
+    QCOMPARE(takeCalls(), QStringList({"AudioService.setEQType(6, true)", "AudioService.doBeep(0)"}));
     QTest::mouseRelease(m_page, Qt::LeftButton, Qt::NoModifier, onBar(1, 2));
-    QCOMPARE(take(), QStringList("AudioService.setCustomEq1(2, 1, true)"));
+    QCOMPARE(takeCalls(), QStringList("AudioService.setCustomEq1(2, 1, true)"));
 }
 
 void TestEqSettingsTouches::otherButtonsAreNoTouch()
 {
     QTest::mouseClick(m_page, Qt::RightButton, Qt::NoModifier, onBar(1, 2));
-    QCOMPARE(take(), QStringList());
+    QCOMPARE(takeCalls(), QStringList());
 }
 
 void TestEqSettingsTouches::hidingDuringATouchForgetsIt()
 {
     touch::press(m_page, onBar(6, 6));
     QVERIFY(bubble()->isVisible());
-    take(All);
+    takeCalls(All);
     m_page->hide();
     QVERIFY(bubble()->isHidden());
     touch::move(m_page, onBar(6, -6));
     touch::release(m_page, onBar(6, -6));
-    QCOMPARE(take(), QStringList());
+    QCOMPARE(takeCalls(), QStringList());
     m_page->show();
     QVERIFY(bubble()->isHidden());
 }
@@ -372,13 +373,13 @@ void TestEqSettingsTouches::randomTouchesKeepEveryInvariant()
         const RandomWalk::Step step = walk.step();
         if (step == RandomWalk::Press) {
             band = m_page->touchIndexByPoint(walk.at());
-            QCOMPARE(take(Audio).size(), band >= 0 ? 2 : 0);
+            QCOMPARE(takeCalls(Audio).size(), band >= 0 ? 2 : 0);
             QCOMPARE(bubble()->isVisible(), band >= 0);
         } else if (step == RandomWalk::Move) {
-            QCOMPARE(take(), QStringList());
+            QCOMPARE(takeCalls(), QStringList());
         } else {
             const bool onKey = qobject_cast<QPushButton*>(walk.holder());
-            const QStringList calls = take();
+            const QStringList calls = takeCalls();
             QVERIFY(bubble()->isHidden());
             if (band >= 0) {
                 QCOMPARE(calls.size(), 1);
@@ -394,7 +395,7 @@ void TestEqSettingsTouches::randomTouchesKeepEveryInvariant()
                 audio().eqType = walk.bounded(9);
                 emitEQType(audio().eqType);
             }
-            take(All);
+            takeCalls(All);
         }
         before = drawn();
         QCOMPARE(before.size(), bandCount);

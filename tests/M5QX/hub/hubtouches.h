@@ -1,5 +1,7 @@
 #pragma once
 
+#include "tests/support/platform_double/lines.h"
+
 #include <QString>
 #include <QStringList>
 #include <QVariant>
@@ -7,6 +9,8 @@
 
 /// What a finger does on the whole screen (1024 x 600), and every platform call that follows.
 namespace hubtouches {
+
+using namespace platform_double;
 
 /// In the order of the pages' indexes.
 enum Page : int { Equalizer, Levels, Crossover, Alignment, Presets, Volumes, PageCount };
@@ -35,40 +39,9 @@ struct Row
     QString freeReads = {};
 };
 
-// What the recording platform writes.
-
-const QString beep = QStringLiteral("AudioService.doBeep(0)");
-const QString mcuBeep = QStringLiteral("McuManager.triggerBeep(0)");
 const QString readBalanceFader = QStringLiteral("AudioService.getBalanceFader()");
 /// A back request that reached the application.
 const QString back = QStringLiteral("back");
-
-inline QString quoted(const QVariant& value)
-{
-    return value.type() == QVariant::String ? QLatin1Char('"') + value.toString() + QLatin1Char('"')
-                                            : value.toString();
-}
-
-inline QString readOf(const char* path, const QString& key, const QVariant& byDefault)
-{
-    return QStringLiteral("Settings%1.getValue(\"%2\", %3)").arg(QLatin1String(path), key, quoted(byDefault));
-}
-
-inline QString writeOf(const char* path, const QString& key, const QVariant& byDefault, const QVariant& value,
-                       bool commit = true)
-{
-    return QStringLiteral("Settings%1.setValue(\"%2\", %3, %4, %5)")
-        .arg(QLatin1String(path), key, quoted(byDefault), quoted(value), QVariant(commit).toString());
-}
-
-/// service("setEQType", 6, true): "AudioService.setEQType(6, true)".
-template <typename... Arguments>
-QString service(const char* operation, Arguments... arguments)
-{
-    const QStringList list{QVariant(arguments).toString()...};
-    return QStringLiteral("AudioService.%1(%2)")
-        .arg(QLatin1String(operation), list.join(QStringLiteral(", ")));
-}
 
 /// "T<x>,<y>"
 inline QString touchAt(int x, int y)

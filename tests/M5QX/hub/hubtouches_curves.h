@@ -35,7 +35,7 @@ inline QVector<Row> equalizerRows()
     const Given user1{currentType, 6};
     const Given user2{currentType, 7};
     const auto sent = [](int type, int value, int band) {
-        return QStringList{service("setEQType", type, true), beep,
+        return QStringList{service("setEQType", type, true), keyBeep,
                            service(type == 6 ? "setCustomEq1" : "setCustomEq2", value, band, true)};
     };
     QVector<Row> rows;
@@ -70,11 +70,11 @@ inline QVector<Row> equalizerRows()
          << Row{"off the screen",                   Equalizer, {user2}, "P260,200 M260,90 M-50,-50 R-50,-50", sent(7, 7, 2)}
          << Row{"down onto the tab keys",           Equalizer, {user1}, "P260,480 M260,556 R260,556", sent(6, -9, 2)}
          << Row{"from a gap into a bar",            Equalizer, {user1}, "P171,300 M200,300 R200,300", {}}
-         << Row{"minus, from user 1",               Equalizer, {user1}, "T382,66",  {beep, service("setEQType", 7, true)}}
-         << Row{"minus, from user 2",               Equalizer, {user2}, "T456,136", {beep, service("setEQType", 6, true)}}
-         << Row{"plus, from user 1",                Equalizer, {user1}, "T614,66",  {beep, service("setEQType", 7, true)}}
-         << Row{"plus, from user 2",                Equalizer, {user2}, "T688,136", {beep, service("setEQType", 6, true)}}
-         << Row{"plus, from a preset",              Equalizer, {{currentType, 2}}, "T651,101", {beep, service("setEQType", 7, true)}}
+         << Row{"minus, from user 1",               Equalizer, {user1}, "T382,66",  {keyBeep, service("setEQType", 7, true)}}
+         << Row{"minus, from user 2",               Equalizer, {user2}, "T456,136", {keyBeep, service("setEQType", 6, true)}}
+         << Row{"plus, from user 1",                Equalizer, {user1}, "T614,66",  {keyBeep, service("setEQType", 7, true)}}
+         << Row{"plus, from user 2",                Equalizer, {user2}, "T688,136", {keyBeep, service("setEQType", 6, true)}}
+         << Row{"plus, from a preset",              Equalizer, {{currentType, 2}}, "T651,101", {keyBeep, service("setEQType", 7, true)}}
          << Row{"plus, lifted beside it",           Equalizer, {user1}, "P651,101 M535,101 R535,101", {}}
          << Row{"name of the type",                 Equalizer, {user1}, "T535,101", {}}
          << Row{"back key",                         Equalizer, {user1}, "T938,13",  {back}}
@@ -157,47 +157,47 @@ inline QVector<Row> crossoverRows()
     const QVector<Given> fresh;
     // clang-format off
     return {
-        {"filter up, from off",               Crossover, fresh, "T264,417", {beep, freq("0;1;1;0;2;6"), hpf(1, 0, 1, 0), hpf(1, 0, 2, 0)}},
-        {"filter up, last pixel",             Crossover, {front80}, "T337,486", {beep, freq("0;5;1;0;2;6"), hpf(5, 0, 1, 0), hpf(5, 0, 2, 0)}},
+        {"filter up, from off",               Crossover, fresh, "T264,417", {keyBeep, freq("0;1;1;0;2;6"), hpf(1, 0, 1, 0), hpf(1, 0, 2, 0)}},
+        {"filter up, last pixel",             Crossover, {front80}, "T337,486", {keyBeep, freq("0;5;1;0;2;6"), hpf(5, 0, 1, 0), hpf(5, 0, 2, 0)}},
         {"filter up, at 250 Hz",              Crossover, {{freqKey, "0;8;1;0;2;6"}}, "T300,450", {}},
-        {"filter down, where the title covers it", Crossover, {front80}, "T24,418", {beep, freq("0;3;1;0;2;6"), hpf(3, 0, 1, 0), hpf(3, 0, 2, 0)}},
-        {"filter down, to off",               Crossover, {{freqKey, "0;1;1;0;2;6"}}, "T95,486", {beep, freq("0;0;1;0;2;6"), hpf(0, 0, 1, 0), hpf(0, 0, 2, 0)}},
+        {"filter down, where the title covers it", Crossover, {front80}, "T24,418", {keyBeep, freq("0;3;1;0;2;6"), hpf(3, 0, 1, 0), hpf(3, 0, 2, 0)}},
+        {"filter down, to off",               Crossover, {{freqKey, "0;1;1;0;2;6"}}, "T95,486", {keyBeep, freq("0;0;1;0;2;6"), hpf(0, 0, 1, 0), hpf(0, 0, 2, 0)}},
         {"filter down, when off",             Crossover, fresh, "T60,450", {}},
-        {"slope up",                          Crossover, {front80}, "T596,417", {beep, slope("0;1;1;0;2;0"), hpf(4, 0, 1, 1), hpf(4, 0, 2, 1)}},
+        {"slope up",                          Crossover, {front80}, "T596,417", {keyBeep, slope("0;1;1;0;2;0"), hpf(4, 0, 1, 1), hpf(4, 0, 2, 1)}},
         {"slope up, at the steepest",         Crossover, {front80, steepest}, "T630,450", {}},
         {"slope up, when off",                Crossover, fresh, "T630,450", {}},
-        {"slope down",                        Crossover, {front80, steepest}, "T354,417", {beep, slope("0;2;1;0;2;0"), hpf(4, 0, 1, 2), hpf(4, 0, 2, 2)}},
+        {"slope down",                        Crossover, {front80, steepest}, "T354,417", {keyBeep, slope("0;2;1;0;2;0"), hpf(4, 0, 1, 2), hpf(4, 0, 2, 2)}},
         {"slope down, at the flattest",       Crossover, {front80}, "T390,450", {}},
         {"slope down, when off",              Crossover, {steepest}, "T390,450", {}},
-        {"level down",                        Crossover, {front80}, "T686,417", {beep, gain("0;1;1;0;2;11"), hpf(4, 1, 1, 0), hpf(4, 1, 2, 0)}},
+        {"level down",                        Crossover, {front80}, "T686,417", {keyBeep, gain("0;1;1;0;2;11"), hpf(4, 1, 1, 0), hpf(4, 1, 2, 0)}},
         {"level down, at the lowest",         Crossover, {front80, lowest}, "T720,450", {}},
         {"level down, when off",              Crossover, fresh, "T720,450", {}},
-        {"level up",                          Crossover, {front80, middle}, "T1001,486", {beep, gain("0;4;1;0;2;11"), hpf(4, 4, 1, 0), hpf(4, 4, 2, 0)}},
+        {"level up",                          Crossover, {front80, middle}, "T1001,486", {keyBeep, gain("0;4;1;0;2;11"), hpf(4, 4, 1, 0), hpf(4, 4, 2, 0)}},
         {"level up, at 0 dB",                 Crossover, {front80}, "T960,450", {}},
         {"level up, when off",                Crossover, {middle}, "T960,450", {}},
-        {"rear, filter up",                   Crossover, {rear}, "T300,450", {beep, freq("0;0;1;1;2;6"), hpf(129, 0, 4, 0), hpf(129, 0, 8, 0)}},
-        {"rear, level down",                  Crossover, {rear, {freqKey, "0;0;1;8;2;6"}}, "T720,450", {beep, gain("0;0;1;1;2;11"), hpf(136, 1, 4, 0), hpf(136, 1, 8, 0)}},
-        {"rear, slope up",                    Crossover, {rear, {freqKey, "0;0;1;8;2;6"}}, "T630,450", {beep, slope("0;0;1;1;2;0"), hpf(136, 0, 4, 1), hpf(136, 0, 8, 1)}},
-        {"subwoofer, filter up",              Crossover, {woofer}, "T300,450", QStringList{beep, freq("0;0;1;0;2;7")} + sub(8, 11, 0)},
-        {"subwoofer, filter down",            Crossover, {woofer}, "T60,450",  QStringList{beep, freq("0;0;1;0;2;5")} + sub(6, 11, 0)},
-        {"subwoofer, slope up",               Crossover, {woofer}, "T630,450", QStringList{beep, slope("0;0;1;0;2;1")} + sub(7, 11, 1)},
-        {"subwoofer, level down",             Crossover, {woofer}, "T720,450", QStringList{beep, gain("0;0;1;0;2;12")} + sub(7, 12, 0)},
-        {"subwoofer, level up",               Crossover, {woofer, {"subwooferLevel", 139}}, "T960,450", QStringList{beep, gain("0;0;1;0;2;10")} + sub(7, 10, 0)},
+        {"rear, filter up",                   Crossover, {rear}, "T300,450", {keyBeep, freq("0;0;1;1;2;6"), hpf(129, 0, 4, 0), hpf(129, 0, 8, 0)}},
+        {"rear, level down",                  Crossover, {rear, {freqKey, "0;0;1;8;2;6"}}, "T720,450", {keyBeep, gain("0;0;1;1;2;11"), hpf(136, 1, 4, 0), hpf(136, 1, 8, 0)}},
+        {"rear, slope up",                    Crossover, {rear, {freqKey, "0;0;1;8;2;6"}}, "T630,450", {keyBeep, slope("0;0;1;1;2;0"), hpf(136, 0, 4, 1), hpf(136, 0, 8, 1)}},
+        {"subwoofer, filter up",              Crossover, {woofer}, "T300,450", QStringList{keyBeep, freq("0;0;1;0;2;7")} + sub(8, 11, 0)},
+        {"subwoofer, filter down",            Crossover, {woofer}, "T60,450",  QStringList{keyBeep, freq("0;0;1;0;2;5")} + sub(6, 11, 0)},
+        {"subwoofer, slope up",               Crossover, {woofer}, "T630,450", QStringList{keyBeep, slope("0;0;1;0;2;1")} + sub(7, 11, 1)},
+        {"subwoofer, level down",             Crossover, {woofer}, "T720,450", QStringList{keyBeep, gain("0;0;1;0;2;12")} + sub(7, 12, 0)},
+        {"subwoofer, level up",               Crossover, {woofer, {"subwooferLevel", 139}}, "T960,450", QStringList{keyBeep, gain("0;0;1;0;2;10")} + sub(7, 10, 0)},
         {"subwoofer, level down, at the lowest", Crossover, {woofer, {"subwooferLevel", 12 | 128}}, "T720,450", {}},
-        {"front key, first pixel",            Crossover, {rear}, "T820,94",  {beep, group(0), hpf(0, 0, 1, 0), hpf(0, 0, 2, 0)}},
-        {"front key, shown already",          Crossover, {front80}, "T992,163", {beep, group(0), hpf(4, 0, 1, 0), hpf(4, 0, 2, 0)}},
-        {"rear key, on its label",            Crossover, fresh, "T900,205", {beep, group(1), hpf(128, 0, 4, 0), hpf(128, 0, 8, 0)}},
-        {"subwoofer key, last pixel",         Crossover, fresh, "T992,316", QStringList{beep, group(2)} + sub(7, 11, 0)},
+        {"front key, first pixel",            Crossover, {rear}, "T820,94",  {keyBeep, group(0), hpf(0, 0, 1, 0), hpf(0, 0, 2, 0)}},
+        {"front key, shown already",          Crossover, {front80}, "T992,163", {keyBeep, group(0), hpf(4, 0, 1, 0), hpf(4, 0, 2, 0)}},
+        {"rear key, on its label",            Crossover, fresh, "T900,205", {keyBeep, group(1), hpf(128, 0, 4, 0), hpf(128, 0, 8, 0)}},
+        {"subwoofer key, last pixel",         Crossover, fresh, "T992,316", QStringList{keyBeep, group(2)} + sub(7, 11, 0)},
         {"between the group keys",            Crossover, fresh, "T900,166", {}},
         {"group key, lifted on the next",     Crossover, fresh, "P900,205 M900,280 R900,280", {}},
-        {"phase to 180",                      Crossover, {woofer}, "T835,322", QStringList{beep, phase(true)} + sub(7, 11, 0)},
-        {"phase to 0",                        Crossover, {woofer, {"Audio_Phase_Troggle", true}}, "T970,372", QStringList{beep, phase(false)} + sub(7, 11, 0)},
+        {"phase to 180",                      Crossover, {woofer}, "T835,322", QStringList{keyBeep, phase(true)} + sub(7, 11, 0)},
+        {"phase to 0",                        Crossover, {woofer, {"Audio_Phase_Troggle", true}}, "T970,372", QStringList{keyBeep, phase(false)} + sub(7, 11, 0)},
         {"phase, hidden with front",          Crossover, fresh, "T900,345", {}},
         {"phase, hidden with rear",           Crossover, {rear}, "T900,345", {}},
-        {"phase, after its group was chosen", Crossover, fresh, "T900,345", QStringList{beep, phase(true)} + sub(7, 11, 0), "T900,280"},
+        {"phase, after its group was chosen", Crossover, fresh, "T900,345", QStringList{keyBeep, phase(true)} + sub(7, 11, 0), "T900,280"},
         {"phase, gone after another group",   Crossover, {woofer}, "T900,345", {}, "T900,130"},
         {"step key, dragged off the screen",  Crossover, {front80}, "P300,450 M300,900 R300,900", {}},
-        {"step key, left and come back",      Crossover, {front80}, "P300,450 M500,100 M301,451 R301,451", {beep, freq("0;5;1;0;2;6"), hpf(5, 0, 1, 0), hpf(5, 0, 2, 0)}},
+        {"step key, left and come back",      Crossover, {front80}, "P300,450 M500,100 M301,451 R301,451", {keyBeep, freq("0;5;1;0;2;6"), hpf(5, 0, 1, 0), hpf(5, 0, 2, 0)}},
         {"step key, lifted on a tab key",     Crossover, {front80}, "P300,450 M260,556 R260,556", {}},
         {"grid",                              Crossover, {front80}, "P60,100 M400,250 R700,380", {}},
         {"value between the step keys",       Crossover, {front80}, "T180,450", {}},

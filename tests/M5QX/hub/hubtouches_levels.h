@@ -13,12 +13,8 @@ inline QVector<Row> levelsRows()
     const auto set = [](int balance, int fader) { return service("setBalanceFader", balance, fader, true); };
     const auto pad = [&](int balance, int fader) { return QStringList{mcuBeep, set(balance, fader)}; };
     const auto arrow = [&](int balance, int fader) {
-        return QStringList{beep,
-                           readBalanceFader,
-                           readBalanceFader,
-                           set(balance, fader),
-                           readBalanceFader,
-                           readBalanceFader};
+        return QStringList{keyBeep,          readBalanceFader, readBalanceFader, set(balance, fader),
+                           readBalanceFader, readBalanceFader};
     };
     // The right key alone also says in the log what the service has by then.
     const auto rightArrow = [&](int balance, int fader) {
@@ -35,7 +31,7 @@ inline QVector<Row> levelsRows()
         return QStringList{onOff(true), readFreq, level(value | 128), sub(freq, value)};
     };
     const auto step = [&](int freq, int value) {
-        return QStringList{beep, onOff(true), readLevel, readFreq, level(value | 128), sub(freq, value)};
+        return QStringList{keyBeep, onOff(true), readLevel, readFreq, level(value | 128), sub(freq, value)};
     };
     const Given off{"subwooferOnOff", false};
     const Given other{"subwooferFreq", 3};
@@ -80,9 +76,9 @@ inline QVector<Row> levelsRows()
         {"arrow key, lifted on the pad",     Levels, fresh, "P79,296 M247,295 R247,295", {}},
         {"arrow key, left and come back",    Levels, fresh, "P79,296 M-9,-9 M80,297 R80,297", arrow(-1, 0)},
         {"between key and pad",              Levels, fresh, "T118,296", {}},
-        {"reset, first pixel",               Levels, at(7, -7), "T22,431", {beep, set(0, 0)}},
-        {"reset, on its caption",            Levels, at(7, -7), "T96,466", {beep, set(0, 0)}},
-        {"reset, last pixel",                Levels, at(15, 15), "T170,500", {beep, set(0, 0)}},
+        {"reset, first pixel",               Levels, at(7, -7), "T22,431", {keyBeep, set(0, 0)}},
+        {"reset, on its caption",            Levels, at(7, -7), "T96,466", {keyBeep, set(0, 0)}},
+        {"reset, last pixel",                Levels, at(15, 15), "T170,500", {keyBeep, set(0, 0)}},
         {"reset, right beside it",           Levels, at(7, -7), "T171,466", {}},
         {"loudness on",                      Levels, fresh, "T920,180", {mcuBeep, service("setCustomLoudness", true, false)}},
         {"loudness off",                     Levels, {{"customloudnes", true}}, "T979,209", {mcuBeep, service("setCustomLoudness", false, false)}},
@@ -141,7 +137,7 @@ inline QVector<Row> alignmentRows()
     const auto step = [&](int preset, int item, int value) {
         const QString readPreset = readOf("Exe", presetKey, 0);
         const QString readValue = readOf("Exe", key(preset, item), 0);
-        return QStringList{beep,       readPreset,
+        return QStringList{keyBeep,    readPreset,
                            readValue,  delay(item, value),
                            readPreset, writeOf("Exe", key(preset, item), 0, value),
                            readPreset, readValue};
@@ -181,7 +177,7 @@ inline QVector<Row> alignmentRows()
     const QString freeReads = QStringLiteral("^SettingsExe\\.getValue\\(\"Audio_Time_Alignment_");
     const auto chosen = [&](const char* name, int preset, int from, const char* finger) {
         QVector<Given> given{{presetKey, from}};
-        QStringList calls{beep, writeOf("Exe", presetKey, 0, preset)};
+        QStringList calls{keyBeep, writeOf("Exe", presetKey, 0, preset)};
         for (int i = 0; i < 5; ++i) {
             given << Given{key(preset, i), memory.at(i)};
             calls << delay(i, memory.at(i));
@@ -193,7 +189,7 @@ inline QVector<Row> alignmentRows()
     chosen("preset 3, last pixel", 2, 0, "T988,393");
     chosen("preset 2, chosen already", 1, 1, "T847,231");
     const auto reset = [&](const char* name, int preset, const char* finger) {
-        QStringList calls{beep};
+        QStringList calls{keyBeep};
         for (int p = 0; p < 3; ++p) {
             for (int i = 0; i < 5; ++i)
                 calls << writeOf("Exe", key(p, i), 0, 0);
@@ -264,7 +260,7 @@ inline QVector<Row> volumesRows()
             return calls;
         };
         const auto step = [&](int value) {
-            QStringList calls{beep, readOf("Func", level.key, level.byDefault)};
+            QStringList calls{keyBeep, readOf("Func", level.key, level.byDefault)};
             calls << save(value);
             for (int other = gain ? int(StartUp) : 0; other < (gain ? 12 : int(StartUp)); ++other)
                 calls << readOf("Func", levels[other].key, levels[other].byDefault);

@@ -76,7 +76,7 @@ void TestTabWidget::init()
     setText(1246, QStringLiteral("Level x"));
     m_bar.reset(new m5qx_eq_tab_widget(nullptr));
     m_bar->show();
-    take(All);
+    takeCalls(All);
 }
 
 void TestTabWidget::signalsAndSlotsAreDeclaredInOrder()
@@ -194,7 +194,7 @@ void TestTabWidget::everyPageKeyBeepsOnceBeforeItsSignal()
     QFETCH(int, row);
     QSignalSpy spy(m_bar.data(), rows[row].signal);
     touch::press(m_bar.data(), touch::middle(m_bar.data(), key(rows[row].key)));
-    QCOMPARE(take(), QStringList());
+    QCOMPARE(takeCalls(), QStringList());
     connect(m_bar.data(), &m5qx_eq_tab_widget::EQTypeChanged, [] { QFAIL("no type was changed"); });
     const auto remember = [this] { record(Widget, QStringLiteral("signal")); };
     for (auto signal :
@@ -203,7 +203,7 @@ void TestTabWidget::everyPageKeyBeepsOnceBeforeItsSignal()
           &m5qx_eq_tab_widget::triShowEQPreset, &m5qx_eq_tab_widget::triVolumeLevel})
         connect(m_bar.data(), signal, remember);
     touch::release(m_bar.data(), touch::middle(m_bar.data(), key(rows[row].key)));
-    QCOMPARE(take(Actions | Read | Widget), QStringList({"AudioService.doBeep(0)", "signal"}));
+    QCOMPARE(takeCalls(Actions | Read | Widget), QStringList({"AudioService.doBeep(0)", "signal"}));
     QCOMPARE(spy.count(), 1);
     const QStringList log = takeLog();
     QVERIFY(!log.isEmpty());
@@ -228,7 +228,7 @@ void TestTabWidget::setCheckedPageMarksThatKeyAlone()
         for (int i = 0; i < 6; ++i)
             QCOMPARE(key(rows[i].key)->isChecked(), i == page);
     }
-    QCOMPARE(take(), QStringList());
+    QCOMPARE(takeCalls(), QStringList());
 }
 
 void TestTabWidget::setCheckedPageOutsideRangeLogsAnErrorAndChangesNothing_data()
@@ -259,7 +259,7 @@ void TestTabWidget::anIdWithoutPageLogsAndBeepsAndEmitsNothing()
         spies << new QSignalSpy(m_bar.data(), row.signal);
     for (int id : {6, -1, INT_MIN}) {
         m_bar->onPageButGroupClicked(id);
-        QCOMPARE(take(), QStringList({"AudioService.doBeep(0)"}));
+        QCOMPARE(takeCalls(), QStringList({"AudioService.doBeep(0)"}));
         QVERIFY(takeLog().last().endsWith(QStringLiteral("-- page id %1").arg(id)));
     }
     for (QSignalSpy* spy : std::as_const(spies))
@@ -294,12 +294,12 @@ void TestTabWidget::typeKeysWrapAround()
     QSignalSpy changed(m_bar.data(), SIGNAL(EQTypeChanged()));
     audio().eqType = from;
     key("key_audio_setting_right")->click();
-    QCOMPARE(take(Actions | Read | Text),
+    QCOMPARE(takeCalls(Actions | Read | Text),
              QStringList({"AudioService.doBeep(0)", "AudioService.getCurrEQType()",
                           QStringLiteral("AudioService.setEQType(%1, true)").arg(next)}));
     audio().eqType = from;
     key("key_audio_setting_left")->click();
-    QCOMPARE(take(Actions | Read | Text),
+    QCOMPARE(takeCalls(Actions | Read | Text),
              QStringList({"AudioService.doBeep(0)", "AudioService.getCurrEQType()",
                           QStringLiteral("AudioService.setEQType(%1, true)").arg(prev)}));
     QCOMPARE(changed.count(), 2);

@@ -237,7 +237,7 @@ void TestMainWidget::unknownStoredPageShowsNone()
     QVERIFY(!visiblePage());
     for (int i = 0; i < 6; ++i)
         QVERIFY(!key(i)->isChecked());
-    QCOMPARE(take(), QStringList());
+    QCOMPARE(takeCalls(), QStringList());
     QCOMPARE(platform_double::stored(pageKey), QVariant(stored));
 }
 
@@ -252,13 +252,13 @@ void TestMainWidget::tabKeyShowsItsPageAloneAndStoresIt()
     setStored(pageKey, (index + 1) % 6);
     m_hub.reset(new m5qx_mainwidget(nullptr));
     m_hub->show();
-    take();
+    takeCalls();
     touchTab(index);
     QCOMPARE(visiblePages(), 1);
     QCOMPARE(visiblePage(), pageWidget(index));
     for (int i = 0; i < 6; ++i)
         QCOMPARE(key(i)->isChecked(), i == index);
-    const QStringList calls = take();
+    const QStringList calls = takeCalls();
     QCOMPARE(calls.value(0), QStringLiteral("AudioService.doBeep(0)"));
     QCOMPARE(calls.value(1),
              QStringLiteral("SettingsExe.setValue(\"AudioSetting_Page\", 1, %1, true)").arg(index));
@@ -347,7 +347,7 @@ void TestMainWidget::transientPagesAreBuiltAnewAndDestroyedLater()
     QVERIFY(!first->isVisible());
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     QVERIFY(!first);
-    take();
+    takeCalls();
     touchTab(index);
     QVERIFY(visiblePage());
     // Again the key of the page that is shown: a new one all the same.
@@ -371,14 +371,14 @@ void TestMainWidget::exitOfATransientPagePostsOneBackRequestAndKeepsTheIndex()
     m_hub.reset(new m5qx_mainwidget(nullptr));
     m_hub->show();
     QPointer<QWidget> shown = visiblePage();
-    take();
+    takeCalls();
     QVERIFY(QMetaObject::invokeMethod(shown, "exitUI"));
     QVERIFY(shown && !shown->isVisible());
     QCOMPARE(takeBackRequests(), 1);
     QVERIFY(!visiblePage());
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     QVERIFY(!shown);
-    QCOMPARE(take(), QStringList());
+    QCOMPARE(takeCalls(), QStringList());
     QCOMPARE(stored(pageKey), QVariant(index));
     // The next start shows it again.
     m_hub->resume();
@@ -475,10 +475,10 @@ void TestMainWidget::resumeShowsTheStoredPageAgainAndRebuildsATransientOne()
 void TestMainWidget::backEventPostsOneRequestAndIsHandled()
 {
     m_hub.reset(new m5qx_mainwidget(nullptr));
-    take();
+    takeCalls();
     QCOMPARE(m_hub->backEvent(), 1);
     QCOMPARE(takeBackRequests(), 1);
-    QCOMPARE(take(), QStringList());
+    QCOMPARE(takeCalls(), QStringList());
 }
 
 void TestMainWidget::typeTextIsRefreshedWhenSomeoneSaysTheTypeChanged()
@@ -486,9 +486,9 @@ void TestMainWidget::typeTextIsRefreshedWhenSomeoneSaysTheTypeChanged()
     m_hub.reset(new m5qx_mainwidget(nullptr));
     auto* name = m_hub->findChild<QLabel*>(QStringLiteral("text_EQ_type"));
     audio().eqType = 4;
-    take(All);
+    takeCalls(All);
     QVERIFY(QMetaObject::invokeMethod(m_hub.data(), "onEQTypeChanged"));
-    QCOMPARE(take(All), QStringList({"AudioService.getCurrEQType()", "Translator.translate(240)"}));
+    QCOMPARE(takeCalls(All), QStringList({"AudioService.getCurrEQType()", "Translator.translate(240)"}));
     QCOMPARE(name->text(), QStringLiteral("T240"));
     // The EQ page's signal is connected to it, although the page never emits it.
     QVERIFY(QMetaObject::invokeMethod(m_hub.data(), "onShowEQSettingPage"));
@@ -502,9 +502,9 @@ void TestMainWidget::writeThenMarkThenResumeThenShow()
     setStored(pageKey, 0);
     m_hub.reset(new m5qx_mainwidget(nullptr));
     m_hub->show();
-    take(All);
+    takeCalls(All);
     QVERIFY(QMetaObject::invokeMethod(m_hub.data(), "onShowEQPresetPage"));
-    const QStringList calls = take(Actions | Read);
+    const QStringList calls = takeCalls(Actions | Read);
     // The page's own reading (resume) comes after the write of its index.
     QCOMPARE(calls, QStringList({"SettingsExe.setValue(\"AudioSetting_Page\", 1, 4, true)",
                                  "AudioService.getCurrEQType()"}));

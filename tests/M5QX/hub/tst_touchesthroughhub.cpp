@@ -117,7 +117,7 @@ QString complaint(const QString& call)
 
 bool isBeep(const QString& call)
 {
-    return call == hubtouches::beep || call == hubtouches::mcuBeep;
+    return call == keyBeep || call == mcuBeep;
 }
 
 } // namespace
@@ -178,7 +178,7 @@ void TestTouchesThroughHub::show(int page)
     QCOMPARE(stored(pageKey), QVariant(page));
     // A page that was left is gone before the next touch, as it is in a running unit.
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-    take(All);
+    takeCalls(All);
     takeBackRequests();
 }
 
@@ -221,19 +221,19 @@ void TestTouchesThroughHub::tabKeyOpensItsPageFromEveryPage()
 {
     QFETCH(int, from);
     QFETCH(int, to);
-    const QStringList opened{hubtouches::beep, hubtouches::writeOf("Exe", pageKey, 1, to)};
+    const QStringList opened{keyBeep, hubtouches::writeOf("Exe", pageKey, 1, to)};
     for (const QPoint& corner : {QPoint(tabs[to].x, tabTop), QPoint(tabs[to].x + tabWidth - 1, tabBottom)}) {
         show(from);
         touch::click(m_hub.data(), corner);
-        QCOMPARE(take(), opened);
+        QCOMPARE(takeCalls(), opened);
         QCOMPARE(takeBackRequests(), 0);
     }
     // Its own key again and a finger that slides off another key: one showing, and none.
     touchTab(to);
-    QCOMPARE(take(), opened);
+    QCOMPARE(takeCalls(), opened);
     const int other = tabs[(to + 1) % hubtouches::PageCount].x;
     play(QStringLiteral("P%1,556 M%1,300 R%1,300").arg(other + 75));
-    QCOMPARE(take(), QStringList());
+    QCOMPARE(takeCalls(), QStringList());
 }
 
 void TestTouchesThroughHub::besideTheTabKeysNothingHappens_data()
@@ -252,7 +252,7 @@ void TestTouchesThroughHub::besideTheTabKeysNothingHappens()
              {QPoint(tab.x - 1, 556), QPoint(tab.x + tabWidth, 556), QPoint(tab.x + 75, tabTop - 1),
               QPoint(tab.x + 75, tabBottom + 1), QPoint(tab.x + 75, pageHeight)}) {
             touch::click(m_hub.data(), at);
-            const QStringList calls = take(compared);
+            const QStringList calls = takeCalls(compared);
             QVERIFY2(calls.isEmpty(),
                      qPrintable(QStringLiteral("%1,%2: ").arg(at.x()).arg(at.y()) + calls.join('\n')));
         }
@@ -285,10 +285,10 @@ void TestTouchesThroughHub::touchMakesTheseCallsAndNoOther()
     }
     show(row.page);
     play(row.before);
-    take(All);
+    takeCalls(All);
 
     play(row.finger);
-    QStringList calls = take(compared);
+    QStringList calls = takeCalls(compared);
     if (!row.freeReads.isEmpty()) {
         const QRegularExpression free(row.freeReads);
         calls.erase(std::remove_if(calls.begin(), calls.end(),
@@ -354,16 +354,16 @@ void TestTouchesThroughHub::randomTouchesKeepEveryInvariant()
         }
         walk.step();
         // A press beeps or prepares the type that is to be edited; values come with the lifting.
-        const QStringList pressed = take();
+        const QStringList pressed = takeCalls();
         const int chosen = pressed.filter(QStringLiteral("AudioService.setEQType(")).size();
         QVERIFY2(pressed.size() <= 2 && pressed.filter(change).size() == chosen,
                  qPrintable(pressed.join('\n')));
         const bool band = chosen > 0;
         while (walk.step() == RandomWalk::Move) {
-            const QStringList dragged = take();
+            const QStringList dragged = takeCalls();
             QVERIFY2(dragged.isEmpty(), qPrintable(dragged.join('\n')));
         }
-        const QStringList calls = take();
+        const QStringList calls = takeCalls();
         for (const QString& call : pressed + calls) {
             const QString reason = complaint(call);
             QVERIFY2(reason.isEmpty(), qPrintable(reason));

@@ -11,13 +11,11 @@ namespace audiolevels {
 using namespace audiosetting;
 using namespace platform_double;
 
-const QString keyBeep = QStringLiteral("AudioService.doBeep(0)");
-const QString mcuBeep = QStringLiteral("McuManager.triggerBeep(0)");
-const QString readPair = QStringLiteral("AudioService.getBalanceFader()");
-const QString readLoudness = QStringLiteral("SettingsFunc.getValue(\"customloudnes\", false)");
-const QString readSwitch = QStringLiteral("SettingsFunc.getValue(\"subwooferOnOff\", true)");
-const QString readLevel = QStringLiteral("SettingsFunc.getValue(\"subwooferLevel\", 11)");
-const QString readFrequency = QStringLiteral("SettingsFunc.getValue(\"subwooferFreq\", 7)");
+const QString readPair = service("getBalanceFader");
+const QString readLoudness = readOf("Func", QStringLiteral("customloudnes"), false);
+const QString readSwitch = readOf("Func", QStringLiteral("subwooferOnOff"), true);
+const QString readLevel = readOf("Func", QStringLiteral("subwooferLevel"), 11);
+const QString readFrequency = readOf("Func", QStringLiteral("subwooferFreq"), 7);
 
 class AudioLevelsFixture : public PageFixture<m5qx_eq_audio_levels_page>
 {
@@ -28,7 +26,7 @@ protected:
         m_page.reset(new m5qx_eq_audio_levels_page(nullptr));
         m_page->resume();
         m_page->show();
-        take(All);
+        takeCalls(All);
     }
     balanceFaderControl* pad() { return m_page->findChild<balanceFaderControl*>(); }
     settings::CustomSlider_2* slider() { return m_page->findChild<settings::CustomSlider_2*>(); }

@@ -31,7 +31,7 @@ void TestRootBf::pressAndReleaseDoNothing()
     touch::click(&layer, QPoint(20, 240));
     QCOMPARE(layer.value(), 50);
     QVERIFY(!layer.isSliderDown());
-    QCOMPARE(take(All), QStringList());
+    QCOMPARE(takeCalls(All), QStringList());
     QCOMPARE(takeLog(), QStringList());
 }
 
@@ -48,7 +48,7 @@ void TestRootBf::aMoveWritesItsPositionAndNothingElse()
     QVERIFY2(log.first().endsWith(QLatin1String(" -- (21,-7)")), qPrintable(log.first()));
     touch::release(&layer, QPoint(21, -7));
     QCOMPARE(layer.value(), layer.minimum());
-    QCOMPARE(take(All), QStringList());
+    QCOMPARE(takeCalls(All), QStringList());
 }
 
 void TestRootBf::drawsNothing()

@@ -52,7 +52,7 @@ private slots:
 void TestAudioLevelsPage::constructionReadsAndMakesItsWidgetsInOrder()
 {
     const m5qx_eq_audio_levels_page page(nullptr);
-    const QStringList calls = take(Actions | Read | Widget);
+    const QStringList calls = takeCalls(Actions | Read | Widget);
     QCOMPARE(calls,
              (QStringList{"CustomSlider_2(588,380 342x59, 4)", readLoudness, readSwitch,
                           "PushButton(key_up_level)", "PushButton(key_down_level)",
@@ -68,9 +68,9 @@ void TestAudioLevelsPage::constructionReadsAndMakesItsWidgetsInOrder()
 void TestAudioLevelsPage::showReadsBalanceThenTexts()
 {
     m_page->hide();
-    take(All);
+    takeCalls(All);
     m_page->show();
-    const QStringList calls = take(All);
+    const QStringList calls = takeCalls(All);
     QCOMPARE(calls.mid(0, 2), (QStringList{readPair, readPair}));
     for (const QString& call : calls.mid(2))
         QVERIFY2(call.startsWith(QLatin1String("Translator.translate(")), qPrintable(call));
@@ -85,7 +85,8 @@ void TestAudioLevelsPage::resumeReadsEverythingInOrder()
     setStored("subwooferOnOff", false);
     setStored("subwooferLevel", 3);
     m_page->resume();
-    QCOMPARE(take(All), (QStringList{readPair, readPair, readLoudness, readSwitch, readLevel, readSwitch}));
+    QCOMPARE(takeCalls(All),
+             (QStringList{readPair, readPair, readLoudness, readSwitch, readLevel, readSwitch}));
     QCOMPARE(label("txt_balance")->text(), QStringLiteral("BAL:4"));
     QCOMPARE(label("txt_fader")->text(), QStringLiteral("FAD:-5"));
     QCOMPARE(QPoint(pad()->getValueX(), pad()->getValueY()), QPoint(4, -5));
@@ -170,7 +171,7 @@ void TestAudioLevelsPage::balanceAt15DisablesRightAloneAndMinus15MirrorsIt()
             is += QLatin1String(name);
     }
     QCOMPARE(is.join(QLatin1Char(' ')), disabled);
-    QCOMPARE(take(Actions | Read), QStringList());
+    QCOMPARE(takeCalls(Actions | Read), QStringList());
 }
 
 void TestAudioLevelsPage::aDisabledRightKeyCannotBeClicked()
@@ -202,12 +203,12 @@ void TestAudioLevelsPage::aTouchOnTheResetCaptionReachesTheKey()
 {
     QCOMPARE(touch::press(m_page.data(), QPoint(96, 466)), key("key_reset_level"));
     touch::release(m_page.data(), QPoint(96, 466));
-    QCOMPARE(take(), (QStringList{keyBeep, sendPair(0, 0)}));
+    QCOMPARE(takeCalls(), (QStringList{keyBeep, sendPair(0, 0)}));
     // Slid off before it is lifted: nothing.
     touch::press(m_page.data(), QPoint(96, 466));
     touch::move(m_page.data(), QPoint(600, 100));
     touch::release(m_page.data(), QPoint(600, 100));
-    QCOMPARE(take(), QStringList());
+    QCOMPARE(takeCalls(), QStringList());
 }
 
 void TestAudioLevelsPage::holdingAnArrowKeyChangesTheValueByExactlyOneStep()
@@ -216,14 +217,14 @@ void TestAudioLevelsPage::holdingAnArrowKeyChangesTheValueByExactlyOneStep()
         audio().balance = 0;
         audio().fader = 0;
         touch::press(m_page.data(), touch::middle(m_page.data(), key(name)));
-        take(All);
+        takeCalls(All);
         cm::PushButton* wrapper = wrapperOf(key(name));
         emit wrapper->longPressed();
         for (int i = 0; i < 10; ++i)
             emit wrapper->longPressedRepeat();
-        QCOMPARE(take(All), QStringList());
+        QCOMPARE(takeCalls(All), QStringList());
         touch::release(m_page.data(), touch::middle(m_page.data(), key(name)));
-        QCOMPARE(take().filter(QStringLiteral("setBalanceFader")).size(), 1);
+        QCOMPARE(takeCalls().filter(QStringLiteral("setBalanceFader")).size(), 1);
         QCOMPARE(qAbs(audio().balance) + qAbs(audio().fader), 1);
     }
 }
@@ -248,7 +249,7 @@ void TestAudioLevelsPage::stepsAtTheLimitAreSentUnchanged()
     audio().balance = pair.x();
     audio().fader = pair.y();
     QVERIFY(QMetaObject::invokeMethod(m_page.data(), slot.constData()));
-    QCOMPARE(take(), (QStringList{keyBeep, sendPair(pair.x(), pair.y())}));
+    QCOMPARE(takeCalls(), (QStringList{keyBeep, sendPair(pair.x(), pair.y())}));
 }
 
 void TestAudioLevelsPage::textsShowBalanceMinus3AndFader15()
@@ -264,7 +265,7 @@ void TestAudioLevelsPage::aBalanceBeyondItsRangeIsShownAsItIs()
     m_page->resume();
     QCOMPARE(label("txt_balance")->text(), QStringLiteral("BAL:20"));
     m_page->grab();
-    QCOMPARE(take(), QStringList());
+    QCOMPARE(takeCalls(), QStringList());
 }
 
 void TestAudioLevelsPage::thePadShowsWhileDraggedAndSendsOnRelease()
@@ -272,23 +273,23 @@ void TestAudioLevelsPage::thePadShowsWhileDraggedAndSendsOnRelease()
     const QPoint middle(121 + 126, 169 + 126);
     const QImage before = pad()->grab().toImage();
     touch::press(m_page.data(), middle + QPoint(70, 0));
-    QCOMPARE(take(Actions | Read), QStringList{mcuBeep});
+    QCOMPARE(takeCalls(Actions | Read), QStringList{mcuBeep});
     QCOMPARE(label("txt_balance")->text(), QStringLiteral("BAL:10"));
     QVERIFY(pad()->grab().toImage() != before);
     touch::move(m_page.data(), middle + QPoint(700, -35));
     QCOMPARE(label("txt_balance")->text(), QStringLiteral("BAL:15"));
     QCOMPARE(label("txt_fader")->text(), QStringLiteral("FAD:5"));
     QVERIFY(!key("key_right_btn")->isEnabled());
-    QCOMPARE(take(Actions | Read), QStringList());
+    QCOMPARE(takeCalls(Actions | Read), QStringList());
     QCOMPARE(audio().balance, 0);
     touch::release(m_page.data(), middle + QPoint(700, -35));
-    QCOMPARE(take(Actions | Read), QStringList{sendPair(15, 5)});
+    QCOMPARE(takeCalls(Actions | Read), QStringList{sendPair(15, 5)});
 }
 
 void TestAudioLevelsPage::backBeepsAndPostsOneBackRequest()
 {
     key("key_back")->click();
-    QCOMPARE(take(), QStringList{keyBeep});
+    QCOMPARE(takeCalls(), QStringList{keyBeep});
     QCOMPARE(takeBackRequests(), 1);
 }
 
@@ -329,14 +330,14 @@ void TestAudioLevelsPage::hostileValuesNeitherCrashNorAreRewritten()
         m_page->resume();
         m_page->show();
         m_page->grab();
-        QCOMPARE(take(), QStringList());
+        QCOMPARE(takeCalls(), QStringList());
         QCOMPARE(stored("subwooferLevel"), value);
         for (const char* slot : {"onUpClicked", "onDownClicked", "onLeftClicked", "onRightClicked",
                                  "on_key_sub_level_up_clicked", "on_key_sub_level_down_clicked",
                                  "on_key_subwoofer_clicked", "on_key_loudness_clicked"})
             QVERIFY(QMetaObject::invokeMethod(m_page.data(), slot));
         m_page->hide();
-        take(All);
+        takeCalls(All);
     }
 }
 
@@ -349,7 +350,7 @@ void TestAudioLevelsPage::randomTouchesKeepTheInvariants()
     int sent = 0;
     for (int i = 0; i < 20000; ++i) {
         const RandomWalk::Step step = walk.step();
-        const QStringList calls = take();
+        const QStringList calls = takeCalls();
         if (step == RandomWalk::Press) {
             QCOMPARE(calls, walk.holder() == pad() ? QStringList{mcuBeep} : QStringList());
         } else if (step == RandomWalk::Move) {

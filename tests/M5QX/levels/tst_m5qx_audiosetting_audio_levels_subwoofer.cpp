@@ -101,9 +101,9 @@ void TestAudioLevelsSubwoofer::sliderReleaseSendsTheLevel()
     QFETCH(int, x);
     QFETCH(int, level);
     setStored("subwooferFreq", 4);
-    take(All);
+    takeCalls(All);
     touch::click(m_page.data(), QPoint(x, 410));
-    QCOMPARE(take(Actions | Read),
+    QCOMPARE(takeCalls(Actions | Read),
              (QStringList{writeSwitch(true), readFrequency, writeLevel(level | 128), subFilter(4, level)}));
     QCOMPARE(slider()->value(), 12 - level);
     QVERIFY(key("key_subwoofer")->isChecked());
@@ -114,9 +114,9 @@ void TestAudioLevelsSubwoofer::sliderSendsNothingWhileDragged()
     touch::press(m_page.data(), QPoint(588, 410));
     for (int x = 588; x < 1200; x += 10)
         touch::move(m_page.data(), QPoint(x, 200));
-    QCOMPARE(take(All), QStringList());
+    QCOMPARE(takeCalls(All), QStringList());
     touch::release(m_page.data(), QPoint(1200, 200));
-    QCOMPARE(take(), (QStringList{writeSwitch(true), writeLevel(128), subFilter(7, 0)}));
+    QCOMPARE(takeCalls(), (QStringList{writeSwitch(true), writeLevel(128), subFilter(7, 0)}));
 }
 
 void TestAudioLevelsSubwoofer::aSavedValueOutsideTheSliderIsClamped_data()
@@ -134,7 +134,7 @@ void TestAudioLevelsSubwoofer::aSavedValueOutsideTheSliderIsClamped()
     QFETCH(int, value);
     QFETCH(int, level);
     m_page->onSliderOnSave(value);
-    QCOMPARE(take(), (QStringList{writeSwitch(true), writeLevel(level | 128), subFilter(7, level)}));
+    QCOMPARE(takeCalls(), (QStringList{writeSwitch(true), writeLevel(level | 128), subFilter(7, level)}));
 }
 
 void TestAudioLevelsSubwoofer::levelKeysStepMaskStoreAndSend_data()
@@ -192,7 +192,7 @@ void TestAudioLevelsSubwoofer::withTheSubwooferOffALevelSlotSwitchesItOnAndLeave
     // By touch they are out of reach.
     QCOMPARE(clicked("key_sub_level_up", All), QStringList());
     touch::click(m_page.data(), QPoint(700, 410));
-    QCOMPARE(take(All), QStringList());
+    QCOMPARE(takeCalls(All), QStringList());
 
     if (slot == "onSliderOnSave")
         emit slider()->valSave(6);
@@ -234,7 +234,7 @@ void TestAudioLevelsSubwoofer::storedLevelsAreClampedForTheSlider()
     setStored("subwooferLevel", level);
     m_page->resume();
     QCOMPARE(slider()->value(), value);
-    QCOMPARE(take(), QStringList());
+    QCOMPARE(takeCalls(), QStringList());
     QCOMPARE(stored("subwooferLevel"), QVariant(level));
 }
 

@@ -82,7 +82,7 @@ void TestBalanceFaderControl::startsAtZeroInItsRectangle()
     QCOMPARE(pad.geometry(), rect);
     QCOMPARE(pad.getValueX(), 0);
     QCOMPARE(pad.getValueY(), 0);
-    QCOMPARE(take(All), QStringList());
+    QCOMPARE(takeCalls(All), QStringList());
     // The centre is that of the rectangle's size, wherever it lies.
     pad.updateValue(QPoint(50, 101));
     QCOMPARE(QPoint(pad.getValueX(), pad.getValueY()), QPoint(0, 0));
@@ -148,7 +148,7 @@ void TestBalanceFaderControl::pressAndDragEmitOncePerEventAndSendNothing()
     touch::press(m_host.data(), QPoint(centre + 7, centre));
     QCOMPARE(changed.count(), 1);
     QCOMPARE(changed.takeFirst(), (QVariantList{1, 0}));
-    QCOMPARE(take(), QStringList{QStringLiteral("McuManager.triggerBeep(0)")});
+    QCOMPARE(takeCalls(), QStringList{QStringLiteral("McuManager.triggerBeep(0)")});
     touch::move(m_host.data(), QPoint(centre + 7, centre)); // the same value again is still an event
     touch::move(m_host.data(), QPoint(centre - 70, centre - 70));
     touch::move(m_host.data(), QPoint(5000, -5000));
@@ -156,7 +156,7 @@ void TestBalanceFaderControl::pressAndDragEmitOncePerEventAndSendNothing()
     QCOMPARE(changed.at(0), (QVariantList{1, 0}));
     QCOMPARE(changed.at(1), (QVariantList{-10, 10}));
     QCOMPARE(changed.at(2), (QVariantList{15, 15}));
-    QCOMPARE(take(All), QStringList());
+    QCOMPARE(takeCalls(All), QStringList());
     touch::release(m_host.data(), QPoint(centre, centre));
 }
 
@@ -165,9 +165,9 @@ void TestBalanceFaderControl::onlyTheReleaseSendsAndWithItsOwnPosition()
     touch::press(m_host.data(), QPoint(centre + 7, centre));
     touch::move(m_host.data(), QPoint(centre + 14, centre));
     QSignalSpy changed(m_pad, SIGNAL(balanceFaderChanged(int, int)));
-    take();
+    takeCalls();
     touch::release(m_host.data(), QPoint(centre - 21, centre + 28));
-    QCOMPARE(take(All), QStringList{QStringLiteral("AudioService.setBalanceFader(-3, -4, true)")});
+    QCOMPARE(takeCalls(All), QStringList{QStringLiteral("AudioService.setBalanceFader(-3, -4, true)")});
     QCOMPARE(changed.count(), 0);
     QCOMPARE(QPoint(m_pad->getValueX(), m_pad->getValueY()), QPoint(-3, -4));
 }
@@ -176,12 +176,12 @@ void TestBalanceFaderControl::aSecondQuickPressIsAPress()
 {
     // The window system tells the second press of two quick ones as a double click.
     touch::click(m_host.data(), QPoint(centre, centre));
-    take();
+    takeCalls();
     const QSignalSpy changed(m_pad, SIGNAL(balanceFaderChanged(int, int)));
     QMouseEvent second(QEvent::MouseButtonDblClick, QPoint(centre + 7, centre), Qt::LeftButton,
                        Qt::LeftButton, Qt::NoModifier);
     QApplication::sendEvent(m_pad, &second);
-    QCOMPARE(take(), QStringList{QStringLiteral("McuManager.triggerBeep(0)")});
+    QCOMPARE(takeCalls(), QStringList{QStringLiteral("McuManager.triggerBeep(0)")});
     QCOMPARE(changed.count(), 1);
 }
 
@@ -279,16 +279,16 @@ void TestBalanceFaderControl::randomTouchesKeepTheValuesInRange()
     for (int i = 0; i < 20000; ++i) {
         switch (walk.step()) {
         case RandomWalk::Press:
-            QCOMPARE(take(), QStringList{QStringLiteral("McuManager.triggerBeep(0)")});
+            QCOMPARE(takeCalls(), QStringList{QStringLiteral("McuManager.triggerBeep(0)")});
             break;
         case RandomWalk::Move:
-            QCOMPARE(take(All), QStringList());
+            QCOMPARE(takeCalls(All), QStringList());
             break;
         case RandomWalk::Release:
             ++releases;
-            QCOMPARE(take(), QStringList{QStringLiteral("AudioService.setBalanceFader(%1, %2, true)")
-                                             .arg(m_pad->getValueX())
-                                             .arg(m_pad->getValueY())});
+            QCOMPARE(takeCalls(), QStringList{QStringLiteral("AudioService.setBalanceFader(%1, %2, true)")
+                                                  .arg(m_pad->getValueX())
+                                                  .arg(m_pad->getValueY())});
         }
         QVERIFY(qAbs(m_pad->getValueX()) <= 15 && qAbs(m_pad->getValueY()) <= 15);
     }

@@ -36,8 +36,6 @@ const Item items[] = {
 };
 // clang-format on
 
-const QString keyBeep = QStringLiteral("AudioService.doBeep(0)");
-
 inline QString storeKey(int preset, int item)
 {
     return QStringLiteral("Audio_Time_Alignment_Num%1%2").arg(preset + 1).arg(item);
@@ -45,12 +43,12 @@ inline QString storeKey(int preset, int item)
 
 inline QString writeItem(int preset, int item, int value)
 {
-    return QStringLiteral("SettingsExe.setValue(\"%1\", 0, %2, true)").arg(storeKey(preset, item)).arg(value);
+    return writeOf("Exe", storeKey(preset, item), 0, value);
 }
 
 inline QString writePreset(int preset)
 {
-    return QStringLiteral("SettingsExe.setValue(\"Audio_Time_Alignment_Preset\", 0, %1, true)").arg(preset);
+    return writeOf("Exe", QStringLiteral("Audio_Time_Alignment_Preset"), 0, preset);
 }
 
 inline QString delay(int mask, const char* ms)
@@ -81,7 +79,7 @@ protected:
     {
         m_page.reset(new OpenPage(nullptr));
         m_page->show();
-        take(All);
+        takeCalls(All);
     }
     QStringList shownValues()
     {

@@ -118,7 +118,7 @@ void TestTimeAlignmentLimits::anIdOutsideTheKeysCountsAsItem0()
     const QStringList disabled = disabledKeys();
     key(minusKey(0))->setEnabled(false);
     m_page->onAlmButGroupClicked(id);
-    QCOMPARE(take(),
+    QCOMPARE(takeCalls(),
              (QStringList{keyBeep, delay(1, QByteArray::number(value / 10.0)), writeItem(0, 0, value)}));
     // No key of that id, none is touched; its neighbour isn't either.
     QCOMPARE(disabledKeys(), QStringList{minusKey(0)} + disabled);
@@ -137,14 +137,14 @@ void TestTimeAlignmentLimits::aPresetOutsideRangeIsLiteral()
     QFETCH(int, preset);
     setStored(storeKey(0, 0), 50);
     m_page->onPreButGroupClicked(preset);
-    QCOMPARE(take(), (QStringList{keyBeep, writePreset(preset), delay(1, "0"), delay(2, "0"), delay(4, "0"),
-                                  delay(8, "0"), delay(32, "0")}));
+    QCOMPARE(takeCalls(), (QStringList{keyBeep, writePreset(preset), delay(1, "0"), delay(2, "0"),
+                                       delay(4, "0"), delay(8, "0"), delay(32, "0")}));
     QCOMPARE(m_page->getTimeAlignmentValue(0), 0);
     // A step is sent from 0 and stored nowhere.
     QCOMPARE(clicked(plusKey(0)), (QStringList{keyBeep, delay(1, "0.1")}));
     QCOMPARE(stored(storeKey(0, 0)), QVariant(50));
     m_page->setTimeAlignmentValue(preset, 0, 9);
-    QCOMPARE(take(), QStringList());
+    QCOMPARE(takeCalls(), QStringList());
 }
 
 void TestTimeAlignmentLimits::valuesOutsideTheRangeAreShownAndSentAsTheyAre_data()
@@ -184,7 +184,7 @@ void TestTimeAlignmentLimits::anItemThatDoesNotExistIsLoggedAndIgnored()
         m_page->updateCurrAlignmentText(item, 5);
         QCOMPARE(takeLog().filter(QRegularExpression(QStringLiteral("^C \\[ERR\\] "))).size(), 2);
     }
-    QCOMPARE(take(), QStringList());
+    QCOMPARE(takeCalls(), QStringList());
     QCOMPARE(shownValues(), (QStringList{"0ms", "0ms", "0ms", "0ms", "0ms"}));
 }
 
@@ -203,7 +203,7 @@ void TestTimeAlignmentLimits::hostileValuesNeitherCrashNorAreRewritten()
                 setStored(storeKey(item / 5, item % 5), value);
             rebuild();
             m_page->grab();
-            QCOMPARE(take(), QStringList());
+            QCOMPARE(takeCalls(), QStringList());
             QCOMPARE(stored(storeKey(2, 4)), value);
             for (int id = 0; id <= 11; ++id)
                 m_page->onAlmButGroupClicked(id);

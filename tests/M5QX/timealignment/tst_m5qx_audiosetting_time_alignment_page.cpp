@@ -72,7 +72,7 @@ private slots:
 void TestTimeAlignmentPage::constructionReadsThePresetAndSendsNothing()
 {
     const OpenPage page(nullptr);
-    QCOMPARE(take(All), QStringList{readPreset});
+    QCOMPARE(takeCalls(All), QStringList{readPreset});
     QCOMPARE(page.findChildren<mem::SettingsExe*>(QString(), Qt::FindDirectChildrenOnly).size(), 1);
 }
 
@@ -108,9 +108,9 @@ void TestTimeAlignmentPage::showReadsOnlyAndDoesNotRecheckThePreset()
     m_page->hide();
     setStored("Audio_Time_Alignment_Preset", 1);
     setStored(storeKey(1, 2), 44);
-    take(All);
+    takeCalls(All);
     m_page->show();
-    const QStringList calls = take(All);
+    const QStringList calls = takeCalls(All);
     const QStringList texts = calls.filter(QStringLiteral("Translator."));
     QCOMPARE(calls.mid(0, texts.size()), texts);
     QCOMPARE(calls.mid(texts.size()), readsOfAll(1) + readsOfAll(1, 2));
@@ -259,7 +259,7 @@ void TestTimeAlignmentPage::presetIconsOfTheOlderKeySet()
 void TestTimeAlignmentPage::backBeepsAndPostsOneBackRequest()
 {
     key("key_back")->click();
-    QCOMPARE(take(), QStringList{keyBeep});
+    QCOMPARE(takeCalls(), QStringList{keyBeep});
     QCOMPARE(takeBackRequests(), 1);
 }
 
@@ -294,7 +294,7 @@ void TestTimeAlignmentPage::randomTouchesKeepTheInvariants()
     int steps = 0;
     for (int i = 0; i < 20000; ++i) {
         const RandomWalk::Step step = walk.step();
-        const QStringList calls = take();
+        const QStringList calls = takeCalls();
         if (step != RandomWalk::Release) {
             QCOMPARE(calls, QStringList());
         } else {

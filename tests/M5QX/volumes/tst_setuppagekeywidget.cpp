@@ -40,7 +40,7 @@ void TestSetupPageKeyWidget::init()
 {
     reset();
     m_strip.reset(new SetupPageKeyWidget(nullptr));
-    take(All);
+    takeCalls(All);
 }
 
 void TestSetupPageKeyWidget::signalsAndSlotsAreDeclaredInOrder()
@@ -86,15 +86,15 @@ void TestSetupPageKeyWidget::aPressBeepsThenCallsTheStation()
     QFETCH(QString, call);
     m_strip->show();
     touch::press(m_strip.data(), point);
-    QCOMPARE(take(All), QStringList());
+    QCOMPARE(takeCalls(All), QStringList());
     touch::release(m_strip.data(), point);
-    QCOMPARE(take(All), QStringList({QStringLiteral("McuManager.triggerBeep(0)"), call}));
+    QCOMPARE(takeCalls(All), QStringList({QStringLiteral("McuManager.triggerBeep(0)"), call}));
 }
 
 void TestSetupPageKeyWidget::aPressWhileNoPageIsVisibleStillBeepsAndCallsTheStation()
 {
     key("Key_next_page")->click();
-    QCOMPARE(take(All), QStringList({"McuManager.triggerBeep(0)", "R9TransferStation.setupNextPage()"}));
+    QCOMPARE(takeCalls(All), QStringList({"McuManager.triggerBeep(0)", "R9TransferStation.setupNextPage()"}));
 }
 
 void TestSetupPageKeyWidget::resizeMovesTheNextKeyUpAndKeepsTheSize()
@@ -120,7 +120,7 @@ void TestSetupPageKeyWidget::showingDoesNothing()
     m_strip->show();
     m_strip->hide();
     m_strip->show();
-    QCOMPARE(take(All), QStringList());
+    QCOMPARE(takeCalls(All), QStringList());
     QCOMPARE(takeLog(), QStringList());
     QCOMPARE(key("Key_next_page")->y(), 372);
 }
@@ -156,9 +156,9 @@ void TestSetupPageKeyWidget::randomTouchesKeepEveryInvariant()
     int calls = 0;
     for (int event = 0; event < 20000; ++event) {
         if (walk.step() != RandomWalk::Release) {
-            QCOMPARE(take(All), QStringList());
+            QCOMPARE(takeCalls(All), QStringList());
         } else {
-            const QStringList lines = take(All);
+            const QStringList lines = takeCalls(All);
             QVERIFY(lines.isEmpty() || lines.size() == 2);
             if (lines.size() == 2) {
                 ++calls;

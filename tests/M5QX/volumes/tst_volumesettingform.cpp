@@ -142,7 +142,7 @@ void TestVolumeSettingForm::topBarAndScrollAreaStandWhereTheFormSays()
     QVERIFY(emblem->geometry().bottom() < 75);
     QVERIFY(emblem->geometry().right() < label(QStringLiteral("label_title"))->x());
     emblem->click();
-    QCOMPARE(take(All), QStringList());
+    QCOMPARE(takeCalls(All), QStringList());
     QCOMPARE(area()->geometry(), QRect(0, 75, 1035, 444));
     QVERIFY(!area()->widgetResizable());
     QCOMPARE(area()->widget(), contents());
@@ -169,7 +169,7 @@ void TestVolumeSettingForm::slidersAreMadeInTableOrder()
 
 void TestVolumeSettingForm::constructionMakesItsPartsInOrder()
 {
-    take(All);
+    takeCalls(All);
     VolumeSettingWidget page(nullptr);
     QStringList expected;
     for (const Row& row : rows) {
@@ -180,14 +180,14 @@ void TestVolumeSettingForm::constructionMakesItsPartsInOrder()
     expected << "ScrollManage(scrollArea, false, false)"
              << "ScrollBar(978,160 16x237, 0)"
              << "ScrollManage(scrollArea, true, false)";
-    QCOMPARE(take(Widget), expected);
+    QCOMPARE(takeCalls(Widget), expected);
 }
 
 void TestVolumeSettingForm::constructionReadsAndWritesNoLevel()
 {
-    take(All);
+    takeCalls(All);
     VolumeSettingWidget page(nullptr);
-    QCOMPARE(take(Actions | Read), QStringList());
+    QCOMPARE(takeCalls(Actions | Read), QStringList());
 }
 
 void TestVolumeSettingForm::keyStripIsMadeOncePlacedAndShown()

@@ -15,13 +15,10 @@ namespace {
 QStringList applyLines(const Row& row, int value)
 {
     if (row.section == Live)
-        return {QStringLiteral("AudioService.setVolumeLevel(%1, %2)").arg(value).arg(row.service)};
-    QStringList lines{QStringLiteral("SettingsFunc.setValue(\"%1\", %2, %3, true)")
-                          .arg(QLatin1String(row.key))
-                          .arg(row.defaultValue)
-                          .arg(value)};
+        return {service("setVolumeLevel", value, row.service)};
+    QStringList lines{writeOf("Func", QLatin1String(row.key), row.defaultValue, value)};
     if (row.section == Gain)
-        lines.append(QStringLiteral("AudioService.setSourceOffsetGain(%1, %2)").arg(row.service).arg(value));
+        lines.append(service("setSourceOffsetGain", row.service, value));
     return lines;
 }
 
@@ -81,7 +78,7 @@ private slots:
 void TestVolumeSettingWidget::resumeReadsTheThreeSectionsInOrder()
 {
     m_page->resume();
-    QCOMPARE(take(All & ~Text), readLines(Live) + readLines(StartUp) + readLines(Gain));
+    QCOMPARE(takeCalls(All & ~Text), readLines(Live) + readLines(StartUp) + readLines(Gain));
 }
 
 void TestVolumeSettingWidget::aFreshStoreShowsTheDefaults()
@@ -111,7 +108,7 @@ void TestVolumeSettingWidget::resumeShowsTheStoredValues()
     setStored(QLatin1String(row.key), INT_MIN);
     m_page->resume();
     QCOMPARE(slider(index)->value(), 0);
-    QCOMPARE(take(Actions), QStringList());
+    QCOMPARE(takeCalls(Actions), QStringList());
 }
 
 void TestVolumeSettingWidget::theDabGainRowNeverShowsYetItsValueIsRead()
@@ -120,10 +117,10 @@ void TestVolumeSettingWidget::theDabGainRowNeverShowsYetItsValueIsRead()
     QVERIFY(widget(dab)->visibleRegion().isEmpty());
     setStored(QLatin1String(rows[dab].key), 12);
     m_page->resume();
-    QVERIFY(take(Read).contains(readLine(rows[dab])));
+    QVERIFY(takeCalls(Read).contains(readLine(rows[dab])));
     QCOMPARE(slider(dab)->value(), 12);
     invoke(QStringLiteral("on_key_source_dab_up_clicked"));
-    QCOMPARE(take(Actions | Read), stepLines(rows[dab], 13));
+    QCOMPARE(takeCalls(Actions | Read), stepLines(rows[dab], 13));
     QCOMPARE(slider(dab)->value(), 13);
 }
 
@@ -133,14 +130,14 @@ void TestVolumeSettingWidget::keysStepBeepAndStore()
     const Row& row = rows[index];
     setStored(QLatin1String(row.key), 7);
     m_page->resume();
-    take(All);
+    takeCalls(All);
     takeLog();
     key(index, "up")->click();
-    QCOMPARE(take(All), stepLines(row, 8));
+    QCOMPARE(takeCalls(All), stepLines(row, 8));
     QVERIFY(takeLog().value(0).endsWith(QStringLiteral("-- value: 8"))); // the new one
     setStored(QLatin1String(row.key), 8);
     key(index, "down")->click();
-    QCOMPARE(take(All), stepLines(row, 7));
+    QCOMPARE(takeCalls(All), stepLines(row, 7));
     if (row.section != Live)
         QCOMPARE(slider(index)->value(), 7);
 }
@@ -151,10 +148,10 @@ void TestVolumeSettingWidget::keysAtTheRangeEndsWriteTheSameAgain()
     const Row& row = rows[index];
     setStored(QLatin1String(row.key), maximumOf(row));
     key(index, "up")->click();
-    QCOMPARE(take(All), stepLines(row, maximumOf(row)));
+    QCOMPARE(takeCalls(All), stepLines(row, maximumOf(row)));
     setStored(QLatin1String(row.key), 0);
     key(index, "down")->click();
-    QCOMPARE(take(All), stepLines(row, 0));
+    QCOMPARE(takeCalls(All), stepLines(row, 0));
 }
 
 void TestVolumeSettingWidget::keysClampWhatTheStoreHoldsOutsideTheRange()
@@ -166,12 +163,12 @@ void TestVolumeSettingWidget::keysClampWhatTheStoreHoldsOutsideTheRange()
         for (const int value : {maximum + 1, maximum + 2, 1000, INT_MAX}) {
             setStored(QLatin1String(row.key), value);
             key(index, way)->click();
-            QCOMPARE(take(All), stepLines(row, maximum));
+            QCOMPARE(takeCalls(All), stepLines(row, maximum));
         }
         for (const int value : {-1, -2, -1000, INT_MIN}) {
             setStored(QLatin1String(row.key), value);
             key(index, way)->click();
-            QCOMPARE(take(All), stepLines(row, 0));
+            QCOMPARE(takeCalls(All), stepLines(row, 0));
         }
     }
 }
@@ -186,11 +183,11 @@ void TestVolumeSettingWidget::keysOfVisibleRowsAnswerATouch()
         return;
     }
     area()->verticalScrollBar()->setValue(widget(index)->y() - 100);
-    take(All);
+    takeCalls(All);
     touch::click(m_page, touch::middle(m_page, key(index, "up")));
-    QCOMPARE(take(All), stepLines(row, row.defaultValue + 1));
+    QCOMPARE(takeCalls(All), stepLines(row, row.defaultValue + 1));
     touch::click(m_page, touch::middle(m_page, key(index, "down")));
-    QCOMPARE(take(All), stepLines(row, row.defaultValue));
+    QCOMPARE(takeCalls(All), stepLines(row, row.defaultValue));
 }
 
 void TestVolumeSettingWidget::aTouchOnTheLabelsEndReachesTheDownKey()
@@ -198,7 +195,8 @@ void TestVolumeSettingWidget::aTouchOnTheLabelsEndReachesTheDownKey()
     show();
     // The main default row stands at y 50 of the contents, which begin at y 75.
     touch::click(m_page, {436, 75 + 50 + 39});
-    QCOMPARE(take(), QStringList({keyBeep, "SettingsFunc.setValue(\"Setup_Main_Volume\", 25, 24, true)"}));
+    QCOMPARE(takeCalls(),
+             QStringList({keyBeep, "SettingsFunc.setValue(\"Setup_Main_Volume\", 25, 24, true)"}));
 }
 
 void TestVolumeSettingWidget::liveKeysLeaveTheSliderToTheServicesSignal()
@@ -217,17 +215,17 @@ void TestVolumeSettingWidget::liveNaviUsesChannel5AndVoiceChannel4()
     setStored(QStringLiteral("volume5"), 11);
     setStored(QStringLiteral("volume4"), 33);
     m_page->on_key_navi_up_clicked();
-    QCOMPARE(take(All), QStringList({keyBeep, "SettingsFunc.getValue(\"volume5\", 0)",
-                                     "AudioService.setVolumeLevel(12, 5)"}));
+    QCOMPARE(takeCalls(All), QStringList({keyBeep, "SettingsFunc.getValue(\"volume5\", 0)",
+                                          "AudioService.setVolumeLevel(12, 5)"}));
     m_page->on_key_voice_up_clicked();
-    QCOMPARE(take(All), QStringList({keyBeep, "SettingsFunc.getValue(\"volume4\", 0)",
-                                     "AudioService.setVolumeLevel(34, 4)"}));
+    QCOMPARE(takeCalls(All), QStringList({keyBeep, "SettingsFunc.getValue(\"volume4\", 0)",
+                                          "AudioService.setVolumeLevel(34, 4)"}));
 }
 
 void TestVolumeSettingWidget::volumeChangedReadsTheLiveRowsAgain()
 {
     emitVolumeChanged(true, 3, 99);
-    QCOMPARE(take(All), readLines(Live));
+    QCOMPARE(takeCalls(All), readLines(Live));
 }
 
 void TestVolumeSettingWidget::slidersSaveWhatTheUserSettledOn()
@@ -235,9 +233,9 @@ void TestVolumeSettingWidget::slidersSaveWhatTheUserSettledOn()
     QFETCH(int, index);
     const Row& row = rows[index];
     for (const int value : {0, 9, maximumOf(row)}) {
-        take(All);
+        takeCalls(All);
         emit slider(index)->valSave(value);
-        QCOMPARE(take(All), applyLines(row, value));
+        QCOMPARE(takeCalls(All), applyLines(row, value));
     }
 }
 
@@ -246,15 +244,15 @@ void TestVolumeSettingWidget::aSliderDragSendsOnceAtRelease()
     show();
     m_page->resume();
     area()->verticalScrollBar()->setValue(400);
-    take(All);
+    takeCalls(All);
     const QPoint start = touch::middle(m_page, slider(10));
     QCOMPARE(touch::press(m_page, start), slider(10));
     for (int x = 0; x < 200; x += 10)
         touch::move(m_page, start + QPoint(x, 0));
     touch::move(m_page, start + QPoint(600, 200));
-    QCOMPARE(take(All), QStringList());
+    QCOMPARE(takeCalls(All), QStringList());
     touch::release(m_page, start + QPoint(600, 200));
-    QCOMPARE(take(All), applyLines(rows[10], 15));
+    QCOMPARE(takeCalls(All), applyLines(rows[10], 15));
 }
 
 void TestVolumeSettingWidget::saveSlotsClampTheirArgument()
@@ -264,11 +262,11 @@ void TestVolumeSettingWidget::saveSlotsClampTheirArgument()
     const QByteArray slot = row.saveSlot;
     for (const int value : {maximumOf(row) + 1, INT_MAX}) {
         QVERIFY(QMetaObject::invokeMethod(m_page, slot, Q_ARG(int, value)));
-        QCOMPARE(take(All), applyLines(row, maximumOf(row)));
+        QCOMPARE(takeCalls(All), applyLines(row, maximumOf(row)));
     }
     for (const int value : {-1, INT_MIN}) {
         QVERIFY(QMetaObject::invokeMethod(m_page, slot, Q_ARG(int, value)));
-        QCOMPARE(take(All), applyLines(row, 0));
+        QCOMPARE(takeCalls(All), applyLines(row, 0));
     }
 }
 
@@ -276,12 +274,12 @@ void TestVolumeSettingWidget::pageKeysScrollToTheEndAndBack()
 {
     show();
     touch::click(m_page, {960 + 25, 70 + 332 + 60});
-    QCOMPARE(take(All), QStringList({"McuManager.triggerBeep(0)", "R9TransferStation.setupNextPage()",
-                                     "ScrollManage.scrollToPos(0,1028, false)"}));
+    QCOMPARE(takeCalls(All), QStringList({"McuManager.triggerBeep(0)", "R9TransferStation.setupNextPage()",
+                                          "ScrollManage.scrollToPos(0,1028, false)"}));
     QVERIFY(contents()->y() < 0);
     touch::click(m_page, {960 + 25, 70 + 40});
-    QCOMPARE(take(All), QStringList({"McuManager.triggerBeep(0)", "R9TransferStation.setupPrevPage()",
-                                     "ScrollManage.scrollToPos(0,0, false)"}));
+    QCOMPARE(takeCalls(All), QStringList({"McuManager.triggerBeep(0)", "R9TransferStation.setupPrevPage()",
+                                          "ScrollManage.scrollToPos(0,0, false)"}));
     QCOMPARE(contents()->y(), 0);
 }
 
@@ -291,16 +289,16 @@ void TestVolumeSettingWidget::nextPageWhileThePageIsHiddenDoesNotScroll()
     m_page->onSetupPrevPage();
     show();
     m_page->hide();
-    take(All);
+    takeCalls(All);
     m_page->onSetupNextPage();
     m_page->onSetupPrevPage();
-    QCOMPARE(take(All), QStringList());
+    QCOMPARE(takeCalls(All), QStringList());
 }
 
 void TestVolumeSettingWidget::exitBeepsThenEmitsExitUI()
 {
     QStringList seen;
-    connect(m_page, &VolumeSettingWidget::exitUI, this, [&seen] { seen = take(); });
+    connect(m_page, &VolumeSettingWidget::exitUI, this, [&seen] { seen = takeCalls(); });
     QSignalSpy spy(m_page, SIGNAL(exitUI()));
     formcheck::child<QPushButton>(m_page, QStringLiteral("key_exit"))->click();
     QCOMPARE(seen, QStringList(keyBeep));
@@ -351,9 +349,9 @@ void TestVolumeSettingWidget::openingAndLeavingOftenLeavesNothingBehind()
         QCOMPARE(sliders().size(), sliderCount);
     }
     // What a page that is gone was connected to no longer reaches it.
-    take(All);
+    takeCalls(All);
     emitVolumeChanged(false, 1, 1);
-    QCOMPARE(take(All), readLines(Live));
+    QCOMPARE(takeCalls(All), readLines(Live));
 }
 
 void TestVolumeSettingWidget::randomTouchesKeepEveryInvariant()
@@ -361,16 +359,16 @@ void TestVolumeSettingWidget::randomTouchesKeepEveryInvariant()
     QFETCH(quint32, seed);
     show();
     m_page->resume();
-    take(All);
+    takeCalls(All);
     const QRegularExpression write(
         QStringLiteral("^SettingsFunc\\.setValue\\(\"(\\w+)\", \\d+, (-?\\d+), true\\)$"));
     RandomWalk walk(m_page, seed);
     int writes = 0;
     for (int event = 0; event < 20000; ++event) {
         if (walk.step() != RandomWalk::Release) {
-            QCOMPARE(take(Actions), QStringList());
+            QCOMPARE(takeCalls(Actions), QStringList());
         } else {
-            const QStringList calls = take();
+            const QStringList calls = takeCalls();
             QVERIFY(calls.filter(QStringLiteral("setValue")).size() <= 1);
             QVERIFY(calls.filter(QStringLiteral("setSourceOffsetGain")).size() <= 1);
             QVERIFY(calls.filter(QStringLiteral("eep(0)")).size() <= 1);

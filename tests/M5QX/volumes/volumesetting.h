@@ -54,7 +54,6 @@ const Row rows[] = {
 constexpr int rowCount = std::size(rows);
 static_assert(rowCount == 17, "seventeen rows");
 constexpr int dab = rowCount - 1;
-const QString keyBeep = QStringLiteral("AudioService.doBeep(0)");
 
 inline int maximumOf(const Row& row)
 {
@@ -63,9 +62,7 @@ inline int maximumOf(const Row& row)
 
 inline QString readLine(const Row& row)
 {
-    return QStringLiteral("SettingsFunc.getValue(\"%1\", %2)")
-        .arg(QLatin1String(row.key))
-        .arg(row.defaultValue);
+    return readOf("Func", QLatin1String(row.key), row.defaultValue);
 }
 
 inline QStringList readLines(Section section)
@@ -94,14 +91,14 @@ protected:
         m_host.reset(new QWidget);
         m_host->resize(1024, 600);
         m_page = new VolumeSettingWidget(m_host.data());
-        take(All);
+        takeCalls(All);
         takeLog();
     }
     void show()
     {
         m_host->show();
         QVERIFY(QTest::qWaitForWindowExposed(m_host.data()));
-        take(All);
+        takeCalls(All);
         takeLog();
     }
     QPushButton* key(int row, const char* way)

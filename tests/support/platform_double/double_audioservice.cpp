@@ -8,37 +8,24 @@ namespace {
 
 AudioState state;
 
-QString text(bool value)
-{
-    return value ? QStringLiteral("true") : QStringLiteral("false");
-}
-
-QString text(int value)
-{
-    return QString::number(value);
-}
-
-QString text(float value)
-{
-    return QString::number(static_cast<double>(value), 'g', 6);
-}
-
 template <typename... Arguments>
 void recordCall(Kind kind, const char* operation, Arguments... arguments)
 {
-    const QStringList list{text(arguments)...};
-    record(
-        kind,
-        QStringLiteral("AudioService.%1(%2)").arg(QLatin1String(operation), list.join(QStringLiteral(", "))));
+    record(kind, service(operation, arguments...));
 }
 
 /// Whether an argument is in its range. One that isn't is logged; the operation then changes nothing.
-bool inRange(const char* operation, int value, const mem::Setting& setting)
+bool inRange(const char* operation, int value, int smallest, int largest)
 {
-    const bool good = value >= setting.smallest && value <= setting.largest;
+    const bool good = value >= smallest && value <= largest;
     if (!good)
         qWarning("AudioService.%s: %d is out of range", operation, value);
     return good;
+}
+
+bool inRange(const char* operation, int value, const mem::Setting& setting)
+{
+    return inRange(operation, value, setting.smallest, setting.largest);
 }
 
 } // namespace
@@ -98,7 +85,7 @@ void AudioService::setEQType(AudioEQType type, bool save)
 int AudioService::getCustomEq(int band)
 {
     recordCall(Read, "getCustomEq", band);
-    return band >= 0 && band < eqBandCount ? audio().customEq[band] : 0;
+    return inRange("getCustomEq", band, 0, eqBandCount - 1) ? audio().customEq[band] : 0;
 }
 
 void AudioService::setCustomEq(int value, int band, bool save)

@@ -10,16 +10,6 @@ namespace {
 QHash<QString, QVariant> store;
 QStringList touched;
 
-QString quoted(const QVariant& value)
-{
-    switch (static_cast<QMetaType::Type>(value.type())) {
-    case QMetaType::QString:
-        return QLatin1Char('"') + value.toString() + QLatin1Char('"');
-    default:
-        return value.toString();
-    }
-}
-
 void note(const QString& line)
 {
     if (!touched.contains(line))
@@ -30,10 +20,8 @@ template <typename T>
 T read(const char* face, const QString& key, const T& defaultValue)
 {
     const QVariant asDefault(defaultValue);
-    record(
-        Read,
-        QStringLiteral("Settings%1.getValue(\"%2\", %3)").arg(QLatin1String(face), key, quoted(asDefault)));
-    note(QStringLiteral("%1 %2 %3 R").arg(QLatin1String(face), key, quoted(asDefault)));
+    record(Read, readOf(face, key, asDefault));
+    note(QStringLiteral("%1 %2 %3 R").arg(QLatin1String(face), key, written(asDefault)));
     const QVariant value = store.value(key);
     return value.type() == asDefault.type() ? value.value<T>() : defaultValue;
 }
@@ -41,16 +29,15 @@ T read(const char* face, const QString& key, const T& defaultValue)
 void write(const char* face, const QString& key, const QVariant& defaultValue, const QVariant& value,
            bool commit)
 {
-    const QString flag = commit ? QStringLiteral("true") : QStringLiteral("false");
     const auto type = static_cast<QMetaType::Type>(value.type());
     if (key.isEmpty() || (type != QMetaType::Int && type != QMetaType::Bool && type != QMetaType::QString)) {
         qWarning("SettingsStore: \"%s\" can't keep a value of the type %s", qPrintable(key),
                  value.typeName());
         return;
     }
-    record(Write, QStringLiteral("Settings%1.setValue(\"%2\", %3, %4, %5)")
-                      .arg(QLatin1String(face), key, quoted(defaultValue), quoted(value), flag));
-    note(QStringLiteral("%1 %2 %3 W %4").arg(QLatin1String(face), key, quoted(defaultValue), flag));
+    record(Write, writeOf(face, key, defaultValue, value, commit));
+    note(QStringLiteral("%1 %2 %3 W %4")
+             .arg(QLatin1String(face), key, written(defaultValue), written(commit)));
     store.insert(key, value);
 }
 

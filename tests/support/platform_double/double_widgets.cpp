@@ -11,6 +11,7 @@
 #include <QScrollBar>
 
 using platform_double::record;
+using platform_double::written;
 
 namespace cm {
 
@@ -52,11 +53,6 @@ QList<cm::ScrollManage*> managers;
 QString text(const QRect& rect)
 {
     return QStringLiteral("%1,%2 %3x%4").arg(rect.x()).arg(rect.y()).arg(rect.width()).arg(rect.height());
-}
-
-QString text(bool value)
-{
-    return value ? QStringLiteral("true") : QStringLiteral("false");
 }
 
 } // namespace
@@ -172,9 +168,8 @@ ScrollManage::ScrollManage(QScrollArea* area, bool vertical, bool horizontal)
     }
     d->area = area;
     managers.append(this);
-    record(
-        platform_double::Widget,
-        QStringLiteral("ScrollManage(%1, %2, %3)").arg(area->objectName(), text(vertical), text(horizontal)));
+    record(platform_double::Widget, QStringLiteral("ScrollManage(%1, %2, %3)")
+                                        .arg(area->objectName(), written(vertical), written(horizontal)));
 }
 
 ScrollManage::~ScrollManage()
@@ -185,9 +180,10 @@ ScrollManage::~ScrollManage()
 
 void ScrollManage::scrollToPos(const QPoint& pos, bool animated)
 {
-    record(
-        platform_double::Widget,
-        QStringLiteral("ScrollManage.scrollToPos(%1,%2, %3)").arg(pos.x()).arg(pos.y()).arg(text(animated)));
+    record(platform_double::Widget, QStringLiteral("ScrollManage.scrollToPos(%1,%2, %3)")
+                                        .arg(pos.x())
+                                        .arg(pos.y())
+                                        .arg(written(animated)));
     if (!d->area)
         return;
     d->area->verticalScrollBar()->setValue(pos.y());

@@ -112,7 +112,7 @@ void record(Kind kind, const QString& line)
     lines.append({kind, line});
 }
 
-QStringList take(int kinds)
+QStringList takeCalls(int kinds)
 {
     QStringList result;
     for (const auto& line : std::as_const(lines)) {

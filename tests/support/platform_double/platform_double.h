@@ -1,5 +1,7 @@
 #pragma once
 
+#include "tests/support/platform_double/lines.h"
+
 #include <QList>
 #include <QPointer>
 #include <QString>
@@ -52,7 +54,7 @@ struct AudioState
 /// Forgets lines, stored values, texts, events and messages; the audio state is the default one.
 void reset();
 /// The recorded lines of these kinds, in order. Forgets all lines.
-QStringList take(int kinds = Actions);
+QStringList takeCalls(int kinds = Actions);
 /// For the double's own files.
 void record(Kind kind, const QString& line);
 
