@@ -333,8 +333,7 @@ void m5qx_EQ_settings_page::forgetTouch()
 int m5qx_EQ_settings_page::touchIndexByPoint(const QPoint& point) const
 {
     for (int i = 0; i < hvaudio::eqBandCount; ++i) {
-        const QRect& bar = m_bands[i].bar;
-        if (QRect(QPoint(), bar.size()).contains(point - bar.topLeft()))
+        if (m_bands[i].bar.contains(point))
             return i;
     }
     return -1;

@@ -169,13 +169,13 @@ void m5qx_eq_tab_widget::onEQTypeChanged(int type)
 void m5qx_eq_tab_widget::nextEQType()
 {
     const int type = currEQType();
-    stepEQType(type == 0 ? eqTypeCount - 1 : type - 1);
+    stepEQType(type <= 0 ? eqTypeCount - 1 : qMin(type, eqTypeCount) - 1);
 }
 
 void m5qx_eq_tab_widget::prevEQType()
 {
     const int type = currEQType();
-    stepEQType(type == eqTypeCount - 1 ? 0 : type + 1);
+    stepEQType(type >= eqTypeCount - 1 ? 0 : qMax(type, -1) + 1);
 }
 
 /// The name isn't refreshed here: it follows when the platform says that the type has changed.

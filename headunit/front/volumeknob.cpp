@@ -86,7 +86,9 @@ void VolumeKnob::mouseReleaseEvent(QMouseEvent* event)
 
 void VolumeKnob::wheelEvent(QWheelEvent* event)
 {
-    m_wheel += event->angleDelta().y();
+    // No more than the whole range at once: every step is a key of its own for the rest of the unit.
+    constexpr int wholeRange = MasterVolume::maximum * wheelPerStep;
+    m_wheel += qBound(-wholeRange, event->angleDelta().y(), wholeRange);
     const int steps = m_wheel / wheelPerStep;
     m_wheel -= steps * wheelPerStep;
     if (steps != 0)

@@ -21,7 +21,7 @@ public:
     void setLit(bool lit);
 
 signals:
-    /// steps: positive is louder, never 0.
+    /// steps: positive is louder, never 0, and no more than the volume has.
     void turned(int steps);
     void pressed();
 

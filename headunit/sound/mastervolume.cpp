@@ -31,7 +31,7 @@ void MasterVolume::reload()
 
 void MasterVolume::step(int steps)
 {
-    const int level = qBound(0, m_level + steps, maximum);
+    const int level = qBound(0, m_level + qBound(-maximum, steps, maximum), maximum);
     if (level == m_level && !m_muted)
         return;
     show(level, false);
@@ -57,9 +57,11 @@ void MasterVolume::onAudioVolumeChanged(bool muted, int level, int channel)
 
 void MasterVolume::show(int level, bool muted)
 {
-    if (level == m_level && muted == m_muted)
+    // Whoever paints the level counts on its range.
+    const int shown = qBound(0, level, maximum);
+    if (shown == m_level && muted == m_muted)
         return;
-    m_level = level;
+    m_level = shown;
     m_muted = muted;
     emit changed();
 }

@@ -20,10 +20,10 @@ public:
     int level() const { return m_level; }
     bool isMuted() const { return m_muted; }
 
-    /// Turns the knob by that many steps, clamped; unmutes.
+    /// Turns the knob by that many steps, any number, down to 0 or up to maximum; unmutes.
     void step(int steps);
     void toggleMute();
-    /// Reads the level anew after the service was switched on.
+    /// Reads the level anew after the service was switched on; one out of range is the nearest end.
     void reload();
 
 signals:
@@ -33,6 +33,7 @@ private slots:
     void onAudioVolumeChanged(bool muted, int level, int channel);
 
 private:
+    /// level: as somebody else says it, of any size.
     void show(int level, bool muted);
 
     int m_level = 0;

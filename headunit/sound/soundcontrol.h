@@ -12,9 +12,9 @@ class SoundControl
 public:
     virtual ~SoundControl() = default;
 
-    /// What plays as this source. False, with a sentence in `error` where given, when a file can't be read and
-    /// that shows at once; what played before goes on then. A file on a slow medium is opened afterwards: its
-    /// source is silent until then, and for good when that fails.
+    /// What plays as this source. False, with a sentence in `error` where given, when a file can't be read
+    /// and that shows at once; what played before goes on then. A file on a slow medium is opened afterwards:
+    /// its source is silent until then, and for good when that fails.
     virtual bool setSource(HVAudio_source_id_e id, const SourceChoice& choice, QString* error = nullptr) = 0;
     virtual SourceChoice source(HVAudio_source_id_e id) const = 0;
     /// Makes this source the one that is heard.

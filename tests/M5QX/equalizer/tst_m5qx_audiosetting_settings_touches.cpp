@@ -4,6 +4,8 @@
 
 #include <QRegularExpression>
 
+#include <climits>
+
 using namespace eqsettings;
 
 namespace {
@@ -51,6 +53,7 @@ private slots:
     void aDragOffTheBarKeepsTheLastValue();
     void aPressOutsideEveryBarDoesNothing_data();
     void aPressOutsideEveryBarDoesNothing();
+    void aTouchFarOffTheScreenDoesNothing();
     void aPressOutsideEveryBarEndsATouchWhoseReleaseWasLost();
     void aTouchOnWhatLiesInABarIsATouchOnTheBar_data();
     void aTouchOnWhatLiesInABarIsATouchOnTheBar();
@@ -222,6 +225,22 @@ void TestEqSettingsTouches::aPressOutsideEveryBarDoesNothing()
     QCOMPARE(takeCalls(All), QStringList());
     QVERIFY(bubble()->isHidden());
     QCOMPARE(drawn(), QVector<int>(13, 0));
+}
+
+void TestEqSettingsTouches::aTouchFarOffTheScreenDoesNothing()
+{
+    const int far[] = {INT_MIN, INT_MIN + 1, -2000000000, 2000000000, INT_MAX};
+    take();
+    for (const int x : far) {
+        for (const int y : far) {
+            for (const QEvent::Type type :
+                 {QEvent::MouseButtonPress, QEvent::MouseMove, QEvent::MouseButtonRelease}) {
+                QMouseEvent event(type, QPoint(x, y), Qt::LeftButton, Qt::LeftButton, Qt::NoModifier);
+                QCoreApplication::sendEvent(m_page, &event);
+            }
+        }
+    }
+    QCOMPARE(take(), QStringList());
 }
 
 void TestEqSettingsTouches::aPressOutsideEveryBarEndsATouchWhoseReleaseWasLost()

@@ -284,6 +284,11 @@ void TestTabWidget::typeKeysWrapAround_data()
     QTest::newRow("first") << 0 << 8 << 1;
     QTest::newRow("middle") << 4 << 3 << 5;
     QTest::newRow("last") << 8 << 7 << 0;
+    // What no service should say leads back to what there is.
+    QTest::newRow("below the first") << -1 << 8 << 0;
+    QTest::newRow("above the last") << 9 << 8 << 0;
+    QTest::newRow("smallest number") << INT_MIN << 8 << 0;
+    QTest::newRow("largest number") << INT_MAX << 8 << 0;
 }
 
 void TestTabWidget::typeKeysWrapAround()

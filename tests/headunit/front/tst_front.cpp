@@ -3,9 +3,12 @@
 #include "headunit/front/unitwindow.h"
 #include "headunit/front/volumeknob.h"
 #include "headunit/sound/mastervolume.h"
+#include "hvaudio/audioservice.h"
 
 #include <QWheelEvent>
 #include <QtTest>
+
+#include <climits>
 
 using namespace headunit;
 using Acts = QVector<QPair<int, int>>;
@@ -21,6 +24,8 @@ private slots:
     void otherButtonsOfAPointerAreNoKey();
     void wheelTurnsTheKnob();
     void fineWheelAddsUp();
+    void wheelOutOfRangeTurnsNoFurtherThanTheVolumeGoes();
+    void volumeOutOfRangeIsPaintedAsItsEnd();
     void draggingAroundTurnsTheKnob();
     void pressOnTheKnobMutes();
     void dragIsNoPress();
@@ -116,6 +121,28 @@ void TestFront::fineWheelAddsUp()
     QVERIFY(m_acts.isEmpty());
     wheel(30);
     QCOMPARE(m_acts.size(), 2);
+}
+
+void TestFront::wheelOutOfRangeTurnsNoFurtherThanTheVolumeGoes()
+{
+    for (int i = 0; i < 3; ++i)
+        wheel(INT_MAX);
+    QCOMPARE(m_acts.size(), 3 * 2 * MasterVolume::maximum);
+    m_acts.clear();
+    wheel(INT_MIN);
+    QCOMPARE(m_acts.size(), 2 * MasterVolume::maximum);
+    QCOMPARE(m_acts.first(), qMakePair(int(KeyEvent::Key_VolumeDown), int(KeyEvent::Press)));
+}
+
+void TestFront::volumeOutOfRangeIsPaintedAsItsEnd()
+{
+    const auto pictureAt = [this](int level) {
+        emit hvaudio::AudioService::instance()->audioVolumeChanged(false, level, 0);
+        return m_unit->grab().toImage();
+    };
+    QCOMPARE(pictureAt(2000000000), pictureAt(50));
+    QCOMPARE(pictureAt(INT_MIN), pictureAt(0));
+    QVERIFY(pictureAt(0) != pictureAt(50));
 }
 
 void TestFront::draggingAroundTurnsTheKnob()

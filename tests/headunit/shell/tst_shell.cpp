@@ -15,6 +15,8 @@
 #include <QComboBox>
 #include <QtTest>
 
+#include <climits>
+
 using namespace headunit;
 
 static const QStringList opening{"onCreate", "onShow", "root shown", "onEnter"};
@@ -43,6 +45,7 @@ private slots:
     void reopeningResumes();
     void vanishedRootWidgetBringsTheLauncher();
     void everyHardKeyReachesTheWindowFirst();
+    void unknownKeysAreTheWindowsAlone();
     void unhandledBackAsksTheWindowThenTheShell();
     void handledBackWaitsForTheWindowsRequest();
     void homeLeavesEvenWhenTheWindowHandlesIt();
@@ -297,6 +300,31 @@ void TestShell::everyHardKeyReachesTheWindowFirst()
     }
     m_shell->onHardKey(KeyEvent::Key_Home, KeyEvent::Press);
     QCOMPARE(m_window->takeCalls(), QStringList{"key 2 1001"} + leaving);
+}
+
+void TestShell::unknownKeysAreTheWindowsAlone()
+{
+    m_shell->openWindow(33);
+    m_window->takeCalls();
+    const int before = store()->value("volume0").toInt();
+    for (const int key : {0, 9, -1, INT_MAX, INT_MIN}) {
+        for (const int action : {int(KeyEvent::Press), 0, INT_MAX}) {
+            m_shell->onHardKey(KeyEvent::Key(key), KeyEvent::Action(action));
+            QCOMPARE(m_window->takeCalls().size(), 1);
+        }
+    }
+    QVERIFY(m_shell->front());
+    QVERIFY(m_shell->isPowered());
+    QCOMPARE(store()->value("volume0").toInt(), before);
+    // A touch request of another kind, and one with a place far off the screen.
+    const MessageLog messages;
+    QCoreApplication::postEvent(qApp, new TouchEvent(Qx::Touch(INT_MAX), INT_MIN, INT_MAX));
+    QCoreApplication::processEvents();
+    QVERIFY(m_shell->front());
+    QCOMPARE(MessageLog::count("is not known"), 1);
+    QCoreApplication::postEvent(qApp, new TouchEvent(Qx::Touch_Back, INT_MAX, INT_MIN));
+    QCoreApplication::processEvents();
+    QVERIFY(!m_shell->front());
 }
 
 void TestShell::unhandledBackAsksTheWindowThenTheShell()
