@@ -1,6 +1,7 @@
 #include "tests/platform/hvaudio/files/files.h"
 #include "tests/support/audiothreadtrap.h"
 #include "tests/support/slowmedium.h"
+#include "tests/support/wakeups.h"
 
 #include "platform/hvaudio/player.h"
 
@@ -8,8 +9,6 @@
 
 #include <cmath>
 #include <thread>
-
-#include <unistd.h>
 
 using namespace hvaudio;
 
@@ -295,22 +294,6 @@ void TestPlayer::wavOutputWritesWhatIsPlayed()
     QVERIFY(rms(contents.channels[3]) > 0.001);
 }
 
-/// How often threads of this process but the calling one have gone to sleep so far.
-static long sleeps()
-{
-    long count = 0;
-    const QString own = QString::number(gettid());
-    for (const QString& thread : QDir("/proc/self/task").entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
-        QFile status("/proc/self/task/" + thread + "/status");
-        if (thread == own || !status.open(QIODevice::ReadOnly))
-            continue;
-        const QByteArray all = status.readAll();
-        count +=
-            all.mid(all.indexOf("\nvoluntary_ctxt_switches:") + 25).simplified().split(' ').first().toLong();
-    }
-    return count;
-}
-
 void TestPlayer::nothingWakesUpWhileNobodyHearsAnything_data()
 {
     QTest::addColumn<int>("kind");
@@ -330,13 +313,7 @@ void TestPlayer::nothingWakesUpWhileNobodyHearsAnything()
     QVERIFY(player->setSource(18, SourceKind(kind), path));
     QVERIFY(player->start("none"));
     QVERIFY(player->takeMeters().gain > 0); // it has been looked at, and isn't any more
-    QVERIFY(QTest::qWaitFor(
-        [] {
-            const long before = sleeps();
-            QTest::qSleep(1000);
-            return sleeps() == before;
-        },
-        20000));
+    QVERIFY(nothingWakesUp());
 }
 
 void TestPlayer::restingOutputIsThereWhenItIsMeasured()

@@ -81,6 +81,7 @@ struct PipeWireOutput::Private
             if (saidLost)
                 say(LogLevel::Info, "sound output is back");
             saidLost = false;
+            feed->resumed();
         },
     }};
     std::atomic<bool> linked{false}; ///< the output to something
@@ -96,7 +97,8 @@ bool PipeWireOutput::Private::connect(std::string& error)
             if (d->streams.made() || d->lost || !(info->change_mask & PW_CORE_CHANGE_MASK_PROPS))
                 return;
             std::string fault;
-            if (!d->streams.make(d->core, *d->feed, rateOf(info->props), fault))
+            if (!d->streams.make(pw_thread_loop_get_loop(d->loop), d->core, *d->feed, rateOf(info->props),
+                                 fault))
                 d->reconnectLater(fault.c_str());
         };
         events.error = [](void* self, std::uint32_t id, int, int res, const char* message) {
@@ -243,6 +245,15 @@ void PipeWireOutput::stop()
 bool PipeWireOutput::pulling() const
 {
     return !d->lost && d->streams.streaming();
+}
+
+void PipeWireOutput::wake()
+{
+    if (!d->loop)
+        return;
+    pw_thread_loop_lock(d->loop);
+    d->streams.wake();
+    pw_thread_loop_unlock(d->loop);
 }
 
 std::string PipeWireOutput::status() const

@@ -20,7 +20,8 @@ namespace hvaudio {
 /// nodes; connecting, and waiting for a server that has gone, happen on a control thread, with pauses that
 /// grow from 0.1 s to 5 s. When the device goes, the session manager moves the stream; without a device
 /// nothing is pulled, and the sink stays. When the session manager itself goes, both nodes are made anew for
-/// the next one. The latency of the feed is added to what either side reports to the other.
+/// the next one. While nothing is to be heard the stream to the device rests, and it wakes when sound comes
+/// in or the feed has news. The latency of the feed is added to what either side reports to the other.
 ///
 /// Session-manager-free graphs: PIPEWIRE_PROPS and the `stream.properties` of the client's configuration are
 /// heeded, so `adapter.auto-port-config = { mode = dsp }` gives the ports that a session manager would.
@@ -34,6 +35,7 @@ public:
     bool start(Feed& feed, std::string& error) override;
     void stop() override;
     bool pulling() const override;
+    void wake() override;
     std::string status() const override;
 
 private:

@@ -1,5 +1,7 @@
 #include "platform/hvaudio/outputs/pipewire/pipewirestreams.h"
 
+#include "platform/hvaudio/dsp/samples.h"
+
 #include <pipewire/pipewire.h>
 #include <spa/param/audio/format-utils.h>
 #include <spa/param/props.h>
@@ -21,6 +23,7 @@ constexpr std::uint32_t positions[] = {SPA_AUDIO_CHANNEL_FL,  SPA_AUDIO_CHANNEL_
 static_assert(std::size(positions) == SpeakerFeed::ChannelCount);
 
 constexpr double usualRate = 48000;
+constexpr int restAfterSeconds = 3;
 
 /// Builds a parameter into the buffer that the caller keeps until it is used.
 const spa_pod* audioFormat(double rate, int channels, std::uint8_t* buffer, std::uint32_t size)
@@ -75,6 +78,9 @@ void PipeWireStreams::destroy()
         pw_stream_destroy(m_stream);
     m_sink = m_stream = nullptr;
     m_sinkHook = m_streamHook = {};
+    if (m_signal)
+        pw_loop_destroy_source(m_loop, m_signal);
+    m_signal = nullptr;
 }
 
 std::uint32_t PipeWireStreams::outputNode() const
@@ -139,9 +145,14 @@ pw_stream_events PipeWireStreams::eventsOf(Stream which)
     return events;
 }
 
-bool PipeWireStreams::make(pw_core* core, Feed& feed, double serverRate, std::string& error)
+bool PipeWireStreams::make(pw_loop* loop, pw_core* core, Feed& feed, double serverRate, std::string& error)
 {
     prepare(feed, serverRate);
+    m_loop = loop;
+    m_signal = pw_loop_add_event(
+        loop, [](void* self, std::uint64_t) { static_cast<PipeWireStreams*>(self)->restOrWake(); }, this);
+    m_resting = m_wantsRest = m_soundCame = false;
+    m_quietFrames = 0;
     if (!makeNodes(core)) {
         error = std::strerror(errno);
         return false;
@@ -242,6 +253,43 @@ void PipeWireStreams::passLatency(pw_stream* to, const spa_pod* param, spa_direc
         tellLatency(to, info, direction);
 }
 
+void PipeWireStreams::wake()
+{
+    ++m_wakes;
+    restOrWake();
+}
+
+/// An inactive stream costs neither this process nor the server anything, and keeps its links.
+void PipeWireStreams::restOrWake()
+{
+    if (!m_stream)
+        return;
+    const bool called = m_soundCame.exchange(false) || m_wakes != m_wakesAtWish;
+    if (m_wantsRest.exchange(false) && !called && !m_resting) {
+        m_resting = true;
+        pw_stream_set_active(m_stream, false);
+    } else if (m_resting && called) {
+        m_resting = false;
+        ++m_wakes; // the silence is counted anew
+        pw_stream_set_active(m_stream, true);
+    }
+}
+
+void PipeWireStreams::watchSilence(unsigned wakes, int frames) noexcept
+{
+    if (wakes != m_wakesAtWish.load(std::memory_order_relaxed) || !m_feed->silent() ||
+        !m_feed->unobserved()) {
+        m_wakesAtWish.store(wakes, std::memory_order_relaxed);
+        m_quietFrames = 0;
+        return;
+    }
+    const int enough = restAfterSeconds * m_rate;
+    if (m_quietFrames < enough && (m_quietFrames += frames) >= enough) {
+        m_wantsRest = true;
+        pw_loop_signal_event(m_loop, m_signal);
+    }
+}
+
 void PipeWireStreams::comesIn() noexcept
 {
     while (pw_buffer* const held = pw_stream_dequeue_buffer(m_sink)) {
@@ -251,9 +299,13 @@ void PipeWireStreams::comesIn() noexcept
         if (chunk && left) {
             const std::uint32_t offset = std::min(chunk->offset, buffer->datas[0].maxsize);
             const std::uint32_t size = std::min(chunk->size, buffer->datas[0].maxsize - offset);
-            const std::uint32_t start = offset / sizeof(float);
-            m_speakers.push(cycle(m_sinkPosition), left + start, right ? right + start : left + start,
-                            int(size / sizeof(float)));
+            const int start = int(offset / sizeof(float)), frames = int(size / sizeof(float));
+            left += start;
+            right = right ? right + start : left;
+            m_speakers.push(cycle(m_sinkPosition), left, right, frames);
+            if (m_resting && !(dsp::allZero(left, frames) && dsp::allZero(right, frames)) &&
+                !m_soundCame.exchange(true))
+                pw_loop_signal_event(m_loop, m_signal);
         }
         pw_stream_queue_buffer(m_sink, held);
     }
@@ -270,7 +322,9 @@ void PipeWireStreams::goesOut() noexcept
         channels[i] = samplesOf(buffer, std::uint32_t(i));
     std::uint64_t frames = buffer->n_datas > 0 ? buffer->datas[0].maxsize / sizeof(float) : 0;
     frames = held->requested > 0 ? std::min(frames, held->requested) : std::min<std::uint64_t>(frames, 1024);
+    const unsigned wakes = m_wakes;
     m_speakers.fill(cycle(m_streamPosition), channels, int(frames));
+    watchSilence(wakes, int(frames));
     for (std::uint32_t i = 0; i < buffer->n_datas; ++i) {
         buffer->datas[i].chunk->offset = 0;
         buffer->datas[i].chunk->stride = sizeof(float);

@@ -11,10 +11,12 @@
 #include <string>
 
 struct pw_core;
+struct pw_loop;
 struct pw_stream;
 struct pw_stream_events;
 struct spa_io_position;
 struct spa_pod;
+struct spa_source;
 
 namespace hvaudio {
 
@@ -30,7 +32,7 @@ public:
         std::function<void(const char* why)> ended;
         /// The session manager has no device; the nodes stay, and are connected when there is one.
         std::function<void(const char* why)> noDevice;
-        /// The device pulls.
+        /// The device pulls, for the first time or again.
         std::function<void()> playing;
     };
     explicit PipeWireStreams(Listener listener);
@@ -40,13 +42,16 @@ public:
 
     /// Prepares the feed for the server's rate in Hz and makes the nodes. On failure false and the reason;
     /// `destroy` then, too. The feed must outlive them.
-    bool make(pw_core* core, Feed& feed, double serverRate, std::string& error);
+    bool make(pw_loop* loop, pw_core* core, Feed& feed, double serverRate, std::string& error);
     /// Before the core is disconnected. Calling it twice is harmless.
     void destroy();
     bool made() const { return m_sink; }
     /// Number of the output's node in the graph.
     std::uint32_t outputNode() const;
     void setLayout(SpeakerFeed::Layout layout) { m_speakers.setLayout(layout); }
+    /// The feed has news: the output plays again when it rests. It rests after 3 s in which the feed was
+    /// silent and unobserved, and wakes by itself when sound comes in; its nodes and links stay as they are.
+    void wake();
 
     /// [ANY]
     SpeakerFeed::Layout layout() const { return m_speakers.layout(); }
@@ -69,8 +74,10 @@ private:
     void stateChanged(pw_stream* of, int state, const char* error);
     void tellLatency(pw_stream* to, spa_latency_info info, spa_direction direction);
     void passLatency(pw_stream* to, const spa_pod* param, spa_direction direction);
-    void comesIn() noexcept; // [RT]
-    void goesOut() noexcept; // [RT]
+    void restOrWake();
+    void comesIn() noexcept;                         // [RT]
+    void goesOut() noexcept;                         // [RT]
+    void watchSilence(unsigned wakes, int) noexcept; // [RT]
 
     const Listener m_listener;
     Feed* m_feed = nullptr;
@@ -79,7 +86,14 @@ private:
     spa_hook m_sinkHook = {}, m_streamHook = {};
     std::atomic<int> m_rate{0};
     std::atomic<bool> m_streaming{false};
+    pw_loop* m_loop = nullptr;
+    spa_source* m_signal = nullptr; ///< by which the audio side calls `restOrWake`
+
+    // Between the sides. A wish to rest counts as long as nothing has called for the output since.
+    std::atomic<unsigned> m_wakes{0}, m_wakesAtWish{0};
+    std::atomic<bool> m_resting{false}, m_wantsRest{false}, m_soundCame{false};
     // Of the audio side.
+    int m_quietFrames = 0;
     std::atomic<spa_io_position*> m_sinkPosition{nullptr}, m_streamPosition{nullptr};
     SpeakerFeed m_speakers;
 };

@@ -1,4 +1,5 @@
 #include "tests/support/unitonpipewire.h"
+#include "tests/support/wakeups.h"
 
 #include "platform/hvaudio/files/wavwriter.h"
 #include "platform/hvaudio/outputs/pipewire/pipewireoutput.h"
@@ -44,6 +45,7 @@ private slots:
     void withoutDaemonAutoSaysSoOnceAndPlaysToNone();
     void withoutDaemonPipeWireWaitsForIt();
     void stopWhilePlayingEndsInSilenceAndTakesTheSinkAway();
+    void silentUnitSleepsAndWakesByWhatIsToBeHeard();
 
 private:
     bool waitForStatus(Player& player, const QString& status) const
@@ -304,6 +306,41 @@ void TestPipeWireOutput::stopWhilePlayingEndsInSilenceAndTakesTheSinkAway()
     QVERIFY(player.start("pipewire"));
     QVERIFY(linkUnitTo("out-sink", five));
     QVERIFY(soundArrives(player));
+}
+
+void TestPipeWireOutput::silentUnitSleepsAndWakesByWhatIsToBeHeard()
+{
+    QVERIFY(server->start());
+    Player player(lines->log());
+    player.setSettings(neutral());
+    QVERIFY(player.setSource(18, SourceKind::Input));
+    QVERIFY(player.start("pipewire"));
+    QVERIFY(linkUnitTo("out-sink", five));
+    QVERIFY(waitForStatus(player, "PipeWire, 48000 Hz, 5.1"));
+    QVERIFY(nothingWakesUp());
+    QCOMPARE(PrivatePipeWire::links().filter("headunit-output:").size(), 5);
+    QVERIFY(waitForStatus(player, "PipeWire, 48000 Hz, 5.1"));
+    // By what another program plays.
+    const Heard heard = hearTones(*server, "out-sink", five);
+    QVERIFY(heard.start > 0);
+    // By a key, though nobody measures: what the sink gets tells.
+    QVERIFY(nothingWakesUp());
+    {
+        Recording recording(server->path("beep.wav"), {"FL"});
+        QVERIFY(recording.ready());
+        QVERIFY(PrivatePipeWire::link("out-sink:monitor_FL", "rec:input_FL"));
+        player.beep();
+        QVERIFY(player.engine().idle());
+        QVERIFY(PrivatePipeWire::waitFor([&] { return !player.engine().idle(); }));
+        QVERIFY(PrivatePipeWire::waitFor([&] { return player.engine().idle(); }));
+        const auto beep = recording.stop()[0];
+        QVERIFY(std::any_of(beep.begin(), beep.end(), [](float x) { return std::abs(x) > 0.01f; }));
+    }
+    // By another source.
+    QVERIFY(nothingWakesUp());
+    QVERIFY(player.setSource(18, SourceKind::PinkNoise));
+    QVERIFY(soundArrives(player));
+    QVERIFY(lines->all().isEmpty());
 }
 
 QTEST_GUILESS_MAIN(TestPipeWireOutput)

@@ -2,6 +2,7 @@
 // and connects players to it. Nothing is linked by hand but the recorder.
 
 #include "tests/support/unitonpipewire.h"
+#include "tests/support/wakeups.h"
 
 #include "platform/hvaudio/files/wavwriter.h"
 #include "platform/hvaudio/outputs/pipewire/pipewireoutput.h"
@@ -60,6 +61,7 @@ private slots:
     void deviceThatGoesGivesWayToTheOther();
     void sinkStaysWhereThereIsNoDeviceAndPlaysToTheFirstThatComes();
     void unitAsDefaultDeviceTakesPlayersAndPlaysToARealOne();
+    void silentUnitSleepsAndFollowsTheDevices();
     void nodeThatIsRemovedComesBack();
     void sessionManagerThatRestartsFindsTheUnitAgain();
     void daemonAndSessionManagerThatRestartFindTheUnitAgain();
@@ -273,6 +275,24 @@ void TestPipeWireSession::unitAsDefaultDeviceTakesPlayersAndPlaysToARealOne()
     const QStringList own = PrivatePipeWire::links().filter("headunit-output:");
     QCOMPARE(own.size(), 2);
     QCOMPARE(own.filter(" -> cabin:").size(), 2);
+}
+
+void TestPipeWireSession::silentUnitSleepsAndFollowsTheDevices()
+{
+    const Device stereo("cabin", two);
+    Device surround("surround", six);
+    QVERIFY(surround.makeDefault());
+    QVERIFY(start());
+    QVERIFY(waitForStatus("PipeWire, 48000 Hz, 5.1"));
+    QVERIFY(nothingWakesUp());
+    surround.unplug();
+    QVERIFY(waitForStatus("PipeWire, 48000 Hz, stereo"));
+    QCOMPARE(differsFromFold(hearFrom("cabin", two)), QString());
+    QVERIFY(nothingWakesUp());
+    QVERIFY(surround.plug());
+    QVERIFY(waitForStatus("PipeWire, 48000 Hz, 5.1"));
+    QCOMPARE(differs(hearFrom("surround", six), six, "RL", rear, 0), QString());
+    QVERIFY2(lines->all().isEmpty(), qPrintable(lines->all().join('\n')));
 }
 
 void TestPipeWireSession::nodeThatIsRemovedComesBack()
