@@ -127,7 +127,7 @@ void m5qx_EQ_settings_page::retranslateUi()
 void m5qx_EQ_settings_page::showEvent(QShowEvent* event)
 {
     QWidget::showEvent(event);
-    // While it was hidden the page didn't listen: what the service says now is the newest news.
+    // While it was hidden the page didn't listen, so it asks the service for the type now.
     rememberType(audioService()->getCurrEQType());
     retranslateUi();
     showEQTypeText();

@@ -136,7 +136,7 @@ void m5qx_mainwidget::connectSwitches(QWidget* page)
     connect(page, SIGNAL(trigLoudnessOnOff(bool)), this, SLOT(onAudioTrigLoudnessOnOff(bool)));
 }
 
-/// A page that goes when another is chosen is never there yet when it is chosen itself.
+/// The page is made anew each time: hiding the others has dropped it, if it was the one that was shown.
 template <typename TransientPage>
 void m5qx_mainwidget::showTransient(TransientPage*& page, Page number, const char* exitSlot)
 {
