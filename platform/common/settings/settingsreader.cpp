@@ -90,11 +90,13 @@ bool readSettings(const QString& path, SettingsMap* values, QString* reason)
 RescuedSettings rescueSettings(const QString& path)
 {
     RescuedSettings rescued;
-    const QTemporaryDir folder;
     QString ignored;
-    if (folder.isValid() && SettingsFile::copy(path, databaseIn(folder), &ignored)) {
-        salvageRows(databaseIn(folder), &rescued.values);
-        if (rescued.values.isEmpty() && replaceFirstPage(databaseIn(folder)))
+    for (bool newFirstPage : {false, true}) {
+        // Each time from a new copy: SQLite removes the log of an empty file.
+        const QTemporaryDir folder;
+        if (rescued.values.isEmpty() && folder.isValid() &&
+            SettingsFile::copy(path, databaseIn(folder), &ignored) &&
+            (!newFirstPage || replaceFirstPage(databaseIn(folder))))
             salvageRows(databaseIn(folder), &rescued.values);
     }
     rescued.fromFile = rescued.values.size();

@@ -13,6 +13,7 @@ namespace {
 bool noFlock = false;
 bool noRecordLocks = false;
 bool noModes = false;
+QByteArray readOnlyFile; ///< for SQLite, which opens files by the name with 64
 
 int refuse(int error)
 {
@@ -55,6 +56,17 @@ int fcntl64(int descriptor, int command, ...)
     return controlFile(descriptor, command, argument);
 }
 
+int open64(const char* path, int flags, ...)
+{
+    va_list arguments;
+    va_start(arguments, flags);
+    const mode_t mode = flags & O_CREAT ? va_arg(arguments, mode_t) : 0;
+    va_end(arguments);
+    if (readOnlyFile == path && (flags & O_ACCMODE) != O_RDONLY)
+        return refuse(EROFS);
+    return static_cast<int>(::syscall(SYS_openat, AT_FDCWD, path, flags, mode));
+}
+
 int fchmod(int descriptor, mode_t mode) noexcept
 {
     return noModes ? refuse(EPERM) : static_cast<int>(::syscall(SYS_fchmod, descriptor, mode));
@@ -69,6 +81,7 @@ class TestSettingsPlace : public StoreFixture
 private slots:
     void everyPlaceThatCanBeWrittenIsKept_data();
     void everyPlaceThatCanBeWrittenIsKept();
+    void aFileThatCanOnlyBeReadIsReadAndNotCalledDurable();
     void damageIsRepairedWithoutLocks();
     void aSecondUnitIsRefusedByEitherKindOfLock_data();
     void aSecondUnitIsRefusedByEitherKindOfLock();
@@ -114,6 +127,22 @@ void TestSettingsPlace::everyPlaceThatCanBeWrittenIsKept()
     noFlock = noRecordLocks = noModes = false;
     QCOMPARE(store()->open(m_path), SettingsStore::Opened::Durable);
     QCOMPARE(get("k"), 2);
+}
+
+void TestSettingsPlace::aFileThatCanOnlyBeReadIsReadAndNotCalledDurable()
+{
+    makeFileWith("k", 5);
+    // Without a log, which SQLite would have to write to even for reading.
+    QVERIFY(runSql(m_path, "PRAGMA journal_mode=DELETE"));
+    readOnlyFile = QFile::encodeName(m_path);
+    QString message;
+    const SettingsStore::Opened opened = store()->open(m_path, &message);
+    readOnlyFile.clear();
+    QCOMPARE(opened, SettingsStore::Opened::Memory);
+    QVERIFY2(message.contains(QStringLiteral("it can only be read")), qPrintable(message));
+    QVERIFY(!store()->isDurable() && !store()->commit());
+    QCOMPARE(get("k"), 5);
+    QVERIFY(movedAside().isEmpty());
 }
 
 void TestSettingsPlace::damageIsRepairedWithoutLocks()

@@ -5,15 +5,18 @@ class TestSettingsRescue : public StoreFixture
 {
     Q_OBJECT
 private slots:
+    void theLogOfADamagedFileStaysAndIsRead_data();
     void theLogOfADamagedFileStaysAndIsRead();
     void theLastGoodCopyGivesWhatTheFileDoesNot();
     void whatTheFileGivesGoesBeforeTheGoodCopy();
+    void rowsOnEitherSideOfADamagedPageAreRead();
     void aFlippedBitCostsNoSettingButItsOwn();
     void aGoodCopyIsWrittenAfterAStart();
     void aGoodCopyIsNotWrittenTwice();
     void aRescuedFileLeavesTheGoodCopyAlone();
     void forgettingEverythingForgetsTheGoodCopy();
     void anEmptiedFileIsFilledFromTheGoodCopy();
+    void anEmptiedFileIsFilledFromItsLog();
     void aFileThatWasTakenAwayMeansFactorySettings();
     void aTornFirstWriteIsNoDamage();
     void aDamagedFileThatCantBeReplacedIsReadAllTheSame();
@@ -35,9 +38,21 @@ private:
     QString message;
 };
 
+void TestSettingsRescue::theLogOfADamagedFileStaysAndIsRead_data()
+{
+    QTest::addColumn<int>("from");
+    QTest::newRow("a header that is seen at a glance") << 0;
+    QTest::newRow("a page that SQLite has to look at") << 2 * 4096;
+}
+
 void TestSettingsRescue::theLogOfADamagedFileStaysAndIsRead()
 {
-    makeFileWith("early", 5);
+    QFETCH(int, from);
+    QCOMPARE(store()->open(m_path), SettingsStore::Opened::Durable);
+    SettingsFunc::instance()->setValue(QStringLiteral("text"), QString(), QString(9000, QLatin1Char('t')),
+                                       false);
+    set("early", 5);
+    store()->close();
     {
         Child child(m_path, {QStringLiteral("set"), QStringLiteral("late"), QStringLiteral("6"),
                              QStringLiteral("true")});
@@ -46,9 +61,10 @@ void TestSettingsRescue::theLogOfADamagedFileStaysAndIsRead()
     }
     const QByteArray log = contentOf(m_path + QStringLiteral("-wal"));
     QVERIFY(log.size() > 4096);
-    setContent(m_path, contentOf(m_path).replace(0, 16, QByteArray(16, 'x')));
+    setContent(m_path, contentOf(m_path).replace(from, 16, QByteArray(16, 'x')));
 
     QCOMPARE(store()->open(m_path, &message), SettingsStore::Opened::Durable);
+    QVERIFY(!message.isEmpty());
     const QStringList logs = movedAside().filter(QStringLiteral("-wal"));
     QCOMPARE(logs.size(), 1);
     QCOMPARE(contentOf(QFileInfo(m_path).dir().filePath(logs.first())), log);
@@ -80,6 +96,30 @@ void TestSettingsRescue::whatTheFileGivesGoesBeforeTheGoodCopy()
     QCOMPARE(store()->open(m_path, &message), SettingsStore::Opened::Durable);
     QVERIFY2(message.contains(QStringLiteral("3 of them could be read there, 0 come")), qPrintable(message));
     QCOMPARE(get(qPrintable(keyOf(1))), 77);
+}
+
+void TestSettingsRescue::rowsOnEitherSideOfADamagedPageAreRead()
+{
+    constexpr int count = 400;
+    constexpr int pageSize = 4096;
+    QCOMPARE(store()->open(m_path), SettingsStore::Opened::Durable);
+    for (int i = 1000; i < 1000 + count; ++i)
+        set(qPrintable(keyOf(i)), i, false);
+    store()->close();
+    // The page of rows in the middle: the first two pages are the schema's and the one above the rows.
+    QByteArray content = contentOf(m_path);
+    int damaged = 0;
+    for (int page = 2; page * pageSize < content.size(); ++page) {
+        if (content.mid(page * pageSize, pageSize).contains(keyOf(1000 + count / 2).toLatin1()))
+            damaged = page;
+    }
+    QVERIFY(damaged > 2);
+    setContent(m_path, content.replace(damaged * pageSize, 8, QByteArray(8, 'x')));
+    QCOMPARE(store()->open(m_path, &message), SettingsStore::Opened::Durable);
+    QVERIFY(store()->values().size() < count);
+    QVERIFY2(store()->values().size() > count / 2, qPrintable(message));
+    QCOMPARE(get(qPrintable(keyOf(1000))), 1000);
+    QCOMPARE(get(qPrintable(keyOf(1000 + count - 1))), 1000 + count - 1);
 }
 
 void TestSettingsRescue::aFlippedBitCostsNoSettingButItsOwn()
@@ -147,9 +187,10 @@ void TestSettingsRescue::aRescuedFileLeavesTheGoodCopyAlone()
 {
     makeFileWithCopy(3);
     const QByteArray copy = contentOf(copyPath());
-    setContent(m_path, "damaged");
+    makeFileWith(qPrintable(keyOf(1)), 77);
+    setContent(m_path, contentOf(m_path).replace(0, 100, QByteArray(100, '\0')));
     QCOMPARE(store()->open(m_path, &message), SettingsStore::Opened::Durable);
-    set("new", 1);
+    QCOMPARE(get(qPrintable(keyOf(1))), 77);
     QVERIFY(store()->keepGoodCopy());
     QCOMPARE(contentOf(copyPath()), copy);
 }
@@ -174,6 +215,20 @@ void TestSettingsRescue::anEmptiedFileIsFilledFromTheGoodCopy()
     QCOMPARE(store()->open(m_path, &message), SettingsStore::Opened::Durable);
     QVERIFY(!message.isEmpty());
     QCOMPARE(store()->values().size(), 3);
+}
+
+void TestSettingsRescue::anEmptiedFileIsFilledFromItsLog()
+{
+    {
+        Child child(m_path, {QStringLiteral("set"), QStringLiteral("k"), QStringLiteral("6"),
+                             QStringLiteral("true")});
+        QCOMPARE(child.line(), QByteArray("durable"));
+        QCOMPARE(child.line(), QByteArray("written"));
+    }
+    setContent(m_path, QByteArray());
+    QCOMPARE(store()->open(m_path, &message), SettingsStore::Opened::Durable);
+    QVERIFY(!message.isEmpty());
+    QCOMPARE(get("k"), 6);
 }
 
 void TestSettingsRescue::aFileThatWasTakenAwayMeansFactorySettings()
