@@ -2,6 +2,7 @@
 #include "headunit/cli/options.h"
 #include "headunit/cli/stopsignals.h"
 #include "headunit/cli/tour.h"
+#include "headunit/cli/unitlog.h"
 #include "headunit/shell/shell.h"
 #include "headunit/shell/startuptrace.h"
 #include "headunit/shell/unitapplication.h"
@@ -14,7 +15,7 @@
 #include "platform/hvaudioservice/audioservicehost.h"
 
 #include <QDir>
-#include <QLoggingCategory>
+#include <QScopedPointer>
 #include <QTimer>
 
 #include <cstdio>
@@ -63,7 +64,7 @@ int workOffline(const Options& options)
     return ExitOk;
 }
 
-/// Qt aborts without a display; an exit with a message is better. False when there is none.
+/// False when there is none to be looked for.
 bool findDisplay(const Options& options)
 {
     if (qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
@@ -110,17 +111,6 @@ int runUnit(const Options& options)
     return QCoreApplication::exec();
 }
 
-/// Where a line comes from stands before it. The diagnostic lines, one for each touch, are for those who ask;
-/// Qt's own variables QT_LOGGING_RULES and QT_MESSAGE_PATTERN go before.
-void setUpLog(const Options& options)
-{
-    if (!qEnvironmentVariableIsSet("QT_MESSAGE_PATTERN"))
-        qSetMessagePattern(QStringLiteral("%{if-debug}%{file}:%{line} %{endif}%{if-critical}%{file}:%{line} "
-                                          "%{endif}%{message}"));
-    if (!options.log)
-        QLoggingCategory::setFilterRules(QStringLiteral("default.debug=false"));
-}
-
 } // namespace
 
 int main(int argc, char** argv)
@@ -135,14 +125,16 @@ int main(int argc, char** argv)
     }
     const Options& options = result.options;
     StartupTrace::setPrinting(options.traceStartup);
-    setUpLog(options);
+    setUpLog(options.log);
     if (!findDisplay(options))
         return complain(ExitNoDisplay, QStringLiteral("no display; ./run makes a virtual one"));
 
     // The screen is 1024 x 600 pixels, whatever the desk's scale.
     QCoreApplication::setAttribute(Qt::AA_DisableHighDpiScaling);
     QCoreApplication::setAttribute(Qt::AA_Use96Dpi);
+    QScopedPointer<DisplayGuard> guard(new DisplayGuard(ExitNoDisplay));
     UnitApplication application(argc, argv);
+    guard.reset();
     QApplication::setApplicationName(QStringLiteral("headunit"));
     QApplication::setApplicationVersion(QStringLiteral(HEADUNIT_VERSION));
     // The inspector is a window, too; the unit's own decides.

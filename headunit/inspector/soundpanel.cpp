@@ -1,12 +1,12 @@
 #include "headunit/inspector/soundpanel.h"
 
+#include "headunit/inspector/filedialog.h"
 #include "headunit/inspector/levelmeter.h"
 #include "headunit/inspector/responseplot.h"
 #include "headunit/sound/soundcontrol.h"
 
 #include "platform/common/widgets/palette.h"
 
-#include <QFileDialog>
 #include <QFileInfo>
 #include <QGridLayout>
 #include <QLabel>
@@ -171,8 +171,7 @@ void SoundPanel::showStatus()
 
 void SoundPanel::askForPicture()
 {
-    auto* dialog = new QFileDialog(this, tr("Save the responses"));
-    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    auto* dialog = newFileDialog(this, tr("Save the responses"));
     dialog->setAcceptMode(QFileDialog::AcceptSave);
     dialog->setDefaultSuffix(QStringLiteral("png"));
     dialog->setNameFilter(tr("Pictures (*.png)"));

@@ -1,5 +1,6 @@
 #include "headunit/inspector/sourcepanel.h"
 
+#include "headunit/inspector/filedialog.h"
 #include "headunit/sound/soundcontrol.h"
 #include "headunit/sound/soundnames.h"
 #include "headunit/sound/storedsources.h"
@@ -7,7 +8,6 @@
 #include "platform/common/texts/language.h"
 
 #include <QComboBox>
-#include <QFileDialog>
 #include <QFileInfo>
 #include <QGridLayout>
 #include <QLabel>
@@ -186,8 +186,7 @@ void SourcePanel::onPathEntered(int row)
 
 void SourcePanel::askForFile(int row)
 {
-    auto* dialog = new QFileDialog(this, tr("What plays as %1").arg(m_rows[row].name->text()));
-    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    auto* dialog = newFileDialog(this, tr("What plays as %1").arg(m_rows[row].name->text()));
     dialog->setFileMode(QFileDialog::ExistingFile);
     dialog->setNameFilters(
         {tr("Sound files (*.wav *.flac *.ogg *.oga *.mp3 *.aiff *.aif)"), tr("All files (*)")});

@@ -326,6 +326,8 @@ void TestSoundPanel::saveKeyAsksWhereTo()
     QTest::mouseClick(m_panel->findChild<QAbstractButton*>("save_picture"), Qt::LeftButton);
     auto* dialog = m_panel->findChild<QFileDialog*>();
     QVERIFY(dialog);
+    QVERIFY(dialog->testOption(QFileDialog::ReadOnly));
+    QVERIFY(dialog->testOption(QFileDialog::DontUseNativeDialog));
     QTemporaryDir folder;
     const QString path = folder.filePath("chosen.png");
     emit dialog->fileSelected(path);

@@ -34,6 +34,7 @@ private slots:
     void refusedFileIsSaidAndNothingElseIsShownAsChanged();
     void refusedPathStaysToBeCorrected();
     void refusedFileOfTheDialogStaysToBeCorrected();
+    void dialogChangesNoFile();
     void emptiedPathIsBackToWhatPlays();
     void successTakesTheMessageAway();
     void choicesAreKept_data();
@@ -244,6 +245,26 @@ void TestSourcePanel::refusedFileOfTheDialogStaysToBeCorrected()
     emit dialog()->fileSelected("/music/letter.txt");
     QCOMPARE(child<QLineEdit>("path_6")->text(), QStringLiteral("/music/letter.txt"));
     QCOMPARE(child<QComboBox>("kind_6")->currentData().toInt(), int(SourceKind::Input));
+}
+
+void TestSourcePanel::dialogChangesNoFile()
+{
+    choose(6, SourceKind::File);
+    QVERIFY(dialog()->testOption(QFileDialog::DontUseNativeDialog));
+    auto* files = dialog()->findChild<QFileSystemModel*>();
+    QVERIFY(files);
+    QVERIFY(files->isReadOnly());
+    // What the keys and menus of the dialog would do.
+    const QTemporaryDir folder;
+    QFile song(folder.filePath("song.wav"));
+    QVERIFY(song.open(QIODevice::WriteOnly));
+    song.close();
+    dialog()->setDirectory(folder.path());
+    dialog()->selectFile(song.fileName());
+    auto* remove = dialog()->findChild<QAction*>("qt_delete_action");
+    QVERIFY(remove);
+    remove->trigger();
+    QVERIFY(song.exists());
 }
 
 void TestSourcePanel::emptiedPathIsBackToWhatPlays()

@@ -16,6 +16,9 @@ private slots:
     void exitCodeOfTheCommandLine_data();
     void exitCodeOfTheCommandLine();
     void withoutADisplayItSaysSo();
+    void displayThatCantBeReachedIsSaid_data();
+    void displayThatCantBeReachedIsSaid();
+    void whatQtSaysOfFormsIsForTheLog();
     void tourSavesAPictureOfEveryPage();
     void tourLeavesTheRememberedPageAlone();
     void tourWithoutTheApplicationFails();
@@ -155,6 +158,43 @@ void TestShellRun::withoutADisplayItSaysSo()
     QVERIFY2(unit.errors().contains("no display"), unit.errors());
 }
 
+void TestShellRun::displayThatCantBeReachedIsSaid_data()
+{
+    QTest::addColumn<QString>("variable");
+    QTest::addColumn<QString>("value");
+    QTest::newRow("no such X server") << "DISPLAY"
+                                      << ":77";
+    QTest::newRow("no such platform") << "QT_QPA_PLATFORM"
+                                      << "nonsense";
+}
+
+void TestShellRun::displayThatCantBeReachedIsSaid()
+{
+    QFETCH(QString, variable);
+    QFETCH(QString, value);
+    m_environment.remove("QT_QPA_PLATFORM");
+    m_environment.insert(variable, value);
+    Process unit(m_environment);
+    unit.start(HEADUNIT, withStore({}));
+    QCOMPARE(unit.exitCode(), 1);
+    QCOMPARE(QString::fromLocal8Bit(unit.errors()),
+             QStringLiteral("headunit: no display: %1=%2 can't be reached\n").arg(variable, value));
+    QVERIFY(!QFile::exists(m_settings));
+}
+
+void TestShellRun::whatQtSaysOfFormsIsForTheLog()
+{
+    for (const bool log : {false, true}) {
+        Process unit(m_environment);
+        unit.start(HEADUNIT, withStore(QStringList{"--tour", m_folder->filePath("tour")} +
+                                       (log ? QStringList{"--log"} : QStringList())));
+        QCOMPARE(unit.exitCode(), 0);
+        for (const char* words : {"No such slot", "No such signal", "QCssParser"})
+            QVERIFY2(unit.errors().contains(words) == log, unit.errors());
+        QVERIFY2(unit.errors().contains("no sound output"), unit.errors()); // what a driver may want to know
+    }
+}
+
 void TestShellRun::tourSavesAPictureOfEveryPage()
 {
     const QString folder = m_folder->filePath("new/tour");
@@ -261,7 +301,7 @@ void TestShellRun::signalsEndAUnitThatHangs()
     waited.start();
     hanging.raise(SIGTERM);
     if (count == 2)
-        hanging.raise(SIGINT); // two of a kind, one upon the other, are one
+        hanging.raise(SIGINT);        // two of a kind, one upon the other, are one
     QCOMPARE(hanging.exitCode(), -1); // by the signal
     QVERIFY2(hanging.errors().contains("takes too long"), hanging.errors());
     QCOMPARE(waited.elapsed() >= 4500, count == 1);
