@@ -267,16 +267,14 @@ void Chain::processPiece(const Block& block, int start, int frames, Meters& mete
     else
         filterPiece(block, start, frames, single_);
 
-    alignas(64) float largest[pieceFrames];
-    std::fill(largest, largest + frames, 0.0f);
-    float peak[speakerCount] = {};
-    delay_.read(limiter_.room(), frames, offset_, peak, largest);
+    float peak[speakerCount];
+    delay_.read(limiter_.inputs(), frames, offset_, peak);
     loud_ |= !silent || *std::max_element(peak, peak + speakerCount) >= inaudible;
 
     float* out[speakerCount];
     for (int i = 0; i < speakerCount; ++i)
         out[i] = block.out[i] ? block.out[i] + start : nullptr;
-    const float gain = limiter_.process(out, frames, offset_, largest, peak);
+    const float gain = limiter_.process(out, frames, offset_, peak);
     for (int i = 0; i < speakerCount; ++i)
         meters.peak[i] = std::max(meters.peak[i], peak[i]);
     meters.gain = std::min(meters.gain, gain);

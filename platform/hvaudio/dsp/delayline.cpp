@@ -15,17 +15,17 @@ float fadeCurve(int point, int points)
     return t * t * t * (10 + t * (6 * t - 15));
 }
 
-void copyAndMeasure(const float* from, float* to, int frames, float& peak, float* frame) noexcept
+/// Returns the largest absolute sample.
+float copyAndMeasure(const float* from, float* to, int frames) noexcept
 {
-    float largest = peak;
+    float largest = 0;
     for (int i = 0; i < frames; ++i) {
         const float x = from[i];
         const float size = x < 0 ? -x : x;
         to[i] = x;
-        frame[i] = size > frame[i] ? size : frame[i];
         largest = size > largest ? size : largest;
     }
-    peak = largest;
+    return largest;
 }
 
 } // namespace
@@ -78,14 +78,14 @@ float* const* DelayLine::room() noexcept
     return room_;
 }
 
-void DelayLine::read(float* const out[speakerCount], int frames, int offset, float peak[speakerCount],
-                     float* frame) noexcept
+void DelayLine::read(float* const out[speakerCount], int frames, int offset,
+                     float peak[speakerCount]) noexcept
 {
     for (int i = 0; i < speakerCount; ++i) {
         const Tap& tap = taps_[i];
         const float* now = history_.before(i, tap.now);
         if (tap.point < 0) {
-            copyAndMeasure(now, out[i], frames, peak[i], frame);
+            peak[i] = copyAndMeasure(now, out[i], frames);
             continue;
         }
         const float* next = history_.before(i, tap.next);
@@ -94,7 +94,7 @@ void DelayLine::read(float* const out[speakerCount], int frames, int offset, flo
         float mixed[gridFrames];
         for (int n = 0; n < frames; ++n)
             mixed[n] = now[n] + (from + step * float(offset + n)) * (next[n] - now[n]);
-        copyAndMeasure(mixed, out[i], frames, peak[i], frame);
+        peak[i] = copyAndMeasure(mixed, out[i], frames);
     }
     history_.advance(frames);
 }

@@ -22,11 +22,10 @@ public:
 
     float* const* room() noexcept;
     /// Reads the frames just written into `room`, delayed, to `out`, which may not be the same memory; notes
-    /// each speaker's largest absolute sample in `peak` and raises frame[i] to the largest of all speakers.
-    /// `offset` is the place of the first frame after the last grid point; while a fade is under way the
-    /// piece may not go beyond the next one. Then makes them the past.
-    void read(float* const out[speakerCount], int frames, int offset, float peak[speakerCount],
-              float* frame) noexcept;
+    /// each speaker's largest absolute sample in `peak`. `offset` is the place of the first frame after the
+    /// last grid point; while a fade is under way the piece may not go beyond the next one. Then makes them
+    /// the past.
+    void read(float* const out[speakerCount], int frames, int offset, float peak[speakerCount]) noexcept;
 
 private:
     struct Tap

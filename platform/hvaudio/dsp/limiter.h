@@ -4,19 +4,67 @@
 #include "platform/hvaudio/dsp/history.h"
 #include "platform/hvaudio/dsp/settings.h"
 
+#include <vector>
+
 namespace hvaudio::dsp {
 
-/// [RT] but for `prepare`: keeps every sample of every speaker at or below the ceiling. It looks ahead, so
-/// that the gain is down before the peak leaves; one gain for all speakers keeps the picture in its place.
+/// [RT] but for `prepare`: one gain for several speakers, so that the picture stands still, that follows what
+/// they need.
 ///
-///     largest sample of all speakers in a cell -> gain that it needs -> smallest of the window (look-ahead
-///        and hold) -> slow way up -> mean of means -> straight line to the next cell
-///        -> times the speakers, delayed by the look-ahead
+///     gain that a cell needs -> smallest of the window (look-ahead and hold) -> slow way up -> mean of means
+///        -> straight line to the next cell
 ///
-/// A cell lies between two points of the chain's grid (glide.h); all but the last step is done once a cell. A
-/// need is known when its cell is complete, so it counts from the next cell on, and the sound is late enough
-/// that the mean and the line then only see gains that the cell allows; the last clamp only takes away what
-/// rounding may add. Below the ceiling the gain is exactly 1.
+/// A cell lies between two points of the chain's grid (glide.h). A need is known when its cell is complete,
+/// so it counts from the next cell on, and the sound is late enough that the mean and the line then only see
+/// gains that the cell allows.
+///
+/// Each need is held for a quarter longer than the time from one crest of what limits to the next, 10 to 32
+/// ms, and the way up takes 15 times as long (time constant): a steady tone from 20 Hz up is held by its own
+/// crests and keeps its shape, while after something short the sound is back soon.
+class LimiterGain
+{
+public:
+    /// [OFF] `lookAhead`: cells that the sound comes later than its needs.
+    void prepare(double rate, int lookAhead);
+    void clear() noexcept;
+    /// At a grid point: takes up what the cell before it needs, 1 or less, and aims at the next point's gain.
+    void nextCell(float needed) noexcept;
+    /// The gain at a place 0..gridFrames of the cell.
+    float at(int frame) const noexcept { return m_from + (m_to - m_from) * (float(frame) / gridFrames); }
+    /// True while the gain isn't 1.
+    bool working() const noexcept { return m_working; }
+
+private:
+    void followCrests(float needed) noexcept;
+
+    /// A gain and the cell that needs it.
+    struct Need
+    {
+        long long cell;
+        float gain;
+    };
+    int m_lookAhead = 8;
+    int m_shortestHold = 30, m_longestHold = 96; ///< cells
+    float m_forgetting = 0;                      ///< share of the crests' distance a cell
+    std::vector<Need> m_needs;                   ///< ring of the window's needs, rising gains from m_first on
+    long long m_first = 0, m_last = 0, m_cell = 0;
+    float m_before = 1, m_now = 1; ///< needs of the last two cells
+    int m_sinceCrest = 0;          ///< cells
+    float m_crests = 0;            ///< cells from crest to crest, forgotten slowly
+    std::vector<float> m_slow;     ///< gains of the last cells, newest last, as many as the weights
+    std::vector<float> m_weights;  ///< of the mean of means: a triangle
+    float m_from = 1, m_to = 1;    ///< the line's gains at both ends of the cell
+    int m_ones = 0;                ///< cells for which the slow gain has been 1
+    bool m_working = false;
+};
+
+/// [RT] but for `prepare`: keeps every sample of every speaker at or below the ceiling, and what a converter
+/// makes of them between the samples, as far as a four times oversampled detector sees it (ITU-R BS.1770-4,
+/// annex 2). It looks ahead, so that the gain is down before the peak leaves; the last
+/// clamp only takes away what rounding may add. Below the ceiling the gain is exactly 1.
+///
+/// The cabin's speakers share one gain, the subwoofer has its own: an overdriven bass leaves the rest alone.
+/// A fold to two (fold.h) stays at or below the ceiling with them, since its weights add up to 1.
 class Limiter
 {
 public:
@@ -26,44 +74,32 @@ public:
     /// [OFF] Rate of samples in Hz.
     void prepare(double rate);
     void clear() noexcept;
-    int latencyFrames() const noexcept { return 2 * mean_ * gridFrames; }
+    /// At most 3 ms from 44.1 kHz up, at most 4 ms from 12 kHz up, 4.9 ms at 8 kHz.
+    int latencyFrames() const noexcept { return m_lookAhead * gridFrames + detectorFrames; }
 
     /// Where the next frames of each speaker are to be written.
-    float* const* room() noexcept;
-    /// Limits what was written into `room`, from `offset` frames behind a grid point on. `frame` holds for
-    /// each frame the largest absolute sample of all speakers, `peak` the largest of all frames for each
-    /// speaker; while it works, that becomes the largest of what leaves. Null outputs are skipped. Returns
-    /// the smallest gain that was used.
-    float process(float* const out[speakerCount], int frames, int offset, const float* frame,
-                  float peak[speakerCount]) noexcept;
-    /// True while the gain isn't 1.
-    bool working() const noexcept { return working_; }
+    float* const* inputs() noexcept;
+    /// Limits what was written into `inputs`, from `offset` frames behind a grid point on. `peak` holds each
+    /// speaker's largest absolute sample of these frames; while it works, that becomes the largest of what
+    /// leaves. Null outputs are skipped. Returns the smallest gain that was used.
+    float process(float* const out[speakerCount], int frames, int offset, float peak[speakerCount]) noexcept;
+    /// True while a gain isn't 1.
+    bool working() const noexcept { return m_cabin.working() || m_subwoofer.working(); }
 
 private:
-    void nextCell() noexcept;
-    float fillGain(float* gain, int frames, int offset, const float* frame) noexcept;
+    /// The detector tells of a peak so many frames later.
+    static constexpr int detectorFrames = 6;
 
-    /// A gain and the cell that needs it.
-    struct Need
-    {
-        long long cell;
-        float gain;
-    };
+    void startCell() noexcept;
+    void endCell(int end) noexcept;
 
-    History history_;
-    float* room_[speakerCount] = {};
-    int mean_ = 4;            ///< cells of each of the two means
-    int window_ = 38;         ///< cells of the smallest-gain window
-    float recovery_ = 0;      ///< share of the way to 1 a cell
-    std::vector<Need> needs_; ///< ring of the window's needs, rising gains from first_ on
-    long long first_ = 0, last_ = 0;
-    long long cell_ = 0;
-    float largest_ = 0;          ///< sample of the cell so far
-    std::vector<float> slow_;    ///< gains of the last cells, newest last, as many as the weights
-    std::vector<float> weights_; ///< of the mean of means: a triangle
-    float from_ = 1, to_ = 1;    ///< the line's gains at both ends of the cell
-    int ones_ = 0;               ///< cells for which the slow gain has been 1
-    bool working_ = false;
+    History m_history;
+    float* m_inputs[speakerCount] = {};
+    int m_lookAhead = 8; ///< cells
+    LimiterGain m_cabin, m_subwoofer;
+    float m_cabinTop = 0, m_subwooferTop = 0; ///< largest of the cell that has ended
+    float m_before[speakerCount] = {};        ///< largest samples of the cell before that
+    int m_alert = 0;                          ///< cells for which the detector still looks
 };
 
 } // namespace hvaudio::dsp

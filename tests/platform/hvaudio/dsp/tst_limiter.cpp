@@ -1,5 +1,6 @@
 #include "tests/platform/hvaudio/dsp/sound.h"
 
+#include "platform/hvaudio/dsp/fold.h"
 #include "platform/hvaudio/dsp/limiter.h"
 
 #include <QtTest>
@@ -8,7 +9,8 @@
 
 using namespace sound;
 
-/// No sample leaves above -0.1 dBFS, whatever comes in and whatever is set.
+/// No sample leaves above -0.1 dBFS, and hardly anything between samples, whatever comes in and whatever is
+/// set.
 class TestLimiter : public QObject
 {
     Q_OBJECT
@@ -27,7 +29,15 @@ private slots:
     void limitedSoundDoesNotDependOnTheBlockSize_data();
     void limitedSoundDoesNotDependOnTheBlockSize();
     void oneLoudSpeakerLowersAllAlike();
+    void subwooferAndCabinHaveTheirOwnGains_data();
+    void subwooferAndCabinHaveTheirOwnGains();
+    void steadyToneStaysClean_data();
     void steadyToneStaysClean();
+    void truePeakStaysBelowTheCeiling_data();
+    void truePeakStaysBelowTheCeiling();
+    void lookAheadIsShort_data();
+    void lookAheadIsShort();
+    void shortPeakIsForgottenSoonerThanABassTone();
     void metersTellPeakAndReduction();
 };
 
@@ -192,31 +202,30 @@ void TestLimiter::gainIsDownBeforeThePeakAndComesBack()
     QVERIFY(std::abs(peak(tail) - 0.5f) < 0.001f);
 }
 
-/// Runs a limiter on its own: `loud` on one speaker, and on another a level that tells the gain of each
-/// frame.
+/// Runs a limiter on its own: `loud` on one speaker, and on the others of the cabin a level that tells the
+/// gain of each frame; the subwoofer, at the same level, stays as it is.
 static Signal gainsOf(Limiter& limiter, const Signal& loud, int pieceOf = pieceFrames)
 {
     constexpr float level = 0.25f;
-    Signal gains(loud.size());
+    Signal gains(loud.size()), subwoofer(loud.size());
     for (size_t done = 0; done < loud.size();) {
         const int frames = int(std::min(size_t(pieceOf), loud.size() - done));
-        float frame[pieceFrames], top = 0;
-        float* const* const room = limiter.room();
+        float* const* const inputs = limiter.inputs();
         for (int i = 0; i < speakerCount; ++i)
-            std::fill(room[i], room[i] + frames, level);
-        for (int n = 0; n < frames; ++n) {
-            room[RearLeft][n] = loud[done + size_t(n)];
-            frame[n] = std::max(std::abs(loud[done + size_t(n)]), level);
-            top = std::max(top, frame[n]);
-        }
-        float peak[speakerCount] = {level, level, top, level, level};
-        float* const out[speakerCount] = {nullptr, &gains[done], nullptr, nullptr, nullptr};
-        const float smallest = limiter.process(out, frames, int(done % gridFrames), frame, peak);
+            std::fill(inputs[i], inputs[i] + frames, level);
+        std::copy_n(&loud[done], frames, inputs[RearLeft]);
+        const float top = peak(Signal(&loud[done], &loud[done] + frames));
+        float peaks[speakerCount] = {level, level, top, level, level};
+        float* const out[speakerCount] = {nullptr, &gains[done], nullptr, nullptr, &subwoofer[done]};
+        const float smallest = limiter.process(out, frames, int(done % gridFrames), peaks);
         float seen = 1;
         for (size_t n = done; n < done + size_t(frames); ++n) {
             gains[n] /= level;
-            if (n >= size_t(limiter.latencyFrames()))
-                seen = std::min(seen, gains[n]);
+            if (n < size_t(limiter.latencyFrames()))
+                continue;
+            seen = std::min(seen, gains[n]);
+            if (subwoofer[n] != level)
+                qFatal("the subwoofer is turned down");
         }
         if (smallest != seen && done >= size_t(limiter.latencyFrames()))
             qFatal("the smallest gain is %g, not %g", double(seen), double(smallest));
@@ -320,14 +329,173 @@ void TestLimiter::oneLoudSpeakerLowersAllAlike()
         QVERIFY(std::abs(out[FrontRight][n] - out[FrontLeft][n] * 0.501187f) < 1e-5f);
 }
 
+void TestLimiter::subwooferAndCabinHaveTheirOwnGains_data()
+{
+    QTest::addColumn<double>("hz");
+    QTest::addColumn<bool>("bass");
+    QTest::newRow("an overdriven subwoofer") << 50.0 << true;
+    QTest::newRow("an overdriven cabin") << 2000.0 << false;
+}
+
+void TestLimiter::subwooferAndCabinHaveTheirOwnGains()
+{
+    QFETCH(double, hz);
+    QFETCH(bool, bass);
+    Settings s = flat();
+    for (auto& speaker : s.cabin)
+        speaker.highPass = {250, 4};
+    s.subwoofer.lowPass = {250, 4};
+    Rig rig(s);
+    // A soft tone for the group that isn't overdriven.
+    Signal in = sine(hz, 4, 48000);
+    const double softHz = bass ? 2000 : 50;
+    const Signal soft = sine(softHz, 0.1, 48000);
+    std::transform(in.begin(), in.end(), soft.begin(), in.begin(), std::plus<float>());
+    const Speakers out = rig.play(in);
+    const int softSpeaker = bass ? FrontLeft : Subwoofer, loudSpeaker = bass ? Subwoofer : FrontLeft;
+    const Signal tail(out[softSpeaker].begin() + 24000, out[softSpeaker].end());
+    QVERIFY(std::abs(db(std::abs(spectrum(tail, softHz)) / (0.1 * 12000))) < 0.1);
+    QVERIFY(std::abs(db(peak(out[loudSpeaker], 24000) / Limiter::ceiling)) < 0.1);
+}
+
+void TestLimiter::steadyToneStaysClean_data()
+{
+    QTest::addColumn<double>("hz");
+    QTest::addColumn<double>("rate");
+    for (double rate : {44100.0, 48000.0, 96000.0})
+        for (double hz : {20.0, 23.0, 27.0, 32.0, 40.0, 63.0, 100.0, 200.0, 1000.0, 4000.0})
+            QTest::addRow("%g Hz at %g", hz, rate) << hz << rate;
+}
+
+/// Harmonics of a tone 12 dB too loud, once it is steady: at most 0.1 % of it together.
 void TestLimiter::steadyToneStaysClean()
 {
+    QFETCH(double, hz);
+    QFETCH(double, rate);
+    Rig rig(flat(), rate);
+    const int frames = int(2 * rate);
+    const Speakers out = rig.play(sine(hz, 4 * double(Limiter::ceiling), frames, rate));
+    for (int i : {int(FrontLeft), int(Subwoofer)}) {
+        // Whole periods, so that the tone itself is in no other bin.
+        const Signal tail(out[i].begin() + frames / 2, out[i].begin() + frames / 2 + int(std::lround(rate)));
+        const double tone = std::abs(spectrum(tail, hz, rate));
+        double harmonics = 0;
+        for (int n = 2; n <= 20 && n * hz < rate / 2; ++n)
+            harmonics += std::norm(spectrum(tail, n * hz, rate));
+        const double thd = std::sqrt(harmonics) / tone;
+        QVERIFY2(thd < 0.001, qPrintable(QString("%1 %").arg(100 * thd)));
+        QVERIFY(std::abs(db(peak(tail) / Limiter::ceiling)) < 0.1);
+    }
+}
+
+/// So many times oversampled (4, as the standard says, or 16) by a windowed sinc that is long enough to be
+/// right up to 0.47 of the rate.
+static double truePeak(const Signal& signal, int phases)
+{
+    constexpr int half = 48;
+    double top = 0;
+    for (int phase = 0; phase < phases; ++phase) {
+        double filter[2 * half];
+        for (int k = 0; k < 2 * half; ++k) {
+            const double t = k - half + 1 - double(phase) / phases;
+            const double window = 0.5 + 0.5 * std::cos(pi * t / half);
+            filter[k] = window * (std::abs(t) < 1e-9 ? 1 : std::sin(pi * t) / (pi * t));
+        }
+        for (size_t n = half; n + half < signal.size(); ++n) {
+            double sum = 0;
+            for (int k = 0; k < 2 * half; ++k)
+                sum += filter[k] * double(signal[n + size_t(k) - half + 1]);
+            top = std::max(top, std::abs(sum));
+        }
+    }
+    return top;
+}
+
+void TestLimiter::truePeakStaysBelowTheCeiling_data()
+{
+    QTest::addColumn<int>("kind");
+    QTest::addColumn<int>("oversampling");
+    QTest::newRow("a quarter of the rate, sampled beside its crests") << 0 << 16;
+    QTest::newRow("pink noise 12 dB too loud") << 1 << 16;
+    QTest::newRow("bursts of tones up to 15 kHz") << 2 << 16;
+    // Above, crests may lie between what four times oversampling sees.
+    QTest::newRow("bursts of tones up to 18 kHz") << 4 << 4;
+    QTest::newRow("a tone just below the ceiling with crests above it") << 3 << 16;
+}
+
+void TestLimiter::truePeakStaysBelowTheCeiling()
+{
+    QFETCH(int, kind);
+    QFETCH(int, oversampling);
+    constexpr int frames = 16000;
+    Signal left = silence(frames);
+    for (int n = 0; n < frames; ++n)
+        if (kind == 0) {
+            left[size_t(n)] = float(1.4 * std::sin(pi / 2 * n + pi / 4));
+        } else if (kind == 2 || kind == 4) {
+            const double hz = 1000 + (kind == 2 ? 800 : 1000) * (n / 900);
+            left[size_t(n)] = n % 900 < 600 ? float(2 * std::sin(2 * pi * hz / 48000 * n)) : 0;
+        } else if (kind == 3) {
+            left[size_t(n)] = float(1.3 * std::sin(pi / 2 * n + pi / 4)); // samples at 0.92
+        }
+    if (kind == 1)
+        left = pinkNoise(1.5, frames, 21);
     Rig rig;
-    const Signal out = rig.play(sine(200, 2, 96000))[FrontLeft];
-    const Signal tail(out.begin() + 48000, out.end());
-    const double tone = std::abs(spectrum(tail, 200));
-    for (double hz = 400; hz < 20000; hz += 200)
-        QVERIFY2(db(std::abs(spectrum(tail, hz)) / tone) < -60, qPrintable(QString::number(hz)));
+    const Speakers out = rig.play(left);
+    checkCeiling(out);
+    for (int i : {int(FrontLeft), int(Subwoofer)}) {
+        const double got = db(truePeak(out[i], oversampling));
+        QVERIFY2(got <= -0.1 + 0.3, qPrintable(QString("%1 dBTP").arg(got)));
+    }
+    // So is a fold of them.
+    Signal fold[2] = {silence(frames), silence(frames)};
+    const float* const from[speakerCount] = {&out[0][0], &out[1][0], &out[2][0], &out[3][0], &out[4][0]};
+    float* const to[2] = {&fold[0][0], &fold[1][0]};
+    foldToStereo(from, to, frames);
+    QVERIFY(db(truePeak(fold[0], oversampling)) <= -0.1 + 0.3);
+    QVERIFY(rig.engine.takeMeters().gain < 1);
+}
+
+void TestLimiter::lookAheadIsShort_data()
+{
+    QTest::addColumn<double>("rate");
+    QTest::addColumn<double>("ms");
+    QTest::newRow("12 kHz") << 12000.0 << 4.0;
+    QTest::newRow("44.1 kHz") << 44100.0 << 3.1;
+    QTest::newRow("48 kHz") << 48000.0 << 3.1;
+    QTest::newRow("96 kHz") << 96000.0 << 3.1;
+    QTest::newRow("192 kHz") << 192000.0 << 3.1;
+}
+
+void TestLimiter::lookAheadIsShort()
+{
+    QFETCH(double, rate);
+    QFETCH(double, ms);
+    Limiter limiter;
+    limiter.prepare(rate);
+    QVERIFY(1000 * limiter.latencyFrames() / rate <= ms);
+}
+
+void TestLimiter::shortPeakIsForgottenSoonerThanABassTone()
+{
+    const auto framesToHalf = [](const Signal& loud, size_t end) {
+        Limiter limiter;
+        limiter.prepare(48000);
+        const Signal gains = gainsOf(limiter, loud);
+        const size_t late = size_t(limiter.latencyFrames());
+        const float held = gains[end + late];
+        size_t n = end + late;
+        while (n < gains.size() && gains[n] < 0.5f * (1 + held))
+            ++n;
+        return n - end - late;
+    };
+    Signal click = silence(96000), tone = silence(96000);
+    click[20000] = 4;
+    for (size_t n = 0; n <= 20000; ++n)
+        tone[n] = 4 * float(std::sin(2 * pi * 25 * (double(n) - 20000) / 48000 + pi / 2));
+    const size_t afterClick = framesToHalf(click, 20000), afterTone = framesToHalf(tone, 20000);
+    QVERIFY2(afterClick > 4000 && afterClick < 7000, qPrintable(QString::number(afterClick)));
+    QVERIFY2(2 * afterTone > 3 * afterClick && afterTone < 20000, qPrintable(QString::number(afterTone)));
 }
 
 void TestLimiter::metersTellPeakAndReduction()
