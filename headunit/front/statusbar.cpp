@@ -2,6 +2,9 @@
 
 #include "headunit/sound/mastervolume.h"
 
+#include "common/translator.h"
+#include "platform/common/settings/settingsstore.h"
+#include "platform/common/texts/language.h"
 #include "platform/common/widgets/palette.h"
 
 #include <QPainter>
@@ -47,7 +50,10 @@ StatusBar::StatusBar(const MasterVolume* volume, QWidget* parent)
     , m_volume(volume)
 {
     setAttribute(Qt::WA_TransparentForMouseEvents);
-    connect(volume, &MasterVolume::changed, this, QOverload<>::of(&QWidget::update));
+    const auto repaint = QOverload<>::of(&QWidget::update);
+    connect(volume, &MasterVolume::changed, this, repaint);
+    connect(mem::SettingsStore::instance(), &mem::SettingsStore::durableChanged, this, repaint);
+    connect(cm::Language::instance(), &cm::Language::changed, this, repaint);
     m_minute.setSingleShot(true);
     connect(&m_minute, &QTimer::timeout, this, &StatusBar::onMinute);
     onMinute();
@@ -60,6 +66,32 @@ void StatusBar::onMinute()
     update();
     const QTime now = QTime::currentTime();
     m_minute.start((60 - now.second()) * 1000 - now.msec() + 5);
+}
+
+void StatusBar::paintMark(QPainter& painter) const
+{
+    constexpr int size = 26;
+    const QRect room = rect().adjusted(190, 0, -140, 0);
+    const QString text = Translator::translate(notKeptText);
+    const int width = size + 12 + painter.fontMetrics().horizontalAdvance(text);
+    const QRectF sign(room.center().x() - qMin(width, room.width()) / 2.0, (height() - size) / 2.0, size,
+                      size);
+
+    QPainterPath triangle(QPointF(sign.center().x(), sign.top() + 1));
+    triangle.lineTo(sign.bottomRight() - QPointF(0, 2));
+    triangle.lineTo(sign.bottomLeft() - QPointF(0, 2));
+    triangle.closeSubpath();
+    painter.strokePath(
+        triangle, QPen(QColor(cm::palette::accentBright), 2.2, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+    painter.setPen(QPen(QColor(cm::palette::accentBright), 2.4, Qt::SolidLine, Qt::RoundCap));
+    painter.drawLine(QPointF(sign.center().x(), sign.top() + 10),
+                     QPointF(sign.center().x(), sign.top() + 16));
+    painter.drawPoint(QPointF(sign.center().x(), sign.top() + 20));
+
+    const QRect place(int(sign.right()) + 12, 0, room.right() - int(sign.right()) - 12, height());
+    painter.setPen(QColor(cm::palette::ink));
+    painter.drawText(place, Qt::AlignLeft | Qt::AlignAbsolute | Qt::AlignVCenter,
+                     painter.fontMetrics().elidedText(text, Qt::ElideRight, place.width()));
 }
 
 void StatusBar::paintEvent(QPaintEvent*)
@@ -78,6 +110,9 @@ void StatusBar::paintEvent(QPaintEvent*)
     drawLoudspeaker(painter, QPointF(30, (height() - 28) / 2.0), waves, muted);
     painter.setPen(QColor(muted ? cm::palette::inkDim : cm::palette::ink));
     painter.drawText(QRect(72, 0, 100, height()), Qt::AlignLeft | Qt::AlignVCenter, QString::number(level));
+
+    if (!mem::SettingsStore::instance()->isDurable())
+        paintMark(painter);
 
     painter.setPen(QColor(cm::palette::ink));
     painter.drawText(rect().adjusted(0, 0, -30, 0), Qt::AlignRight | Qt::AlignVCenter,

@@ -1,5 +1,7 @@
 #include "headunit/inspector/unitpanel.h"
 
+#include "common/translator.h"
+#include "headunit/front/statusbar.h"
 #include "platform/common/settings/settingsstore.h"
 #include "platform/common/texts/language.h"
 
@@ -30,6 +32,7 @@ UnitPanel::UnitPanel(QWidget* parent)
     : QWidget(parent)
     , m_power(new QPushButton(this))
     , m_reset(new QPushButton(this))
+    , m_store(plainText(QString(), this))
     , m_applications(plainText(QString(), this))
 {
     m_power->setObjectName(QStringLiteral("power"));
@@ -40,15 +43,17 @@ UnitPanel::UnitPanel(QWidget* parent)
     m_reset->setText(tr("Forget every setting"));
     connect(m_reset, &QPushButton::clicked, this, &UnitPanel::onResetClicked);
 
-    const mem::SettingsStore* store = mem::SettingsStore::instance();
+    m_store->setObjectName(QStringLiteral("store"));
+    showStore();
+    connect(mem::SettingsStore::instance(), &mem::SettingsStore::durableChanged, this, &UnitPanel::showStore);
+    connect(cm::Language::instance(), &cm::Language::changed, this, &UnitPanel::showStore);
+
     auto* layout = new QFormLayout(this);
     layout->setVerticalSpacing(14);
     layout->addRow(tr("Language"), languageBox());
     layout->addRow(tr("Power"), m_power);
     layout->addRow(tr("Factory reset"), m_reset);
-    layout->addRow(
-        tr("Settings"),
-        plainText(store->isDurable() ? store->path() : tr("in memory only, until the unit is left"), this));
+    layout->addRow(tr("Settings"), m_store);
     layout->addRow(tr("Applications"), m_applications);
 }
 
@@ -70,6 +75,21 @@ QWidget* UnitPanel::languageBox()
             [this, box](int row) { emit languageChosen(box->itemData(row).toString()); });
     connect(cm::Language::instance(), &cm::Language::changed, box, showCurrent);
     return box;
+}
+
+void UnitPanel::showStore()
+{
+    const mem::SettingsStore* store = mem::SettingsStore::instance();
+    m_store->setText(
+        store->isDurable()
+            ? store->path()
+            : QStringLiteral("%1: %2").arg(Translator::translate(StatusBar::notKeptText), store->problem()));
+}
+
+void UnitPanel::showEvent(QShowEvent* event)
+{
+    showStore(); // why nothing is kept may have become another reason
+    QWidget::showEvent(event);
 }
 
 void UnitPanel::showPowered(bool on)

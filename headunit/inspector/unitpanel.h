@@ -30,12 +30,18 @@ signals:
     /// The user has confirmed that every setting shall be forgotten.
     void factoryResetChosen();
 
+protected:
+    void showEvent(QShowEvent* event) override;
+
 private:
     QWidget* languageBox();
+    /// Where the settings are kept, or that they aren't and why.
+    void showStore();
     void onResetClicked();
 
     QPushButton* m_power;
     QPushButton* m_reset;
+    QLabel* m_store;
     QLabel* m_applications;
     bool m_powered = true;
     Q_DISABLE_COPY(UnitPanel)
