@@ -103,6 +103,8 @@ void PipeWireStreams::stateChanged(pw_stream* of, int state, const char* error)
         m_streaming = state == PW_STREAM_STATE_STREAMING;
         if (m_streaming)
             m_listener.playing();
+        else
+            m_brokenOff = true;
     }
 }
 
@@ -114,7 +116,8 @@ pw_stream_events PipeWireStreams::eventsOf(Stream which)
     if (which == Stream::Sink) {
         events.io_changed = [](void* self, std::uint32_t id, void* area, std::uint32_t) {
             if (id == SPA_IO_Position)
-                static_cast<PipeWireStreams*>(self)->m_sinkPosition = static_cast<spa_io_position*>(area);
+                static_cast<PipeWireStreams*>(self)->positionChanged(Stream::Sink,
+                                                                     static_cast<spa_io_position*>(area));
         };
         events.process = [](void* self) { static_cast<PipeWireStreams*>(self)->comesIn(); };
         events.state_changed = [](void* self, pw_stream_state, pw_stream_state now, const char* error) {
@@ -125,11 +128,14 @@ pw_stream_events PipeWireStreams::eventsOf(Stream which)
             auto* const d = static_cast<PipeWireStreams*>(self);
             if (id == SPA_PARAM_Latency && param)
                 d->passLatency(d->m_stream, param, SPA_DIRECTION_OUTPUT);
+            if (id == SPA_PARAM_Format)
+                d->formatChanged(Stream::Sink, param);
         };
     } else {
         events.io_changed = [](void* self, std::uint32_t id, void* area, std::uint32_t) {
             if (id == SPA_IO_Position)
-                static_cast<PipeWireStreams*>(self)->m_streamPosition = static_cast<spa_io_position*>(area);
+                static_cast<PipeWireStreams*>(self)->positionChanged(Stream::Output,
+                                                                     static_cast<spa_io_position*>(area));
         };
         events.process = [](void* self) { static_cast<PipeWireStreams*>(self)->goesOut(); };
         events.state_changed = [](void* self, pw_stream_state, pw_stream_state now, const char* error) {
@@ -140,6 +146,8 @@ pw_stream_events PipeWireStreams::eventsOf(Stream which)
             auto* const d = static_cast<PipeWireStreams*>(self);
             if (id == SPA_PARAM_Latency && param)
                 d->passLatency(d->m_sink, param, SPA_DIRECTION_INPUT);
+            if (id == SPA_PARAM_Format)
+                d->formatChanged(Stream::Output, param);
         };
     }
     return events;
@@ -151,7 +159,7 @@ bool PipeWireStreams::make(pw_loop* loop, pw_core* core, Feed& feed, double serv
     m_loop = loop;
     m_signal = pw_loop_add_event(
         loop, [](void* self, std::uint64_t) { static_cast<PipeWireStreams*>(self)->restOrWake(); }, this);
-    m_resting = m_wantsRest = m_soundCame = false;
+    m_resting = m_wantsRest = m_soundCame = m_sinkHasFormat = m_streamHasFormat = false;
     m_quietFrames = 0;
     if (!makeNodes(core)) {
         error = std::strerror(errno);
@@ -228,6 +236,35 @@ int PipeWireStreams::connect()
     format = audioFormat(m_rate, SpeakerFeed::ChannelCount, buffer, sizeof buffer);
     return pw_stream_connect(m_stream, PW_DIRECTION_OUTPUT, PW_ID_ANY,
                              pw_stream_flags(flags | PW_STREAM_FLAG_AUTOCONNECT), &format, 1);
+}
+
+void PipeWireStreams::positionChanged(Stream of, spa_io_position* position)
+{
+    (of == Stream::Sink ? m_sinkPosition : m_streamPosition) = position;
+    if (position && !m_sinkHasFormat && !m_streamHasFormat)
+        followRate(position->clock.rate.denom);
+}
+
+void PipeWireStreams::formatChanged(Stream of, bool has)
+{
+    (of == Stream::Sink ? m_sinkHasFormat : m_streamHasFormat) = has;
+}
+
+void PipeWireStreams::followRate(double graphRate)
+{
+    const SpeakerFeed::Layout layout = m_speakers.layout();
+    if (graphRate == m_rate || !m_feed->prepare(graphRate))
+        return;
+    m_rate = int(graphRate);
+    m_speakers.reset(*m_feed, graphRate);
+    m_speakers.setLayout(layout);
+    std::uint8_t buffer[1024];
+    const spa_pod* format = audioFormat(graphRate, 2, buffer, sizeof buffer);
+    pw_stream_update_params(m_sink, &format, 1);
+    format = audioFormat(graphRate, SpeakerFeed::ChannelCount, buffer, sizeof buffer);
+    pw_stream_update_params(m_stream, &format, 1);
+    tellLatency(m_sink, {}, SPA_DIRECTION_INPUT);
+    tellLatency(m_stream, {}, SPA_DIRECTION_OUTPUT);
 }
 
 /// Tells a stream's neighbours how far away the other end is: what the other stream has heard from its own
@@ -322,6 +359,15 @@ void PipeWireStreams::goesOut() noexcept
         channels[i] = samplesOf(buffer, std::uint32_t(i));
     std::uint64_t frames = buffer->n_datas > 0 ? buffer->datas[0].maxsize / sizeof(float) : 0;
     frames = held->requested > 0 ? std::min(frames, held->requested) : std::min<std::uint64_t>(frames, 1024);
+    const spa_io_position* const position = m_streamPosition.load(std::memory_order_relaxed);
+    const bool otherClock =
+        position && (position->clock.id != m_clock || position->clock.rate.denom != m_clockRate);
+    if (otherClock) {
+        m_clock = position->clock.id;
+        m_clockRate = position->clock.rate.denom;
+    }
+    if (m_brokenOff.exchange(false, std::memory_order_relaxed) || otherClock)
+        m_speakers.enter();
     const unsigned wakes = m_wakes;
     m_speakers.fill(cycle(m_streamPosition), channels, int(frames));
     watchSilence(wakes, int(frames));

@@ -23,6 +23,11 @@ namespace hvaudio {
 /// The unit's two nodes in a PipeWire graph: the sink "Head unit" that players play into, and the stream
 /// "Head unit output" to the device, with the way between them. All calls, and all that it calls, are on the
 /// loop's thread or on another one that has locked the loop, unless marked otherwise.
+///
+/// When the graph goes over to another rate the server takes the formats from both nodes and asks for new
+/// ones; between the two the feed is prepared for that rate. Where the nodes are moved to a device of another
+/// rate without that, the server converts. Either way what is heard next begins in silence and rises in 10
+/// ms; the end of what was heard before is the server's doing.
 class PipeWireStreams
 {
 public:
@@ -73,6 +78,10 @@ private:
     int connect();
     void stateChanged(pw_stream* of, int state, const char* error);
     void tellLatency(pw_stream* to, spa_latency_info info, spa_direction direction);
+    void positionChanged(Stream of, spa_io_position* position);
+    void formatChanged(Stream of, bool has);
+    /// Offers both nodes in the graph's rate, while neither has a format.
+    void followRate(double graphRate);
     void passLatency(pw_stream* to, const spa_pod* param, spa_direction direction);
     void restOrWake();
     void comesIn() noexcept;                         // [RT]
@@ -86,14 +95,17 @@ private:
     spa_hook m_sinkHook = {}, m_streamHook = {};
     std::atomic<int> m_rate{0};
     std::atomic<bool> m_streaming{false};
+    bool m_sinkHasFormat = false, m_streamHasFormat = false;
     pw_loop* m_loop = nullptr;
     spa_source* m_signal = nullptr; ///< by which the audio side calls `restOrWake`
 
     // Between the sides. A wish to rest counts as long as nothing has called for the output since.
     std::atomic<unsigned> m_wakes{0}, m_wakesAtWish{0};
     std::atomic<bool> m_resting{false}, m_wantsRest{false}, m_soundCame{false};
+    std::atomic<bool> m_brokenOff{false}; ///< the stream was stopped: what comes next enters from silence
     // Of the audio side.
     int m_quietFrames = 0;
+    std::uint32_t m_clock = 0, m_clockRate = 0; ///< of the last block's driver
     std::atomic<spa_io_position*> m_sinkPosition{nullptr}, m_streamPosition{nullptr};
     SpeakerFeed m_speakers;
 };

@@ -39,6 +39,7 @@ void SpeakerFeed::reset(Feed& feed, double rate) noexcept
     const float step = float(1 / (fadeSeconds * rate));
     m_folded = {1, 1, step};
     m_mean = {0, 0, step};
+    m_entered = {1, 1, step};
 }
 
 void SpeakerFeed::fill(std::uint64_t cycle, float* const channels[ChannelCount], int frames) noexcept
@@ -92,6 +93,16 @@ void SpeakerFeed::fillPiece(float* const channels[ChannelCount], int done, int c
     }
     m_folded.now = m_folded.after(count);
     m_mean.now = m_mean.after(count);
+    if (!m_entered.steady())
+        applyEntrance(channels, done, count);
+}
+
+void SpeakerFeed::applyEntrance(float* const channels[ChannelCount], int done, int count) noexcept
+{
+    for (int i = 0; i < ChannelCount; ++i)
+        for (int n = 0; channels[i] && n < count; ++n)
+            channels[i][done + n] *= smoothStep(m_entered.after(n));
+    m_entered.now = m_entered.after(count);
 }
 
 } // namespace hvaudio

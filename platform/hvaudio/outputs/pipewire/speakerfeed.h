@@ -41,6 +41,9 @@ public:
     /// [ANY] The layout that was set last.
     Layout layout() const noexcept { return m_layout.load(std::memory_order_relaxed); }
 
+    /// [RT] The next block begins in silence and rises to its level in 10 ms: what was heard before it has
+    /// broken off.
+    void enter() noexcept { m_entered.now = 0; }
     /// [RT] What has come in; as InputBridge::push.
     void push(std::uint64_t cycle, const float* left, const float* right, int frames) noexcept
     {
@@ -65,12 +68,14 @@ private:
         }
     };
     void fillPiece(float* const channels[ChannelCount], int done, int count) noexcept;
+    void applyEntrance(float* const channels[ChannelCount], int done, int count) noexcept;
 
     Feed* m_feed = nullptr;
     std::atomic<Layout> m_layout{Layout::Stereo};
     InputBridge m_bridge;
-    Fade m_folded; ///< 1 = all in FL and FR
-    Fade m_mean;   ///< 1 = of the fold, both carry the mean
+    Fade m_folded;  ///< 1 = all in FL and FR
+    Fade m_mean;    ///< 1 = of the fold, both carry the mean
+    Fade m_entered; ///< 1 = all is heard
     float m_input[2][pieceFrames];
     float m_speakers[dsp::speakerCount][pieceFrames];
     float m_sides[2][pieceFrames];

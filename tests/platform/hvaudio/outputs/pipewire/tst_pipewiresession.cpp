@@ -11,6 +11,7 @@
 #include <QRegularExpression>
 
 #include <memory>
+#include <utility>
 
 using namespace hvaudio;
 using namespace unitonpipewire;
@@ -62,6 +63,7 @@ private slots:
     void sinkStaysWhereThereIsNoDeviceAndPlaysToTheFirstThatComes();
     void unitAsDefaultDeviceTakesPlayersAndPlaysToARealOne();
     void silentUnitSleepsAndFollowsTheDevices();
+    void processorFollowsTheRateOfTheGraphWhileItPlays();
     void nodeThatIsRemovedComesBack();
     void sessionManagerThatRestartsFindsTheUnitAgain();
     void daemonAndSessionManagerThatRestartFindTheUnitAgain();
@@ -292,6 +294,34 @@ void TestPipeWireSession::silentUnitSleepsAndFollowsTheDevices()
     QVERIFY(surround.plug());
     QVERIFY(waitForStatus("PipeWire, 48000 Hz, 5.1"));
     QCOMPARE(differs(hearFrom("surround", six), six, "RL", rear, 0), QString());
+    QVERIFY2(lines->all().isEmpty(), qPrintable(lines->all().join('\n')));
+}
+
+void TestPipeWireSession::processorFollowsTheRateOfTheGraphWhileItPlays()
+{
+    const Device device("cabin", two);
+    QVERIFY(start());
+    QVERIFY(player->setSource(6, SourceKind::Sweep));
+    dsp::Settings settings = player->engine().settings();
+    const int input = std::exchange(settings.source, 6);
+    player->setSettings(settings);
+    QVERIFY(waitForStatus("PipeWire, 48000 Hz, stereo"));
+    for (const int other : {44100, 96000, 48000}) {
+        QVERIFY(PrivatePipeWire::waitFor([&] { return player->takeMeters().peak[dsp::FrontLeft] > 0.05f; }));
+        PrivatePipeWire::output("pw-metadata",
+                                {"-n", "settings", "0", "clock.force-rate", QString::number(other)});
+        QVERIFY(waitForStatus(QString("PipeWire, %1 Hz, stereo").arg(other)));
+        QCOMPARE(player->engine().rate(), double(other));
+        QVERIFY(PrivatePipeWire::waitFor([&] { return player->takeMeters().peak[dsp::FrontLeft] > 0.05f; }));
+        if (other != 44100)
+            continue;
+        // And what others play comes through both conversions at its pitch and level.
+        settings.source = input;
+        player->setSettings(settings);
+        QCOMPARE(differsFromFold(hearFrom("cabin", two)), QString());
+        settings.source = 6;
+        player->setSettings(settings);
+    }
     QVERIFY2(lines->all().isEmpty(), qPrintable(lines->all().join('\n')));
 }
 

@@ -74,6 +74,7 @@ private slots:
     void changeIsFadedInTenMilliseconds();
     void interruptedChangesHaveNoStep();
     void blocksOfAnySizeGiveTheSameSound();
+    void entranceRisesFromSilenceInTenMilliseconds();
     void channelsThatNobodyWantsAreLeftOut();
     void whatComesInReachesTheFeedOneBlockLater();
 };
@@ -159,6 +160,25 @@ void TestSpeakerFeed::blocksOfAnySizeGiveTheSameSound()
         QCOMPARE(pieces.out[i].size(), whole.out[i].size());
         for (std::size_t n = 0; n < whole.out[i].size(); ++n)
             QVERIFY(std::abs(pieces.out[i][n] - whole.out[i][n]) < 1e-5f);
+    }
+}
+
+void TestSpeakerFeed::entranceRisesFromSilenceInTenMilliseconds()
+{
+    Rig rig;
+    rig.block(2 * fade, Layout::Surround);
+    for (int time = 0; time < 2; ++time) {
+        const std::size_t start = rig.out[0].size();
+        rig.speakers->enter();
+        for (int n = 0; n < 2 * fade; n += 32)
+            rig.block(32, Layout::Surround);
+        for (const auto& [channel, level] : {std::pair(SpeakerFeed::FL, 0.1f), {SpeakerFeed::LFE, 0.8f}}) {
+            const auto& out = rig.out[channel];
+            QCOMPARE(out[start], 0.0f);
+            QCOMPARE(out[start + std::size_t(fade)], level);
+            for (std::size_t n = start + 1; n < out.size(); ++n)
+                QVERIFY(out[n] >= out[n - 1] && out[n] - out[n - 1] < level * 1.6f / float(fade));
+        }
     }
 }
 
