@@ -8,8 +8,10 @@
 #include "platform/hvaudio/outputs/pipewire/pipewireoutput.h"
 #include "platform/hvaudio/player.h"
 
+#include <QFileInfo>
 #include <QRegularExpression>
 
+#include <algorithm>
 #include <memory>
 #include <utility>
 
@@ -64,6 +66,7 @@ private slots:
     void unitAsDefaultDeviceTakesPlayersAndPlaysToARealOne();
     void silentUnitSleepsAndFollowsTheDevices();
     void processorFollowsTheRateOfTheGraphWhileItPlays();
+    void deviceOfAnotherRateIsEnteredFromSilence();
     void nodeThatIsRemovedComesBack();
     void sessionManagerThatRestartsFindsTheUnitAgain();
     void daemonAndSessionManagerThatRestartFindTheUnitAgain();
@@ -323,6 +326,61 @@ void TestPipeWireSession::processorFollowsTheRateOfTheGraphWhileItPlays()
         player->setSettings(settings);
     }
     QVERIFY2(lines->all().isEmpty(), qPrintable(lines->all().join('\n')));
+}
+
+void TestPipeWireSession::deviceOfAnotherRateIsEnteredFromSilence()
+{
+    PrivatePipeWire::output("pw-metadata",
+                            {"-n", "settings", "0", "clock.allowed-rates", "[ 44100, 48000 ]"});
+    const Device device("cabin", two), other("other", two);
+    QVERIFY(device.makeDefault());
+    QVERIFY(start());
+    // A level that stands from its first sample on.
+    std::string error;
+    const QString path = server->path("square.wav");
+    const auto writer = WavWriter::create(path.toStdString(), rate, 2, error);
+    QVERIFY2(writer, error.c_str());
+    std::vector<float> samples(std::size_t(2 * rate));
+    for (std::size_t n = 0; n < samples.size(); ++n)
+        samples[n] = n % 96 < 48 ? 0.1f : -0.1f;
+    const float* const channels[2] = {samples.data(), samples.data()};
+    QVERIFY(writer->write(channels, int(samples.size())) && writer->finish(error));
+    QVERIFY(player->setSource(player->engine().settings().source, SourceKind::File, path.toStdString()));
+    QVERIFY(waitForStatus("PipeWire, 48000 Hz, stereo"));
+    QVERIFY(PrivatePipeWire::waitFor([&] { return player->takeMeters().peak[dsp::FrontLeft] > 0.05f; }));
+    // Somebody else's music at 44100 Hz holds the other device at its rate.
+    const QString silence = server->path("silence.wav");
+    const auto held = WavWriter::create(silence.toStdString(), 44100, 2, error);
+    std::vector<float> nothing(std::size_t(60 * 44100));
+    const float* const none[2] = {nothing.data(), nothing.data()};
+    QVERIFY(held->write(none, int(nothing.size())) && held->finish(error));
+    QProcess cat;
+    startTied(cat, "pw-cat", {"-p", "--target", "other", "-P", "{ node.name = holder }", silence});
+    QVERIFY(PrivatePipeWire::waitFor(
+        [] { return PrivatePipeWire::links().contains("holder:output_FL -> other:playback_FL"); }));
+
+    Recording recording(server->path("entrance.wav"), {"FL"});
+    QVERIFY(recording.ready());
+    QVERIFY(PrivatePipeWire::link("other:monitor_FL", "rec:input_FL"));
+    QVERIFY(other.makeDefault());
+    QVERIFY(PrivatePipeWire::waitFor(
+        [] { return PrivatePipeWire::links().contains("headunit-output:output_FL -> other:playback_FL"); }));
+    player->takeMeters();
+    QVERIFY(PrivatePipeWire::waitFor([&] { return player->takeMeters().peak[dsp::FrontLeft] > 0.05f; }));
+    // Some of it, for the level that it comes to.
+    const auto recorded = [this] { return QFileInfo(server->path("entrance.wav")).size(); };
+    QVERIFY(PrivatePipeWire::waitFor(
+        [&, enough = recorded() + qint64(0.3 * rate * sizeof(float))] { return recorded() > enough; }));
+    const std::vector<float> heard = recording.stop()[0];
+    sendSignal(cat, SIGTERM);
+    cat.waitForFinished(5000);
+    const auto loud = [](float level) { return [level](float x) { return std::abs(x) > level; }; };
+    const float level = std::abs(*std::max_element(heard.begin(), heard.end()));
+    QVERIFY2(level > 0.05f, qPrintable(QString::number(level)));
+    const auto first = std::find_if(heard.begin(), heard.end(), loud(0.0005f));
+    const auto half = std::find_if(first, heard.end(), loud(level / 2));
+    // 10 ms, of which the first hundredth can't be seen.
+    QVERIFY2(half - first > rate * 0.002, qPrintable(QString::number(half - first)));
 }
 
 void TestPipeWireSession::nodeThatIsRemovedComesBack()
