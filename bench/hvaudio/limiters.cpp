@@ -126,7 +126,7 @@ Samples limitedByLsp(const Samples& in)
     limiter.set("Automatic level regulation", 0);
     limiter.set("Threshold", hvaudio::dsp::Limiter::ceiling);
     // Its own defaults, which the plug-in's format only carries roughly.
-for (const char* const time : {"Lookahead", "Attack time", "Release time"})
+    for (const char* const time : {"Lookahead", "Attack time", "Release time"})
         limiter.set(time, 5);
     Samples out(in.size());
     float side[2][block];
