@@ -1,10 +1,17 @@
 // Runs a sound file through the full chain and throws the result away, for whole-process timing beside other
 // tools: the same reading for every way of computing, so that "pass" can be taken off.
 //
-//   hvaudio_chain FILE pass|scalar|vector4|vector8|plain|lsp [GAIN]
+//   hvaudio_chain FILE pass|scalar|vector2|vector4|vector8|plain|bare|lsp [GAIN]
 //                                         GAIN in dB on what is read, so that the limiter has work
 //   hvaudio_chain FILE noise SECONDS      writes pink noise, -12 dB, stereo float, 48 kHz
+//   hvaudio_chain FILE bass SECONDS       the same with a bass line of 45 Hz
+//
+// "vector2+" and so on run the low-passes of the cabin's speakers too, which the others haven't got. Built
+// once more for AVX2 and FMA as hvaudio_chain_avx2, which alone has "bare".
 
+#if defined(__AVX2__) && defined(__FMA__)
+#include "bench/hvaudio/barekernel.h"
+#endif
 #include "bench/hvaudio/peers.h"
 
 #include "platform/hvaudio/dsp/design.h"
@@ -17,7 +24,6 @@
 
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <functional>
 #include <string>
 
@@ -27,7 +33,17 @@ namespace {
 
 constexpr int blockFrames = 1024;
 
-int makeNoise(const char* file, int seconds)
+/// Notes of half a second with soft edges, every third of them a rest.
+float bassLine(size_t frame)
+{
+    const double t = double(frame) / rate, note = std::fmod(2 * t, 1);
+    if (size_t(2 * t) % 3 == 2)
+        return 0;
+    return float(0.3 * std::sin(3.14159265358979323846 * note) *
+                 std::sin(2 * 3.14159265358979323846 * 45 * t));
+}
+
+int makeNoise(const char* file, int seconds, bool bass)
 {
     SF_INFO info{};
     info.samplerate = int(rate);
@@ -42,7 +58,8 @@ int makeNoise(const char* file, int seconds)
     std::vector<float> block(2 * size_t(rate));
     for (int second = 0; second < seconds; ++second) {
         for (size_t n = 0; n < block.size(); ++n)
-            block[n] = 0.25f * side[n & 1].next();
+            block[n] =
+                0.25f * side[n & 1].next() + (bass ? bassLine(size_t(second) * size_t(rate) + n / 2) : 0.0f);
         sf_writef_float(out, block.data(), sf_count_t(rate));
     }
     sf_close(out);
@@ -61,6 +78,14 @@ Process processOf(const std::string& way)
             chain->process(l, r, out, n);
         };
     }
+#if defined(__AVX2__) && defined(__FMA__)
+    if (way == "bare") {
+        auto kernel = std::make_shared<BareKernel>();
+        return [kernel](const float* l, const float* r, float* const* out, int n) {
+            kernel->process(l, r, out, n);
+        };
+    }
+#endif
 #ifdef HAVE_LADSPA
     if (way == "lsp") {
         auto chain = std::make_shared<LspChain>((unsigned long)rate);
@@ -74,15 +99,22 @@ Process processOf(const std::string& way)
         const char* name;
         Path path;
     };
-    for (const Named& p :
-         {Named{"scalar", Path::Scalar}, {"vector4", Path::Vector4}, {"vector8", Path::Vector8}}) {
-        if (way != p.name)
+    for (const Named& p : {Named{"scalar", Path::Scalar},
+                           {"vector2", Path::Vector2},
+                           {"vector4", Path::Vector4},
+                           {"vector8", Path::Vector8}}) {
+        const bool lowPasses = way == std::string(p.name) + "+";
+        if (way != p.name && !lowPasses)
             continue;
         auto engine = std::make_shared<Engine>();
         if (!engine->setPath(p.path))
             throw std::runtime_error("this processor can't run " + way);
         engine->prepare(rate);
-        engine->set(fullChain());
+        Settings settings = fullChain();
+        if (lowPasses)
+            for (auto& speaker : settings.cabin)
+                speaker.lowPass = {16000, 4};
+        engine->set(settings);
         engine->settle();
         return [engine](const float* l, const float* r, float* const* out, int n) {
             const float* const in[2] = {l, r};
@@ -96,12 +128,15 @@ Process processOf(const std::string& way)
 
 int main(int argc, char** argv)
 try {
-    if (argc == 4 && !std::strcmp(argv[2], "noise"))
-        return makeNoise(argv[1], std::atoi(argv[3]));
+    const std::string wanted = argc == 4 ? argv[2] : "";
+    if (wanted == "noise" || wanted == "bass")
+        return makeNoise(argv[1], std::atoi(argv[3]), wanted == "bass");
     if (argc != 3 && argc != 4) {
-        std::fprintf(stderr,
-                     "usage: %s FILE pass|scalar|vector4|vector8|plain|lsp [GAIN], or FILE noise SECONDS\n",
-                     argv[0]);
+        std::fprintf(
+            stderr,
+            "usage: %s FILE pass|scalar|vector2|vector4|vector8|plain|bare|lsp [GAIN], or FILE noise|bass "
+            "SECONDS\n",
+            argv[0]);
         return 2;
     }
     const Process process = processOf(argv[2]);

@@ -62,25 +62,46 @@ private:
     double memory_[6] = {};
 };
 
+/// What the plainest programs run: transposed direct form II.
+struct Biquad
+{
+    double b0 = 1, b1 = 0, b2 = 0, a1 = 0, a2 = 0;
+};
+inline Biquad biquadOf(const Section& s)
+{
+    const double a0 = 1 + s.k * s.g + s.g * s.g;
+    return {(s.hp + s.bp * s.g + s.lp * s.g * s.g) / a0, 2 * (s.lp * s.g * s.g - s.hp) / a0,
+            (s.hp - s.bp * s.g + s.lp * s.g * s.g) / a0, 2 * (s.g * s.g - 1) / a0,
+            (1 - s.k * s.g + s.g * s.g) / a0};
+}
+
+/// Equalizer and loudness, and the speakers' delays, as all the others are asked for them.
+inline std::vector<Section> plainSections()
+{
+    const double gains[bandCount] = {6, 4, 2, -1, -3, -2, 1, 3, 5, -4, 2, -6, 4};
+    std::vector<Section> sections;
+    for (int i = 0; i < bandCount; ++i)
+        sections.push_back(peaking(bandHz[i], 1.41, gains[i], rate));
+    sections.push_back(highShelf(100, 0.707, -6, rate));
+    sections.push_back(highShelf(10000, 0.707, 3, rate));
+    return sections;
+}
+constexpr double plainDelaysMs[speakerCount] = {2.1, 3.4, 5.6, 7.8, 10};
+
 /// One sample at a time, double, transposed direct form, section after section: what one writes first.
 class PlainChain
 {
 public:
     PlainChain()
     {
-        const double gains[bandCount] = {6, 4, 2, -1, -3, -2, 1, 3, 5, -4, 2, -6, 4};
-        for (int channel = 0; channel < 2; ++channel) {
-            for (int i = 0; i < bandCount; ++i)
-                equalizer_[channel].emplace_back(peaking(bandHz[i], 1.41, gains[i], rate));
-            equalizer_[channel].emplace_back(highShelf(100, 0.707, -6, rate));
-            equalizer_[channel].emplace_back(highShelf(10000, 0.707, 3, rate));
-        }
-        const double delays[speakerCount] = {2.1, 3.4, 5.6, 7.8, 10};
+        for (auto& side : equalizer_)
+            for (const Section& section : plainSections())
+                side.emplace_back(section);
         for (int i = 0; i < speakerCount; ++i) {
             const TwoSections filter =
                 i == Subwoofer ? crossoverLowPass(80, 4, rate) : crossoverHighPass(80, 4, rate);
-            crossover_[i] = {Biquad(filter[0]), Biquad(filter[1])};
-            ring_[i].resize(size_t(delays[i] * rate / 1000));
+            crossover_[i] = {Filter(filter[0]), Filter(filter[1])};
+            ring_[i].resize(size_t(plainDelaysMs[i] * rate / 1000));
         }
     }
 
@@ -89,13 +110,13 @@ public:
         for (int n = 0; n < frames; ++n) {
             double bus[2] = {0.5 * left[n], 0.5 * right[n]};
             for (int channel = 0; channel < 2; ++channel)
-                for (Biquad& section : equalizer_[channel])
+                for (Filter& section : equalizer_[channel])
                     bus[channel] = section.run(bus[channel]);
             double x[speakerCount] = {0.9 * bus[0], 0.8 * bus[1], 0.7 * bus[0], 0.6 * bus[1],
                                       0.35 * (bus[0] + bus[1])};
             double largest = 0;
             for (int i = 0; i < speakerCount; ++i) {
-                for (Biquad& section : crossover_[i])
+                for (Filter& section : crossover_[i])
                     x[i] = section.run(x[i]);
                 std::swap(x[i], ring_[i][at_[i]]);
                 at_[i] = at_[i] + 1 < ring_[i].size() ? at_[i] + 1 : 0;
@@ -109,33 +130,29 @@ public:
     }
 
 private:
-    class Biquad
+    class Filter
     {
     public:
-        Biquad() = default;
-        explicit Biquad(const Section& s)
+        Filter() = default;
+        explicit Filter(const Section& s)
+            : c_(biquadOf(s))
         {
-            const double a0 = 1 + s.k * s.g + s.g * s.g;
-            b0_ = (s.hp + s.bp * s.g + s.lp * s.g * s.g) / a0;
-            b1_ = 2 * (s.lp * s.g * s.g - s.hp) / a0;
-            b2_ = (s.hp - s.bp * s.g + s.lp * s.g * s.g) / a0;
-            a1_ = 2 * (s.g * s.g - 1) / a0;
-            a2_ = (1 - s.k * s.g + s.g * s.g) / a0;
         }
         double run(double x)
         {
-            const double y = b0_ * x + m1_;
-            m1_ = b1_ * x - a1_ * y + m2_;
-            m2_ = b2_ * x - a2_ * y;
+            const double y = c_.b0 * x + m1_;
+            m1_ = c_.b1 * x - c_.a1 * y + m2_;
+            m2_ = c_.b2 * x - c_.a2 * y;
             return y;
         }
 
     private:
-        double b0_ = 1, b1_ = 0, b2_ = 0, a1_ = 0, a2_ = 0, m1_ = 0, m2_ = 0;
+        Biquad c_;
+        double m1_ = 0, m2_ = 0;
     };
 
-    std::vector<Biquad> equalizer_[2];
-    std::array<Biquad, 2> crossover_[speakerCount];
+    std::vector<Filter> equalizer_[2];
+    std::array<Filter, 2> crossover_[speakerCount];
     std::vector<double> ring_[speakerCount];
     size_t at_[speakerCount] = {};
     double envelope_ = 0;

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 namespace hvaudio::dsp {
 
@@ -11,12 +12,14 @@ namespace {
 
 constexpr double glideMs = 10;
 constexpr double longestDelaySeconds = 0.010;
+/// What has rung out is noticed at the end of one of these.
+constexpr int windowFrames = 1024;
 /// Output below this (-140 dBFS) counts as rung out.
 constexpr float inaudible = 1e-7f;
 
 bool allSilent(const Parameters& p)
 {
-    return std::all_of(p.speakerGain, p.speakerGain + speakerCount, [](float gain) { return gain == 0; });
+    return std::all_of(p.speakerGain, p.speakerGain + speakerCount, [](double gain) { return gain == 0; });
 }
 
 } // namespace
@@ -30,7 +33,6 @@ void Chain::prepare(double rate)
     source_.prepare(rate);
     ducker_.prepare(rate);
     beeper_.prepare(rate);
-    precision_.prepare(rate);
     ringOut_ = longestTap + latencyFrames() + int(0.1 * rate);
     now_ = first_ = next_ = step_ = Parameters();
     newest_ = wanted_ = Snapshot();
@@ -40,7 +42,7 @@ void Chain::prepare(double rate)
     deaf_ = true;
     std::fill(std::begin(bus_), std::end(bus_), Line{0, 0});
     clearSound();
-    offset_ = 0;
+    offset_ = window_ = 0;
 }
 
 int Chain::latencyFrames() const noexcept
@@ -49,16 +51,9 @@ int Chain::latencyFrames() const noexcept
     return cascadeLatency + crossoverLatency + 1 + limiter_.latencyFrames();
 }
 
-void Chain::clearFilters() noexcept
-{
-    single_ = {};
-    double_ = {};
-}
-
 void Chain::clearSound() noexcept
 {
-    clearFilters();
-    precision_.clear();
+    memory_ = {};
     delay_.clear();
     limiter_.clear();
     idle_ = true;
@@ -94,12 +89,12 @@ void Chain::jumpUnheard() noexcept
 {
     // Nothing is audible: only the speakers' gains have a way to go. Otherwise a volume that was turned down
     // while the power was off would be heard on its way down.
-    float gain[8];
+    double gain[8];
     std::memcpy(gain, now_.speakerGain, sizeof gain);
     now_ = wanted_.parameters;
     std::memcpy(now_.speakerGain, gain, sizeof gain);
     first_ = next_ = now_;
-    clearFilters();
+    memory_ = {};
     delay_.jump();
     source_.jumpUnheard(wanted_.source, wanted_.sourceFactor);
 }
@@ -120,12 +115,8 @@ void Chain::takeSnapshot() noexcept
         delay_.aim(i, wanted_.delayTap[i]);
     if (wanted_.lowPassUsed && !lowPass_) {
         // It starts from rest: what it remembers is from its last use.
-        const auto rest = [](auto& memory) {
-            std::fill(std::begin(memory.ic1), std::end(memory.ic1), 0);
-            std::fill(std::begin(memory.ic2), std::end(memory.ic2), 0);
-        };
-        rest(single_.lowPass);
-        rest(double_.lowPass);
+        std::fill(memory_.low.first, memory_.low.first + subwooferLane, 0);
+        std::fill(memory_.low.second, memory_.low.second + subwooferLane, 0);
         lowPass_ = true;
     }
     if (allSilent(now_))
@@ -143,7 +134,9 @@ void Chain::advanceGrid() noexcept
         beeper_.trigger();
     beepWanted_ = false;
 
-    gliding_ = left_ > 0;
+    const bool glided = std::exchange(gliding_, left_ > 0);
+    if (gliding_ != glided)
+        gliding_ ? toStateForm(memory_, now_) : toDirectForm(memory_, now_);
     if (gliding_) {
         if (--left_ == 0)
             first_ = next_ = wanted_.parameters;
@@ -154,11 +147,11 @@ void Chain::advanceGrid() noexcept
         lowPass_ = wanted_.lowPassUsed;
         deaf_ = allSilent(now_);
     }
-    const float programme = now_.bus[0] * source_.factor() * ducker_.factor();
+    const double programme = now_.bus[0] * source_.factor() * ducker_.factor();
     source_.advanceGrid();
     ducker_.advanceGrid();
     beeper_.advanceGrid();
-    const float programmeNext = next_.bus[0] * source_.factor() * ducker_.factor();
+    const double programmeNext = next_.bus[0] * source_.factor() * ducker_.factor();
     bus_[0] = {programme, (programmeNext - programme) / gridFrames};
     for (int i = 1; i <= promptCount; ++i)
         bus_[i] = {now_.bus[i], (next_.bus[i] - now_.bus[i]) / gridFrames};
@@ -193,7 +186,7 @@ void Chain::process(const Block& block, Meters& meters) noexcept
                     if (out)
                         std::memset(out + done, 0, size_t(rest) * sizeof(float));
                 offset_ = (offset_ + rest) % gridFrames;
-                precision_.pass(rest);
+                window_ = (window_ + rest) % windowFrames;
                 return;
             }
             idle_ = false;
@@ -201,13 +194,13 @@ void Chain::process(const Block& block, Meters& meters) noexcept
         if (offset_ == 0)
             advanceGrid();
         const bool toNextPoint = moving_ || prompts || snapshotWaiting_ || beepWanted_;
-        const int frames = std::min(
-            {block.frames - done, (toNextPoint ? gridFrames : pieceFrames) - offset_, precision_.room()});
-        choosePrecision();
+        const int frames = std::min({block.frames - done, (toNextPoint ? gridFrames : pieceFrames) - offset_,
+                                     windowFrames - window_});
         processPiece(block, done, frames, meters);
         done += frames;
         offset_ = (offset_ + frames) % gridFrames;
-        if (precision_.advance(frames))
+        window_ += frames;
+        if (window_ == windowFrames)
             endWindow();
     }
 }
@@ -215,34 +208,24 @@ void Chain::process(const Block& block, Meters& meters) noexcept
 /// What has rung out is forgotten at a window's end, so at the same frame whatever the block size.
 void Chain::endWindow() noexcept
 {
-    quiet_ = loud_ ? 0 : std::min(quiet_ + Precision::windowFrames, ringOut_);
+    window_ = 0;
+    quiet_ = loud_ ? 0 : std::min(quiet_ + windowFrames, ringOut_);
     loud_ = false;
     if (quiet_ >= ringOut_ && !moving_ && !limiter_.working())
         clearSound();
 }
 
-void Chain::choosePrecision() noexcept
+void Chain::filterPiece(const Block& block, int start, int frames) noexcept
 {
-    if (precision_.isDouble() == inDouble_)
-        return;
-    inDouble_ = precision_.isDouble();
-    if (inDouble_)
-        double_.take(single_);
-    else
-        single_.take(double_);
-}
-
-template <typename Real>
-void Chain::filterPiece(const Block& block, int start, int frames, FilterMemory<Real>& memory) noexcept
-{
-    alignas(64) Real pairs[2 * pieceFrames];
+    alignas(64) double pairs[2 * pieceFrames];
     const auto at = [start](const float* signal) { return signal ? signal + start : nullptr; };
     const auto line = [this](int bus) { return Line{bus_[bus].from, bus_[bus].step, offset_}; };
-    const Parameters* const step = gliding_ ? &step_ : nullptr;
-    const Loops<Real>& loops = kernel_->in<Real>();
 
-    gatherPairs(at(block.programme[0]), at(block.programme[1]), line(0), pairs, frames);
-    loops.cascade(pairs, frames, now_, step, memory);
+    kernel_->gather(at(block.programme[0]), at(block.programme[1]), line(0), pairs, frames);
+    if (gliding_)
+        kernel_->glidingCascade(pairs, frames, now_, step_, memory_);
+    else
+        kernel_->cascade(pairs, frames, wanted_.direct, memory_);
     for (int i = 0; i < promptCount; ++i)
         if (const float* left = at(block.prompt[i][0])) {
             const float* right = block.prompt[i][1] ? at(block.prompt[i][1]) : left;
@@ -250,22 +233,16 @@ void Chain::filterPiece(const Block& block, int start, int frames, FilterMemory<
         }
     if (beeper_.sounding())
         beeper_.add(pairs, frames, offset_);
-    float* const* const filtered = delay_.room();
-    loops.crossover(pairs, filtered, frames, now_, step, memory, lowPass_);
-
-    double energy[speakerCount];
-    for (int i = 0; i < speakerCount; ++i)
-        energy[i] = energyOf(filtered[i], frames);
-    precision_.heard(energyOfPairs(pairs, frames).side, energy, now_.speakerGain);
+    if (gliding_)
+        kernel_->glidingCrossover(pairs, delay_.room(), frames, now_, step_, memory_);
+    else
+        kernel_->crossover(pairs, delay_.room(), frames, wanted_.direct, now_, memory_, lowPass_);
 }
 
 void Chain::processPiece(const Block& block, int start, int frames, Meters& meters) noexcept
 {
     const bool silent = silentInput(block, start, frames);
-    if (inDouble_)
-        filterPiece(block, start, frames, double_);
-    else
-        filterPiece(block, start, frames, single_);
+    filterPiece(block, start, frames);
 
     float peak[speakerCount];
     delay_.read(limiter_.inputs(), frames, offset_, peak);

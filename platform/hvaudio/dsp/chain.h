@@ -5,7 +5,6 @@
 #include "platform/hvaudio/dsp/limiter.h"
 #include "platform/hvaudio/dsp/meters.h"
 #include "platform/hvaudio/dsp/mixing.h"
-#include "platform/hvaudio/dsp/precision.h"
 #include "platform/hvaudio/dsp/snapshot.h"
 
 namespace hvaudio::dsp {
@@ -30,7 +29,6 @@ public:
 
     int audibleSource() const noexcept { return source_.audible(); }
     bool idle() const noexcept { return idle_; }
-    bool isDouble() const noexcept { return inDouble_; }
 
 private:
     void advanceGrid() noexcept;
@@ -38,13 +36,10 @@ private:
     void takeSnapshot() noexcept;
     void jumpUnheard() noexcept;
     bool silentInput(const Block& block, int start, int frames) const noexcept;
-    void choosePrecision() noexcept;
     void endWindow() noexcept;
     void processPiece(const Block& block, int start, int frames, Meters& meters) noexcept;
     /// Everything in front of the delays.
-    template <typename Real>
-    void filterPiece(const Block& block, int start, int frames, FilterMemory<Real>& memory) noexcept;
-    void clearFilters() noexcept;
+    void filterPiece(const Block& block, int start, int frames) noexcept;
     void clearSound() noexcept;
 
     const Kernel* kernel_ = kernelOf(bestPath());
@@ -59,10 +54,7 @@ private:
     bool lowPass_ = false;
     bool deaf_ = true; ///< every speaker's gain is 0 and stays there: the input can't be heard
 
-    Precision precision_;
-    bool inDouble_ = true; ///< which of the two memories is in use
-    FilterMemory<float> single_{};
-    FilterMemory<double> double_{};
+    FilterMemory memory_{}; ///< in state form while `gliding_`, in direct form else
     SourceSwitch source_;
     Ducker ducker_;
     Beeper beeper_;
@@ -74,7 +66,8 @@ private:
     bool moving_ = false; ///< anything but the sound: pieces end at the next grid point
     int offset_ = 0;      ///< frames since the last grid point
     bool idle_ = true;
-    bool loud_ = false; ///< anything has gone in or come out in this window of `Precision`
+    int window_ = 0;    ///< frames of the present window
+    bool loud_ = false; ///< anything has gone in or come out in it
     int quiet_ = 0;     ///< frames of the windows since then
     int ringOut_ = 0;   ///< as many make the chain idle
 };

@@ -5,9 +5,8 @@
 #include <array>
 #include <complex>
 
-/// Coefficient design: pure functions in double. Frequencies and rates (of samples) are in Hz; a frequency is
-/// brought into 1 Hz .. 0.49 rate, quality factors and rates must be above 0, and everything must be finite.
-/// What is applied to samples in single precision is rounded from these at the very end (`coefficientsOf`).
+/// Coefficient design: pure functions. Frequencies and rates (of samples) are in Hz; a frequency is brought
+/// into 1 Hz .. 0.49 rate, quality factors and rates must be above 0, and everything must be finite.
 namespace hvaudio::dsp {
 
 /// One second-order section as its analogue prototype: (hp s^2 + bp s + lp) / (s^2 + k s + 1), with s counted

@@ -33,7 +33,7 @@ struct Engine::Private
     TripleBuffer<Snapshot> buffer;
     std::atomic<unsigned> beepsAsked{0};
     std::atomic<int> audibleSource{Settings().source};
-    std::atomic<bool> idle{true}, isDouble{true};
+    std::atomic<bool> idle{true};
     std::atomic<float> peak[speakerCount] = {};
     std::atomic<float> limiterGain{1};
 
@@ -146,7 +146,6 @@ void Engine::process(const Block& block) noexcept
         d->limiterGain.store(meters.gain, std::memory_order_relaxed);
     d->audibleSource.store(d->chain.audibleSource(), std::memory_order_relaxed);
     d->idle.store(d->chain.idle(), std::memory_order_relaxed);
-    d->isDouble.store(d->chain.isDouble(), std::memory_order_relaxed);
 }
 
 void Engine::process(const float* const in[2], float* const out[speakerCount], int frames) noexcept
@@ -166,11 +165,6 @@ int Engine::audibleSource() const noexcept
 bool Engine::idle() const noexcept
 {
     return d->idle.load(std::memory_order_relaxed);
-}
-
-bool Engine::isDouble() const noexcept
-{
-    return d->isDouble.load(std::memory_order_relaxed);
 }
 
 Meters Engine::takeMeters() noexcept

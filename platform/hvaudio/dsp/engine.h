@@ -66,8 +66,6 @@ public:
     int audibleSource() const noexcept;
     /// [ANY] True when nothing sounds and nothing rings any more: an output may be closed without a click.
     bool idle() const noexcept;
-    /// [ANY] True while the filters run in double precision, see precision.h.
-    bool isDouble() const noexcept;
     /// [CT] One reader at a time: the meters, which start anew.
     Meters takeMeters() noexcept;
 

@@ -2,7 +2,7 @@
 
 namespace hvaudio::dsp {
 
-void advanceGlide(float share, const float* target, float* first, float* second, int count) noexcept
+void advanceGlide(double share, const double* target, double* first, double* second, int count) noexcept
 {
     for (int i = 0; i < count; ++i) {
         first[i] += share * (target[i] - first[i]);
@@ -10,10 +10,10 @@ void advanceGlide(float share, const float* target, float* first, float* second,
     }
 }
 
-void stepBetween(const float* now, const float* next, float* step, int count) noexcept
+void stepBetween(const double* now, const double* next, double* step, int count) noexcept
 {
     for (int i = 0; i < count; ++i)
-        step[i] = (next[i] - now[i]) * (1.0f / gridFrames);
+        step[i] = (next[i] - now[i]) * (1.0 / gridFrames);
 }
 
 } // namespace hvaudio::dsp

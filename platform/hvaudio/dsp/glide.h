@@ -18,37 +18,37 @@ struct GlideLaw
     /// Time constant of each smoother in ms, at a rate of samples in Hz; the movement ends after 16 of them,
     /// 115 dB down.
     GlideLaw(double rate, double ms)
-        : share(float(1 - std::exp(-gridFrames / (rate * ms / 1000))))
+        : share(1 - std::exp(-gridFrames / (rate * ms / 1000)))
         , points(int(std::ceil(16 * rate * ms / 1000 / gridFrames)))
     {
     }
-    float share = 1;
+    double share = 1;
     int points = 1;
 };
 
 /// [RT] One point: `first` moves towards `target`, `second` towards `first`.
-void advanceGlide(float share, const float* target, float* first, float* second, int count) noexcept;
+void advanceGlide(double share, const double* target, double* first, double* second, int count) noexcept;
 /// [RT] step = (next - now) / gridFrames
-void stepBetween(const float* now, const float* next, float* step, int count) noexcept;
+void stepBetween(const double* now, const double* next, double* step, int count) noexcept;
 
 /// [RT] One number that glides.
 class Glide
 {
 public:
     void setLaw(const GlideLaw& law) noexcept { law_ = law; }
-    void jump(float value) noexcept
+    void jump(double value) noexcept
     {
         target_ = first_ = second_ = value;
         left_ = 0;
     }
-    void aim(float target) noexcept
+    void aim(double target) noexcept
     {
         if (target != target_)
             left_ = law_.points;
         target_ = target;
     }
     /// The next grid point's value.
-    float advance() noexcept
+    double advance() noexcept
     {
         if (left_ > 0) {
             if (--left_ == 0)
@@ -58,13 +58,13 @@ public:
         }
         return second_;
     }
-    float value() const noexcept { return second_; }
-    float target() const noexcept { return target_; }
+    double value() const noexcept { return second_; }
+    double target() const noexcept { return target_; }
     bool moving() const noexcept { return left_ > 0; }
 
 private:
     GlideLaw law_;
-    float target_ = 0, first_ = 0, second_ = 0;
+    double target_ = 0, first_ = 0, second_ = 0;
     int left_ = 0;
 };
 

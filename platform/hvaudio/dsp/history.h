@@ -1,13 +1,12 @@
 #pragma once
 
+#include "platform/hvaudio/dsp/samples.h"
+
 #include <algorithm>
 #include <cstring>
 #include <vector>
 
 namespace hvaudio::dsp {
-
-/// Most frames that the chain handles in one go; a block is cut into pieces of at most this.
-constexpr int pieceFrames = 256;
 
 /// [RT] but for `prepare`: several signals with their recent past, each contiguous in memory. New frames are
 /// written behind the past; when the room is used up the past moves to the front, once in many pieces, so

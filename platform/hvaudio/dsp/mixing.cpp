@@ -9,24 +9,24 @@ namespace {
 constexpr double glideMs = 10;
 
 constexpr double beepHz = 2000, beepSeconds = 0.05, beepEdgeMs = 1.5;
-constexpr float beepLevel = 0.1f; // -20 dBFS
+constexpr double beepLevel = 0.1; // -20 dBFS
 
 constexpr double holdSeconds = 0.4;
 /// Below this (-80 dBFS) a prompt is silent.
-constexpr float audibleLevel = 1e-4f;
+constexpr double audibleLevel = 1e-4;
 /// What is left of the programme while a prompt sounds: a caller is to be heard alone, a navigation hint over
 /// the music.
 struct Duck
 {
     Prompt prompt;
-    float factor;
+    double factor;
 };
 // clang-format off
 constexpr Duck ducks[promptCount] = {
-    {Ring,  0.1f},   // -20 dB
-    {Call,  0.0f},
-    {Voice, 0.1f},
-    {Navi,  0.25f},  // -12 dB
+    {Ring,  0.1},   // -20 dB
+    {Call,  0.0},
+    {Voice, 0.1},
+    {Navi,  0.25},  // -12 dB
 };
 // clang-format on
 static_assert(ducks[Ring].prompt == Ring && ducks[Call].prompt == Call && ducks[Voice].prompt == Voice &&
@@ -42,7 +42,7 @@ void SourceSwitch::prepare(double rate) noexcept
     jump(Settings().source, 1);
 }
 
-void SourceSwitch::jump(int source, float factor) noexcept
+void SourceSwitch::jump(int source, double factor) noexcept
 {
     audible_ = wanted_ = source;
     wantedFactor_ = factor;
@@ -51,7 +51,7 @@ void SourceSwitch::jump(int source, float factor) noexcept
     gain_.jump(factor);
 }
 
-void SourceSwitch::jumpUnheard(int source, float factor) noexcept
+void SourceSwitch::jumpUnheard(int source, double factor) noexcept
 {
     const bool other = source != audible_;
     jump(source, factor);
@@ -63,7 +63,7 @@ void SourceSwitch::jumpUnheard(int source, float factor) noexcept
     }
 }
 
-void SourceSwitch::aim(int source, float factor) noexcept
+void SourceSwitch::aim(int source, double factor) noexcept
 {
     wanted_ = source;
     wantedFactor_ = factor;
@@ -107,7 +107,7 @@ void Ducker::prepare(double rate) noexcept
 
 void Ducker::advanceGrid() noexcept
 {
-    float factor = 1;
+    double factor = 1;
     busy_ = false;
     for (int i = 0; i < promptCount; ++i) {
         if (level_[i] > audibleLevel)
@@ -144,12 +144,11 @@ void Beeper::advanceGrid() noexcept
     edge_.advance();
 }
 
-template <typename Real>
-void Beeper::add(Real* pairs, int frames, int offset) noexcept
+void Beeper::add(double* pairs, int frames, int offset) noexcept
 {
-    const float step = (edge_.value() - before_) / gridFrames;
+    const double step = (edge_.value() - before_) / gridFrames;
     for (int n = 0; n < frames; ++n) {
-        const float x = float(std::sin(phase_)) * (before_ + step * float(offset + n));
+        const double x = std::sin(phase_) * (before_ + step * (offset + n));
         phase_ += turn_;
         if (phase_ > 2 * 3.14159265358979323846)
             phase_ -= 2 * 3.14159265358979323846;
@@ -157,8 +156,5 @@ void Beeper::add(Real* pairs, int frames, int offset) noexcept
         pairs[2 * n + 1] += x;
     }
 }
-
-template void Beeper::add(float*, int, int) noexcept;
-template void Beeper::add(double*, int, int) noexcept;
 
 } // namespace hvaudio::dsp

@@ -14,18 +14,18 @@ class SourceSwitch
 public:
     void prepare(double rate) noexcept;
     /// Takes the source at once and plays it.
-    void jump(int source, float factor) noexcept;
+    void jump(int source, double factor) noexcept;
     /// Takes the source at once while nothing is heard, and waits for its feeder if it is another one.
-    void jumpUnheard(int source, float factor) noexcept;
+    void jumpUnheard(int source, double factor) noexcept;
     /// The wanted source and its gain. A gain change of the sounding source glides.
-    void aim(int source, float factor) noexcept;
+    void aim(int source, double factor) noexcept;
     /// Whoever feeds the programme has had a look at `audible` since the last call.
     void newBlock() noexcept { seen_ = true; }
     void advanceGrid() noexcept;
 
     /// Source that the programme is to carry from the next block on.
     int audible() const noexcept { return audible_; }
-    float factor() const noexcept { return fade_.value() * gain_.value(); }
+    double factor() const noexcept { return fade_.value() * gain_.value(); }
     bool moving() const noexcept { return state_ != Playing || fade_.moving() || gain_.moving(); }
 
 private:
@@ -36,7 +36,7 @@ private:
     };
     State state_ = Playing;
     int audible_ = 0, wanted_ = 0;
-    float wantedFactor_ = 1;
+    double wantedFactor_ = 1;
     bool seen_ = false;
     Glide fade_, gain_;
 };
@@ -48,19 +48,19 @@ public:
     void prepare(double rate) noexcept;
     /// Largest sample of a prompt in the piece that was just mixed, behind its volume: one that is turned
     /// down to nothing doesn't silence the music.
-    void heard(int prompt, float largest) noexcept
+    void heard(int prompt, double largest) noexcept
     {
         if (largest > level_[prompt])
             level_[prompt] = largest;
     }
     void advanceGrid() noexcept;
-    float factor() const noexcept { return glide_.value(); }
+    double factor() const noexcept { return glide_.value(); }
     /// While something holds or glides.
     bool moving() const noexcept { return busy_ || glide_.moving(); }
 
 private:
     Glide glide_;
-    float level_[promptCount] = {};
+    double level_[promptCount] = {};
     int holdLeft_[promptCount] = {};
     int hold_ = 1; ///< grid points
     bool busy_ = false;
@@ -74,14 +74,12 @@ public:
     void trigger() noexcept { left_ = length_; }
     void advanceGrid() noexcept;
     bool sounding() const noexcept { return left_ > 0 || edge_.moving(); }
-    /// Adds the tone to the pairs of float or double; `offset` is the first frame's place after the last grid
-    /// point.
-    template <typename Real>
-    void add(Real* pairs, int frames, int offset) noexcept;
+    /// Adds the tone to the pairs; `offset` is the first frame's place after the last grid point.
+    void add(double* pairs, int frames, int offset) noexcept;
 
 private:
     Glide edge_;
-    float before_ = 0;          ///< edge at the last grid point
+    double before_ = 0;         ///< edge at the last grid point
     int left_ = 0, length_ = 1; ///< grid points
     double phase_ = 0, turn_ = 0;
 };

@@ -6,12 +6,11 @@ namespace hvaudio::dsp {
 
 namespace {
 
-template <int rows, int lanes>
-std::complex<double> laneResponse(const float (&table)[rows][lanes], int lane, double hz, double rate)
+template <int lanes>
+std::complex<double> laneResponse(const StateTable<lanes>& c, int lane, double hz, double rate)
 {
-    return responseOf(Coefficients{table[B2][lane], table[B3][lane], table[C1][lane], table[Q1][lane],
-                                   table[Q2][lane], rows > Q3 ? table[rows - 1][lane] : 1.0},
-                      hz, rate);
+    return responseOf(
+        Coefficients{c[B2][lane], c[B3][lane], c[C1][lane], c[Q1][lane], c[Q2][lane], c[Q3][lane]}, hz, rate);
 }
 
 } // namespace
@@ -21,17 +20,17 @@ std::complex<double> responseOf(const Snapshot& snapshot, Speaker speaker, doubl
     const Parameters& p = snapshot.parameters;
     // The cascade takes its input a frame later for each section; that part of the phase is common to all
     // speakers and stays out.
-    std::complex<double> h = double(p.bus[0]) * snapshot.sourceFactor * p.speakerGain[speaker];
+    std::complex<double> h = p.bus[0] * snapshot.sourceFactor * p.speakerGain[speaker];
     for (int i = 0; i < cascadeSections; ++i)
         h *= laneResponse(p.cascade, 2 * i, hz, rate);
     if (speaker == Subwoofer) {
         h *= 2.0; // the gain is that of the mean
         for (int section = 0; section < 2; ++section)
-            h *= laneResponse(p.subwoofer, 2 * section, hz, rate);
+            h *= laneResponse(p.low, subwooferLane + section, hz, rate);
     } else {
         for (int section = 0; section < 2; ++section)
-            h *= laneResponse(p.highPass, 4 * section + speaker, hz, rate) *
-                 laneResponse(p.lowPass, 4 * section + speaker, hz, rate);
+            h *= laneResponse(p.high, 4 * section + speaker, hz, rate) *
+                 laneResponse(p.low, 4 * section + speaker, hz, rate);
     }
     const std::complex<double> zInverse = std::polar(1.0, -2 * 3.14159265358979323846 * hz / rate);
     const double a = p.allPass[speaker];

@@ -8,14 +8,30 @@ namespace hvaudio::dsp {
 
 namespace {
 
-/// Writes one section into its lane of a coefficient table.
-template <int rows, int lanes>
-void place(float (&table)[rows][lanes], int lane, const Section& section)
+/// Writes one section into its lane of a table.
+template <int lanes>
+void place(StateTable<lanes>& table, int lane, const Section& section)
 {
     const Coefficients c = coefficientsOf(section);
-    const double values[] = {c.b2, c.b3, c.c1, c.q1, c.q2, c.q3};
-    for (int row = 0; row < rows; ++row)
-        table[row][lane] = float(values[row]);
+    table[Q3][lane] = c.q3;
+    table[Q1][lane] = c.q1;
+    table[Q2][lane] = c.q2;
+    table[B2][lane] = c.b2;
+    table[B3][lane] = c.b3;
+    table[C1][lane] = c.c1;
+}
+template <int lanes>
+void place(DirectTable<lanes>& table, int lane, const Section& s)
+{
+    const Coefficients c = coefficientsOf(s);
+    // The output's mix of the three filters, with p, q and the input in place of their own formulas.
+    const double band = c.b2 / 2, half = (s.lp - s.hp) / 2;
+    const double r = (s.bp - s.k * s.hp) * band + half * (c.b3 - 1);
+    table[E][lane] = (s.hp + s.lp) / 2 + r;
+    table[R][lane] = r;
+    table[F][lane] = -half;
+    table[A][lane] = c.b2 / s.g - c.b3;
+    table[B][lane] = c.b2 / s.g + c.b3;
 }
 
 double signedLevel(int attenuation, bool inverted)
@@ -61,31 +77,36 @@ Snapshot makeSnapshot(const Settings& s, const EqualizerDesign& equalizer, doubl
     const ExactSections exact = makeSections(s, equalizer, rate);
     Snapshot snapshot;
     Parameters& p = snapshot.parameters;
+    DirectFilters& direct = snapshot.direct;
     for (int i = 0; i < cascadeSections; ++i)
-        for (int channel = 0; channel < 2; ++channel)
-            place(p.cascade, 2 * i + channel, exact.cascade[i]);
+        for (int channel = 0; channel < 2; ++channel) {
+            const int lane = 2 * cascadePlace(i) + channel;
+            place(p.cascade, lane, exact.cascade[i]);
+            place(direct.cascade, lane, exact.cascade[i]);
+        }
     for (int section = 0; section < 2; ++section) {
         for (int i = 0; i < cabinSpeakerCount; ++i) {
-            place(p.highPass, 4 * section + i, exact.highPass[i][section]);
-            place(p.lowPass, 4 * section + i, exact.lowPass[i][section]);
+            const int lane = 4 * section + i;
+            place(p.high, lane, exact.highPass[i][section]);
+            place(direct.high, lane, exact.highPass[i][section]);
+            place(p.low, lane, exact.lowPass[i][section]);
             snapshot.lowPassUsed |= s.cabin[i].lowPass.hz > 0;
         }
-        for (int channel = 0; channel < 2; ++channel)
-            place(p.subwoofer, 2 * section + channel, exact.subwoofer[section]);
+        place(p.low, subwooferLane + section, exact.subwoofer[section]);
     }
     for (int i = 0; i < speakerCount; ++i) {
         // The subwoofer hears the mean of both sides; its shorter path waits for the others.
-        p.speakerGain[i] = float(exact.speakerGain[i] * (i == Subwoofer ? 0.5 : 1.0));
+        p.speakerGain[i] = exact.speakerGain[i] * (i == Subwoofer ? 0.5 : 1.0);
         const DelayParts delay = splitDelay(exact.delayFrames[i]);
         snapshot.delayTap[i] = delay.tap + (i == Subwoofer ? subwooferLead : 0);
-        p.allPass[i] = float(delay.allPass);
+        p.allPass[i] = delay.allPass;
     }
-    p.bus[0] = float(exact.bus);
+    p.bus[0] = exact.bus;
     for (int i = 0; i < promptCount; ++i)
-        p.bus[1 + i] = float(factorOfDb(s.promptDb[i]));
+        p.bus[1 + i] = factorOfDb(s.promptDb[i]);
     snapshot.power = s.power;
     snapshot.source = s.source;
-    snapshot.sourceFactor = float(factorOfDb(s.sourceDb));
+    snapshot.sourceFactor = factorOfDb(s.sourceDb);
     return snapshot;
 }
 

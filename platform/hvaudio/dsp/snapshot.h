@@ -13,15 +13,15 @@ namespace hvaudio::dsp {
 struct Snapshot
 {
     Parameters parameters; ///< all that glides, see kernel.h; bus[0] is without the source gain
+    DirectFilters direct;  ///< the same filters
     std::array<int, speakerCount> delayTap = {}; ///< whole frames; the rest is in the parameters' all-pass
     int source = 0;
-    float sourceFactor = 1; ///< kept apart because it changes while the programme is faded out
+    double sourceFactor = 1; ///< kept apart because it changes while the programme is faded out
     bool lowPassUsed = false;
     bool power = false;
 };
 
-/// What the running filters would be in double precision: the same sections before they are rounded. The
-/// tests' reference computes with these.
+/// The running filters as sections. The tests' reference computes with these.
 struct ExactSections
 {
     std::array<Section, cascadeSections> cascade;

@@ -1,30 +1,40 @@
 #pragma once
 
+#include "platform/hvaudio/dsp/samples.h"
 #include "platform/hvaudio/dsp/settings.h"
 
 #include <cstddef>
 
 namespace hvaudio::dsp {
 
-/// The inner loop: filter memory, coefficients in single precision, and the functions that run over samples,
-/// one set for each instruction set. Coefficients are designed elsewhere (design.h), in double.
-///
-/// Samples and memory come in single and in double precision; which one runs is decided while it runs
-/// (precision.h). Coefficients stay single in both: their rounding bends a response by a ten-thousandth of a
-/// decibel and adds no noise.
+/// The inner loop: filter memory, coefficients, and the functions that run over samples, one set for each
+/// instruction set. Coefficients are designed elsewhere (design.h). Everything is double: what a section of a
+/// bass filter rounds comes out again a hundred thousand times larger, and a crossover may take the signal
+/// away and leave what the others rounded.
 ///
 /// All filters are second-order state-variable sections (trapezoidal integrators; A. Simper, "Solving the
-/// continuous SVF equations using trapezoidal integration and equivalent currents", Cytomic 2013), written in
-/// the form that changes its memory by small amounts, whose coefficients single precision holds well at 32
-/// Hz:
+/// continuous SVF equations using trapezoidal integration and equivalent currents", Cytomic 2013):
 ///
 ///     v3   = x - ic2
-///     y    = q3 * ic2 + q1 * v3 + q2 * ic1
-///     ic2' = (ic2 + b2 * ic1) + b3 * v3    added in this order: the parentheses don't wait for v3, which is
-///     the ic1' = (ic1 - c1 * ic1) + b2 * v3    longest way from one frame to the next
+///     y    = q3 * ic2 + q2 * ic1 + q1 * v3
+///     ic2' = ic2 + b2 * ic1 + b3 * v3
+///     ic1' = ic1 - c1 * ic1 + b2 * v3
 ///
 /// With trapezoidal integrators the memory's energy never grows, whatever the coefficients; that property is
 /// convex, so gliding linearly between two sets of coefficients is stable too.
+///
+/// While nothing glides, the cascade and the high-passes run in a direct form of the same sections, with
+/// g = b3 / b2 (the prewarped frequency), p = ic1 / g - ic2 and q = -ic1 / g - ic2:
+///
+///     s  = x + p
+///     y  = e * x + r * p + f * q
+///     p' = q + a * s
+///     q' = p - b * s
+///
+/// Its memory means nothing at another frequency, but it takes less arithmetic: half for a peaking section,
+/// whose y is x + r * s. As g is never 0 the memory goes from either form to the other whatever the
+/// coefficients are, and nothing is heard of it. The low-passes stay as they are: what a direct form rounds
+/// is measured by what goes in, and of that they may keep a millionth.
 ///
 /// A cascade computed section by section waits for each result. Here every section takes the previous frame's
 /// output of the section before it, so that all sections of a frame are independent and share a vector; each
@@ -34,103 +44,102 @@ namespace hvaudio::dsp {
 constexpr int cascadeSections = bandCount + 3;
 /// Lane 2 * section + channel.
 constexpr int cascadeLanes = 2 * cascadeSections;
+/// The sections are taken in groups of four; each group's last may be a shelf, the others are peaking.
+constexpr int cascadeGroup = 4;
+static_assert(cascadeSections == 4 * cascadeGroup && cascadeSections - bandCount == 3,
+              "three of four groups end in a shelf");
+/// Place in the cascade of a band (0..12) or a shelf (13..15).
+constexpr int cascadePlace(int section)
+{
+    if (section >= bandCount)
+        return 2 * cascadeGroup - 1 + cascadeGroup * (section - bandCount);
+    return section < 7 ? section : section + (section - 4) / 3;
+}
+/// The crossovers' sections, high-pass and low-pass: lane 4 * section + speaker for the cabin; behind the
+/// low-passes the subwoofer's two.
+constexpr int highLanes = 8, subwooferLane = 8, lowLanes = 10;
 /// Frames from the cascade's input to its output, and through the cabin speakers' crossover.
 constexpr int cascadeLatency = cascadeSections;
 constexpr int crossoverLatency = 3;
 /// The subwoofer's path has two sections less than the others.
 constexpr int subwooferLead = 2;
 
-/// Rows of a coefficient table, in the order of the formulas above.
-enum CoefficientRow { B2, B3, C1, Q1, Q2, Q3 };
-constexpr int cascadeRows = 5; ///< all sections of the cascade have q3 = 1
-constexpr int crossoverRows = 6;
+/// Rows of a table of coefficients, in the order of the formulas above.
+enum StateRow { Q3, Q1, Q2, B2, B3, C1 };
+enum DirectRow { E, R, F, A, B };
+template <int lanes>
+using StateTable = double[6][lanes];
+template <int lanes>
+using DirectTable = double[5][lanes];
 
-/// Everything that glides, as one flat row of floats in the order in which the vectors read it.
+/// Everything that glides, as one flat row of numbers.
 struct alignas(64) Parameters
 {
-    float cascade[cascadeRows][cascadeLanes] = {};
-    float highPass[crossoverRows][8] = {};  ///< lane: 4 * section + cabin speaker
-    float lowPass[crossoverRows][8] = {};   ///< likewise
-    float subwoofer[crossoverRows][4] = {}; ///< lane: 2 * section + channel, summed behind the filter
-    float speakerGain[8] = {};              ///< balance, fader, level, polarity, power; order of `Speaker`
-    float allPass[8] = {}; ///< first-order all-pass of the delay's fraction; order of `Speaker`
-    float bus[8] = {};     ///< factor of the programme, then of the prompts in order of `Prompt`
+    StateTable<cascadeLanes> cascade = {};
+    StateTable<highLanes> high = {};
+    StateTable<lowLanes> low = {};
+    double speakerGain[8] = {}; ///< balance, fader, level, polarity, power; order of `Speaker`
+    double allPass[8] = {};     ///< first-order all-pass of the delay's fraction; order of `Speaker`
+    double bus[8] = {};         ///< factor of the programme, then of the prompts in order of `Prompt`
 
-    float* data() { return &cascade[0][0]; }
-    const float* data() const { return &cascade[0][0]; }
+    double* data() { return &cascade[0][0]; }
+    const double* data() const { return &cascade[0][0]; }
 };
-constexpr int parameterCount = int(sizeof(Parameters) / sizeof(float));
-static_assert(parameterCount == cascadeRows * cascadeLanes + crossoverRows * (8 + 8 + 4) + 8 + 8 + 8,
-              "no padding: the glide runs over the flat row");
+constexpr int parameterCount = 6 * (cascadeLanes + highLanes + lowLanes) + 8 + 8 + 8;
+static_assert(offsetof(Parameters, bus) == (parameterCount - 8) * sizeof(double),
+              "no padding but at the end: the glide runs over the flat row");
 
-/// Filter memory, lanes as in `Parameters`; `y` is the output of the previous frame.
-template <typename Real>
+/// The filters that have one in their direct form.
+struct alignas(64) DirectFilters
+{
+    DirectTable<cascadeLanes> cascade = {};
+    DirectTable<highLanes> high = {};
+};
+
+/// Filter memory, lanes as in `Parameters`.
+template <int lanes>
+struct SectionMemory
+{
+    double first[lanes], second[lanes]; ///< ic1 and ic2, or p and q
+    double y[lanes];                    ///< the output of the previous frame
+};
 struct alignas(64) FilterMemory
 {
-    struct Cascade
-    {
-        Real ic1[cascadeLanes], ic2[cascadeLanes], y[cascadeLanes];
-    } cascade;
-    struct Eight
-    {
-        Real ic1[8], ic2[8], y[8];
-    } highPass, lowPass;
-    struct Four
-    {
-        Real ic1[4], ic2[4], y[4];
-    } subwoofer;
-    Real allPassX[8], allPassY[8];
-
-    static constexpr int count = 3 * (cascadeLanes + 8 + 8 + 4) + 8 + 8;
-    Real* data() { return cascade.ic1; }
-    const Real* data() const { return cascade.ic1; }
-    /// What the other precision remembers.
-    template <typename Other>
-    void take(const FilterMemory<Other>& other)
-    {
-        for (int i = 0; i < count; ++i)
-            data()[i] = Real(other.data()[i]);
-    }
+    SectionMemory<cascadeLanes> cascade;
+    SectionMemory<highLanes> high;
+    SectionMemory<lowLanes> low;
+    double allPassX[8], allPassY[8];
 };
-static_assert(sizeof(FilterMemory<double>) / sizeof(double) - FilterMemory<double>::count < 8 &&
-                  offsetof(FilterMemory<double>, allPassY) ==
-                      (FilterMemory<double>::count - 8) * sizeof(double),
-              "no padding but at the end: it is taken over as a flat row");
+/// [RT] Changes the form of the memory of the filters that have both; the parameters are those at that
+/// moment.
+void toStateForm(FilterMemory& memory, const Parameters& now) noexcept;
+void toDirectForm(FilterMemory& memory, const Parameters& now) noexcept;
 
 /// Instruction sets.
 enum class Path {
     Scalar,  ///< plain loops: the readable prototype, and the only path of machines without the others
-    Vector4, ///< four lanes: SSE2 on x86-64, NEON on ARM
-    Vector8, ///< eight lanes: AVX2 and FMA
+    Vector2, ///< two lanes: SSE2 on x86-64, NEON on 64-bit ARM
+    Vector4, ///< four lanes: AVX2 and FMA
+    Vector8, ///< eight lanes: AVX-512
 };
+constexpr Path allPaths[] = {Path::Scalar, Path::Vector2, Path::Vector4, Path::Vector8}; ///< slowest first
 
-/// The functions of one path in one precision. All are [RT] and advance `now` by `step` each frame when
-/// `step` is given.
-template <typename Real>
-struct Loops
-{
-    /// Runs the cascade over interleaved left/right pairs in place.
-    void (*cascade)(Real* pairs, int frames, Parameters& now, const Parameters* step,
-                    FilterMemory<Real>& memory);
-    /// Pairs to the five speakers: gain, crossover, all-pass; each output is contiguous. With `lowPass` false
-    /// the low-pass sections pass their input on, as late as they would otherwise.
-    void (*crossover)(const Real* pairs, float* const out[speakerCount], int frames, Parameters& now,
-                      const Parameters* step, FilterMemory<Real>& memory, bool lowPass);
-};
-
+/// The functions of one path. All are [RT]; those that glide advance `now` by `step` each frame.
 struct Kernel
 {
-    Loops<float> inSingle;
-    Loops<double> inDouble;
-
-    template <typename Real>
-    const Loops<Real>& in() const
-    {
-        if constexpr (sizeof(Real) == sizeof(float))
-            return inSingle;
-        else
-            return inDouble;
-    }
+    /// Cleaned left/right times a factor, interleaved. A null input is silence.
+    void (*gather)(const float* left, const float* right, Line factor, double* pairs, int frames);
+    /// Runs the cascade over interleaved left/right pairs in place.
+    void (*cascade)(double* pairs, int frames, const DirectFilters& filters, FilterMemory& memory);
+    void (*glidingCascade)(double* pairs, int frames, Parameters& now, const Parameters& step,
+                           FilterMemory& memory);
+    /// Pairs to the five speakers: gain, crossover, all-pass; each output is contiguous. With `lowPass` false
+    /// the low-pass sections pass their input on, as late as they would otherwise.
+    void (*crossover)(const double* pairs, float* const out[speakerCount], int frames,
+                      const DirectFilters& filters, const Parameters& now, FilterMemory& memory,
+                      bool lowPass);
+    void (*glidingCrossover)(const double* pairs, float* const out[speakerCount], int frames, Parameters& now,
+                             const Parameters& step, FilterMemory& memory);
 };
 
 /// Null when this processor can't run the path.

@@ -6,6 +6,7 @@ namespace hvaudio::dsp {
 
 /// One per source file kernel_*.cpp; null where this build's machine has no such instructions.
 extern const Kernel scalarKernel;
+extern const Kernel* const vector2Kernel;
 extern const Kernel* const vector4Kernel;
 extern const Kernel* const vector8Kernel;
 

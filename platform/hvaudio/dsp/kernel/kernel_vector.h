@@ -1,370 +1,262 @@
 #pragma once
 
-#include "platform/hvaudio/dsp/kernel/kernel_paths.h"
+#include "platform/hvaudio/dsp/kernel/kernel_plain.h"
 
-#include <type_traits>
 #include <utility>
 
-// The body of the vector paths, for 4 or 8 lanes, in the compiler's own vector types, so that one text serves
-// SSE2, AVX2 and NEON. Everything stands in a nameless namespace: each including file is compiled for other
-// instructions, and no function may be shared between them by the linker.
+// The filters at rest in vectors of 2, 4 or 8 lanes, in the compiler's own vector types, so that one text
+// serves SSE2, AVX2 and NEON. Gliding ones are left to the compiler (kernel_plain.h).
 
 namespace hvaudio::dsp {
 namespace {
 
-typedef float F4 __attribute__((vector_size(16)));
 typedef double D2 __attribute__((vector_size(16)));
-typedef double D4 __attribute__((vector_size(32))); // two registers where one holds two
-#ifdef __AVX2__
-typedef float F8 __attribute__((vector_size(32)));
-#endif
+typedef double D4 __attribute__((vector_size(32)));
+typedef float F4 __attribute__((vector_size(16)));
 
 template <typename V>
-using RealOf = std::remove_reference_t<decltype(std::declval<V&>()[0])>;
-template <typename V>
-constexpr int widthOf = int(sizeof(V) / sizeof(RealOf<V>));
+constexpr int widthOf = int(sizeof(V) / sizeof(double));
 
-/// The coefficients of a vector's lanes.
-template <typename V>
-struct SingleOf
-{
-    using Type = V;
-};
-template <>
-struct SingleOf<D4>
-{
-    using Type = F4;
-};
-template <>
-struct SingleOf<D2>
-{
-    typedef float Type __attribute__((vector_size(8)));
-};
-
-template <typename V>
-inline V load(const RealOf<V>* p)
+template <typename V, typename T>
+inline V load(const T* p)
 {
     V v;
     __builtin_memcpy(&v, p, sizeof v);
     return v;
 }
-template <typename V>
-inline void store(RealOf<V>* p, V v)
+template <typename V, typename T>
+inline void store(T* p, V v)
 {
     __builtin_memcpy(p, &v, sizeof v);
 }
-/// The same numbers in the precision of `To`.
-template <typename To, typename From>
-inline To as(From v)
-{
-    if constexpr (std::is_same_v<To, From>)
-        return v;
-    else
-        return __builtin_convertvector(v, To);
-}
 
-/// A section input that comes from outside: the left/right pair in the two low lanes.
-template <typename V4>
-inline V4 loadPair4(const RealOf<V4>* pair)
+/// One vector of sections; where `shelf` is false all of them are peaking. The new p is left in `q` and the
+/// new q in `p`: over two frames no register need be copied.
+template <bool shelf, typename V>
+inline V runSections(V x, const V (&c)[5], V& p, V& q)
 {
-    typedef RealOf<V4> Pair __attribute__((vector_size(2 * sizeof(RealOf<V4>))));
-    Pair v;
-    __builtin_memcpy(&v, pair, sizeof v);
-    return __builtin_shufflevector(v, v, 0, 1, 0, 1);
-}
-
-/// Moves `own` up by one section (a left/right pair) and puts the last section of `before` in front.
-template <typename V4>
-inline V4 shiftPair(V4 before, V4 own)
-{
-    return __builtin_shufflevector(before, own, 2, 3, 4, 5);
-}
-template <typename V4>
-inline V4 firstPair(const RealOf<V4>* pair, V4 own)
-{
-    return __builtin_shufflevector(loadPair4<V4>(pair), own, 0, 1, 4, 5);
-}
-template <typename V4>
-inline void storeLastPair(RealOf<V4>* pair, V4 v)
-{
-    const V4 high = __builtin_shufflevector(v, v, 2, 3, 2, 3);
-    __builtin_memcpy(pair, &high, 2 * sizeof(RealOf<V4>));
-}
-// A section is a whole vector.
-inline D2 shiftPair(D2 before, D2)
-{
-    return before;
-}
-inline D2 firstPair(const double* pair, D2)
-{
-    return load<D2>(pair);
-}
-inline void storeLastPair(double* pair, D2 v)
-{
-    store(pair, v);
-}
-#ifdef __AVX2__
-inline F8 shiftPair(F8 before, F8 own)
-{
-    return __builtin_shufflevector(before, own, 6, 7, 8, 9, 10, 11, 12, 13);
-}
-inline F8 firstPair(const float* pair, F8 own)
-{
-    const F4 pair4 = loadPair4<F4>(pair);
-    const F8 wide = __builtin_shufflevector(pair4, pair4, 0, 1, 2, 3, 0, 1, 2, 3);
-    return __builtin_shufflevector(wide, own, 0, 1, 8, 9, 10, 11, 12, 13);
-}
-inline void storeLastPair(float* pair, F8 v)
-{
-    const F4 high = __builtin_shufflevector(v, v, 6, 7, 6, 7);
-    __builtin_memcpy(pair, &high, 2 * sizeof(float));
-}
-#endif
-
-/// The coefficients of a vector of sections; their rows lie `lanes` floats apart. They glide in single
-/// precision whatever the samples have, so that nothing depends on where a block ends.
-template <typename V, int rows>
-struct VectorCoefficients
-{
-    using Single = typename SingleOf<V>::Type;
-    Single row[rows];
-    void loadFrom(const float* table, int lanes)
-    {
-        for (int r = 0; r < rows; ++r)
-            row[r] = load<Single>(table + r * lanes);
-    }
-    void storeTo(float* table, int lanes) const
-    {
-        for (int r = 0; r < rows; ++r)
-            store(table + r * lanes, row[r]);
-    }
-    void advance(const VectorCoefficients& step)
-    {
-        for (int r = 0; r < rows; ++r)
-            row[r] += step.row[r];
-    }
-    V operator[](CoefficientRow r) const { return as<V>(row[r]); }
-};
-
-/// One frame of all sections in a vector; see kernel.h.
-template <typename V, int rows>
-inline V runSections(V x, const VectorCoefficients<V, rows>& c, V& ic1, V& ic2)
-{
-    const V v3 = x - ic2;
-    V y;
-    if constexpr (rows > Q3)
-        y = c[Q3] * ic2 + (c[Q1] * v3 + c[Q2] * ic1);
-    else
-        y = ic2 + (c[Q1] * v3 + c[Q2] * ic1);
-    // What doesn't need v3 first: that is the longest way from frame to frame.
-    const V ahead2 = ic2 + c[B2] * ic1;
-    const V ahead1 = ic1 - c[C1] * ic1;
-    ic2 = ahead2 + c[B3] * v3;
-    ic1 = ahead1 + c[B2] * v3;
+    const V s = x + p;
+    const V y = shelf ? c[E] * x + (c[R] * p + c[F] * q) : x + c[R] * s;
+    q += c[A] * s;
+    p -= c[B] * s;
     return y;
 }
 
-/// As many vectors of the cascade as the registers hold, over all frames.
-template <typename V, bool gliding>
-void cascadePass(RealOf<V>* pairs, int frames, float* now, const float* step, RealOf<V>* ic1, RealOf<V>* ic2,
-                 RealOf<V>* last)
+/// Four vectors are run at a time, as many as the registers hold. The vectors of a run hold the first,
+/// second, third and fourth sections of as many groups as a vector has pairs of lanes, so that each vector's
+/// input is the one before it, and only the first wants its lanes moved up to the next group.
+template <typename V>
+inline V loadGroups(const double* lane)
 {
-    constexpr int width = widthOf<V>, vectors = 4;
-    using C = VectorCoefficients<V, cascadeRows>;
-    C c[vectors], d[vectors];
-    V i1[vectors], i2[vectors], y[vectors];
-#pragma GCC unroll 4
-    for (int v = 0; v < vectors; ++v) {
-        c[v].loadFrom(now + v * width, cascadeLanes);
-        if constexpr (gliding)
-            d[v].loadFrom(step + v * width, cascadeLanes);
-        i1[v] = load<V>(ic1 + v * width);
-        i2[v] = load<V>(ic2 + v * width);
-        y[v] = load<V>(last + v * width);
+    V v;
+    for (int i = 0; i < widthOf<V>; i += 2) {
+        v[i] = lane[i * cascadeGroup];
+        v[i + 1] = lane[i * cascadeGroup + 1];
     }
-    for (int n = 0; n < frames; ++n) {
-        RealOf<V>* const pair = pairs + 2 * n;
-        V x[vectors];
-        x[0] = firstPair(pair, y[0]);
+    return v;
+}
+template <typename V>
+inline void storeGroups(double* lane, V v)
+{
+    for (int i = 0; i < widthOf<V>; i += 2) {
+        lane[i * cascadeGroup] = v[i];
+        lane[i * cascadeGroup + 1] = v[i + 1];
+    }
+}
+
+/// The run's input: the pair for its first group, the last section's outputs for the others.
+inline D2 groupInputs(const double* pair, D2)
+{
+    return load<D2>(pair);
+}
+inline void storeOutput(double* pair, D2 last)
+{
+    store(pair, last);
+}
+#ifdef __AVX2__
+inline D4 groupInputs(const double* pair, D4 last)
+{
+    const D2 in = load<D2>(pair), low = __builtin_shufflevector(last, last, 0, 1);
+    return __builtin_shufflevector(in, low, 0, 1, 2, 3);
+}
+inline void storeOutput(double* pair, D4 last)
+{
+    store(pair, (D2)__builtin_ia32_vextractf128_pd256(last, 1));
+}
+#endif
+#ifdef __AVX512F__
+typedef double D8 __attribute__((vector_size(64)));
+inline D8 groupInputs(const double* pair, D8 last)
+{
+    const D2 in = load<D2>(pair);
+    const D4 in4 = __builtin_shufflevector(in, in, 0, 1, 0, 1);
+    const D8 in8 = __builtin_shufflevector(in4, in4, 0, 1, 2, 3, 0, 1, 2, 3);
+    return __builtin_shufflevector(in8, last, 0, 1, 8, 9, 10, 11, 12, 13);
+}
+inline void storeOutput(double* pair, D8 last)
+{
+    store(pair, __builtin_shufflevector(last, last, 6, 7));
+}
+#endif
+
+template <typename V, bool shelf>
+void runGroups(double* pairs, int frames, const DirectTable<cascadeLanes>& table,
+               SectionMemory<cascadeLanes>& m, int lane)
+{
+    V c[cascadeGroup][5], p[cascadeGroup], q[cascadeGroup], y[cascadeGroup];
 #pragma GCC unroll 4
-        for (int v = 1; v < vectors; ++v)
-            x[v] = shiftPair(y[v - 1], y[v]);
-        storeLastPair(pair, y[vectors - 1]);
-#pragma GCC unroll 4
-        for (int v = 0; v < vectors; ++v) {
-            y[v] = runSections(x[v], c[v], i1[v], i2[v]);
-            if constexpr (gliding)
-                c[v].advance(d[v]);
-        }
+    for (int v = 0; v < cascadeGroup; ++v) {
+        for (int row = 0; row < 5; ++row)
+            c[v][row] = loadGroups<V>(&table[row][lane + 2 * v]);
+        p[v] = loadGroups<V>(m.first + lane + 2 * v);
+        q[v] = loadGroups<V>(m.second + lane + 2 * v);
+        y[v] = loadGroups<V>(m.y + lane + 2 * v);
+    }
+    const auto frame = [&](double* pair, V(&p)[cascadeGroup], V(&q)[cascadeGroup]) {
+        const V in = groupInputs(pair, y[3]);
+        storeOutput(pair, y[3]);
+        y[3] = runSections<shelf>(y[2], c[3], p[3], q[3]);
+        y[2] = runSections<false>(y[1], c[2], p[2], q[2]);
+        y[1] = runSections<false>(y[0], c[1], p[1], q[1]);
+        y[0] = runSections<false>(in, c[0], p[0], q[0]);
+    };
+    int n = 0;
+    for (; n + 2 <= frames; n += 2) {
+        frame(pairs + 2 * n, p, q);
+        frame(pairs + 2 * n + 2, q, p);
+    }
+    if (n < frames) {
+        frame(pairs + 2 * n, p, q);
+        for (int v = 0; v < cascadeGroup; ++v)
+            std::swap(p[v], q[v]);
     }
 #pragma GCC unroll 4
-    for (int v = 0; v < vectors; ++v) {
-        if constexpr (gliding)
-            c[v].storeTo(now + v * width, cascadeLanes);
-        store(ic1 + v * width, i1[v]);
-        store(ic2 + v * width, i2[v]);
-        store(last + v * width, y[v]);
+    for (int v = 0; v < cascadeGroup; ++v) {
+        storeGroups(m.first + lane + 2 * v, p[v]);
+        storeGroups(m.second + lane + 2 * v, q[v]);
+        storeGroups(m.y + lane + 2 * v, y[v]);
     }
 }
 
 template <typename V>
-void cascade(RealOf<V>* pairs, int frames, Parameters& now, const Parameters* step,
-             FilterMemory<RealOf<V>>& memory)
+void cascade(double* pairs, int frames, const DirectFilters& filters, FilterMemory& memory)
 {
-    auto& m = memory.cascade;
-    for (int lane = 0; lane < cascadeLanes; lane += 4 * widthOf<V>)
-        if (step)
-            cascadePass<V, true>(pairs, frames, &now.cascade[0][lane], &step->cascade[0][lane], m.ic1 + lane,
-                                 m.ic2 + lane, m.y + lane);
-        else
-            cascadePass<V, false>(pairs, frames, &now.cascade[0][lane], nullptr, m.ic1 + lane, m.ic2 + lane,
-                                  m.y + lane);
+    // The first group has no shelf.
+    constexpr int step = cascadeGroup * widthOf<V>;
+    runGroups<V, (step > 2 * cascadeGroup)>(pairs, frames, filters.cascade, memory.cascade, 0);
+    for (int lane = step; lane < cascadeLanes; lane += step)
+        runGroups<V, true>(pairs, frames, filters.cascade, memory.cascade, lane);
 }
 
-/// The two sections of a cabin filter: one vector of eight lanes or two of four.
-template <typename V4>
-struct TwoSectionVectors
+/// A section of the crossovers, one vector wide: in direct form with five rows of coefficients, in state form
+/// with six.
+template <typename V, int rows>
+struct CrossoverSections
 {
-    using C = VectorCoefficients<V4, crossoverRows>;
-    C c[2], d[2];
-    V4 ic1[2], ic2[2], y[2];
+    V c[rows], first, second, y;
 
-    template <typename M>
-    void open(float (&now)[crossoverRows][8], const float (*step)[8], const M& m)
+    template <int lanes>
+    void open(const double (&table)[rows][lanes], const SectionMemory<lanes>& m, int lane)
     {
-        for (int s = 0; s < 2; ++s) {
-            c[s].loadFrom(&now[0][4 * s], 8);
-            if (step)
-                d[s].loadFrom(&step[0][4 * s], 8);
-            ic1[s] = load<V4>(m.ic1 + 4 * s);
-            ic2[s] = load<V4>(m.ic2 + 4 * s);
-            y[s] = load<V4>(m.y + 4 * s);
+        for (int row = 0; row < rows; ++row)
+            c[row] = load<V>(&table[row][lane]);
+        first = load<V>(m.first + lane);
+        second = load<V>(m.second + lane);
+        y = load<V>(m.y + lane);
+    }
+    template <int lanes>
+    void close(SectionMemory<lanes>& m, int lane) const
+    {
+        store(m.first + lane, first);
+        store(m.second + lane, second);
+        store(m.y + lane, y);
+    }
+    void run(V x)
+    {
+        if constexpr (rows == 5) {
+            y = runSections<true>(x, c, first, second);
+            std::swap(first, second);
+        } else {
+            const V v3 = x - second;
+            y = (c[Q3] * second + c[Q2] * first) + c[Q1] * v3;
+            second = (second + c[B2] * first) + c[B3] * v3;
+            first = (first - c[C1] * first) + c[B2] * v3;
         }
     }
-    template <typename M>
-    void close(float (&now)[crossoverRows][8], const float (*step)[8], M& m) const
-    {
+};
+
+inline F4 single(const D2 (&v)[2])
+{
+    typedef float F2 __attribute__((vector_size(8)));
+    const F2 low = __builtin_convertvector(v[0], F2), high = __builtin_convertvector(v[1], F2);
+    return __builtin_shufflevector(low, high, 0, 1, 2, 3);
+}
+inline F4 single(const D4 (&v)[1])
+{
+    return __builtin_convertvector(v[0], F4);
+}
+inline void spread(const double* pair, D2 (&x)[2])
+{
+    x[0] = x[1] = load<D2>(pair);
+}
+inline void spread(const double* pair, D4 (&x)[1])
+{
+    const D2 v = load<D2>(pair);
+    x[0] = __builtin_shufflevector(v, v, 0, 1, 0, 1);
+}
+
+template <typename V, bool lowPass>
+void crossoverPass(const double* pairs, float* const out[speakerCount], int frames,
+                   const DirectFilters& filters, const Parameters& now, FilterMemory& memory)
+{
+    constexpr int parts = 4 / widthOf<V>; // of the four cabin speakers
+    CrossoverSections<V, 5> high[2][parts];
+    CrossoverSections<V, 6> low[2][parts];
+    CrossoverSections<D2, 6> sub; // its two sections side by side
+    V gain[parts], allPass[parts], apX[parts], apY[parts];
+    for (int i = 0; i < parts; ++i) {
+        const int at = i * widthOf<V>;
         for (int s = 0; s < 2; ++s) {
-            if (step)
-                c[s].storeTo(&now[0][4 * s], 8);
-            store(m.ic1 + 4 * s, ic1[s]);
-            store(m.ic2 + 4 * s, ic2[s]);
-            store(m.y + 4 * s, y[s]);
+            high[s][i].open(filters.high, memory.high, 4 * s + at);
+            low[s][i].open(now.low, memory.low, 4 * s + at);
         }
+        gain[i] = load<V>(now.speakerGain + at);
+        allPass[i] = load<V>(now.allPass + at);
+        apX[i] = load<V>(memory.allPassX + at);
+        apY[i] = load<V>(memory.allPassY + at);
     }
-    void run(V4 x)
-    {
-        const V4 x1 = y[0];
-        y[0] = runSections(x, c[0], ic1[0], ic2[0]);
-        y[1] = runSections(x1, c[1], ic1[1], ic2[1]);
-    }
-    void pass(V4 x)
-    {
-        y[1] = y[0];
-        y[0] = x;
-    }
-    void advance()
-    {
-        c[0].advance(d[0]);
-        c[1].advance(d[1]);
-    }
-    V4 out() const { return y[1]; }
-};
-
-#ifdef __AVX2__
-template <>
-struct TwoSectionVectors<F8>
-{
-    using C = VectorCoefficients<F8, crossoverRows>;
-    C c, d;
-    F8 ic1, ic2, y;
-
-    template <typename M>
-    void open(float (&now)[crossoverRows][8], const float (*step)[8], const M& m)
-    {
-        c.loadFrom(&now[0][0], 8);
-        if (step)
-            d.loadFrom(&step[0][0], 8);
-        ic1 = load<F8>(m.ic1);
-        ic2 = load<F8>(m.ic2);
-        y = load<F8>(m.y);
-    }
-    template <typename M>
-    void close(float (&now)[crossoverRows][8], const float (*step)[8], M& m) const
-    {
-        if (step)
-            c.storeTo(&now[0][0], 8);
-        store(m.ic1, ic1);
-        store(m.ic2, ic2);
-        store(m.y, y);
-    }
-    F8 input(F4 x) const
-    {
-        const F4 firstSection = __builtin_shufflevector(y, y, 0, 1, 2, 3);
-        return __builtin_shufflevector(x, firstSection, 0, 1, 2, 3, 4, 5, 6, 7);
-    }
-    void run(F4 x) { y = runSections(input(x), c, ic1, ic2); }
-    void pass(F4 x) { y = input(x); }
-    void advance() { c.advance(d); }
-    F4 out() const { return __builtin_shufflevector(y, y, 4, 5, 6, 7); }
-};
-#endif
-
-/// `V` is what holds the two sections of a cabin filter, `V4` four lanes of the same precision.
-template <typename V, typename V4, bool gliding, bool lowPass>
-void crossoverPass(const RealOf<V>* pairs, float* const out[speakerCount], int frames, Parameters& now,
-                   const Parameters* step, FilterMemory<RealOf<V>>& memory)
-{
-    using Real = RealOf<V>;
-    TwoSectionVectors<V> high, low;
-    high.open(now.highPass, gliding ? step->highPass : nullptr, memory.highPass);
-    low.open(now.lowPass, gliding ? step->lowPass : nullptr, memory.lowPass);
-    VectorCoefficients<V4, crossoverRows> subC, subD;
-    subC.loadFrom(&now.subwoofer[0][0], 4);
-    V4 subIc1 = load<V4>(memory.subwoofer.ic1), subIc2 = load<V4>(memory.subwoofer.ic2);
-    V4 subY = load<V4>(memory.subwoofer.y);
-    F4 gain = load<F4>(now.speakerGain), allPass = load<F4>(now.allPass);
-    V4 apX = load<V4>(memory.allPassX), apY = load<V4>(memory.allPassY);
-    F4 gainStep{}, allPassStep{};
-    float subGain = now.speakerGain[Subwoofer], subAllPass = now.allPass[Subwoofer];
-    Real subApX = memory.allPassX[Subwoofer], subApY = memory.allPassY[Subwoofer];
-    if constexpr (gliding) {
-        subD.loadFrom(&step->subwoofer[0][0], 4);
-        gainStep = load<F4>(step->speakerGain);
-        allPassStep = load<F4>(step->allPass);
-    }
+    sub.open(now.low, memory.low, subwooferLane);
+    const double subGain = now.speakerGain[Subwoofer], subAllPass = now.allPass[Subwoofer];
+    double subApX = memory.allPassX[Subwoofer], subApY = memory.allPassY[Subwoofer];
     float* const cabin[4] = {out[0], out[1], out[2], out[3]};
-    float* const sub = out[Subwoofer];
+    float* const subOut = out[Subwoofer];
 
     const auto frame = [&](int n) {
-        const V4 x = loadPair4<V4>(pairs + 2 * n);
-        if constexpr (lowPass)
-            low.run(high.out());
-        else
-            low.pass(high.out());
-        high.run(x * as<V4>(gain));
-        const V4 apIn = low.out();
-        const V4 y = as<V4>(allPass) * (apIn - apY) + apX;
-        apX = apIn;
-        apY = y;
-
-        subY =
-            runSections(__builtin_shufflevector(x * Real(subGain), subY, 0, 1, 4, 5), subC, subIc1, subIc2);
-        const Real subSum = subY[2] + subY[3];
-        const Real z = Real(subAllPass) * (subSum - subApY) + subApX;
-        subApX = subSum;
-        subApY = z;
-        sub[n] = float(z);
-        if constexpr (gliding) {
-            high.advance();
-            low.advance();
-            subC.advance(subD);
-            gain += gainStep;
-            allPass += allPassStep;
-            subGain += step->speakerGain[Subwoofer];
-            subAllPass += step->allPass[Subwoofer];
+        V x[parts], y[parts];
+        spread(pairs + 2 * n, x);
+#pragma GCC unroll 2
+        for (int i = 0; i < parts; ++i) {
+            if constexpr (lowPass) {
+                low[1][i].run(low[0][i].y);
+                low[0][i].run(high[1][i].y);
+            } else {
+                low[1][i].y = low[0][i].y;
+                low[0][i].y = high[1][i].y;
+            }
+            high[1][i].run(high[0][i].y);
+            high[0][i].run(x[i] * gain[i]);
+            const V in = low[1][i].y;
+            y[i] = allPass[i] * (in - apY[i]) + apX[i];
+            apX[i] = in;
+            apY[i] = y[i];
         }
-        return as<F4>(y);
+        const D2 subIn = {(pairs[2 * n] + pairs[2 * n + 1]) * subGain, sub.y[0]};
+        sub.run(subIn);
+        const double in = sub.y[1];
+        subApY = subAllPass * (in - subApY) + subApX;
+        subApX = in;
+        subOut[n] = float(subApY);
+        return single(y);
     };
     int n = 0;
     for (; n + 4 <= frames; n += 4) {
@@ -385,34 +277,26 @@ void crossoverPass(const RealOf<V>* pairs, float* const out[speakerCount], int f
             cabin[i][n] = a[i];
     }
 
-    high.close(now.highPass, gliding ? step->highPass : nullptr, memory.highPass);
-    low.close(now.lowPass, gliding ? step->lowPass : nullptr, memory.lowPass);
-    store(memory.subwoofer.ic1, subIc1);
-    store(memory.subwoofer.ic2, subIc2);
-    store(memory.subwoofer.y, subY);
-    store(memory.allPassX, apX);
-    store(memory.allPassY, apY);
+    for (int i = 0; i < parts; ++i) {
+        const int at = i * widthOf<V>;
+        for (int s = 0; s < 2; ++s) {
+            high[s][i].close(memory.high, 4 * s + at);
+            low[s][i].close(memory.low, 4 * s + at);
+        }
+        store(memory.allPassX + at, apX[i]);
+        store(memory.allPassY + at, apY[i]);
+    }
+    sub.close(memory.low, subwooferLane);
     memory.allPassX[Subwoofer] = subApX;
     memory.allPassY[Subwoofer] = subApY;
-    if constexpr (gliding) {
-        subC.storeTo(&now.subwoofer[0][0], 4);
-        store(now.speakerGain, gain);
-        store(now.allPass, allPass);
-        now.speakerGain[Subwoofer] = subGain;
-        now.allPass[Subwoofer] = subAllPass;
-    }
 }
 
-template <typename V, typename V4>
-void crossover(const RealOf<V>* pairs, float* const out[speakerCount], int frames, Parameters& now,
-               const Parameters* step, FilterMemory<RealOf<V>>& memory, bool lowPass)
+template <typename V>
+void crossover(const double* pairs, float* const out[speakerCount], int frames, const DirectFilters& filters,
+               const Parameters& now, FilterMemory& memory, bool lowPass)
 {
-    if (step)
-        lowPass ? crossoverPass<V, V4, true, true>(pairs, out, frames, now, step, memory)
-                : crossoverPass<V, V4, true, false>(pairs, out, frames, now, step, memory);
-    else
-        lowPass ? crossoverPass<V, V4, false, true>(pairs, out, frames, now, step, memory)
-                : crossoverPass<V, V4, false, false>(pairs, out, frames, now, step, memory);
+    lowPass ? crossoverPass<V, true>(pairs, out, frames, filters, now, memory)
+            : crossoverPass<V, false>(pairs, out, frames, filters, now, memory);
 }
 
 } // namespace

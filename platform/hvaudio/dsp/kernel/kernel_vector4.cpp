@@ -1,11 +1,12 @@
-#if defined(__SSE2__) || defined(__ARM_NEON)
+// Compiled for AVX2 and FMA on x86-64 and called only where kernelOf() found both.
+#if defined(__AVX2__) && defined(__FMA__)
 
 #include "platform/hvaudio/dsp/kernel/kernel_vector.h"
 
 namespace hvaudio::dsp {
 
 namespace {
-const Kernel kernel = {{cascade<F4>, crossover<F4, F4>}, {cascade<D2>, crossover<D4, D4>}};
+const Kernel kernel = {gather, cascade<D4>, glidingCascade, crossover<D4>, glidingCrossover};
 }
 const Kernel* const vector4Kernel = &kernel;
 

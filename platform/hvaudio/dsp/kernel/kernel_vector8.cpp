@@ -1,12 +1,13 @@
-// Compiled for AVX2 and FMA on x86-64 and called only where kernelOf() found both.
-#if defined(__AVX2__) && defined(__FMA__)
+// Compiled for AVX-512 on x86-64 and called only where kernelOf() found it. The crossovers are for four
+// speakers and stay as wide as that.
+#if defined(__AVX512F__) && defined(__AVX512DQ__) && defined(__AVX512VL__)
 
 #include "platform/hvaudio/dsp/kernel/kernel_vector.h"
 
 namespace hvaudio::dsp {
 
 namespace {
-const Kernel kernel = {{cascade<F8>, crossover<F8, F4>}, {cascade<D4>, crossover<D4, D4>}};
+const Kernel kernel = {gather, cascade<D8>, glidingCascade, crossover<D4>, glidingCrossover};
 }
 const Kernel* const vector8Kernel = &kernel;
 

@@ -7,49 +7,52 @@
 
 namespace sound {
 
-/// One section as a direct-form biquad in double: the plain thing that the processor's is measured against.
+/// As exact as the machine has it.
+using Exact = long double;
+
+/// One section as a direct-form biquad: the plain thing that the processor's is measured against.
 class ReferenceBiquad
 {
 public:
     explicit ReferenceBiquad(const Section& s)
     {
-        const double a0 = 1 + s.k * s.g + s.g * s.g;
-        b0_ = (s.hp + s.bp * s.g + s.lp * s.g * s.g) / a0;
-        b1_ = 2 * (s.lp * s.g * s.g - s.hp) / a0;
-        b2_ = (s.hp - s.bp * s.g + s.lp * s.g * s.g) / a0;
-        a1_ = 2 * (s.g * s.g - 1) / a0;
-        a2_ = (1 - s.k * s.g + s.g * s.g) / a0;
+        const Exact g = s.g, a0 = 1 + s.k * g + g * g;
+        b0_ = (s.hp + s.bp * g + s.lp * g * g) / a0;
+        b1_ = 2 * (s.lp * g * g - s.hp) / a0;
+        b2_ = (s.hp - s.bp * g + s.lp * g * g) / a0;
+        a1_ = 2 * (g * g - 1) / a0;
+        a2_ = (1 - s.k * g + g * g) / a0;
     }
-    double run(double x)
+    Exact run(Exact x)
     {
-        const double y = b0_ * x + m1_;
+        const Exact y = b0_ * x + m1_;
         m1_ = b1_ * x - a1_ * y + m2_;
         m2_ = b2_ * x - a2_ * y;
         return y;
     }
 
 private:
-    double b0_, b1_, b2_, a1_, a2_, m1_ = 0, m2_ = 0;
+    Exact b0_, b1_, b2_, a1_, a2_, m1_ = 0, m2_ = 0;
 };
 
-/// The whole chain without the limiter and without the constant latency, one sample at a time in double.
-inline std::array<std::vector<double>, speakerCount> playReference(const Settings& settings, double rate,
-                                                                   const Signal& left, const Signal& right)
+/// The whole chain without the limiter and without the constant latency, one sample at a time.
+inline std::array<std::vector<Exact>, speakerCount> playReference(const Settings& settings, double rate,
+                                                                  const Signal& left, const Signal& right)
 {
     const ExactSections exact = makeSections(settings, EqualizerDesign(rate), rate);
-    const double gain = exact.bus * factorOfDb(settings.sourceDb);
-    std::array<std::vector<double>, 2> bus;
+    const Exact gain = Exact(exact.bus) * factorOfDb(settings.sourceDb);
+    std::array<std::vector<Exact>, 2> bus;
     for (int channel = 0; channel < 2; ++channel) {
         const Signal& in = channel ? right : left;
         std::vector<ReferenceBiquad> cascade(exact.cascade.begin(), exact.cascade.end());
         for (float x : in) {
-            double y = x * gain;
+            Exact y = x * gain;
             for (ReferenceBiquad& section : cascade)
                 y = section.run(y);
             bus[channel].push_back(y);
         }
     }
-    std::array<std::vector<double>, speakerCount> out;
+    std::array<std::vector<Exact>, speakerCount> out;
     for (int i = 0; i < speakerCount; ++i) {
         std::vector<ReferenceBiquad> filters;
         for (int section = 0; section < 2; ++section)
@@ -59,9 +62,9 @@ inline std::array<std::vector<double>, speakerCount> playReference(const Setting
                 filters.emplace_back(exact.highPass[i][section]);
                 filters.emplace_back(exact.lowPass[i][section]);
             }
-        std::vector<double> filtered;
+        std::vector<Exact> filtered;
         for (size_t n = 0; n < left.size(); ++n) {
-            double x = i == Subwoofer ? 0.5 * (bus[0][n] + bus[1][n]) : bus[i & 1][n];
+            Exact x = i == Subwoofer ? (bus[0][n] + bus[1][n]) / 2 : bus[i & 1][n];
             x *= exact.speakerGain[i];
             for (ReferenceBiquad& filter : filters)
                 x = filter.run(x);
@@ -70,9 +73,9 @@ inline std::array<std::vector<double>, speakerCount> playReference(const Setting
         // The delay: whole frames, then the all-pass without the one frame that belongs to the latency.
         const DelayParts delay = splitDelay(exact.delayFrames[i]);
         const auto at = [&](long n) {
-            return n >= 0 && n < long(filtered.size()) ? filtered[size_t(n)] : 0.0;
+            return n >= 0 && n < long(filtered.size()) ? filtered[size_t(n)] : Exact(0);
         };
-        double y = 0;
+        Exact y = 0;
         for (long n = -1; n < long(left.size()); ++n) {
             y = delay.allPass * (at(n + 1 - delay.tap) - y) + at(n - delay.tap);
             if (n >= 0)

@@ -157,7 +157,7 @@ void TestDelay::subwooferWithoutFilterArrivesWithTheOthers()
 void TestDelay::latencyIsWhereTheImpulseIs()
 {
     for (double rate : {22050.0, 44100.0, 48000.0, 96000.0, 192000.0})
-        for (Path path : {Path::Scalar, Path::Vector4, Path::Vector8}) {
+        for (Path path : allPaths) {
             if (!kernelOf(path))
                 continue;
             Rig rig(flat(), rate, path);

@@ -79,7 +79,7 @@ void TestEngine::soundDoesNotDependOnTheBlockSize_data()
 {
     QTest::addColumn<int>("frames");
     QTest::addColumn<int>("path");
-    for (Path path : {Path::Scalar, Path::Vector4, Path::Vector8})
+    for (Path path : allPaths)
         if (kernelOf(path))
             for (int frames : {1, 2, 3, 7, 16, 17, 64, 100, 255, 256, 441, 1000, 1024, 4096, 8192, 20000})
                 QTest::addRow("%d frames, path %d", frames, int(path)) << frames << int(path);
@@ -173,7 +173,7 @@ void TestEngine::pathsSoundAlike()
     s.cabin[0].lowPass = {8000, 3};
     Rig scalar(s, 48000, Path::Scalar);
     const Speakers wanted = scalar.play(left, right);
-    for (Path path : {Path::Vector4, Path::Vector8}) {
+    for (Path path : allPaths) {
         if (!kernelOf(path))
             continue;
         Rig rig(s, 48000, path);
@@ -353,7 +353,7 @@ void TestEngine::callersFloatingPointModeReturns()
 
 void TestEngine::denormalsAreFlushed()
 {
-    for (Path path : {Path::Scalar, Path::Vector4, Path::Vector8}) {
+    for (Path path : allPaths) {
         if (!kernelOf(path))
             continue;
         Rig rig(busy(), 48000, path);

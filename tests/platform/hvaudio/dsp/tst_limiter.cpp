@@ -101,7 +101,7 @@ void TestLimiter::ceilingHolds_data()
         "sine over full scale",   "loud noise",  "loud square", "single peaks", "sine with NaN and infinity",
         "nothing but bad values", "random bits", "a step"};
     for (int kind = 0; kind < 8; ++kind)
-        for (Path path : {Path::Scalar, Path::Vector4, Path::Vector8})
+        for (Path path : allPaths)
             if (kernelOf(path))
                 QTest::addRow("%s, path %d", names[kind], int(path)) << kind << int(path);
 }
@@ -153,7 +153,7 @@ void TestLimiter::ceilingHoldsWhileEverythingChanges()
 void TestLimiter::soundComesBackAfterNotANumber_data()
 {
     QTest::addColumn<int>("path");
-    for (Path path : {Path::Scalar, Path::Vector4, Path::Vector8})
+    for (Path path : allPaths)
         if (kernelOf(path))
             QTest::addRow("path %d", int(path)) << int(path);
 }
