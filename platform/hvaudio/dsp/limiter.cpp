@@ -40,8 +40,10 @@ constexpr float detectorGain = [] {
 }();
 /// 0.05 dB for crests that lie between what the detector sees.
 constexpr float margin = 1.006f;
+/// No answer of the detector is more than so many times the largest sample that it sees.
+constexpr float mostBetween = detectorGain * margin * 1.0001f;
 /// What never needs the detector.
-constexpr float surelyBelow = Limiter::ceiling / (detectorGain * margin * 1.0001f);
+constexpr float surelyBelow = Limiter::ceiling / mostBetween;
 
 int nextPowerOfTwo(double atLeast)
 {
@@ -61,33 +63,45 @@ float largestOf(const float* samples, int count) noexcept
     return top;
 }
 
+/// Four neighbouring samples.
+typedef float Four __attribute__((vector_size(16)));
+
+Four load(const float* samples) noexcept
+{
+    Four four;
+    std::memcpy(&four, samples, sizeof four);
+    return four;
+}
+
+Four sizeOf(Four x) noexcept
+{
+    return x < 0 ? -x : x;
+}
+
+Four larger(Four a, Four b) noexcept
+{
+    return a > b ? a : b;
+}
+
 /// Largest of what lies between the samples of a cell, six frames late. A filter and its reverse are the sum
 /// and the difference of what is made of the sums and of the differences of samples alike far from the
 /// middle.
 float largestBetween(const float* cell) noexcept
 {
-    float middle[gridFrames] = {}, even[gridFrames] = {}, odd[gridFrames] = {};
-    for (int k = 0; k < taps / 2; ++k) {
-        const float* const near = cell - k;
-        const float* const far = cell - (taps - 1 - k);
-        const float evenTap = 0.5f * (quarter[k] + quarter[taps - 1 - k]);
-        const float oddTap = 0.5f * (quarter[k] - quarter[taps - 1 - k]);
-        for (int n = 0; n < gridFrames; ++n) {
-            const float sum = near[n] + far[n];
-            middle[n] += half[k] * sum;
-            even[n] += evenTap * sum;
-            odd[n] += oddTap * (near[n] - far[n]);
+    Four top = {};
+    for (int n = 0; n < gridFrames; n += 4) {
+        Four middle = {}, even = {}, odd = {};
+        for (int k = 0; k < taps / 2; ++k) {
+            const Four near = load(cell + n - k), far = load(cell + n - (taps - 1 - k));
+            const Four sum = near + far;
+            middle += half[k] * sum;
+            even += 0.5f * (quarter[k] + quarter[taps - 1 - k]) * sum;
+            odd += 0.5f * (quarter[k] - quarter[taps - 1 - k]) * (near - far);
         }
+        // The larger of |even + odd| and |even - odd| is the sum of the sizes.
+        top = larger(top, larger(sizeOf(middle), sizeOf(even) + sizeOf(odd)));
     }
-    float top = 0;
-    for (int n = 0; n < gridFrames; ++n) {
-        const float between = middle[n] < 0 ? -middle[n] : middle[n];
-        // The larger of |even + odd| and |even - odd|.
-        const float beside = (even[n] < 0 ? -even[n] : even[n]) + (odd[n] < 0 ? -odd[n] : odd[n]);
-        top = between > top ? between : top;
-        top = beside > top ? beside : top;
-    }
-    return margin * top;
+    return margin * std::max({top[0], top[1], top[2], top[3]});
 }
 
 /// One speaker; returns the largest sample.
@@ -233,19 +247,21 @@ void Limiter::endCell(int end) noexcept
 {
     if (m_alert > 0)
         --m_alert;
+    float top[speakerCount];
     for (int i = 0; i < speakerCount; ++i) {
-        const float* const cell = m_history.before(i, gridFrames - end);
-        const float top = largestOf(cell, gridFrames);
-        float all = top;
-        if (std::max(top, m_before[i]) > surelyBelow) {
-            all = std::max(all, largestBetween(cell));
-            // What lies between this cell and the next is seen with the next.
-            if (top > surelyBelow)
-                m_alert = 1;
-        }
-        m_before[i] = top;
+        top[i] = largestOf(m_history.before(i, gridFrames - end), gridFrames);
+        // What lies between this cell and the next is seen with the next.
+        if (top[i] > surelyBelow)
+            m_alert = 1;
         float& group = i == Subwoofer ? m_subwooferTop : m_cabinTop;
-        group = std::max(group, all);
+        group = std::max(group, top[i]);
+    }
+    for (int i = 0; i < speakerCount; ++i) {
+        float& group = i == Subwoofer ? m_subwooferTop : m_cabinTop;
+        // The detector is asked only where its answer can matter.
+        if (std::max(top[i], m_before[i]) * mostBetween > std::max(group, ceiling))
+            group = std::max(group, largestBetween(m_history.before(i, gridFrames - end)));
+        m_before[i] = top[i];
     }
 }
 
