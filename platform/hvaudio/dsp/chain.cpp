@@ -229,14 +229,14 @@ void Chain::filterPiece(const Block& block, int start, int frames) noexcept
     for (int i = 0; i < promptCount; ++i)
         if (const float* left = at(block.prompt[i][0])) {
             const float* right = block.prompt[i][1] ? at(block.prompt[i][1]) : left;
-            ducker_.heard(i, addPairs(left, right, line(1 + i), pairs, frames));
+            ducker_.notePrompt(i, addPairs(left, right, line(1 + i), pairs, frames));
         }
     if (beeper_.sounding())
         beeper_.add(pairs, frames, offset_);
     if (gliding_)
-        kernel_->glidingCrossover(pairs, delay_.room(), frames, now_, step_, memory_);
+        kernel_->glidingCrossover(pairs, delay_.inputs(), frames, now_, step_, memory_);
     else
-        kernel_->crossover(pairs, delay_.room(), frames, wanted_.direct, now_, memory_, lowPass_);
+        kernel_->crossover(pairs, delay_.inputs(), frames, wanted_.direct, now_, memory_, lowPass_);
 }
 
 void Chain::processPiece(const Block& block, int start, int frames, Meters& meters) noexcept

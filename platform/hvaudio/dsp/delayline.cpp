@@ -32,33 +32,33 @@ float copyAndMeasure(const float* from, float* to, int frames) noexcept
 
 void DelayLine::prepare(double rate, int longestTap)
 {
-    history_.prepare(speakerCount, longestTap);
-    points_ = int(rate * fadeSeconds / gridFrames);
-    for (Tap& tap : taps_)
+    m_history.prepare(speakerCount, longestTap);
+    m_points = int(rate * fadeSeconds / gridFrames);
+    for (Tap& tap : m_taps)
         tap = Tap();
 }
 
 void DelayLine::clear() noexcept
 {
-    history_.clear();
+    m_history.clear();
 }
 
 void DelayLine::aim(int speaker, int tap) noexcept
 {
-    taps_[speaker].wanted = tap;
+    m_taps[speaker].wanted = tap;
 }
 
 void DelayLine::jump() noexcept
 {
-    for (Tap& tap : taps_)
+    for (Tap& tap : m_taps)
         tap = Tap{tap.wanted, tap.wanted, tap.wanted, -1};
 }
 
 bool DelayLine::advanceGrid() noexcept
 {
     bool fading = false;
-    for (Tap& tap : taps_) {
-        if (tap.point >= 0 && ++tap.point == points_) {
+    for (Tap& tap : m_taps) {
+        if (tap.point >= 0 && ++tap.point == m_points) {
             tap.now = tap.next;
             tap.point = -1;
         }
@@ -71,32 +71,32 @@ bool DelayLine::advanceGrid() noexcept
     return fading;
 }
 
-float* const* DelayLine::room() noexcept
+float* const* DelayLine::inputs() noexcept
 {
     for (int i = 0; i < speakerCount; ++i)
-        room_[i] = history_.room(i);
-    return room_;
+        m_inputs[i] = m_history.next(i);
+    return m_inputs;
 }
 
 void DelayLine::read(float* const out[speakerCount], int frames, int offset,
                      float peak[speakerCount]) noexcept
 {
     for (int i = 0; i < speakerCount; ++i) {
-        const Tap& tap = taps_[i];
-        const float* now = history_.before(i, tap.now);
+        const Tap& tap = m_taps[i];
+        const float* now = m_history.before(i, tap.now);
         if (tap.point < 0) {
             peak[i] = copyAndMeasure(now, out[i], frames);
             continue;
         }
-        const float* next = history_.before(i, tap.next);
-        const float from = fadeCurve(tap.point, points_);
-        const float step = (fadeCurve(tap.point + 1, points_) - from) / gridFrames;
+        const float* next = m_history.before(i, tap.next);
+        const float from = fadeCurve(tap.point, m_points);
+        const float step = (fadeCurve(tap.point + 1, m_points) - from) / gridFrames;
         float mixed[gridFrames];
         for (int n = 0; n < frames; ++n)
             mixed[n] = now[n] + (from + step * float(offset + n)) * (next[n] - now[n]);
         peak[i] = copyAndMeasure(mixed, out[i], frames);
     }
-    history_.advance(frames);
+    m_history.advance(frames);
 }
 
 } // namespace hvaudio::dsp

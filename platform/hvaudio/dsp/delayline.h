@@ -20,11 +20,12 @@ public:
     /// At a grid point: starts or moves on the fades. True while any is under way.
     bool advanceGrid() noexcept;
 
-    float* const* room() noexcept;
-    /// Reads the frames just written into `room`, delayed, to `out`, which may not be the same memory; notes
-    /// each speaker's largest absolute sample in `peak`. `offset` is the place of the first frame after the
-    /// last grid point; while a fade is under way the piece may not go beyond the next one. Then makes them
-    /// the past.
+    /// Where the next frames of each speaker are to be written.
+    float* const* inputs() noexcept;
+    /// Reads the frames just written into `inputs`, delayed, to `out`, which may not be the same memory;
+    /// notes each speaker's largest absolute sample in `peak`. `offset` is the place of the first frame after
+    /// the last grid point; while a fade is under way the piece may not go beyond the next one. Then makes
+    /// them the past.
     void read(float* const out[speakerCount], int frames, int offset, float peak[speakerCount]) noexcept;
 
 private:
@@ -33,10 +34,10 @@ private:
         int now = 0, next = 0, wanted = 0;
         int point = -1; ///< -1: no fade
     };
-    History history_;
-    Tap taps_[speakerCount];
-    float* room_[speakerCount] = {};
-    int points_ = 1; ///< grid intervals of a fade
+    History m_history;
+    Tap m_taps[speakerCount];
+    float* m_inputs[speakerCount] = {};
+    int m_points = 1; ///< grid intervals of a fade
 };
 
 } // namespace hvaudio::dsp

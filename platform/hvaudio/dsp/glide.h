@@ -35,37 +35,37 @@ void stepBetween(const double* now, const double* next, double* step, int count)
 class Glide
 {
 public:
-    void setLaw(const GlideLaw& law) noexcept { law_ = law; }
+    void setLaw(const GlideLaw& law) noexcept { m_law = law; }
     void jump(double value) noexcept
     {
-        target_ = first_ = second_ = value;
-        left_ = 0;
+        m_target = m_first = m_second = value;
+        m_left = 0;
     }
     void aim(double target) noexcept
     {
-        if (target != target_)
-            left_ = law_.points;
-        target_ = target;
+        if (target != m_target)
+            m_left = m_law.points;
+        m_target = target;
     }
     /// The next grid point's value.
     double advance() noexcept
     {
-        if (left_ > 0) {
-            if (--left_ == 0)
-                first_ = second_ = target_;
+        if (m_left > 0) {
+            if (--m_left == 0)
+                m_first = m_second = m_target;
             else
-                advanceGlide(law_.share, &target_, &first_, &second_, 1);
+                advanceGlide(m_law.share, &m_target, &m_first, &m_second, 1);
         }
-        return second_;
+        return m_second;
     }
-    double value() const noexcept { return second_; }
-    double target() const noexcept { return target_; }
-    bool moving() const noexcept { return left_ > 0; }
+    double value() const noexcept { return m_second; }
+    double target() const noexcept { return m_target; }
+    bool moving() const noexcept { return m_left > 0; }
 
 private:
-    GlideLaw law_;
-    double target_ = 0, first_ = 0, second_ = 0;
-    int left_ = 0;
+    GlideLaw m_law;
+    double m_target = 0, m_first = 0, m_second = 0;
+    int m_left = 0;
 };
 
 } // namespace hvaudio::dsp

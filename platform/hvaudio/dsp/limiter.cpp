@@ -231,7 +231,7 @@ void Limiter::clear() noexcept
 float* const* Limiter::inputs() noexcept
 {
     for (int i = 0; i < speakerCount; ++i)
-        m_inputs[i] = m_history.room(i);
+        m_inputs[i] = m_history.next(i);
     return m_inputs;
 }
 

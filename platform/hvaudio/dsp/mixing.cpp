@@ -37,121 +37,121 @@ static_assert(ducks[Ring].prompt == Ring && ducks[Call].prompt == Call && ducks[
 
 void SourceSwitch::prepare(double rate) noexcept
 {
-    fade_.setLaw(GlideLaw(rate, glideMs));
-    gain_.setLaw(GlideLaw(rate, glideMs));
+    m_fade.setLaw(GlideLaw(rate, glideMs));
+    m_gain.setLaw(GlideLaw(rate, glideMs));
     jump(Settings().source, 1);
 }
 
 void SourceSwitch::jump(int source, double factor) noexcept
 {
-    audible_ = wanted_ = source;
-    wantedFactor_ = factor;
-    state_ = Playing;
-    fade_.jump(1);
-    gain_.jump(factor);
+    m_audible = m_wanted = source;
+    m_wantedFactor = factor;
+    m_state = Playing;
+    m_fade.jump(1);
+    m_gain.jump(factor);
 }
 
 void SourceSwitch::jumpUnheard(int source, double factor) noexcept
 {
-    const bool other = source != audible_;
+    const bool other = source != m_audible;
     jump(source, factor);
     if (other) {
         // The rest of the block that is under way still carries the old one.
-        state_ = Waiting;
-        seen_ = false;
-        fade_.jump(0);
+        m_state = Waiting;
+        m_seen = false;
+        m_fade.jump(0);
     }
 }
 
 void SourceSwitch::aim(int source, double factor) noexcept
 {
-    wanted_ = source;
-    wantedFactor_ = factor;
+    m_wanted = source;
+    m_wantedFactor = factor;
 }
 
 void SourceSwitch::advanceGrid() noexcept
 {
-    if (state_ == Playing && wanted_ != audible_)
-        state_ = Leaving;
-    if (state_ == Leaving && wanted_ == audible_)
-        state_ = Playing; // back before it was gone
-    if (state_ == Leaving && fade_.target() == 0 && !fade_.moving()) {
-        audible_ = wanted_;
-        gain_.jump(wantedFactor_);
-        seen_ = false;
-        state_ = Waiting;
+    if (m_state == Playing && m_wanted != m_audible)
+        m_state = Leaving;
+    if (m_state == Leaving && m_wanted == m_audible)
+        m_state = Playing; // back before it was gone
+    if (m_state == Leaving && m_fade.target() == 0 && !m_fade.moving()) {
+        m_audible = m_wanted;
+        m_gain.jump(m_wantedFactor);
+        m_seen = false;
+        m_state = Waiting;
     }
-    if (state_ == Waiting && wanted_ != audible_) {
-        audible_ = wanted_;
-        gain_.jump(wantedFactor_);
-        seen_ = false;
+    if (m_state == Waiting && m_wanted != m_audible) {
+        m_audible = m_wanted;
+        m_gain.jump(m_wantedFactor);
+        m_seen = false;
     }
-    if (state_ == Waiting && seen_)
-        state_ = Playing;
-    fade_.aim(state_ == Playing ? 1 : 0);
-    if (wanted_ == audible_)
-        gain_.aim(wantedFactor_);
-    fade_.advance();
-    gain_.advance();
+    if (m_state == Waiting && m_seen)
+        m_state = Playing;
+    m_fade.aim(m_state == Playing ? 1 : 0);
+    if (m_wanted == m_audible)
+        m_gain.aim(m_wantedFactor);
+    m_fade.advance();
+    m_gain.advance();
 }
 
 void Ducker::prepare(double rate) noexcept
 {
-    hold_ = int(holdSeconds * rate / gridFrames);
-    glide_.setLaw(GlideLaw(rate, glideMs));
-    glide_.jump(1);
-    std::fill(level_, level_ + promptCount, 0.0f);
-    std::fill(holdLeft_, holdLeft_ + promptCount, 0);
-    busy_ = false;
+    m_hold = int(holdSeconds * rate / gridFrames);
+    m_glide.setLaw(GlideLaw(rate, glideMs));
+    m_glide.jump(1);
+    std::fill(m_level, m_level + promptCount, 0.0f);
+    std::fill(m_holdLeft, m_holdLeft + promptCount, 0);
+    m_busy = false;
 }
 
 void Ducker::advanceGrid() noexcept
 {
     double factor = 1;
-    busy_ = false;
+    m_busy = false;
     for (int i = 0; i < promptCount; ++i) {
-        if (level_[i] > audibleLevel)
-            holdLeft_[i] = hold_;
-        else if (holdLeft_[i] > 0)
-            --holdLeft_[i];
-        level_[i] = 0;
-        if (holdLeft_[i] > 0) {
-            busy_ = true;
+        if (m_level[i] > audibleLevel)
+            m_holdLeft[i] = m_hold;
+        else if (m_holdLeft[i] > 0)
+            --m_holdLeft[i];
+        m_level[i] = 0;
+        if (m_holdLeft[i] > 0) {
+            m_busy = true;
             factor = std::min(factor, ducks[i].factor);
         }
     }
-    glide_.aim(factor);
-    glide_.advance();
+    m_glide.aim(factor);
+    m_glide.advance();
 }
 
 void Beeper::prepare(double rate) noexcept
 {
-    length_ = int(beepSeconds * rate / gridFrames);
-    edge_.setLaw(GlideLaw(rate, beepEdgeMs));
-    edge_.jump(0);
-    before_ = 0;
-    left_ = 0;
-    phase_ = 0;
-    turn_ = 2 * 3.14159265358979323846 * beepHz / rate;
+    m_length = int(beepSeconds * rate / gridFrames);
+    m_edge.setLaw(GlideLaw(rate, beepEdgeMs));
+    m_edge.jump(0);
+    m_before = 0;
+    m_left = 0;
+    m_phase = 0;
+    m_turn = 2 * 3.14159265358979323846 * beepHz / rate;
 }
 
 void Beeper::advanceGrid() noexcept
 {
-    before_ = edge_.value();
-    if (left_ > 0)
-        --left_;
-    edge_.aim(left_ > 0 ? beepLevel : 0);
-    edge_.advance();
+    m_before = m_edge.value();
+    if (m_left > 0)
+        --m_left;
+    m_edge.aim(m_left > 0 ? beepLevel : 0);
+    m_edge.advance();
 }
 
 void Beeper::add(double* pairs, int frames, int offset) noexcept
 {
-    const double step = (edge_.value() - before_) / gridFrames;
+    const double step = (m_edge.value() - m_before) / gridFrames;
     for (int n = 0; n < frames; ++n) {
-        const double x = std::sin(phase_) * (before_ + step * (offset + n));
-        phase_ += turn_;
-        if (phase_ > 2 * 3.14159265358979323846)
-            phase_ -= 2 * 3.14159265358979323846;
+        const double x = std::sin(m_phase) * (m_before + step * (offset + n));
+        m_phase += m_turn;
+        if (m_phase > 2 * 3.14159265358979323846)
+            m_phase -= 2 * 3.14159265358979323846;
         pairs[2 * n] += x;
         pairs[2 * n + 1] += x;
     }

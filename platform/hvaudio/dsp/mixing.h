@@ -20,13 +20,13 @@ public:
     /// The wanted source and its gain. A gain change of the sounding source glides.
     void aim(int source, double factor) noexcept;
     /// Whoever feeds the programme has had a look at `audible` since the last call.
-    void newBlock() noexcept { seen_ = true; }
+    void newBlock() noexcept { m_seen = true; }
     void advanceGrid() noexcept;
 
     /// Source that the programme is to carry from the next block on.
-    int audible() const noexcept { return audible_; }
-    double factor() const noexcept { return fade_.value() * gain_.value(); }
-    bool moving() const noexcept { return state_ != Playing || fade_.moving() || gain_.moving(); }
+    int audible() const noexcept { return m_audible; }
+    double factor() const noexcept { return m_fade.value() * m_gain.value(); }
+    bool moving() const noexcept { return m_state != Playing || m_fade.moving() || m_gain.moving(); }
 
 private:
     enum State {
@@ -34,11 +34,11 @@ private:
         Leaving, ///< fading out
         Waiting, ///< silent, until the feeder can have switched
     };
-    State state_ = Playing;
-    int audible_ = 0, wanted_ = 0;
-    double wantedFactor_ = 1;
-    bool seen_ = false;
-    Glide fade_, gain_;
+    State m_state = Playing;
+    int m_audible = 0, m_wanted = 0;
+    double m_wantedFactor = 1;
+    bool m_seen = false;
+    Glide m_fade, m_gain;
 };
 
 /// Lowers the programme while a prompt sounds.
@@ -50,20 +50,20 @@ public:
     /// down to nothing doesn't silence the music.
     void heard(int prompt, double largest) noexcept
     {
-        if (largest > level_[prompt])
-            level_[prompt] = largest;
+        if (largest > m_level[prompt])
+            m_level[prompt] = largest;
     }
     void advanceGrid() noexcept;
-    double factor() const noexcept { return glide_.value(); }
+    double factor() const noexcept { return m_glide.value(); }
     /// While something holds or glides.
-    bool moving() const noexcept { return busy_ || glide_.moving(); }
+    bool moving() const noexcept { return m_busy || m_glide.moving(); }
 
 private:
-    Glide glide_;
-    double level_[promptCount] = {};
-    int holdLeft_[promptCount] = {};
-    int hold_ = 1; ///< grid points
-    bool busy_ = false;
+    Glide m_glide;
+    double m_level[promptCount] = {};
+    int m_holdLeft[promptCount] = {};
+    int m_hold = 1; ///< grid points
+    bool m_busy = false;
 };
 
 /// The key beep: a short tone with soft edges.
@@ -71,17 +71,17 @@ class Beeper
 {
 public:
     void prepare(double rate) noexcept;
-    void trigger() noexcept { left_ = length_; }
+    void trigger() noexcept { m_left = m_length; }
     void advanceGrid() noexcept;
-    bool sounding() const noexcept { return left_ > 0 || edge_.moving(); }
+    bool sounding() const noexcept { return m_left > 0 || m_edge.moving(); }
     /// Adds the tone to the pairs; `offset` is the first frame's place after the last grid point.
     void add(double* pairs, int frames, int offset) noexcept;
 
 private:
-    Glide edge_;
-    double before_ = 0;         ///< edge at the last grid point
-    int left_ = 0, length_ = 1; ///< grid points
-    double phase_ = 0, turn_ = 0;
+    Glide m_edge;
+    double m_before = 0;          ///< edge at the last grid point
+    int m_left = 0, m_length = 1; ///< grid points
+    double m_phase = 0, m_turn = 0;
 };
 
 } // namespace hvaudio::dsp

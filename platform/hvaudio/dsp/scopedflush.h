@@ -15,19 +15,19 @@ public:
     ScopedFlush() noexcept
     {
 #if defined(__SSE2__)
-        before_ = _mm_getcsr();
-        _mm_setcsr(before_ | 0x8040); // flush to zero, denormals are zero
+        m_before = _mm_getcsr();
+        _mm_setcsr(m_before | 0x8040); // flush to zero, denormals are zero
 #elif defined(__aarch64__)
-        asm volatile("mrs %0, fpcr" : "=r"(before_));
-        asm volatile("msr fpcr, %0" : : "r"(before_ | (1ull << 24)));
+        asm volatile("mrs %0, fpcr" : "=r"(m_before));
+        asm volatile("msr fpcr, %0" : : "r"(m_before | (1ull << 24)));
 #endif
     }
     ~ScopedFlush()
     {
 #if defined(__SSE2__)
-        _mm_setcsr(before_);
+        _mm_setcsr(m_before);
 #elif defined(__aarch64__)
-        asm volatile("msr fpcr, %0" : : "r"(before_));
+        asm volatile("msr fpcr, %0" : : "r"(m_before));
 #endif
     }
     ScopedFlush(const ScopedFlush&) = delete;
@@ -35,9 +35,9 @@ public:
 
 private:
 #if defined(__aarch64__)
-    unsigned long long before_ = 0;
+    unsigned long long m_before = 0;
 #else
-    unsigned before_ = 0;
+    unsigned m_before = 0;
 #endif
 };
 

@@ -15,20 +15,20 @@ public:
     /// One writer thread at a time. Copies the value in.
     void write(const T& value) noexcept
     {
-        slots_[writing_].value = value;
-        writing_ = middle_.exchange(writing_ | fresh, std::memory_order_acq_rel) & index;
+        m_slots[m_writing].value = value;
+        m_writing = m_middle.exchange(m_writing | fresh, std::memory_order_acq_rel) & index;
     }
 
     /// Reader thread: takes the newest value; true when there was one since the last call.
     bool update() noexcept
     {
-        if (!(middle_.load(std::memory_order_relaxed) & fresh))
+        if (!(m_middle.load(std::memory_order_relaxed) & fresh))
             return false;
-        reading_ = middle_.exchange(reading_, std::memory_order_acq_rel) & index;
+        m_reading = m_middle.exchange(m_reading, std::memory_order_acq_rel) & index;
         return true;
     }
     /// Reader thread: the value that the last `update` took; stays valid and unchanged until the next one.
-    const T& value() const noexcept { return slots_[reading_].value; }
+    const T& value() const noexcept { return m_slots[m_reading].value; }
 
 private:
     static constexpr unsigned index = 3, fresh = 4;
@@ -36,10 +36,10 @@ private:
     {
         T value{};
     };
-    Slot slots_[3];
-    unsigned writing_ = 0;             ///< writer's
-    alignas(64) unsigned reading_ = 1; ///< reader's
-    alignas(64) std::atomic<unsigned> middle_{2};
+    Slot m_slots[3];
+    unsigned m_writing = 0;             ///< writer's
+    alignas(64) unsigned m_reading = 1; ///< reader's
+    alignas(64) std::atomic<unsigned> m_middle{2};
 };
 
 } // namespace hvaudio::dsp
