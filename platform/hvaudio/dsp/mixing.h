@@ -48,7 +48,7 @@ public:
     void prepare(double rate) noexcept;
     /// Largest sample of a prompt in the piece that was just mixed, behind its volume: one that is turned
     /// down to nothing doesn't silence the music.
-    void heard(int prompt, double largest) noexcept
+    void notePrompt(int prompt, double largest) noexcept
     {
         if (largest > m_level[prompt])
             m_level[prompt] = largest;
