@@ -2,6 +2,7 @@
 
 #include "platform/hvaudio/dsp/engine.h"
 #include "platform/hvaudio/export.h"
+#include "platform/hvaudio/heardframe.h"
 #include "platform/hvaudio/outputs/log.h"
 #include "platform/hvaudio/outputs/output.h"
 #include "platform/hvaudio/sources/sourcekind.h"
@@ -10,13 +11,6 @@
 #include <string>
 
 namespace hvaudio {
-
-/// What was heard at one moment, for measuring: see `Player::listen`. Full scale is 1.
-struct HeardFrame
-{
-    float programme[2]; ///< what went into the engine
-    float speaker[dsp::speakerCount];
-};
 
 /// The unit's sound as its shell sees it: sources, prompts, engine and output in one object.
 ///
