@@ -115,6 +115,14 @@ Disk::Image Disk::contentsOnly() const
     return image(m_syncedNames, fullContent);
 }
 
+Disk::Image Disk::latestNameOnly() const
+{
+    Names names = m_syncedNames;
+    if (!m_unsyncedNames.isEmpty())
+        make(m_unsyncedNames.last(), &names);
+    return image(names, fullContent);
+}
+
 Disk::Image Disk::tornLatest() const
 {
     Image torn = best();

@@ -41,6 +41,8 @@ public:
     /// All names, and nothing of the contents; all contents, and no name.
     Image namesOnly() const;
     Image contentsOnly() const;
+    /// All contents, and of the names only the latest change.
+    Image latestNameOnly() const;
     /// All but the latest write, of which the first half is there.
     Image tornLatest() const;
     /// As chance will have it.

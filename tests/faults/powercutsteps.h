@@ -22,7 +22,13 @@ constexpr int done(int step)
     return 2 * step + 1;
 }
 
-/// All settings after that step. Small and large changes, keys that come and go, texts over several pages.
+inline QString keyOf(int number)
+{
+    return QStringLiteral("Setup_Volume_Type_Of_Some_Length_%1").arg(number);
+}
+
+/// All settings after that step. Small and large changes, keys that come and go, rows and texts over several
+/// pages.
 inline QMap<QString, QVariant> settingsAfter(int step)
 {
     QMap<QString, QVariant> settings;
@@ -30,8 +36,8 @@ inline QMap<QString, QVariant> settingsAfter(int step)
     for (int n = first + 1; n <= step; ++n) {
         if (n == wipingStep)
             continue;
-        for (int i = 0; i < 4 * n; ++i)
-            settings[QStringLiteral("key%1").arg(i)] = 100 * n + i;
+        for (int i = 0; i < 30 * n; ++i)
+            settings[keyOf(i)] = 1000 * n + i;
         settings[QStringLiteral("flag%1").arg(n)] = n % 2 == 0;
         settings[QStringLiteral("text")] = QString(n * 900, QLatin1Char(static_cast<char>('a' + n)));
         settings.remove(QStringLiteral("flag%1").arg(n - 2));

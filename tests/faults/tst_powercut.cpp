@@ -17,7 +17,7 @@ using mem::SettingsStore;
 /// is half there.
 ///
 /// AUDIOSETTING_POWERCUTS says how many states of chance are made of each cut, 2 without it; the long run is
-///     AUDIOSETTING_POWERCUTS=300 build/ci/tests/tst_powercut
+///     QTEST_FUNCTION_TIMEOUT=100000000 AUDIOSETTING_POWERCUTS=300 build/ci/tests/tst_powercut
 class TestPowerCut : public QObject
 {
     Q_OBJECT
@@ -116,14 +116,17 @@ void TestPowerCut::startOn(const Disk::Image& image, bool mayBeDamaged)
              SettingsStore::Opened::Durable);
     QVERIFY(store->isDurable());
     QVERIFY2(mayBeDamaged || message.isEmpty(), qPrintable(message));
-    const auto values = store->values();
+    auto values = store->values();
+    const int size = values.size();
+    if (mayBeDamaged) // what was removed after the last good copy may come back from it
+        values.remove(QStringLiteral("flag3"));
     if (values != powercut::settingsAfter(m_lastBegun))
         QCOMPARE(values, powercut::settingsAfter(m_lastDone));
     // And the unit goes on from there.
     QVERIFY(store->setValue(QStringLiteral("after"), 1, true) && store->isDurable());
     store->close();
     QCOMPARE(store->open(after.filePath(QStringLiteral("settings.db"))), SettingsStore::Opened::Durable);
-    QCOMPARE(store->values().size(), values.size() + 1);
+    QCOMPARE(store->values().size(), size + 1);
     store->close();
 }
 
@@ -153,8 +156,8 @@ void TestPowerCut::cutEverywhere(bool mayBeDamaged, quint32 seed)
                 m_lastDone = m_lastBegun;
         }
         disk.apply(operation);
-        QVector<Disk::Image> images = {disk.best(), disk.worst(), disk.namesOnly(), disk.contentsOnly(),
-                                       disk.tornLatest()};
+        QVector<Disk::Image> images = {disk.best(),         disk.worst(),          disk.namesOnly(),
+                                       disk.contentsOnly(), disk.latestNameOnly(), disk.tornLatest()};
         for (int i = 0; disk.isUnsettled() && i < chances; ++i)
             images.append(disk.anyhow(&random));
         for (const Disk::Image& image : std::as_const(images)) {
@@ -204,20 +207,33 @@ void TestPowerCut::aRepairSurvivesEveryCut()
     const QString sound = m_folder.filePath(QStringLiteral("sound.db"));
     const QString path = m_work + QStringLiteral("/settings.db");
     QCOMPARE(store->open(sound), SettingsStore::Opened::Durable);
-    const auto settings = powercut::settingsAfter(3);
-    for (auto value = settings.begin(); value != settings.end(); ++value)
-        QVERIFY(store->setValue(value.key(), *value, false));
-    store->close();
-    QCOMPARE(store->open(sound), SettingsStore::Opened::Durable);
-    QVERIFY(store->keepGoodCopy());
+    // The good copy is older, and the pages lie in another order than in a file that is written at once.
+    QMap<QString, QVariant> settings;
+    for (int step : {4, 5}) {
+        settings = powercut::settingsAfter(step);
+        const auto former = store->values();
+        for (auto value = former.begin(); value != former.end(); ++value) {
+            if (!settings.contains(value.key()))
+                store->remove(value.key());
+        }
+        for (auto value = settings.begin(); value != settings.end(); ++value)
+            QVERIFY(store->setValue(value.key(), *value, false));
+        store->close();
+        QCOMPARE(store->open(sound), SettingsStore::Opened::Durable);
+        if (step == 4)
+            QVERIFY(store->keepGoodCopy());
+    }
+    // The log holds rows, as they lie in this file and in no other.
+    for (const QVariant& value : {QVariant(-1), settings[powercut::keyOf(60)]})
+        QVERIFY(store->setValue(powercut::keyOf(60), value, true));
     for (const char* suffix : {"", "-wal", ".good"})
         QVERIFY(QFile::copy(sound + QLatin1String(suffix), path + QLatin1String(suffix)));
     store->close();
     QFile file(path);
     QVERIFY(file.open(QIODevice::ReadWrite) && file.write(QByteArray(100, 'x')) == 100);
     file.close();
-    m_lastDone = m_lastBegun = 3;
-    record(4, 5);
+    m_lastDone = m_lastBegun = 5;
+    record(6, 7);
     if (!QTest::currentTestFailed())
         cutEverywhere(true, seed);
 }
