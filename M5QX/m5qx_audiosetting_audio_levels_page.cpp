@@ -28,6 +28,7 @@ constexpr int maxBalanceFader = mem::settingOf("AudioService_Balance").largest; 
 constexpr int maxLevel = hvaudio::largestAttenuation;                           // 0 is the loudest
 constexpr int keyMask = 15;     // what the two level keys take from level and frequency
 constexpr int frequencyOff = 0; // subwoofer filter index that silences it
+constexpr int arabicSwing = 2;  // px
 
 mem::SettingsFunc* store()
 {
@@ -155,6 +156,10 @@ void m5qx_eq_audio_levels_page::retranslateUi()
     ui->key_sub_level_down->setAccessibleName(level + QStringLiteral(" -"));
     ui->key_sub_level_up->setAccessibleName(level + QStringLiteral(" +"));
     m_slider->setAccessibleName(level);
+
+    // The last letter of an Arabic word may swing out to the left of its line, where the label would cut it.
+    for (QLabel* caption : {ui->label_loudness, ui->label_subwoofer, ui->label_sub_level})
+        caption->setIndent(caption->text().isRightToLeft() ? arabicSwing : 0);
 
     ui->key_reset_level->setAccessibleName(ui->text_reset->text());
 }

@@ -1,10 +1,14 @@
-// Every text of every screen, in every language, measured against the rectangle that the page gives it. What
-// is measured is the ink: a line's unused height above and below may stand out, a glyph may not.
+// Every text of every screen, in every language, measured against the rectangle that the page gives it, the
+// other texts and the controls beside it. What is measured is the ink: a line's unused height above and below
+// may stand out, a glyph may not.
 
 #include "tests/system/screens.h"
 
+#include "M5QX/pa_balancefadercontrol.h"
 #include "platform/common/texts/language.h"
 
+#include <QAbstractButton>
+#include <QAbstractSlider>
 #include <QApplication>
 #include <QLabel>
 #include <QtTest>
@@ -17,7 +21,10 @@ class TestTextFit : public QObject
 private slots:
     void noTextIsCutAndNoneTouchesAnother_data();
     void noTextIsCutAndNoneTouchesAnother();
+    void everyTextStandsOnTheSameSideInEveryLanguage_data();
+    void everyTextStandsOnTheSameSideInEveryLanguage();
     void aTextThatIsTooLongIsNoticed();
+    void aTextThatLiesAtAControlIsNoticed();
     void labelsWithoutSizeKeepNone_data();
     void labelsWithoutSizeKeepNone();
     void everyTextIsReadInAFontOfItsOwnScript_data();
@@ -48,10 +55,31 @@ bool isHalfScrolledAway(const QWidget* widget)
     return false;
 }
 
+/// Everything in view that a finger moves or presses.
+QVector<QWidget*> controls(const Screen& screen)
+{
+    QVector<QWidget*> found;
+    for (QWidget* widget : screen.window()->findChildren<QWidget*>()) {
+        const bool control = qobject_cast<QAbstractButton*>(widget) ||
+                             qobject_cast<QAbstractSlider*>(widget) ||
+                             qobject_cast<audiosetting::balanceFaderControl*>(widget);
+        if (control && widget->isVisible() && !widget->size().isEmpty() && !isHalfScrolledAway(widget))
+            found.append(widget);
+    }
+    return found;
+}
+
+/// A key's own text, or a label that is laid over the control to name it, which is one with its middle there.
+bool names(const Text& text, const QWidget* control, const QRect& place)
+{
+    return text.widget == control || place.contains(text.rect.center());
+}
+
 QStringList faults(const Screen& screen)
 {
     QStringList list;
     const QVector<Text> all = texts(screen);
+    const QVector<QWidget*> keys = controls(screen);
     for (int i = 0; i < all.size(); ++i) {
         const Text& text = all.at(i);
         if (isHalfScrolledAway(text.widget))
@@ -64,6 +92,11 @@ QStringList faults(const Screen& screen)
                 list.append(QStringLiteral("cut by %1: ").arg(parent->objectName()) + say(text));
             if (parent == screen.window())
                 break;
+        }
+        for (const QWidget* key : keys) {
+            const QRect place(key->mapTo(screen.window(), QPoint()), key->size());
+            if (place.intersects(text.drawn) && !names(text, key, place))
+                list.append(QStringLiteral("at %1: ").arg(key->objectName()) + say(text));
         }
         for (int other = 0; other < i; ++other) {
             // A pixel of air, or two words become one.
@@ -113,6 +146,36 @@ void TestTextFit::noTextIsCutAndNoneTouchesAnother()
     QVERIFY2(list.isEmpty(), qPrintable(QLatin1Char('\n') + list.join(QLatin1Char('\n'))));
 }
 
+void TestTextFit::everyTextStandsOnTheSameSideInEveryLanguage_data()
+{
+    everyPageAndLanguage();
+}
+
+void TestTextFit::everyTextStandsOnTheSameSideInEveryLanguage()
+{
+    // The picture beside a text and the line below it don't change sides either. Blanks count as room, and a
+    // blank is on the other side of an Arabic text.
+    constexpr int room = 10;
+    QFETCH(int, page);
+    QFETCH(QString, language);
+    const Screen screen(Page(page), Used, language);
+    const QVector<Text> all = texts(screen);
+    for (const Text& text : all) {
+        const auto* label = qobject_cast<const QLabel*>(text.widget);
+        if (!label)
+            continue;
+        const int indent = qMax(0, label->indent());
+        const int left = text.drawn.left() - text.rect.left() - indent;
+        const int right = text.rect.right() - indent - text.drawn.right();
+        if (label->alignment() & Qt::AlignRight)
+            QVERIFY2(right <= room, qPrintable(say(text)));
+        else if (label->alignment() & Qt::AlignHCenter)
+            QVERIFY2(qAbs(left - right) <= 2 * room, qPrintable(say(text)));
+        else
+            QVERIFY2(left <= room, qPrintable(say(text)));
+    }
+}
+
 void TestTextFit::aTextThatIsTooLongIsNoticed()
 {
     Screen screen(AudioLevels, Used);
@@ -124,6 +187,17 @@ void TestTextFit::aTextThatIsTooLongIsNoticed()
     auto* balance = qobject_cast<QLabel*>(screen.child("txt_balance"));
     balance->move(label->pos());
     QVERIFY(faults(screen).join(QString()).contains(QLatin1String("overlap: ")));
+}
+
+void TestTextFit::aTextThatLiesAtAControlIsNoticed()
+{
+    // The label's own room reaches under the key.
+    Screen screen(Volumes, Used);
+    QVERIFY(faults(screen).isEmpty());
+    qobject_cast<QLabel*>(screen.child("label_main_default"))
+        ->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    QVERIFY(faults(screen).join(QString()).startsWith(
+        QLatin1String("at key_main_default_down: label_main_default")));
 }
 
 void TestTextFit::labelsWithoutSizeKeepNone_data()
