@@ -239,6 +239,15 @@ void UnitStyle::drawPrimitive(PrimitiveElement element, const QStyleOption* opti
         QProxyStyle::drawPrimitive(element, option, painter, widget);
 }
 
+void UnitStyle::drawItemText(QPainter* painter, const QRect& rect, int flags, const QPalette& palette,
+                             bool enabled, const QString& text, QPalette::ColorRole role) const
+{
+    // Qt cuts what a line higher than its room draws outside that, though there may be place for it: margins
+    // that centre an accent or a tail would take its end away. The widget's edge still cuts.
+    const int line = flags & Qt::AlignVCenter ? painter->fontMetrics().height() : 0;
+    QProxyStyle::drawItemText(painter, rect.adjusted(0, -line, 0, line), flags, palette, enabled, text, role);
+}
+
 int UnitStyle::pixelMetric(PixelMetric metric, const QStyleOption* option, const QWidget* widget) const
 {
     switch (metric) {

@@ -344,6 +344,21 @@ private slots:
             QCOMPARE(said.count(QByteArray("font family \"") + family + "\" is not installed"), 1);
     }
 
+    void aLineHigherThanWhatTheMarginsLeaveIsDrawnWhole()
+    {
+        QLabel label(QStringLiteral("gj"));
+        label.setFont(QFont(label.font().family(), 28));
+        label.resize(200, 41);
+        label.setContentsMargins(0, 0, 0, 12);
+        const QImage image = label.grab().toImage();
+        bool tail = false;
+        for (int y = 41 - 12; y < 41; ++y) {
+            for (int x = 0; x < 200; ++x)
+                tail = tail || image.pixel(x, y) != image.pixel(199, 0);
+        }
+        QVERIFY(tail);
+    }
+
     void theDirectionOfTheLayoutNeverTurns()
     {
         QVERIFY(cm::Language::instance()->setCurrent("ar"));
