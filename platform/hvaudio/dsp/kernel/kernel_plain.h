@@ -2,8 +2,6 @@
 
 #include "platform/hvaudio/dsp/kernel/kernel_paths.h"
 
-#include <cfloat>
-#include <cstdint>
 #include <cstring>
 
 // The prototype: the formulas of kernel.h one after the other, as loops over the lanes, which the compiler

@@ -26,6 +26,7 @@ private slots:
     void silentSubwooferIsSilentAndOneThatIsOffIsUnfiltered();
     void attenuationIsInDecibels();
     void polarityTurnsTheSignAndNothingElse();
+    void lowPassThatComesBackHasForgotten();
     void runningCoefficientsTellTheMeasuredResponse_data();
     void runningCoefficientsTellTheMeasuredResponse();
 };
@@ -215,6 +216,24 @@ void TestCrossover::polarityTurnsTheSignAndNothingElse()
             QCOMPARE(after[i][n], sign * before[i][n]);
     }
     QVERIFY(peak(before[Subwoofer]) > 0.01f);
+}
+
+void TestCrossover::lowPassThatComesBackHasForgotten()
+{
+    Settings with = flat(), without = flat();
+    for (auto& speaker : with.cabin)
+        speaker.lowPass = {50, 4};
+    Rig rig(with);
+    const Signal loud(48000, 0.5f), tone = sine(1000, 0.1, 48000);
+    rig.play(loud);
+    rig.engine.set(without);
+    rig.play(loud);
+    // The left side falls silent while they are off; the right keeps the processor awake.
+    rig.play(silence(48000), tone);
+    rig.engine.set(with);
+    const Speakers out = rig.play(silence(48000), tone);
+    QVERIFY(peak(out[FrontRight]) > 0.01f);
+    QVERIFY2(peak(out[FrontLeft]) < 1e-9f, qPrintable(QString::number(peak(out[FrontLeft]))));
 }
 
 void TestCrossover::runningCoefficientsTellTheMeasuredResponse_data()

@@ -1,0 +1,176 @@
+#include "tests/platform/hvaudio/dsp/sound.h"
+
+#include "platform/hvaudio/dsp/equalizer.h"
+#include "platform/hvaudio/dsp/snapshot.h"
+
+#include <QtTest>
+
+#include <cstring>
+
+using namespace sound;
+
+Q_DECLARE_METATYPE(Path)
+
+/// The loops over samples on each path: cleaning, and the two forms of the filters.
+class TestKernel : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void whatIsNoNumberIsCleanedWhereverItStands_data() { paths(); }
+    void whatIsNoNumberIsCleanedWhereverItStands();
+    void missingSideIsSilent_data() { paths(); }
+    void missingSideIsSilent();
+    void changeOfFormIsNotHeard_data() { paths(); }
+    void changeOfFormIsNotHeard();
+    void memoryComesBackFromTheOtherForm();
+
+private:
+    static void paths()
+    {
+        QTest::addColumn<Path>("path");
+        for (Path path : allPaths)
+            if (kernelOf(path))
+                QTest::addRow("path %d", int(path)) << path;
+    }
+};
+
+static Settings busy()
+{
+    Settings s = flat();
+    s.mainDb = -20;
+    s.loudness = true;
+    s.equalizer = {6, 4, 0, -1, -3, 0, 1, 3, 5, -4, 2, -6, 4};
+    for (int i = 0; i < cabinSpeakerCount; ++i)
+        s.cabin[size_t(i)] = {{80, 1 + i}, {8000, 4 - i}, i, false, 0.3 * i};
+    s.subwoofer.lowPass = {80, 3};
+    return s;
+}
+
+void TestKernel::whatIsNoNumberIsCleanedWhereverItStands()
+{
+    QFETCH(Path, path);
+    struct Bad
+    {
+        unsigned bits;
+        double wanted;
+    };
+    // clang-format off
+    const Bad bads[] = {
+        {0x7fc00000,   0}, // not a number
+        {0xffc00000,   0},
+        {0x7f800001,   0}, // a signalling one
+        {0x7f800000,   0}, // infinity
+        {0xff800000,   0},
+        {0x7f7fffff,  64}, // the largest number
+        {0xff7fffff, -64},
+        {0x42800001,  64}, // just beyond 64
+        {0x42800000,  64},
+        {0xbf000000,-0.5},
+    };
+    // clang-format on
+    for (const Bad& bad : bads) {
+        float sample;
+        std::memcpy(&sample, &bad.bits, sizeof sample);
+        for (int frames : {1, 3, 8, 21, pieceFrames})
+            for (int at = 0; at < frames; at += 1 + frames / 40)
+                for (int side = 0; side < 2; ++side) {
+                    Signal in[2] = {Signal(size_t(frames), 0.25f), Signal(size_t(frames), 0.25f)};
+                    in[side][size_t(at)] = sample;
+                    double pairs[2 * pieceFrames];
+                    kernelOf(path)->gather(in[0].data(), in[1].data(), Line{2, 0, 0}, pairs, frames);
+                    for (int i = 0; i < 2 * frames; ++i)
+                        QCOMPARE(pairs[i], i == 2 * at + side ? 2 * bad.wanted : 0.5);
+                }
+    }
+}
+
+void TestKernel::missingSideIsSilent()
+{
+    QFETCH(Path, path);
+    const Signal in(100, 0.25f);
+    double pairs[200];
+    kernelOf(path)->gather(in.data(), nullptr, Line{1, 0.5, 3}, pairs, 100);
+    for (int n = 0; n < 100; ++n) {
+        QCOMPARE(pairs[2 * n], 0.25 * (1 + 0.5 * (3 + n)));
+        QCOMPARE(pairs[2 * n + 1], 0.0);
+    }
+}
+
+/// Filters that glide from their coefficients to the same ones sound as if they rested.
+void TestKernel::changeOfFormIsNotHeard()
+{
+    QFETCH(Path, path);
+    const Kernel& kernel = *kernelOf(path);
+    constexpr double rate = 48000;
+    const Snapshot snapshot = makeSnapshot(busy(), EqualizerDesign(rate), rate);
+    Parameters now = snapshot.parameters;
+    const Parameters step;
+    FilterMemory resting{}, changing{};
+    constexpr int frames = 100;
+    double largest = 0;
+    for (int piece = 0; piece < 40; ++piece) {
+        const Signal in = whiteNoise(0.5, frames, unsigned(piece));
+        double pairs[2][2 * frames];
+        Speakers out[2];
+        for (int i = 0; i < 2; ++i) {
+            kernel.gather(in.data(), in.data(), Line{}, pairs[i], frames);
+            for (Signal& speaker : out[i])
+                speaker.resize(frames);
+        }
+        const auto to = [](Speakers& s) {
+            return std::array<float*, speakerCount>{s[0].data(), s[1].data(), s[2].data(), s[3].data(),
+                                                    s[4].data()};
+        };
+        kernel.cascade(pairs[0], frames, snapshot.direct, resting);
+        kernel.crossover(pairs[0], to(out[0]).data(), frames, snapshot.direct, snapshot.parameters, resting,
+                         true);
+        if (piece % 2) {
+            toStateForm(changing, now);
+            kernel.glidingCascade(pairs[1], frames, now, step, changing);
+            kernel.glidingCrossover(pairs[1], to(out[1]).data(), frames, now, step, changing);
+            toDirectForm(changing, now);
+        } else {
+            kernel.cascade(pairs[1], frames, snapshot.direct, changing);
+            kernel.crossover(pairs[1], to(out[1]).data(), frames, snapshot.direct, now, changing, true);
+        }
+        for (int i = 0; i < speakerCount; ++i)
+            for (int n = 0; n < frames; ++n) {
+                largest = std::max(largest, double(std::abs(out[0][size_t(i)][size_t(n)])));
+                QVERIFY(std::abs(out[0][size_t(i)][size_t(n)] - out[1][size_t(i)][size_t(n)]) < 1e-7f);
+            }
+    }
+    QVERIFY(largest > 0.1);
+}
+
+void TestKernel::memoryComesBackFromTheOtherForm()
+{
+    // The lowest corner at the highest rate, where the two forms differ most in size, and flat bands, whose
+    // output tells nothing of their memory.
+    Settings s = flat();
+    for (auto& speaker : s.cabin)
+        speaker.highPass = {10, 4};
+    const Snapshot snapshot = makeSnapshot(s, EqualizerDesign(192000), 192000);
+    std::mt19937 random(1);
+    const auto number = [&] { return double(random()) / 4294967296.0 - 0.5; };
+    FilterMemory memory{};
+    for (int i = 0; i < cascadeLanes; ++i)
+        memory.cascade.first[i] = number(), memory.cascade.second[i] = number();
+    for (int i = 0; i < highLanes; ++i)
+        memory.high.first[i] = number(), memory.high.second[i] = number();
+    const FilterMemory before = memory;
+    toDirectForm(memory, snapshot.parameters);
+    QVERIFY(std::abs(memory.high.first[0] - before.high.first[0]) > 100);
+    toStateForm(memory, snapshot.parameters);
+    for (int i = 0; i < cascadeLanes; ++i) {
+        QVERIFY(std::abs(memory.cascade.first[i] - before.cascade.first[i]) < 1e-11);
+        QVERIFY(std::abs(memory.cascade.second[i] - before.cascade.second[i]) < 1e-11);
+    }
+    for (int i = 0; i < highLanes; ++i) {
+        QVERIFY(std::abs(memory.high.first[i] - before.high.first[i]) < 1e-11);
+        QVERIFY(std::abs(memory.high.second[i] - before.high.second[i]) < 1e-11);
+    }
+}
+
+QTEST_GUILESS_MAIN(TestKernel)
+#include "tst_kernel.moc"
