@@ -55,8 +55,8 @@ private:
                 sine_.push_back(float(std::sin(2 * pi * hz * double(n) / rate)));
             }
         }
-        __attribute__((optimize("O3", "associative-math", "no-signed-zeros", "no-trapping-math"))) double
-        responseDb(const Signal& s) const
+        OPTIMIZED("O3", "associative-math", "no-signed-zeros", "no-trapping-math")
+        double responseDb(const Signal& s) const
         {
             float re = 0, im = 0;
             for (size_t n = 0; n < s.size(); ++n) {
