@@ -15,7 +15,11 @@ class Chain
 {
 public:
     void prepare(double rate);
-    void setKernel(const Kernel* kernel) { kernel_ = kernel; }
+    void setKernel(const Kernel* kernel)
+    {
+        kernel_ = kernel;
+        limiter_.setKernel(kernel);
+    }
     int latencyFrames() const noexcept;
 
     /// The newest wishes; taken up at the next grid point.

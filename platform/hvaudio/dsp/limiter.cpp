@@ -1,5 +1,7 @@
 #include "platform/hvaudio/dsp/limiter.h"
 
+#include "platform/hvaudio/dsp/kernel/detector.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstring>
@@ -16,34 +18,8 @@ constexpr float crestTolerance = 1.06f; ///< a crest is what needs all of the ga
 constexpr int recoveryHolds = 15;       ///< time constant of the way up, in holds
 constexpr float nearlyOne = 0.9999f;    ///< where the way up ends in exactly 1
 
-/// The detector's filters: what lies a quarter and half of the way between two samples, by a sinc under a
-/// Kaiser window (beta 4) of 12 samples; three quarters of the way is a quarter backwards. Up to 0.375 of the
-/// rate they are right within 0.07 dB, where the standard's own example of such filters is within 0.24 dB.
-constexpr int taps = 12;
-// clang-format off
-constexpr float quarter[taps] = {
-    -0.004689601f,  0.013215159f, -0.028639637f,  0.055971889f,
-    -0.110747606f,  0.292089887f,  0.897619942f, -0.166945734f,
-     0.077881933f, -0.040290107f,  0.019848306f, -0.008275233f};
-constexpr float half[taps / 2] = { // and the same backwards
-    -0.008953532f,  0.023044449f, -0.048153154f,
-     0.093256388f, -0.190222875f,  0.629019364f};
-// clang-format on
-
-/// The most that the detector can make of samples up to 1: the sum of the sizes of the filter for the
-/// middle, 1.985.
-constexpr float detectorGain = [] {
-    float sum = 0;
-    for (const float tap : half)
-        sum += 2 * (tap < 0 ? -tap : tap);
-    return sum;
-}();
-/// 0.05 dB for crests that lie between what the detector sees.
-constexpr float margin = 1.006f;
-/// No answer of the detector is more than so many times the largest sample that it sees.
-constexpr float mostBetween = detectorGain * margin * 1.0001f;
 /// What never needs the detector.
-constexpr float surelyBelow = Limiter::ceiling / mostBetween;
+constexpr float surelyBelow = Limiter::ceiling / detector::mostBetween;
 
 int nextPowerOfTwo(double atLeast)
 {
@@ -51,73 +27,6 @@ int nextPowerOfTwo(double atLeast)
     while (n < atLeast)
         n *= 2;
     return n;
-}
-
-float largestOf(const float* samples, int count) noexcept
-{
-    float top = 0;
-    for (int n = 0; n < count; ++n) {
-        const float size = samples[n] < 0 ? -samples[n] : samples[n];
-        top = size > top ? size : top;
-    }
-    return top;
-}
-
-/// Four neighbouring samples.
-typedef float Four __attribute__((vector_size(16)));
-
-Four load(const float* samples) noexcept
-{
-    Four four;
-    std::memcpy(&four, samples, sizeof four);
-    return four;
-}
-
-Four sizeOf(Four x) noexcept
-{
-    return x < 0 ? -x : x;
-}
-
-Four larger(Four a, Four b) noexcept
-{
-    return a > b ? a : b;
-}
-
-/// Largest of what lies between the samples of a cell, six frames late. A filter and its reverse are the sum
-/// and the difference of what is made of the sums and of the differences of samples alike far from the
-/// middle.
-float largestBetween(const float* cell) noexcept
-{
-    Four top = {};
-    for (int n = 0; n < gridFrames; n += 4) {
-        Four middle = {}, even = {}, odd = {};
-        for (int k = 0; k < taps / 2; ++k) {
-            const Four near = load(cell + n - k), far = load(cell + n - (taps - 1 - k));
-            const Four sum = near + far;
-            middle += half[k] * sum;
-            even += 0.5f * (quarter[k] + quarter[taps - 1 - k]) * sum;
-            odd += 0.5f * (quarter[k] - quarter[taps - 1 - k]) * (near - far);
-        }
-        // The larger of |even + odd| and |even - odd| is the sum of the sizes.
-        top = larger(top, larger(sizeOf(middle), sizeOf(even) + sizeOf(odd)));
-    }
-    return margin * std::max({top[0], top[1], top[2], top[3]});
-}
-
-/// One speaker; returns the largest sample.
-float applyGain(const float* from, const float* gain, float* to, int frames) noexcept
-{
-    constexpr float ceiling = Limiter::ceiling;
-    float top = 0;
-    for (int n = 0; n < frames; ++n) {
-        float x = from[n] * gain[n];
-        x = x > ceiling ? ceiling : x;
-        x = x < -ceiling ? -ceiling : x;
-        const float size = x < 0 ? -x : x;
-        top = size > top ? size : top;
-        to[n] = x;
-    }
-    return top;
 }
 
 /// The gain that brings this down to the ceiling, a hair below it so that the product's rounding stays there.
@@ -249,7 +158,7 @@ void Limiter::endCell(int end) noexcept
         --m_alert;
     float top[speakerCount];
     for (int i = 0; i < speakerCount; ++i) {
-        top[i] = largestOf(m_history.before(i, gridFrames - end), gridFrames);
+        top[i] = m_kernel->largestOf(m_history.before(i, gridFrames - end));
         // What lies between this cell and the next is seen with the next.
         if (top[i] > surelyBelow)
             m_alert = 1;
@@ -259,8 +168,8 @@ void Limiter::endCell(int end) noexcept
     for (int i = 0; i < speakerCount; ++i) {
         float& group = i == Subwoofer ? m_subwooferTop : m_cabinTop;
         // The detector is asked only where its answer can matter.
-        if (std::max(top[i], m_before[i]) * mostBetween > std::max(group, ceiling))
-            group = std::max(group, largestBetween(m_history.before(i, gridFrames - end)));
+        if (std::max(top[i], m_before[i]) * detector::mostBetween > std::max(group, ceiling))
+            group = std::max(group, m_kernel->largestBetween(m_history.before(i, gridFrames - end)));
         m_before[i] = top[i];
     }
 }
@@ -296,8 +205,8 @@ float Limiter::process(float* const out[speakerCount], int frames, int offset,
                 m_alert = std::max(m_alert, 1); // the cell isn't over
         }
         for (int i = 0; i < speakerCount; ++i)
-            peak[i] = applyGain(m_history.before(i, late), gain[i == Subwoofer], out[i] ? out[i] : unwanted,
-                                frames);
+            peak[i] = m_kernel->applyGain(m_history.before(i, late), gain[i == Subwoofer],
+                                          out[i] ? out[i] : unwanted, frames, ceiling);
     }
     m_history.advance(frames);
     return smallest;

@@ -2,6 +2,7 @@
 
 #include "platform/hvaudio/dsp/glide.h"
 #include "platform/hvaudio/dsp/history.h"
+#include "platform/hvaudio/dsp/kernel/kernel.h"
 #include "platform/hvaudio/dsp/settings.h"
 
 #include <vector>
@@ -73,6 +74,8 @@ public:
 
     /// [OFF] Rate of samples in Hz.
     void prepare(double rate);
+    /// [OFF]
+    void setKernel(const Kernel* kernel) { m_kernel = kernel; }
     void clear() noexcept;
     /// At most 3 ms from 44.1 kHz up, at most 4 ms from 12 kHz up, 4.9 ms at 8 kHz.
     int latencyFrames() const noexcept { return m_lookAhead * gridFrames + detectorFrames; }
@@ -93,6 +96,7 @@ private:
     void startCell() noexcept;
     void endCell(int end) noexcept;
 
+    const Kernel* m_kernel = kernelOf(bestPath());
     History m_history;
     float* m_inputs[speakerCount] = {};
     int m_lookAhead = 8; ///< cells

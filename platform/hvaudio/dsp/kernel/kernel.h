@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/hvaudio/dsp/glide.h"
 #include "platform/hvaudio/dsp/samples.h"
 #include "platform/hvaudio/dsp/settings.h"
 
@@ -140,6 +141,12 @@ struct Kernel
                       bool lowPass);
     void (*glidingCrossover)(const double* pairs, float* const out[speakerCount], int frames, Parameters& now,
                              const Parameters& step, FilterMemory& memory);
+    /// Largest absolute sample of a cell of `gridFrames` frames, and the largest of what lies between them,
+    /// six frames late (it reads eleven frames before the cell).
+    float (*largestOf)(const float* cell);
+    float (*largestBetween)(const float* cell);
+    /// Times the gain, held at the ceiling; returns the largest absolute sample.
+    float (*applyGain)(const float* from, const float* gain, float* to, int frames, float ceiling);
 };
 
 /// Null when this processor can't run the path.

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/hvaudio/dsp/kernel/kernel_paths.h"
+#include "platform/hvaudio/dsp/kernel/kernel_peaks.h"
 
 #include <cstring>
 

@@ -21,6 +21,7 @@ void crossover(const double* pairs, float* const out[speakerCount], int frames, 
 
 } // namespace
 
-const Kernel scalarKernel = {gather, cascade, glidingCascade, crossover, glidingCrossover};
+const Kernel scalarKernel = {gather,           cascade,       glidingCascade,     crossover,
+                             glidingCrossover, largestOf<F4>, largestBetween<F4>, applyGain};
 
 } // namespace hvaudio::dsp

@@ -12,7 +12,6 @@ namespace {
 
 typedef double D2 __attribute__((vector_size(16)));
 typedef double D4 __attribute__((vector_size(32)));
-typedef float F4 __attribute__((vector_size(16)));
 
 template <typename V>
 constexpr int widthOf = int(sizeof(V) / sizeof(double));

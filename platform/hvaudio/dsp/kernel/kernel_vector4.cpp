@@ -6,8 +6,10 @@
 namespace hvaudio::dsp {
 
 namespace {
-const Kernel kernel = {gather, cascade<D4>, glidingCascade, crossover<D4>, glidingCrossover};
-}
+typedef float F8 __attribute__((vector_size(32)));
+const Kernel kernel = {gather,           cascade<D4>,   glidingCascade,     crossover<D4>,
+                       glidingCrossover, largestOf<F8>, largestBetween<F8>, applyGain};
+} // namespace
 const Kernel* const vector4Kernel = &kernel;
 
 } // namespace hvaudio::dsp

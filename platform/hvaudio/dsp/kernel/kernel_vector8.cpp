@@ -7,8 +7,10 @@
 namespace hvaudio::dsp {
 
 namespace {
-const Kernel kernel = {gather, cascade<D8>, glidingCascade, crossover<D4>, glidingCrossover};
-}
+typedef float F16 __attribute__((vector_size(64)));
+const Kernel kernel = {gather,           cascade<D8>,    glidingCascade,      crossover<D4>,
+                       glidingCrossover, largestOf<F16>, largestBetween<F16>, applyGain};
+} // namespace
 const Kernel* const vector8Kernel = &kernel;
 
 } // namespace hvaudio::dsp
