@@ -100,7 +100,8 @@ cost() { # WAY SOUND: ns per frame of the chain alone
 }
 counted() { # WAY SOUND LENGTH
     command_of "$1" $2 "$3"
-    valgrind --tool=callgrind --callgrind-out-file=/dev/null "${command[@]}" 2>&1 >/dev/null | sed -n 's/.*Collected : //p'
+    valgrind --tool=callgrind --callgrind-out-file=/dev/null "${command[@]}" >/dev/null 2>"$work/counted" || return 0
+    sed -n 's/.*Collected : //p' "$work/counted"
 }
 instructions() { # WAY SOUND: of the chain alone in the second second; "-" where callgrind can't run it
     local count=0 way
