@@ -4,7 +4,6 @@
 #include "M5QX/filelocal.h"
 #include "common/keyevent.h"
 #include "mainwindow/mainwidget.h"
-#include "mainwindow/plugin.h"
 
 namespace audiosetting {
 
@@ -27,7 +26,7 @@ void MainWindow::onCreate()
     } else {
         m_widget = new MainWidget(nullptr);
         connect(m_widget, SIGNAL(destroyed()), this, SLOT(onDestroyObj()));
-        setMainWidget(m_widget, Plugin::windowId);
+        setMainWidget(m_widget, windowId);
     }
     cm::BaseWindow::onCreate();
 }

@@ -13,6 +13,9 @@ class MainWindow : public cm::BaseWindow
 {
     Q_OBJECT
 public:
+    /// The plug-in's only window, and the window id of its root widget.
+    static constexpr int windowId = 33;
+
     explicit MainWindow(QObject* parent = nullptr);
     ~MainWindow() override;
 

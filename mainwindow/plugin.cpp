@@ -11,7 +11,7 @@ void Plugin::create()
 
 QList<int> Plugin::windowInterfaceID()
 {
-    return {windowId};
+    return {MainWindow::windowId};
 }
 
 QList<int> Plugin::sourceInterfaceID()
@@ -21,7 +21,7 @@ QList<int> Plugin::sourceInterfaceID()
 
 WindowInterface* Plugin::requestWindowInterface(int id)
 {
-    if (id != windowId)
+    if (id != MainWindow::windowId)
         return nullptr;
     if (!m_window)
         m_window = new MainWindow(this);

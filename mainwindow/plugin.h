@@ -16,12 +16,9 @@ class Plugin : public QObject, public AppPlugin
                                                     "plugin.json")
     Q_INTERFACES(AppPlugin)
 public:
-    /// The plug-in's only window, and the window id of its root widget.
-    static constexpr int windowId = 33;
-
     /// Nothing is to be done before the window is asked for.
     void create() override;
-    /// The one window's id.
+    /// The one window's id, MainWindow::windowId.
     QList<int> windowInterfaceID() override;
     /// None.
     QList<int> sourceInterfaceID() override;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "peers.h"
+#include "bench/hvaudio/peers.h"
 
 #include <cstring>
 #include <immintrin.h>

@@ -2,12 +2,12 @@
 
 #include "tests/support/touch.h"
 
-#include <QPushButton>
 #include <QtTest>
 
 namespace {
 /// How far off the page a finger strays, in pixels.
 constexpr int astray = 60;
+constexpr int stepsBetweenPaints = 1000;
 constexpr const char* variable = "AUDIOSETTING_SEED";
 } // namespace
 
@@ -46,10 +46,18 @@ RandomWalk::RandomWalk(QWidget* page, quint32 seed)
     , m_random(seed)
     , m_ground(page->rect())
 {
+    const QList<QPushButton*> keys = page->findChildren<QPushButton*>();
+    m_keys = QVector<QPointer<QPushButton>>(keys.begin(), keys.end());
+    m_page->setUpdatesEnabled(false);
 }
 
 RandomWalk::Step RandomWalk::step()
 {
+    if (m_steps++ % stepsBetweenPaints == 0) {
+        m_page->setUpdatesEnabled(true);
+        m_page->repaint();
+        m_page->setUpdatesEnabled(false);
+    }
     if (!m_down) {
         do {
             m_at = place();
@@ -81,6 +89,7 @@ void RandomWalk::end()
     if (m_down)
         touch::release(m_page, QPoint(-astray, -astray));
     m_down = false;
+    m_page->setUpdatesEnabled(true);
 }
 
 QPoint RandomWalk::anywhere()
@@ -91,12 +100,13 @@ QPoint RandomWalk::anywhere()
 
 QPoint RandomWalk::aKey()
 {
-    QVector<QPoint> middles;
-    const QList<QPushButton*> keys = m_page->findChildren<QPushButton*>();
-    for (const QPushButton* key : keys) {
+    for (int tries = 0; tries < 10 && !m_keys.isEmpty(); ++tries) {
+        const QPushButton* key = m_keys.at(m_random.bounded(m_keys.size()));
+        if (!key || !key->isVisibleTo(m_page))
+            continue;
         const QPoint middle = touch::middle(m_page, key);
-        if (key->isVisibleTo(m_page) && m_ground.contains(middle))
-            middles << middle;
+        if (m_ground.contains(middle))
+            return middle;
     }
-    return middles.isEmpty() ? anywhere() : middles.at(m_random.bounded(middles.size()));
+    return anywhere();
 }

@@ -1,14 +1,18 @@
 #pragma once
 
+#include <QPointer>
+#include <QPushButton>
 #include <QRandomGenerator>
 #include <QRect>
+#include <QVector>
 
 #include <functional>
 
-class QWidget;
-
 /// A finger that wanders over a page at random: it goes down, moves and comes up, often where there is
 /// something to press.
+///
+/// Nine tenths of the time of a touch would go into painting what it changed; the page is painted now and
+/// then.
 ///
 /// The numbers of a process begin at the seed that the environment variable AUDIOSETTING_SEED names, or at
 /// another one in each run. A test function takes its seed from its data rows, whose names hold it; so every
@@ -42,7 +46,7 @@ public:
     QWidget* holder() const { return m_holder; }
     /// For what else a test leaves to chance.
     int bounded(int end) { return m_random.bounded(end); }
-    /// Lifts the finger off the page if it is down.
+    /// Lifts the finger off the page if it is down; the page paints itself again.
     void end();
 
 private:
@@ -51,10 +55,12 @@ private:
     QPoint place() { return m_random.bounded(2) ? anywhere() : m_aim(); }
 
     QWidget* const m_page;
+    QVector<QPointer<QPushButton>> m_keys; ///< all that the page had at first
     QRandomGenerator m_random;
     QRect m_ground;
     std::function<QPoint()> m_aim = [this] { return aKey(); };
     QWidget* m_holder = nullptr;
     QPoint m_at;
     bool m_down = false;
+    int m_steps = 0;
 };

@@ -4,6 +4,7 @@
 #include <csignal>
 #include <cstddef>
 #include <cstdint>
+#include <iterator>
 
 #include <linux/audit.h>
 #include <linux/filter.h>
@@ -176,7 +177,7 @@ inline bool trapOnThisThread(SystemCallHandler onSystemCall)
         BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW),
     };
     // clang-format on
-    const sock_fprog filter = {sizeof program / sizeof program[0], program};
+    const sock_fprog filter = {std::size(program), program};
     return !prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) && !prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &filter);
 }
 

@@ -270,13 +270,7 @@ QImage Screen::picture() const
 
 QRect drawnRect(const QWidget* widget, const QString& text)
 {
-    constexpr int around = 240; // a text that doesn't fit is wanted whole
-    QImage image(widget->size() + QSize(2 * around, 2 * around), QImage::Format_ARGB32_Premultiplied);
-    image.fill(Qt::transparent);
-    QPainter painter(&image);
-    painter.setFont(widget->font());
-    painter.setPen(Qt::white);
-    QRect place(QPoint(around, around), widget->size());
+    QRect place = widget->rect();
     int flags = Qt::AlignCenter;
     if (const auto* label = qobject_cast<const QLabel*>(widget)) {
         const auto direction = text.isRightToLeft() ? Qt::RightToLeft : Qt::LeftToRight;
@@ -284,7 +278,7 @@ QRect drawnRect(const QWidget* widget, const QString& text)
         flags |= direction == Qt::RightToLeft ? Qt::TextForceRightToLeft : Qt::TextForceLeftToRight;
         if (label->wordWrap())
             flags |= Qt::TextWordWrap;
-        place = label->contentsRect().translated(around, around);
+        place = label->contentsRect();
         place.adjust(label->margin(), label->margin(), -label->margin(), -label->margin());
         const int indent = qMax(0, label->indent());
         if (flags & Qt::AlignLeft)
@@ -292,10 +286,21 @@ QRect drawnRect(const QWidget* widget, const QString& text)
         if (flags & Qt::AlignRight)
             place.setRight(place.right() - indent);
     }
-    painter.drawText(place, flags | Qt::TextDontClip, text);
+    flags |= Qt::TextDontClip;
+    // The lines, wanted whole where they don't fit, and as much air as any glyph stands out of its line.
+    constexpr int air = 40;
+    const QRect lines = QFontMetrics(widget->font()).boundingRect(place, flags, text);
+    const QRect around = lines.adjusted(-air, -air, air, air);
+    QImage image(around.size(), QImage::Format_ARGB32_Premultiplied);
+    image.fill(Qt::transparent);
+    QPainter painter(&image);
+    painter.translate(-around.topLeft());
+    painter.setFont(widget->font());
+    painter.setPen(Qt::white);
+    painter.drawText(place, flags, text);
     painter.end();
     const QRect ink = inked(image);
-    return ink.isNull() ? QRect() : ink.translated(-around, -around);
+    return ink.isNull() ? QRect() : ink.translated(around.topLeft());
 }
 
 QVector<Text> texts(const Screen& screen)

@@ -102,7 +102,9 @@ QList<QWidget*> SoundUnit::controls() const
 
 QWidget* SoundUnit::find(const QString& name) const
 {
-    const auto all = window()->findChildren<QWidget*>();
+    // What the page made itself is called by more than its object name.
+    const bool madeByPage = name == QLatin1String("pad") || name.contains(':');
+    const auto all = madeByPage ? window()->findChildren<QWidget*>() : window()->findChildren<QWidget*>(name);
     for (QWidget* widget : all) {
         if (widget->isVisible() && nameOf(widget) == name)
             return widget;

@@ -10,7 +10,9 @@
 #include <QAbstractButton>
 #include <QAbstractSlider>
 #include <QApplication>
+#include <QGlyphRun>
 #include <QLabel>
+#include <QTextLayout>
 #include <QtTest>
 
 using namespace screens;

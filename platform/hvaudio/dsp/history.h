@@ -15,11 +15,11 @@ class History
 {
 public:
     /// [OFF] Allocates and clears. `past`: frames that stay readable.
-    void prepare(int signals, int past)
+    void prepare(int signalCount, int past)
     {
         m_past = past;
         m_stride = past + std::max(16 * pieceFrames, 4 * past);
-        m_data.assign(size_t(signals) * m_stride, 0.0f);
+        m_data.assign(size_t(signalCount) * m_stride, 0.0f);
         m_position = m_past;
     }
     void clear() noexcept

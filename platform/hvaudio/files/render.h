@@ -11,9 +11,9 @@ namespace hvaudio {
 /// Renders a sound file as the unit would play it.
 ///
 /// The engine runs at the file's own rate when that is 44100, 48000 or 96000 Hz, else at 48000. The result is
-/// a WAV of 32 bit floats, FL FR LFE BL BR with its channel mask, or folded to left and right (fold.h). Its first frame is the
-/// input's first frame (the processor's own latency is taken out); it is 0.1 s longer than the input, in
-/// which delays and filters ring out.
+/// a WAV of 32 bit floats, FL FR LFE BL BR with its channel mask, or folded to left and right (fold.h). Its
+/// first frame is the input's first frame (the processor's own latency is taken out); it is 0.1 s longer than
+/// the input, in which delays and filters ring out.
 struct RenderJob
 {
     std::string in, out;

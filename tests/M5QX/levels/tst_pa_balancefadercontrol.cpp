@@ -4,6 +4,7 @@
 #include "tests/support/randomwalk.h"
 #include "tests/support/touch.h"
 
+#include <QPainter>
 #include <QSignalSpy>
 #include <QtTest>
 

@@ -1,6 +1,7 @@
 #include "tests/M5QX/timealignment/timealignment.h"
 
 #include <QButtonGroup>
+#include <QTextDocument>
 #include <QtTest>
 
 using namespace timealignment;

@@ -3,6 +3,7 @@
 #include "tests/support/touch.h"
 
 #include <QRegularExpression>
+#include <QScrollBar>
 #include <QSignalSpy>
 
 #include <climits>

@@ -9,6 +9,7 @@
 #include <QAbstractButton>
 #include <QAction>
 #include <QComboBox>
+#include <QAction>
 #include <QFileDialog>
 #include <QFileSystemModel>
 #include <QLabel>

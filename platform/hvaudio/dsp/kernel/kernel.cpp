@@ -1,7 +1,5 @@
 #include "platform/hvaudio/dsp/kernel/kernel.h"
 
-#include "platform/hvaudio/dsp/kernel/kernel_paths.h"
-
 namespace hvaudio::dsp {
 
 namespace {

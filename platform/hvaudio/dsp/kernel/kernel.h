@@ -149,6 +149,12 @@ struct Kernel
     float (*applyGain)(const float* from, const float* gain, float* to, int frames, float ceiling);
 };
 
+/// One in each file kernel_*.cpp; null where the machine that was built for has no such instructions.
+extern const Kernel scalarKernel;
+extern const Kernel* const vector2Kernel;
+extern const Kernel* const vector4Kernel;
+extern const Kernel* const vector8Kernel;
+
 /// Null when this processor can't run the path.
 const Kernel* kernelOf(Path path) noexcept;
 /// The fastest path that this processor can run.

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/hvaudio/dsp/kernel/detector.h"
-#include "platform/hvaudio/dsp/kernel/kernel_paths.h"
+#include "platform/hvaudio/dsp/kernel/kernel.h"
 
 // The limiter's loops, in vectors `F` of floats.
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/hvaudio/dsp/kernel/kernel_paths.h"
+#include "platform/hvaudio/dsp/kernel/kernel.h"
 #include "platform/hvaudio/dsp/kernel/kernel_peaks.h"
 
 #include <cstring>

@@ -15,7 +15,7 @@ const Kernel* const vector2Kernel = &kernel;
 
 #else
 
-#include "platform/hvaudio/dsp/kernel/kernel_paths.h"
+#include "platform/hvaudio/dsp/kernel/kernel.h"
 
 const hvaudio::dsp::Kernel* const hvaudio::dsp::vector2Kernel = nullptr;
 

@@ -16,7 +16,7 @@ const Kernel* const vector4Kernel = &kernel;
 
 #else
 
-#include "platform/hvaudio/dsp/kernel/kernel_paths.h"
+#include "platform/hvaudio/dsp/kernel/kernel.h"
 
 const hvaudio::dsp::Kernel* const hvaudio::dsp::vector4Kernel = nullptr;
 

@@ -17,7 +17,7 @@ const Kernel* const vector8Kernel = &kernel;
 
 #else
 
-#include "platform/hvaudio/dsp/kernel/kernel_paths.h"
+#include "platform/hvaudio/dsp/kernel/kernel.h"
 
 const hvaudio::dsp::Kernel* const hvaudio::dsp::vector8Kernel = nullptr;
 
