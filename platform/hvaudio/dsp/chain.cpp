@@ -26,63 +26,63 @@ bool allSilent(const Parameters& p)
 
 void Chain::prepare(double rate)
 {
-    law_ = GlideLaw(rate, glideMs);
+    m_law = GlideLaw(rate, glideMs);
     const int longestTap = int(longestDelaySeconds * rate) + 2 + subwooferLead;
-    delay_.prepare(rate, longestTap);
-    limiter_.prepare(rate);
-    source_.prepare(rate);
-    ducker_.prepare(rate);
-    beeper_.prepare(rate);
-    ringOut_ = longestTap + latencyFrames() + int(0.1 * rate);
-    now_ = first_ = next_ = step_ = Parameters();
-    newest_ = wanted_ = Snapshot();
-    snapshotWaiting_ = beepWanted_ = false;
-    left_ = 0;
-    gliding_ = lowPass_ = moving_ = false;
-    deaf_ = true;
-    std::fill(std::begin(bus_), std::end(bus_), Line{0, 0});
+    m_delay.prepare(rate, longestTap);
+    m_limiter.prepare(rate);
+    m_source.prepare(rate);
+    m_ducker.prepare(rate);
+    m_beeper.prepare(rate);
+    m_ringOut = longestTap + latencyFrames() + int(0.1 * rate);
+    m_now = m_first = m_next = m_step = Parameters();
+    m_newest = m_wanted = Snapshot();
+    m_snapshotWaiting = m_beepWanted = false;
+    m_left = 0;
+    m_gliding = m_lowPass = m_moving = false;
+    m_deaf = true;
+    std::fill(std::begin(m_bus), std::end(m_bus), Line{0, 0});
     clearSound();
-    offset_ = window_ = 0;
+    m_offset = m_window = 0;
 }
 
 int Chain::latencyFrames() const noexcept
 {
     // 1 is the all-pass'.
-    return cascadeLatency + crossoverLatency + 1 + limiter_.latencyFrames();
+    return cascadeLatency + crossoverLatency + 1 + m_limiter.latencyFrames();
 }
 
 void Chain::clearSound() noexcept
 {
-    memory_ = {};
-    delay_.clear();
-    limiter_.clear();
-    idle_ = true;
-    loud_ = false;
-    quiet_ = 0;
+    m_memory = {};
+    m_delay.clear();
+    m_limiter.clear();
+    m_idle = true;
+    m_loud = false;
+    m_quiet = 0;
 }
 
 void Chain::aim(const Snapshot& snapshot) noexcept
 {
-    newest_ = snapshot;
-    snapshotWaiting_ = true;
+    m_newest = snapshot;
+    m_snapshotWaiting = true;
 }
 
 void Chain::settle() noexcept
 {
-    if (snapshotWaiting_)
+    if (m_snapshotWaiting)
         takeSnapshot();
-    left_ = 0;
-    now_ = first_ = next_ = wanted_.parameters;
-    delay_.jump();
-    source_.jump(wanted_.source, wanted_.sourceFactor);
-    lowPass_ = wanted_.lowPassUsed;
-    moving_ = gliding_ = false;
-    deaf_ = allSilent(now_);
-    bus_[0] = {now_.bus[0] * source_.factor() * ducker_.factor(), 0};
+    m_left = 0;
+    m_now = m_first = m_next = m_wanted.parameters;
+    m_delay.jump();
+    m_source.jump(m_wanted.source, m_wanted.sourceFactor);
+    m_lowPass = m_wanted.lowPassUsed;
+    m_moving = m_gliding = false;
+    m_deaf = allSilent(m_now);
+    m_bus[0] = {m_now.bus[0] * m_source.factor() * m_ducker.factor(), 0};
     for (int i = 0; i < promptCount; ++i)
-        bus_[1 + i] = {now_.bus[1 + i], 0};
+        m_bus[1 + i] = {m_now.bus[1 + i], 0};
     clearSound();
-    offset_ = 0;
+    m_offset = 0;
 }
 
 void Chain::jumpUnheard() noexcept
@@ -90,79 +90,80 @@ void Chain::jumpUnheard() noexcept
     // Nothing is audible: only the speakers' gains have a way to go. Otherwise a volume that was turned down
     // while the power was off would be heard on its way down.
     double gain[8];
-    std::memcpy(gain, now_.speakerGain, sizeof gain);
-    now_ = wanted_.parameters;
-    std::memcpy(now_.speakerGain, gain, sizeof gain);
-    first_ = next_ = now_;
-    memory_ = {};
-    delay_.jump();
-    source_.jumpUnheard(wanted_.source, wanted_.sourceFactor);
+    std::memcpy(gain, m_now.speakerGain, sizeof gain);
+    m_now = m_wanted.parameters;
+    std::memcpy(m_now.speakerGain, gain, sizeof gain);
+    m_first = m_next = m_now;
+    m_memory = {};
+    m_delay.jump();
+    m_source.jumpUnheard(m_wanted.source, m_wanted.sourceFactor);
 }
 
 /// What is switched on again meanwhile waits for silence: it starts at its own volume, and what is fading out
 /// may be louder.
 bool Chain::switchingOff() const noexcept
 {
-    return !wanted_.power && !allSilent(now_);
+    return !m_wanted.power && !allSilent(m_now);
 }
 
 void Chain::takeSnapshot() noexcept
 {
-    snapshotWaiting_ = false;
-    wanted_ = newest_;
-    left_ = law_.points;
+    m_snapshotWaiting = false;
+    m_wanted = m_newest;
+    m_left = m_law.points;
     for (int i = 0; i < speakerCount; ++i)
-        delay_.aim(i, wanted_.delayTap[i]);
-    if (wanted_.lowPassUsed && !lowPass_) {
+        m_delay.aim(i, m_wanted.delayTap[i]);
+    if (m_wanted.lowPassUsed && !m_lowPass) {
         // It starts from rest: what it remembers is from its last use.
-        std::fill(memory_.low.first, memory_.low.first + subwooferLane, 0);
-        std::fill(memory_.low.second, memory_.low.second + subwooferLane, 0);
-        lowPass_ = true;
+        std::fill(m_memory.low.first, m_memory.low.first + subwooferLane, 0);
+        std::fill(m_memory.low.second, m_memory.low.second + subwooferLane, 0);
+        m_lowPass = true;
     }
-    if (allSilent(now_))
+    if (allSilent(m_now))
         jumpUnheard();
-    source_.aim(wanted_.source, wanted_.sourceFactor);
+    m_source.aim(m_wanted.source, m_wanted.sourceFactor);
 }
 
 void Chain::advanceGrid() noexcept
 {
-    if (gliding_)
-        now_ = next_; // exactly, whatever adding up the steps left
-    if (snapshotWaiting_ && !(newest_.power && switchingOff()))
+    if (m_gliding)
+        m_now = m_next; // exactly, whatever adding up the steps left
+    if (m_snapshotWaiting && !(m_newest.power && switchingOff()))
         takeSnapshot();
-    if (beepWanted_)
-        beeper_.trigger();
-    beepWanted_ = false;
+    if (m_beepWanted)
+        m_beeper.trigger();
+    m_beepWanted = false;
 
-    const bool glided = std::exchange(gliding_, left_ > 0);
-    if (gliding_ != glided)
-        gliding_ ? toStateForm(memory_, now_) : toDirectForm(memory_, now_);
-    if (gliding_) {
-        if (--left_ == 0)
-            first_ = next_ = wanted_.parameters;
+    const bool glided = std::exchange(m_gliding, m_left > 0);
+    if (m_gliding != glided)
+        m_gliding ? toStateForm(m_memory, m_now) : toDirectForm(m_memory, m_now);
+    if (m_gliding) {
+        if (--m_left == 0)
+            m_first = m_next = m_wanted.parameters;
         else
-            advanceGlide(law_.share, wanted_.parameters.data(), first_.data(), next_.data(), parameterCount);
-        stepBetween(now_.data(), next_.data(), step_.data(), parameterCount);
+            advanceGlide(m_law.share, m_wanted.parameters.data(), m_first.data(), m_next.data(),
+                         parameterCount);
+        stepBetween(m_now.data(), m_next.data(), m_step.data(), parameterCount);
     } else {
-        lowPass_ = wanted_.lowPassUsed;
-        deaf_ = allSilent(now_);
+        m_lowPass = m_wanted.lowPassUsed;
+        m_deaf = allSilent(m_now);
     }
-    const double programme = now_.bus[0] * source_.factor() * ducker_.factor();
-    source_.advanceGrid();
-    ducker_.advanceGrid();
-    beeper_.advanceGrid();
-    const double programmeNext = next_.bus[0] * source_.factor() * ducker_.factor();
-    bus_[0] = {programme, (programmeNext - programme) / gridFrames};
+    const double programme = m_now.bus[0] * m_source.factor() * m_ducker.factor();
+    m_source.advanceGrid();
+    m_ducker.advanceGrid();
+    m_beeper.advanceGrid();
+    const double programmeNext = m_next.bus[0] * m_source.factor() * m_ducker.factor();
+    m_bus[0] = {programme, (programmeNext - programme) / gridFrames};
     for (int i = 1; i <= promptCount; ++i)
-        bus_[i] = {now_.bus[i], (next_.bus[i] - now_.bus[i]) / gridFrames};
-    const bool fading = delay_.advanceGrid();
-    moving_ = gliding_ || fading || source_.moving() || ducker_.moving() || beeper_.sounding();
-    deaf_ &= !moving_;
+        m_bus[i] = {m_now.bus[i], (m_next.bus[i] - m_now.bus[i]) / gridFrames};
+    const bool fading = m_delay.advanceGrid();
+    m_moving = m_gliding || fading || m_source.moving() || m_ducker.moving() || m_beeper.sounding();
+    m_deaf &= !m_moving;
 }
 
 bool Chain::silentInput(const Block& block, int start, int frames) const noexcept
 {
-    if (deaf_)
+    if (m_deaf)
         return true;
     const auto silent = [=](const float* signal) { return !signal || allZero(signal + start, frames); };
     bool all = silent(block.programme[0]) && silent(block.programme[1]);
@@ -174,33 +175,33 @@ bool Chain::silentInput(const Block& block, int start, int frames) const noexcep
 void Chain::process(const Block& block, Meters& meters) noexcept
 {
     const ScopedFlush flush;
-    source_.newBlock();
+    m_source.newBlock();
     bool prompts = false;
     for (const auto& prompt : block.prompt)
         prompts |= prompt[0] != nullptr;
     for (int done = 0; done < block.frames;) {
-        if (idle_) {
+        if (m_idle) {
             const int rest = block.frames - done;
-            if (!snapshotWaiting_ && !beepWanted_ && silentInput(block, done, rest)) {
+            if (!m_snapshotWaiting && !m_beepWanted && silentInput(block, done, rest)) {
                 for (float* out : block.out)
                     if (out)
                         std::memset(out + done, 0, size_t(rest) * sizeof(float));
-                offset_ = (offset_ + rest) % gridFrames;
-                window_ = (window_ + rest) % windowFrames;
+                m_offset = (m_offset + rest) % gridFrames;
+                m_window = (m_window + rest) % windowFrames;
                 return;
             }
-            idle_ = false;
+            m_idle = false;
         }
-        if (offset_ == 0)
+        if (m_offset == 0)
             advanceGrid();
-        const bool toNextPoint = moving_ || prompts || snapshotWaiting_ || beepWanted_;
-        const int frames = std::min({block.frames - done, (toNextPoint ? gridFrames : pieceFrames) - offset_,
-                                     windowFrames - window_});
+        const bool toNextPoint = m_moving || prompts || m_snapshotWaiting || m_beepWanted;
+        const int frames = std::min({block.frames - done, (toNextPoint ? gridFrames : pieceFrames) - m_offset,
+                                     windowFrames - m_window});
         processPiece(block, done, frames, meters);
         done += frames;
-        offset_ = (offset_ + frames) % gridFrames;
-        window_ += frames;
-        if (window_ == windowFrames)
+        m_offset = (m_offset + frames) % gridFrames;
+        m_window += frames;
+        if (m_window == windowFrames)
             endWindow();
     }
 }
@@ -208,10 +209,10 @@ void Chain::process(const Block& block, Meters& meters) noexcept
 /// What has rung out is forgotten at a window's end, so at the same frame whatever the block size.
 void Chain::endWindow() noexcept
 {
-    window_ = 0;
-    quiet_ = loud_ ? 0 : std::min(quiet_ + windowFrames, ringOut_);
-    loud_ = false;
-    if (quiet_ >= ringOut_ && !moving_ && !limiter_.working())
+    m_window = 0;
+    m_quiet = m_loud ? 0 : std::min(m_quiet + windowFrames, m_ringOut);
+    m_loud = false;
+    if (m_quiet >= m_ringOut && !m_moving && !m_limiter.working())
         clearSound();
 }
 
@@ -219,24 +220,24 @@ void Chain::filterPiece(const Block& block, int start, int frames) noexcept
 {
     alignas(64) double pairs[2 * pieceFrames];
     const auto at = [start](const float* signal) { return signal ? signal + start : nullptr; };
-    const auto line = [this](int bus) { return Line{bus_[bus].from, bus_[bus].step, offset_}; };
+    const auto line = [this](int bus) { return Line{m_bus[bus].from, m_bus[bus].step, m_offset}; };
 
-    kernel_->gather(at(block.programme[0]), at(block.programme[1]), line(0), pairs, frames);
-    if (gliding_)
-        kernel_->glidingCascade(pairs, frames, now_, step_, memory_);
+    m_kernel->gather(at(block.programme[0]), at(block.programme[1]), line(0), pairs, frames);
+    if (m_gliding)
+        m_kernel->glidingCascade(pairs, frames, m_now, m_step, m_memory);
     else
-        kernel_->cascade(pairs, frames, wanted_.direct, memory_);
+        m_kernel->cascade(pairs, frames, m_wanted.direct, m_memory);
     for (int i = 0; i < promptCount; ++i)
         if (const float* left = at(block.prompt[i][0])) {
             const float* right = block.prompt[i][1] ? at(block.prompt[i][1]) : left;
-            ducker_.notePrompt(i, addPairs(left, right, line(1 + i), pairs, frames));
+            m_ducker.notePrompt(i, addPairs(left, right, line(1 + i), pairs, frames));
         }
-    if (beeper_.sounding())
-        beeper_.add(pairs, frames, offset_);
-    if (gliding_)
-        kernel_->glidingCrossover(pairs, delay_.inputs(), frames, now_, step_, memory_);
+    if (m_beeper.sounding())
+        m_beeper.add(pairs, frames, m_offset);
+    if (m_gliding)
+        m_kernel->glidingCrossover(pairs, m_delay.inputs(), frames, m_now, m_step, m_memory);
     else
-        kernel_->crossover(pairs, delay_.inputs(), frames, wanted_.direct, now_, memory_, lowPass_);
+        m_kernel->crossover(pairs, m_delay.inputs(), frames, m_wanted.direct, m_now, m_memory, m_lowPass);
 }
 
 void Chain::processPiece(const Block& block, int start, int frames, Meters& meters) noexcept
@@ -245,13 +246,13 @@ void Chain::processPiece(const Block& block, int start, int frames, Meters& mete
     filterPiece(block, start, frames);
 
     float peak[speakerCount];
-    delay_.read(limiter_.inputs(), frames, offset_, peak);
-    loud_ |= !silent || *std::max_element(peak, peak + speakerCount) >= inaudible;
+    m_delay.read(m_limiter.inputs(), frames, m_offset, peak);
+    m_loud |= !silent || *std::max_element(peak, peak + speakerCount) >= inaudible;
 
     float* out[speakerCount];
     for (int i = 0; i < speakerCount; ++i)
         out[i] = block.out[i] ? block.out[i] + start : nullptr;
-    const float gain = limiter_.process(out, frames, offset_, peak);
+    const float gain = m_limiter.process(out, frames, m_offset, peak);
     for (int i = 0; i < speakerCount; ++i)
         meters.peak[i] = std::max(meters.peak[i], peak[i]);
     meters.gain = std::min(meters.gain, gain);

@@ -14,25 +14,26 @@ namespace hvaudio::dsp {
 class Chain
 {
 public:
+    /// rate: Hz.
     void prepare(double rate);
     void setKernel(const Kernel* kernel)
     {
-        kernel_ = kernel;
-        limiter_.setKernel(kernel);
+        m_kernel = kernel;
+        m_limiter.setKernel(kernel);
     }
     int latencyFrames() const noexcept;
 
     /// The newest wishes; taken up at the next grid point.
     void aim(const Snapshot& snapshot) noexcept;
     /// Starts the key beep at the next grid point.
-    void beep() noexcept { beepWanted_ = true; }
+    void beep() noexcept { m_beepWanted = true; }
     /// Jumps to the newest wishes and forgets all sound.
     void settle() noexcept;
     /// Runs the block; `meters` is raised where the block goes beyond it.
     void process(const Block& block, Meters& meters) noexcept;
 
-    int audibleSource() const noexcept { return source_.audible(); }
-    bool idle() const noexcept { return idle_; }
+    int audibleSource() const noexcept { return m_source.audible(); }
+    bool idle() const noexcept { return m_idle; }
 
 private:
     void advanceGrid() noexcept;
@@ -46,34 +47,35 @@ private:
     void filterPiece(const Block& block, int start, int frames) noexcept;
     void clearSound() noexcept;
 
-    const Kernel* kernel_ = kernelOf(bestPath());
-    Snapshot newest_, wanted_; ///< as it came; as the glides aim at it
-    bool snapshotWaiting_ = false, beepWanted_ = false;
+    const Kernel* m_kernel = kernelOf(bestPath());
+    Snapshot m_newest, m_wanted; ///< as it came; as the glides aim at it
+    bool m_snapshotWaiting = false, m_beepWanted = false;
 
-    /// The filters' running parameters, and the way to the next grid point while `left_` of them are to come.
-    Parameters now_, first_, next_, step_;
-    GlideLaw law_;
-    int left_ = 0;
-    bool gliding_ = false; ///< between these two grid points
-    bool lowPass_ = false;
-    bool deaf_ = true; ///< every speaker's gain is 0 and stays there: the input can't be heard
+    /// The filters' running parameters, and the way to the next grid point while `m_left` of them are to
+    /// come.
+    Parameters m_now, m_first, m_next, m_step;
+    GlideLaw m_law;
+    int m_left = 0;
+    bool m_gliding = false; ///< between these two grid points
+    bool m_lowPass = false;
+    bool m_deaf = true; ///< every speaker's gain is 0 and stays there: the input can't be heard
 
-    FilterMemory memory_{}; ///< in state form while `gliding_`, in direct form else
-    SourceSwitch source_;
-    Ducker ducker_;
-    Beeper beeper_;
-    DelayLine delay_;
-    Limiter limiter_;
+    FilterMemory m_memory{}; ///< in state form while `m_gliding`, in direct form else
+    SourceSwitch m_source;
+    Ducker m_ducker;
+    Beeper m_beeper;
+    DelayLine m_delay;
+    Limiter m_limiter;
 
     /// Factors of the programme and the prompts between the last grid point and the next.
-    Line bus_[1 + promptCount];
-    bool moving_ = false; ///< anything but the sound: pieces end at the next grid point
-    int offset_ = 0;      ///< frames since the last grid point
-    bool idle_ = true;
-    int window_ = 0;    ///< frames of the present window
-    bool loud_ = false; ///< anything has gone in or come out in it
-    int quiet_ = 0;     ///< frames of the windows since then
-    int ringOut_ = 0;   ///< as many make the chain idle
+    Line m_bus[1 + promptCount];
+    bool m_moving = false; ///< anything but the sound: pieces end at the next grid point
+    int m_offset = 0;      ///< frames since the last grid point
+    bool m_idle = true;
+    int m_window = 0;    ///< frames of the present window
+    bool m_loud = false; ///< anything has gone in or come out in it
+    int m_quiet = 0;     ///< frames of the windows since then
+    int m_ringOut = 0;   ///< as many make the chain idle
 };
 
 } // namespace hvaudio::dsp

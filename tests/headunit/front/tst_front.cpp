@@ -180,7 +180,7 @@ void TestFront::dragIsNoPress()
     drag(knob, QPoint(80, 43));
     QVERIFY(!m_acts.isEmpty());
     QTest::mouseRelease(knob, Qt::LeftButton, {}, QPoint(80, 43));
-    for (const auto& act : qAsConst(m_acts))
+    for (const auto& act : std::as_const(m_acts))
         QCOMPARE(act.first, int(KeyEvent::Key_VolumeUp));
 }
 

@@ -9,7 +9,6 @@
 #include <QAbstractButton>
 #include <QAction>
 #include <QComboBox>
-#include <QAction>
 #include <QFileDialog>
 #include <QFileSystemModel>
 #include <QLabel>

@@ -372,14 +372,14 @@ void TestUnitSound::keyBeepsAreHeard()
     QFETCH(bool, byService);
     start();
     QTRY_VERIFY(isSilent());
-    const auto heard = [&] {
+    const auto beepIsHeard = [&] {
         if (byService)
             AudioService::instance()->doBeep(0);
         else
             McuManager::instance()->triggerBeep(0);
         return isLoud();
     };
-    QTRY_VERIFY(heard());
+    QTRY_VERIFY(beepIsHeard());
 }
 
 void TestUnitSound::knobTurnsTheSoundDown()

@@ -369,15 +369,15 @@ void TestAudioStateStore::aVolumeTakenAwayIsTheOneOfPowerOn()
     const QString key = QStringLiteral("volume%1").arg(channel);
     service()->setVolumeLevel(9, channel);
     QSignalSpy volumes(service(), &AudioService::audioVolumeChanged);
-    const auto heard = [&] {
+    const auto heardDb = [&] {
         const int prompts[] = {-1, 0, 1, -1, 2, 3}; // by channel
         return channel == 0 ? m_heard.mainDb : m_heard.promptDb[prompts[channel]];
     };
     store()->edit(key, 31);
-    QCOMPARE(heard(), dbOf(31));
+    QCOMPARE(heardDb(), dbOf(31));
     QCOMPARE(volumes.size(), 1);
     store()->edit(key, QVariant());
-    QCOMPARE(heard(), dbOf(unsetLevel));
+    QCOMPARE(heardDb(), dbOf(unsetLevel));
     QCOMPARE(volumes.size(), 2);
     QCOMPARE(volumes.last(), QVariantList({false, unsetLevel, channel}));
     // The pages read it there, with 0 for none.
@@ -385,7 +385,7 @@ void TestAudioStateStore::aVolumeTakenAwayIsTheOneOfPowerOn()
     store()->edit(startKey, 12);
     QCOMPARE(volumes.size(), 2);
     store()->edit(key, QVariant());
-    QCOMPARE(heard(), dbOf(12));
+    QCOMPARE(heardDb(), dbOf(12));
     QCOMPARE(store()->value(key), QVariant(12));
     QCOMPARE(volumes.last(), QVariantList({false, 12, channel}));
 }

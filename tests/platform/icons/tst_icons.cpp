@@ -111,7 +111,7 @@ void TestIcons::pressedPictureDiffersClearly_data()
         paths << row.path;
     }
     int pairs = 0;
-    for (const QString& path : qAsConst(paths)) {
+    for (const QString& path : std::as_const(paths)) {
         if (!path.endsWith(QLatin1String("_n.png"))) {
             continue;
         }

@@ -92,8 +92,8 @@ QStringList pathsOfSource(QString text)
         }
     }
     folders.removeDuplicates();
-    for (const QString& name : qAsConst(names)) {
-        for (const QString& folder : qAsConst(folders)) {
+    for (const QString& name : std::as_const(names)) {
+        for (const QString& folder : std::as_const(folders)) {
             // With several folders in a file only the ones that hold the name can be meant.
             if (folders.size() == 1 || QFile::exists(folder + name) || name.contains('*')) {
                 whole << folder + name;
@@ -257,7 +257,7 @@ void TestReferences::formsShowPicturesAtTheirOwnSize()
             if (!iconSize.isNull()) {
                 place = sizeOf(iconSize.firstChildElement("size"));
             }
-            for (const QString& path : qAsConst(paths)) {
+            for (const QString& path : std::as_const(paths)) {
                 const QSize size = QImageReader(path).size();
                 // Zero-sized widgets show nothing, and pictures without a file are another function's.
                 if (!isOurs(path) || place.isEmpty() || !size.isValid()) {

@@ -204,26 +204,64 @@ inline void spread(const double* pair, D4 (&x)[1])
     x[0] = __builtin_shufflevector(v, v, 0, 1, 0, 1);
 }
 
+/// What a run over the cabin's speakers keeps in registers.
+template <typename V>
+struct CabinRun
+{
+    static constexpr int parts = 4 / widthOf<V>; ///< of the four speakers
+
+    CrossoverSections<V, 5> high[2][parts];
+    CrossoverSections<V, 6> low[2][parts];
+    V gain[parts], allPass[parts], apX[parts], apY[parts];
+
+    void open(const DirectFilters& filters, const Parameters& now, const FilterMemory& memory)
+    {
+        for (int i = 0; i < parts; ++i) {
+            const int at = i * widthOf<V>;
+            for (int s = 0; s < 2; ++s) {
+                high[s][i].open(filters.high, memory.high, 4 * s + at);
+                low[s][i].open(now.low, memory.low, 4 * s + at);
+            }
+            gain[i] = load<V>(now.speakerGain + at);
+            allPass[i] = load<V>(now.allPass + at);
+            apX[i] = load<V>(memory.allPassX + at);
+            apY[i] = load<V>(memory.allPassY + at);
+        }
+    }
+
+    void close(FilterMemory& memory) const
+    {
+        for (int i = 0; i < parts; ++i) {
+            const int at = i * widthOf<V>;
+            for (int s = 0; s < 2; ++s) {
+                high[s][i].close(memory.high, 4 * s + at);
+                low[s][i].close(memory.low, 4 * s + at);
+            }
+            store(memory.allPassX + at, apX[i]);
+            store(memory.allPassY + at, apY[i]);
+        }
+    }
+};
+
+/// Four frames of four speakers each, turned into four speakers of four frames each.
+inline void storeTurned(float* const to[4], int n, F4 a, F4 b, F4 c, F4 d)
+{
+    const F4 ab0 = __builtin_shufflevector(a, b, 0, 4, 1, 5), cd0 = __builtin_shufflevector(c, d, 0, 4, 1, 5);
+    const F4 ab2 = __builtin_shufflevector(a, b, 2, 6, 3, 7), cd2 = __builtin_shufflevector(c, d, 2, 6, 3, 7);
+    store(to[0] + n, __builtin_shufflevector(ab0, cd0, 0, 1, 4, 5));
+    store(to[1] + n, __builtin_shufflevector(ab0, cd0, 2, 3, 6, 7));
+    store(to[2] + n, __builtin_shufflevector(ab2, cd2, 0, 1, 4, 5));
+    store(to[3] + n, __builtin_shufflevector(ab2, cd2, 2, 3, 6, 7));
+}
+
 template <typename V, bool lowPass>
 void crossoverPass(const double* pairs, float* const out[speakerCount], int frames,
                    const DirectFilters& filters, const Parameters& now, FilterMemory& memory)
 {
-    constexpr int parts = 4 / widthOf<V>; // of the four cabin speakers
-    CrossoverSections<V, 5> high[2][parts];
-    CrossoverSections<V, 6> low[2][parts];
+    constexpr int parts = CabinRun<V>::parts;
+    CabinRun<V> run;
+    run.open(filters, now, memory);
     CrossoverSections<D2, 6> sub; // its two sections side by side
-    V gain[parts], allPass[parts], apX[parts], apY[parts];
-    for (int i = 0; i < parts; ++i) {
-        const int at = i * widthOf<V>;
-        for (int s = 0; s < 2; ++s) {
-            high[s][i].open(filters.high, memory.high, 4 * s + at);
-            low[s][i].open(now.low, memory.low, 4 * s + at);
-        }
-        gain[i] = load<V>(now.speakerGain + at);
-        allPass[i] = load<V>(now.allPass + at);
-        apX[i] = load<V>(memory.allPassX + at);
-        apY[i] = load<V>(memory.allPassY + at);
-    }
     sub.open(now.low, memory.low, subwooferLane);
     const double subGain = now.speakerGain[Subwoofer], subAllPass = now.allPass[Subwoofer];
     double subApX = memory.allPassX[Subwoofer], subApY = memory.allPassY[Subwoofer];
@@ -236,18 +274,18 @@ void crossoverPass(const double* pairs, float* const out[speakerCount], int fram
 #pragma GCC unroll 2
         for (int i = 0; i < parts; ++i) {
             if constexpr (lowPass) {
-                low[1][i].run(low[0][i].y);
-                low[0][i].run(high[1][i].y);
+                run.low[1][i].run(run.low[0][i].y);
+                run.low[0][i].run(run.high[1][i].y);
             } else {
-                low[1][i].y = low[0][i].y;
-                low[0][i].y = high[1][i].y;
+                run.low[1][i].y = run.low[0][i].y;
+                run.low[0][i].y = run.high[1][i].y;
             }
-            high[1][i].run(high[0][i].y);
-            high[0][i].run(x[i] * gain[i]);
-            const V in = low[1][i].y;
-            y[i] = allPass[i] * (in - apY[i]) + apX[i];
-            apX[i] = in;
-            apY[i] = y[i];
+            run.high[1][i].run(run.high[0][i].y);
+            run.high[0][i].run(x[i] * run.gain[i]);
+            const V in = run.low[1][i].y;
+            y[i] = run.allPass[i] * (in - run.apY[i]) + run.apX[i];
+            run.apX[i] = in;
+            run.apY[i] = y[i];
         }
         const D2 subIn = {(pairs[2 * n] + pairs[2 * n + 1]) * subGain, sub.y[0]};
         sub.run(subIn);
@@ -259,16 +297,8 @@ void crossoverPass(const double* pairs, float* const out[speakerCount], int fram
     };
     int n = 0;
     for (; n + 4 <= frames; n += 4) {
-        // Four frames of four speakers each, turned into four speakers of four frames each.
         const F4 a = frame(n), b = frame(n + 1), c = frame(n + 2), d = frame(n + 3);
-        const F4 ab0 = __builtin_shufflevector(a, b, 0, 4, 1, 5),
-                 cd0 = __builtin_shufflevector(c, d, 0, 4, 1, 5);
-        const F4 ab2 = __builtin_shufflevector(a, b, 2, 6, 3, 7),
-                 cd2 = __builtin_shufflevector(c, d, 2, 6, 3, 7);
-        store(cabin[0] + n, __builtin_shufflevector(ab0, cd0, 0, 1, 4, 5));
-        store(cabin[1] + n, __builtin_shufflevector(ab0, cd0, 2, 3, 6, 7));
-        store(cabin[2] + n, __builtin_shufflevector(ab2, cd2, 0, 1, 4, 5));
-        store(cabin[3] + n, __builtin_shufflevector(ab2, cd2, 2, 3, 6, 7));
+        storeTurned(cabin, n, a, b, c, d);
     }
     for (; n < frames; ++n) {
         const F4 a = frame(n);
@@ -276,15 +306,7 @@ void crossoverPass(const double* pairs, float* const out[speakerCount], int fram
             cabin[i][n] = a[i];
     }
 
-    for (int i = 0; i < parts; ++i) {
-        const int at = i * widthOf<V>;
-        for (int s = 0; s < 2; ++s) {
-            high[s][i].close(memory.high, 4 * s + at);
-            low[s][i].close(memory.low, 4 * s + at);
-        }
-        store(memory.allPassX + at, apX[i]);
-        store(memory.allPassY + at, apY[i]);
-    }
+    run.close(memory);
     sub.close(memory.low, subwooferLane);
     memory.allPassX[Subwoofer] = subApX;
     memory.allPassY[Subwoofer] = subApY;
