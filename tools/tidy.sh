@@ -4,9 +4,10 @@
 # name for two things, in halves.
 set -euo pipefail
 build=$1
+scratch=$PWD/$build/tidy # below the root, or .clang-tidy would not be found
 export scratch
-scratch=$(mktemp -d)
-trap 'rm -rf "$scratch"' EXIT
+rm -rf "$scratch"
+mkdir -p "$scratch"
 
 # "file<tab>flags", a line for each file of the product.
 sed -n -e 's/^  "command": "[^ ]* \(.*\) -o [^ ]* -c .*",$/\1/p' -e 's/^  "file": "\(.*\)".*$/\1/p' "$build/compile_commands.json" |
@@ -24,19 +25,14 @@ tidy_files() {
         echo "#include \"$PWD/$file\""
     done >"$bundle"
     eval "flags=($(sed -n "s,^$1\t,,p" "$scratch/files" | head -n 1))"
-    # The bundle lies elsewhere; a relative path means the build folder.
-    cd "$build"
     if (($# > 1)) && ! clang++ -fsyntax-only "${flags[@]}" "$bundle" 2>/dev/null; then
-        cd "$OLDPWD"
-        local half=$(($# / 2))
-        local status=0
+        local half=$(($# / 2)) status=0
         tidy_files "$folder" "${@:1:half}" || status=1
         tidy_files "$folder" "${@:half+1}" || status=1
         return $status
     fi
-    cd "$OLDPWD"
-    clang-tidy --quiet --config-file=.clang-tidy --checks=-bugprone-suspicious-include "$bundle" -- "${flags[@]}" \
-        >"$bundle.log" 2>&1 && return 0
+    clang-tidy --quiet --header-filter="^${PWD//[.+]/.}/(M5QX|mainwindow|soundcheck|platform|headunit)/" "$bundle" \
+        -- "${flags[@]}" >"$bundle.log" 2>&1 && return 0
     grep -v ' warnings\? generated\|^Suppressed\|^Use -header-filter' "$bundle.log"
     return 1
 }
@@ -48,6 +44,5 @@ tidy_folder() {
     tidy_files "$1" "${files[@]}"
 }
 export -f tidy_files tidy_folder
-export build
 
 cut -f 1 "$scratch/files" | sed 's,/[^/]*$,,' | sort -u | xargs -P "$(nproc)" -I{} bash -c 'tidy_folder "$1"' tidy {}

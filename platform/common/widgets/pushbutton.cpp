@@ -24,15 +24,15 @@ public:
     PushButtonPrivate(QPushButton* key, PushButton* owner)
         : QObject(owner)
         , q(owner)
-        , button(key)
+        , m_button(key)
     {
-        timer.setTimerType(Qt::PreciseTimer);
-        timer.setSingleShot(true);
-        connect(&timer, SIGNAL(timeout()), this, SLOT(onHeld()));
+        m_timer.setTimerType(Qt::PreciseTimer);
+        m_timer.setSingleShot(true);
+        connect(&m_timer, SIGNAL(timeout()), this, SLOT(onHeld()));
         connect(key, SIGNAL(pressed()), this, SLOT(onPressed()));
         connect(key, SIGNAL(released()), this, SLOT(onReleased()));
         connect(key, SIGNAL(clicked()), this, SLOT(onClicked()));
-        connect(key, SIGNAL(destroyed()), &timer, SLOT(stop()));
+        connect(key, SIGNAL(destroyed()), &m_timer, SLOT(stop()));
         key->installEventFilter(this);
     }
 
@@ -42,15 +42,15 @@ protected:
         switch (event->type()) {
         case QEvent::MouseButtonPress:
         case QEvent::MouseButtonDblClick:
-            longGiven = false;
+            m_longGiven = false;
             break;
         case QEvent::KeyPress:
             if (!static_cast<QKeyEvent*>(event)->isAutoRepeat())
-                longGiven = false;
+                m_longGiven = false;
             break;
         case QEvent::Hide:
         case QEvent::EnabledChange:
-            timer.stop();
+            m_timer.stop();
             break;
         default:
             break;
@@ -62,39 +62,39 @@ private slots:
     void onPressed()
     {
         // An auto-repeating button reports a press again and again while it is down.
-        if (!timer.isActive())
-            timer.start(longGiven ? repeatMs : longPressMs);
+        if (!m_timer.isActive())
+            m_timer.start(m_longGiven ? repeatMs : longPressMs);
     }
 
     void onReleased()
     {
-        if (!button->isDown())
-            timer.stop();
+        if (!m_button->isDown())
+            m_timer.stop();
     }
 
     void onClicked()
     {
         // While the key is still down, this is an auto-repeating button's repetition, not a release.
-        if (!button->isDown())
+        if (!m_button->isDown())
             emit q->shortClicked();
     }
 
     void onHeld()
     {
-        timer.start(repeatMs); // before the signal: its receiver may delete the wrapper
-        if (longGiven) {
+        m_timer.start(repeatMs); // before the signal: its receiver may delete the wrapper
+        if (m_longGiven) {
             emit q->longPressedRepeat();
         } else {
-            longGiven = true;
+            m_longGiven = true;
             emit q->longPressed();
         }
     }
 
 private:
     PushButton* q;
-    QPointer<QPushButton> button;
-    QTimer timer;
-    bool longGiven = false; ///< longPressed() was emitted for the press that is going on
+    QPointer<QPushButton> m_button;
+    QTimer m_timer;
+    bool m_longGiven = false; ///< longPressed() was emitted for the press that is going on
 };
 
 PushButton::PushButton(QPushButton* button, QObject* parent)

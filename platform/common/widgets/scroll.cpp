@@ -222,24 +222,24 @@ public:
     ScrollManagePrivate(ScrollManage* owner, bool vertical, bool horizontal)
         : QObject(owner)
         , q(owner)
-        , vertical(vertical)
-        , horizontal(horizontal)
+        , m_vertical(vertical)
+        , m_horizontal(horizontal)
     {
-        glide.setDuration(glideMs);
-        glide.setEasingCurve(QEasingCurve::OutCubic);
-        connect(&glide, SIGNAL(valueChanged(QVariant)), this, SLOT(onGlide(QVariant)));
+        m_glide.setDuration(glideMs);
+        m_glide.setEasingCurve(QEasingCurve::OutCubic);
+        connect(&m_glide, SIGNAL(valueChanged(QVariant)), this, SLOT(onGlide(QVariant)));
     }
 
     /// Null as soon as the area is being destroyed.
     QScrollArea* area() const { return qobject_cast<QScrollArea*>(q->parent()); }
 
-    bool isActive() const { return viewport; }
+    bool isActive() const { return m_viewport; }
 
     void activate()
     {
-        if (viewport || !area())
+        if (m_viewport || !area())
             return;
-        viewport = area()->viewport();
+        m_viewport = area()->viewport();
         QScrollerProperties properties = scroller()->scrollerProperties();
         properties.setScrollMetric(QScrollerProperties::DragStartDistance,
                                    0.003); // m: a resting finger trembles
@@ -253,21 +253,21 @@ public:
 
     void retire()
     {
-        glide.stop();
-        finger = Finger::None;
+        m_glide.stop();
+        m_finger = Finger::None;
         if (qApp)
             qApp->removeEventFilter(this);
-        if (viewport)
+        if (m_viewport)
             scroller()->stop();
-        viewport = nullptr;
+        m_viewport = nullptr;
     }
 
     void scrollTo(QPoint pos, bool animated)
     {
         QScrollArea* scrollArea = area();
-        if (!viewport || !scrollArea)
+        if (!m_viewport || !scrollArea)
             return;
-        glide.stop();
+        m_glide.stop();
         scroller()->stop();
         const QScrollBar* h = scrollArea->horizontalScrollBar();
         const QScrollBar* v = scrollArea->verticalScrollBar();
@@ -278,9 +278,9 @@ public:
             onGlide(pos);
             return;
         }
-        glide.setStartValue(from);
-        glide.setEndValue(pos);
-        glide.start();
+        m_glide.setStartValue(from);
+        m_glide.setEndValue(pos);
+        m_glide.start();
     }
 
 protected:
@@ -297,16 +297,16 @@ protected:
             return isInside(watched) && released(static_cast<QMouseEvent*>(event));
         case QEvent::Wheel:
             if (isInside(watched))
-                glide.stop();
+                m_glide.stop();
             return false;
         case QEvent::Hide:
-            if (watched == viewport)
+            if (watched == m_viewport)
                 letGo(); // the page was left; nobody will say that the finger was lifted
             return false;
         case QEvent::ScrollPrepare:
-            return watched == viewport && prepare(static_cast<QScrollPrepareEvent*>(event));
+            return watched == m_viewport && prepare(static_cast<QScrollPrepareEvent*>(event));
         case QEvent::Scroll:
-            if (watched != viewport)
+            if (watched != m_viewport)
                 return false;
             onGlide(static_cast<QScrollEvent*>(event)->contentPos().toPoint());
             event->accept();
@@ -332,70 +332,70 @@ private:
         Drags ///< the area has it; nobody else sees it until it is lifted
     };
 
-    QScroller* scroller() const { return QScroller::scroller(viewport.data()); }
+    QScroller* scroller() const { return QScroller::scroller(m_viewport.data()); }
 
     bool isInside(QObject* watched) const
     {
         const auto* widget = watched->isWidgetType() ? static_cast<QWidget*>(watched) : nullptr;
-        return widget && viewport && (widget == viewport || viewport->isAncestorOf(widget));
+        return widget && m_viewport && (widget == m_viewport || m_viewport->isAncestorOf(widget));
     }
 
     bool input(QScroller::Input kind, const QMouseEvent* event)
     {
-        return scroller()->handleInput(kind, viewport->mapFromGlobal(event->globalPos()),
+        return scroller()->handleInput(kind, m_viewport->mapFromGlobal(event->globalPos()),
                                        qint64(event->timestamp()));
     }
 
     bool pressed(QWidget* widget, const QMouseEvent* event)
     {
         if (event->button() != Qt::LeftButton)
-            return finger == Finger::Drags;
+            return m_finger == Finger::Drags;
         // An event that a child ignores comes again, for its parent.
-        if (finger != Finger::None && pressTime == event->timestamp() && pressPos == event->globalPos())
-            return finger == Finger::Drags;
+        if (m_finger != Finger::None && m_pressTime == event->timestamp() && m_pressPos == event->globalPos())
+            return m_finger == Finger::Drags;
         letGo();
-        pressTime = event->timestamp();
-        pressPos = event->globalPos();
+        m_pressTime = event->timestamp();
+        m_pressPos = event->globalPos();
         const bool stopsAFlick = scroller()->state() == QScroller::Scrolling;
-        if ((!vertical && !horizontal) ||
-            belongsToSlider(viewport, viewport->mapFromGlobal(event->globalPos()))) {
+        if ((!m_vertical && !m_horizontal) ||
+            belongsToSlider(m_viewport, m_viewport->mapFromGlobal(event->globalPos()))) {
             scroller()->stop();
             return false;
         }
         if (!input(QScroller::InputPress, event) && scroller()->state() == QScroller::Inactive)
             return false; // there is nothing to scroll
-        touched = widget;
-        finger = stopsAFlick ? Finger::Drags : Finger::Down;
+        m_touched = widget;
+        m_finger = stopsAFlick ? Finger::Drags : Finger::Down;
         return stopsAFlick; // it is no touch on the key that happens to be passing
     }
 
     bool moved(const QMouseEvent* event)
     {
-        if (finger == Finger::None || !(event->buttons() & Qt::LeftButton))
+        if (m_finger == Finger::None || !(event->buttons() & Qt::LeftButton))
             return false;
         input(QScroller::InputMove, event);
-        if (finger == Finger::Down && scroller()->state() == QScroller::Dragging) {
-            finger = Finger::Drags;
+        if (m_finger == Finger::Down && scroller()->state() == QScroller::Dragging) {
+            m_finger = Finger::Drags;
             takeBackPress();
         }
-        return finger == Finger::Drags;
+        return m_finger == Finger::Drags;
     }
 
     bool released(const QMouseEvent* event)
     {
-        if (event->button() != Qt::LeftButton || finger == Finger::None)
+        if (event->button() != Qt::LeftButton || m_finger == Finger::None)
             return false;
-        const bool dragged = finger == Finger::Drags;
-        finger = Finger::None;
+        const bool dragged = m_finger == Finger::Drags;
+        m_finger = Finger::None;
         input(QScroller::InputRelease, event);
         return dragged;
     }
 
     void letGo()
     {
-        glide.stop();
-        if (finger != Finger::None) {
-            finger = Finger::None;
+        m_glide.stop();
+        if (m_finger != Finger::None) {
+            m_finger = Finger::None;
             scroller()->stop();
         }
     }
@@ -405,13 +405,13 @@ private:
     void takeBackPress()
     {
         const QPointF outside(-QWIDGETSIZE_MAX, -QWIDGETSIZE_MAX);
-        while (touched && touched != viewport) {
-            const QPointer<QWidget> around = touched->parentWidget();
+        while (m_touched && m_touched != m_viewport) {
+            const QPointer<QWidget> around = m_touched->parentWidget();
             QMouseEvent release(QEvent::MouseButtonRelease, outside, outside, outside, Qt::LeftButton,
                                 Qt::NoButton, Qt::NoModifier);
             // Past the filters: it is meant for this one alone.
-            static_cast<QObject*>(touched.data())->event(&release);
-            touched = around;
+            static_cast<QObject*>(m_touched.data())->event(&release);
+            m_touched = around;
         }
     }
 
@@ -419,14 +419,14 @@ private:
     {
         const QScrollBar* h = area()->horizontalScrollBar();
         const QScrollBar* v = area()->verticalScrollBar();
-        const bool movesX = horizontal && h->maximum() > h->minimum();
-        const bool movesY = vertical && v->maximum() > v->minimum();
+        const bool movesX = m_horizontal && h->maximum() > h->minimum();
+        const bool movesY = m_vertical && v->maximum() > v->minimum();
         if (!movesX && !movesY) {
             event->ignore();
             return true;
         }
         // A direction that may not move is a range without extent at the place where it stands.
-        event->setViewportSize(viewport->size());
+        event->setViewportSize(m_viewport->size());
         event->setContentPosRange(
             QRectF(movesX ? h->minimum() : h->value(), movesY ? v->minimum() : v->value(),
                    movesX ? h->maximum() - h->minimum() : 0, movesY ? v->maximum() - v->minimum() : 0));
@@ -436,14 +436,14 @@ private:
     }
 
     ScrollManage* q;
-    QPointer<QWidget> viewport; ///< null: another manager has taken over
-    QPointer<QWidget> touched;  ///< what the finger went down on
-    Finger finger = Finger::None;
-    ulong pressTime = 0;
-    QPoint pressPos; ///< on the screen
-    QVariantAnimation glide;
-    const bool vertical;
-    const bool horizontal;
+    QPointer<QWidget> m_viewport; ///< null: another manager has taken over
+    QPointer<QWidget> m_touched;  ///< what the finger went down on
+    Finger m_finger = Finger::None;
+    ulong m_pressTime = 0;
+    QPoint m_pressPos; ///< on the screen
+    QVariantAnimation m_glide;
+    const bool m_vertical;
+    const bool m_horizontal;
 };
 
 ScrollManage::ScrollManage(QScrollArea* area, bool vertical, bool horizontal)
