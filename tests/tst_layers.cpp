@@ -221,7 +221,8 @@ QStringList crowdedFolders(const Tree& tree)
 {
     QMap<QString, QSet<QString>> units;
     for (const QString& path : tree.keys()) {
-        if (!path.endsWith(QLatin1String("CMakeLists.txt")))
+        // What tools read is no unit.
+        if (!path.endsWith(QLatin1String("CMakeLists.txt")) && !path.contains(QLatin1String("/.")))
             units[folderOf(path)].insert(unitOf(path));
     }
     QStringList faults;
