@@ -264,6 +264,7 @@ const Unwanted unwanted[] = {
     {"tests", "QRandomGenerator::(global|system)|random_device",           "RandomWalk::seed(), which can be given", "tests/support/randomwalk.cpp"},
     {"",      "sizeof\\(?\\s*(\\w+)\\)?\\s*/\\s*sizeof\\(?\\s*(\\*\\s*)?\\1\\b", "std::size()",                            ""},
     {"",      "\\bdelete ui\\b",                                           "QScopedPointer<Ui::...>",                ""},
+    {"",      "\\bconst(expr)? [^;=()]*\\b(k[A-Z]\\w*|[A-Z][A-Z_\\d]*[A-Z\\d])(\\[[^;=]*)? ?[={]", "a lowerCamelCase name", ""},
     // clang-format on
 };
 
@@ -351,6 +352,8 @@ void TestLayers::faultIsFound_data()
     QTest::newRow("chance") << Rule(unwantedLines) << with("tests/g.cpp", "QRandomGenerator::global()->generate();\n");
     QTest::newRow("count by division") << Rule(unwantedLines) << with("tests/g.cpp", "int n = sizeof(rows) / sizeof(rows[0]);\n");
     QTest::newRow("form deleted by hand") << Rule(unwantedLines) << with("M5QX/f.cpp", "    delete ui;\n");
+    QTest::newRow("constant with a k") << Rule(unwantedLines) << with("tests/g.cpp", "constexpr int kRows = 3;\n");
+    QTest::newRow("constant in capitals") << Rule(unwantedLines) << with("tests/g.cpp", "static const char* const ROW_NAMES[] = {\"a\"};\n");
     // clang-format on
     Tree crowd = sound;
     for (int unit = 0; unit < 20; ++unit)
