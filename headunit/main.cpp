@@ -3,6 +3,7 @@
 #include "headunit/cli/stopsignals.h"
 #include "headunit/cli/tour.h"
 #include "headunit/cli/unitlog.h"
+#include "headunit/shell/fontconfiguration.h"
 #include "headunit/shell/shell.h"
 #include "headunit/shell/startuptrace.h"
 #include "headunit/shell/unitapplication.h"
@@ -132,6 +133,7 @@ int main(int argc, char** argv)
     // The screen is 1024 x 600 pixels, whatever the desk's scale.
     QCoreApplication::setAttribute(Qt::AA_DisableHighDpiScaling);
     QCoreApplication::setAttribute(Qt::AA_Use96Dpi);
+    readFontConfiguration();
     QScopedPointer<DisplayGuard> guard(new DisplayGuard(ExitNoDisplay));
     UnitApplication application(argc, argv);
     guard.reset();
