@@ -9,6 +9,7 @@
 #include <QString>
 #include <QStringList>
 #include <QWidget>
+#include <QtTest>
 
 /// What page tests ask of a built form, most of it as tables of one row a widget.
 namespace formcheck {
@@ -21,6 +22,17 @@ T* child(const QWidget* page, const QString& name)
     if (!found)
         qFatal("the form has no object \"%s\" of that kind", qPrintable(name));
     return found;
+}
+
+/// For a test's _data() function: one row for each of the table's, named by that member of it, and a column
+/// that counts them.
+template <typename Table, typename Row>
+void addRows(const Table& table, const char* Row::*name, const char* column = "row")
+{
+    QTest::addColumn<int>(column);
+    int number = 0;
+    for (const auto& row : table)
+        QTest::newRow(row.*name) << number++;
 }
 
 /// Names of the direct children of parent that are widgets, in the order of their making.

@@ -8,6 +8,19 @@
 #include <QPushButton>
 #include <QtTest>
 
+#include <limits>
+
+/// What a damaged store may hold under any key.
+inline QVariantList hostileValues()
+{
+    return {std::numeric_limits<int>::min(),
+            std::numeric_limits<int>::max(),
+            -1,
+            true,
+            QString(1 << 20, QLatin1Char('7')),
+            QString()};
+}
+
 /// A page on the recording platform, which its test makes anew for each test function, and fingers on it.
 /// What isn't there ends the test by its name.
 template <typename Page>
@@ -22,7 +35,14 @@ protected:
     QPushButton* key(const QString& name) { return find(name); }
     QLabel* label(const QString& name) { return find<QLabel>(name); }
 
-    void click(const QString& name) { touch::click(m_page.data(), touch::middle(m_page.data(), key(name))); }
+    // As in touch.h, on the page.
+    QWidget* press(const QPoint& pos) { return touch::press(m_page.data(), pos); }
+    void move(const QPoint& pos) { touch::move(m_page.data(), pos); }
+    void release(const QPoint& pos) { touch::release(m_page.data(), pos); }
+    void click(const QPoint& pos) { touch::click(m_page.data(), pos); }
+    QPoint middle(const QWidget* child) { return touch::middle(m_page.data(), child); }
+
+    void click(const QString& name) { click(middle(key(name))); }
     /// What was asked of the platform by that click.
     QStringList clicked(const QString& name, int kinds = platform_double::Actions)
     {

@@ -1,15 +1,9 @@
-#include "M5QX/m5qx_audiosetting_crossover_setting_page.h"
-#include "tests/M5QX/pagefixture.h"
+#include "tests/M5QX/crossover/crossoverpage.h"
 
-#include <QLabel>
-#include <QPushButton>
-#include <QtTest>
-
-using namespace platform_double;
+using namespace crossoverpage;
 using formcheck::difference;
 using formcheck::Place;
 using formcheck::shows;
-using Page = audiosetting::m5qx_eq_crossover_setting_page;
 
 namespace {
 
@@ -147,21 +141,21 @@ const PictureRow pictures[] = {
 
 } // namespace
 
-class TestCrossoverForm : public PageFixture<Page>
+class TestCrossoverForm : public CrossoverPageFixture
 {
     Q_OBJECT
 private slots:
-    void init();
+    void init() { makePage(); }
     void cleanup() { m_page.reset(); }
 
-    void everyWidgetOfTheFormHasItsParentAndPlace_data();
+    void everyWidgetOfTheFormHasItsParentAndPlace_data() { formcheck::addRows(places, &Place::name); }
     void everyWidgetOfTheFormHasItsParentAndPlace();
     void backgroundsLieBelowTitlesAndIcons();
-    void labelsHaveTheirLook_data();
+    void labelsHaveTheirLook_data() { formcheck::addRows(looks, &Look::label); }
     void labelsHaveTheirLook();
     void theFormsOwnTexts_data();
     void theFormsOwnTexts();
-    void keysHaveTheirPictures_data();
+    void keysHaveTheirPictures_data() { formcheck::addRows(keyLooks, &KeyLook::key); }
     void keysHaveTheirPictures();
     void labelsHaveTheirPictures_data();
     void labelsHaveTheirPictures();
@@ -169,19 +163,6 @@ private slots:
     void captionsAreUpperCased();
     void keysHaveAccessibleNames();
 };
-
-void TestCrossoverForm::init()
-{
-    reset();
-    m_page.reset(new Page);
-}
-
-void TestCrossoverForm::everyWidgetOfTheFormHasItsParentAndPlace_data()
-{
-    QTest::addColumn<int>("row");
-    for (int i = 0; i < int(std::size(places)); ++i)
-        QTest::newRow(places[i].name) << i;
-}
 
 void TestCrossoverForm::everyWidgetOfTheFormHasItsParentAndPlace()
 {
@@ -212,13 +193,6 @@ void TestCrossoverForm::backgroundsLieBelowTitlesAndIcons()
         const QObjectList& stack = below->parentWidget()->children(); // lowest first
         QVERIFY2(stack.indexOf(below) < stack.indexOf(above), pair[1]);
     }
-}
-
-void TestCrossoverForm::labelsHaveTheirLook_data()
-{
-    QTest::addColumn<int>("row");
-    for (int i = 0; i < int(std::size(looks)); ++i)
-        QTest::newRow(looks[i].label) << i;
 }
 
 void TestCrossoverForm::labelsHaveTheirLook()
@@ -257,13 +231,6 @@ void TestCrossoverForm::theFormsOwnTexts()
     QCOMPARE(label->text(), text);
     m_page->show(); // replaces them all
     QVERIFY(label->text() != text || label->objectName() == QStringLiteral("text_subwoofer_freq"));
-}
-
-void TestCrossoverForm::keysHaveTheirPictures_data()
-{
-    QTest::addColumn<int>("row");
-    for (int i = 0; i < int(std::size(keyLooks)); ++i)
-        QTest::newRow(keyLooks[i].key) << i;
 }
 
 void TestCrossoverForm::keysHaveTheirPictures()

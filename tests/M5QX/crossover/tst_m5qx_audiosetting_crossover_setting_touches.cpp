@@ -232,7 +232,7 @@ void TestCrossoverTouches::subwooferFrequencySteps()
     show();
     QPushButton* key = find(up ? "Key_subwoofer_freq_plus" : "Key_subwoofer_freq_minus");
     if (key->isEnabled())
-        touch::click(m_page.data(), touch::middle(m_page.data(), key));
+        click(middle(key));
     else
         call(up ? "onSUBFreqNextClicked" : "onSUBFreqPrevClicked");
     QCOMPARE(takeCalls(),
@@ -354,9 +354,9 @@ void TestCrossoverTouches::touchesPassThroughLabelsOverKeys()
     show();
     // The frequency's background covers the last pixels of the minus key, the slope's text the first of its
     // key.
-    touch::click(m_page.data(), QPoint(20 + 73, 90 + 138 + 30));
+    click(QPoint(20 + 73, 90 + 138 + 30));
     QCOMPARE(takeCalls().value(1), write("hpfFreq", "4", "3"));
-    touch::click(m_page.data(), QPoint(20 + 50, 90 + 327 + 42));
+    click(QPoint(20 + 50, 90 + 327 + 42));
     QCOMPARE(takeCalls().value(1), write("hpfslope", "1", "0"));
 }
 

@@ -1,12 +1,7 @@
 #include "M5QX/curvewidget.h"
-#include "M5QX/m5qxcrosssettingwidget.h"
-#include "tests/M5QX/pagefixture.h"
+#include "tests/M5QX/crossover/crosssetting.h"
 
-#include <QLabel>
-#include <QPushButton>
-#include <QtTest>
-
-using namespace platform_double;
+using namespace crosssetting;
 using formcheck::difference;
 using formcheck::Place;
 using formcheck::shows;
@@ -57,14 +52,14 @@ static_assert(std::size(places) == 34, "every widget of the form");
 // clang-format on
 } // namespace
 
-class TestCrossSettingForm : public PageFixture<M5QXCrossSettingWidget>
+class TestCrossSettingForm : public CrossSettingFixture
 {
     Q_OBJECT
 private slots:
-    void init();
+    void init() { makePage(); }
     void cleanup() { m_page.reset(); }
 
-    void everyWidgetOfTheFormHasItsParentAndPlace_data();
+    void everyWidgetOfTheFormHasItsParentAndPlace_data() { formcheck::addRows(places, &Place::name); }
     void everyWidgetOfTheFormHasItsParentAndPlace();
     void widgetsAreCreatedInOrder();
     void labelsHaveTheirLook_data();
@@ -77,19 +72,6 @@ private slots:
     void everyVisibleKeyIsReachedByKeyboardInReadingOrder();
     void theOnlyWarningIsOfAColourWithoutAlpha();
 };
-
-void TestCrossSettingForm::init()
-{
-    reset();
-    m_page.reset(new M5QXCrossSettingWidget);
-}
-
-void TestCrossSettingForm::everyWidgetOfTheFormHasItsParentAndPlace_data()
-{
-    QTest::addColumn<int>("row");
-    for (int i = 0; i < int(std::size(places)); ++i)
-        QTest::newRow(places[i].name) << i;
-}
 
 void TestCrossSettingForm::everyWidgetOfTheFormHasItsParentAndPlace()
 {

@@ -339,12 +339,12 @@ void TestCrossSettingTouches::aTouchOnALabelReachesTheKeyBelow()
     setStored(freqKey, QStringLiteral("0;4;1;4;2;4"));
     resume();
     // The row title covers the upper 10 px of both keys.
-    touch::click(m_page.data(), QPoint(22 + 250, 385 + 35));
+    click(QPoint(22 + 250, 385 + 35));
     QCOMPARE(takeCalls().value(1), write(freqKey, "0;0;1;0;2;6", "0;5;1;4;2;4"));
-    touch::click(m_page.data(), QPoint(22 + 5, 385 + 35));
+    click(QPoint(22 + 5, 385 + 35));
     QCOMPARE(takeCalls().value(1), write(freqKey, "0;0;1;0;2;6", "0;4;1;4;2;4"));
     // Captions cover their keys wholly.
-    touch::click(m_page.data(), QPoint(820 + 86, 94 + 76 + 35));
+    click(QPoint(820 + 86, 94 + 76 + 35));
     QVERIFY(find("key_rear")->isChecked());
 }
 
@@ -353,7 +353,7 @@ void TestCrossSettingTouches::aTouchOnTheGridReachesNothing()
     resume();
     for (const QPoint& pos :
          {QPoint(60, 100), QPoint(400, 200), QPoint(770, 380), QPoint(48, 40), QPoint(300, 50)})
-        touch::click(m_page.data(), pos);
+        click(pos);
     QCOMPARE(takeCalls(All), QStringList());
 }
 

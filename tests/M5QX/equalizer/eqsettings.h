@@ -1,11 +1,7 @@
 #pragma once
 
 #include "M5QX/m5qx_audiosetting_settings_page.h"
-#include "tests/M5QX/formcheck.h"
-#include "tests/support/platform_double/platform_double.h"
-
-#include <QLabel>
-#include <QtTest>
+#include "tests/M5QX/pagefixture.h"
 
 /// What the tests of the EQ settings page share.
 namespace eqsettings {
@@ -29,7 +25,7 @@ inline QPoint onBar(int band, int value)
     return {barLeft[band] + 30, barTop + firstPixel[10 - value]};
 }
 
-class EqSettingsFixture : public QObject
+class EqSettingsFixture : public PageFixture<m5qx_EQ_settings_page>
 {
 protected:
     void makePage()
@@ -40,27 +36,20 @@ protected:
     }
     void build()
     {
-        m_host.reset(new QWidget);
-        m_host->resize(1024, 600);
-        m_page = new m5qx_EQ_settings_page(m_host.data());
-        m_host->show();
-        QVERIFY(QTest::qWaitForWindowExposed(m_host.data()));
+        m_page.reset(new m5qx_EQ_settings_page(nullptr));
+        m_page->show();
+        QVERIFY(QTest::qWaitForWindowExposed(m_page.data()));
         takeCalls(All);
         takeLog();
     }
-    QLabel* handle(int band)
-    {
-        return formcheck::child<QLabel>(m_page, QStringLiteral("icon_band_num_%1").arg(band + 1));
-    }
-    QWidget* bubble() { return formcheck::child(m_page, QStringLiteral("eq_value_widget")); }
-    QPushButton* key(const char* name) { return formcheck::child<QPushButton>(m_page, QLatin1String(name)); }
-    QLabel* label(const char* name) { return formcheck::child<QLabel>(m_page, QLatin1String(name)); }
+    QLabel* handle(int band) { return find<QLabel>(QStringLiteral("icon_band_num_%1").arg(band + 1)); }
+    QWidget* bubble() { return find<QWidget>(QStringLiteral("eq_value_widget")); }
     /// Values as the handles show them.
     QVector<int> drawn()
     {
         QVector<int> values;
         for (int band = 0; band < bandCount; ++band) {
-            const QPoint at = handle(band)->mapTo(m_page, QPoint());
+            const QPoint at = handle(band)->mapTo(m_page.data(), QPoint());
             if (at.x() != barLeft[band])
                 return {};
             for (int i = 0; i < 21; ++i) {
@@ -70,9 +59,6 @@ protected:
         }
         return values;
     }
-
-    QScopedPointer<QWidget> m_host;
-    m5qx_EQ_settings_page* m_page = nullptr;
 };
 
 } // namespace eqsettings

@@ -1,14 +1,10 @@
 #include "M5QX/eqpresetwidget.h"
-#include "tests/M5QX/formcheck.h"
-#include "tests/support/platform_double/platform_double.h"
+#include "tests/M5QX/pagefixture.h"
 #include "tests/support/randomwalk.h"
-#include "tests/support/touch.h"
 
 #include <QButtonGroup>
-#include <QLabel>
 #include <QRegularExpression>
 #include <QSignalSpy>
-#include <QtTest>
 
 #include <climits>
 
@@ -43,14 +39,12 @@ constexpr int tileCount = std::size(tiles);
 
 void addTileRows()
 {
-    QTest::addColumn<int>("id");
-    for (int id = 0; id < tileCount; ++id)
-        QTest::newRow(tiles[id].name) << id;
+    formcheck::addRows(tiles, &Tile::name, "id");
 }
 
 } // namespace
 
-class TestEqPresetWidget : public QObject
+class TestEqPresetWidget : public PageFixture<EQPresetWidget>
 {
     Q_OBJECT
 private slots:
@@ -86,31 +80,21 @@ private slots:
     void randomTouchesKeepEveryInvariant();
 
 private:
-    QPushButton* key(int id)
-    {
-        return formcheck::child<QPushButton>(m_page, QStringLiteral("key_") + tiles[id].name);
-    }
-    QLabel* label(int id)
-    {
-        return formcheck::child<QLabel>(m_page, QStringLiteral("label_") + tiles[id].name);
-    }
+    QPushButton* key(int id) { return find(QStringLiteral("key_") + tiles[id].name); }
+    QLabel* label(int id) { return find<QLabel>(QStringLiteral("label_") + tiles[id].name); }
     /// Group ids of the checked tiles.
     QVector<int> checked();
-    QScopedPointer<QWidget> m_host;
-    EQPresetWidget* m_page = nullptr;
 };
 
 void TestEqPresetWidget::init()
 {
     reset();
-    m_host.reset(new QWidget);
-    m_host->resize(1024, 600);
-    m_page = new EQPresetWidget(m_host.data());
+    m_page.reset(new EQPresetWidget(nullptr));
 }
 
 void TestEqPresetWidget::cleanup()
 {
-    m_host.reset();
+    m_page.reset();
 }
 
 QVector<int> TestEqPresetWidget::checked()
@@ -166,9 +150,9 @@ void TestEqPresetWidget::labelsLieOverTheirTilesAndLetTouchesThrough()
     EQPresetWidget other(nullptr);
     QCOMPARE(formcheck::child<QLabel>(&other, label(id)->objectName())->text(), QStringLiteral("LOWER"));
     // The label is on top, the touch reaches the tile.
-    m_host->show();
-    QCOMPARE(touch::press(m_page, label(id)->geometry().center()), key(id));
-    touch::release(m_page, label(id)->geometry().center());
+    m_page->show();
+    QCOMPARE(press(label(id)->geometry().center()), key(id));
+    release(label(id)->geometry().center());
     QCOMPARE(checked(), QVector<int>{id});
 }
 
@@ -247,9 +231,9 @@ void TestEqPresetWidget::anUnknownTypeOnAFreshPageChecksNoTile()
 void TestEqPresetWidget::touchingATileSendsItsTypeWithoutABeep()
 {
     QFETCH(int, id);
-    m_host->show();
+    m_page->show();
     takeCalls(All);
-    touch::click(m_page, tiles[id].place + QPoint(113, 110));
+    click(tiles[id].place + QPoint(113, 110));
     QCOMPARE(takeCalls(All),
              QStringList(QStringLiteral("AudioService.setEQType(%1, true)").arg(tiles[id].type)));
     QCOMPARE(checked(), QVector<int>{id});
@@ -257,18 +241,18 @@ void TestEqPresetWidget::touchingATileSendsItsTypeWithoutABeep()
 
 void TestEqPresetWidget::touchingUser2SendsType7()
 {
-    m_host->show();
+    m_page->show();
     takeCalls(All);
-    touch::click(m_page, {35 + 100, 312 + 100});
+    click(QPoint(35 + 100, 312 + 100));
     QCOMPARE(takeCalls(), QStringList("AudioService.setEQType(7, true)"));
 }
 
 void TestEqPresetWidget::theCheckMarkMovesBeforeTheServiceAnswers()
 {
-    m_host->show();
+    m_page->show();
     m_page->resume();
     QCOMPARE(checked(), QVector<int>{5});
-    touch::click(m_page, tiles[0].place + QPoint(5, 5));
+    click(tiles[0].place + QPoint(5, 5));
     QCOMPARE(checked(), QVector<int>{0});
     // An answer that is another type wins at the next show only.
     audio().eqType = 1;
@@ -280,11 +264,11 @@ void TestEqPresetWidget::theCheckMarkMovesBeforeTheServiceAnswers()
 
 void TestEqPresetWidget::touchingTheCheckedTileSendsItAgain()
 {
-    m_host->show();
+    m_page->show();
     audio().eqType = 4;
     m_page->resume();
     takeCalls(All);
-    touch::click(m_page, tiles[1].place + QPoint(100, 60));
+    click(tiles[1].place + QPoint(100, 60));
     QCOMPARE(takeCalls(), QStringList("AudioService.setEQType(4, true)"));
     QCOMPARE(checked(), QVector<int>{1});
 }
@@ -301,13 +285,13 @@ void TestEqPresetWidget::anIdOutsideTheGroupDoesNothing()
 void TestEqPresetWidget::exitBeepsThenEmitsExitUI()
 {
     QStringList seen;
-    connect(m_page, &EQPresetWidget::exitUI, this, [&seen] { seen = takeCalls(); });
-    auto* exit = formcheck::child<QPushButton>(m_page, QStringLiteral("key_exit"));
+    connect(m_page.data(), &EQPresetWidget::exitUI, this, [&seen] { seen = takeCalls(); });
+    auto* exit = find(QStringLiteral("key_exit"));
     exit->show();
-    m_host->show();
+    m_page->show();
     takeCalls(All);
-    QSignalSpy spy(m_page, SIGNAL(exitUI()));
-    touch::click(m_page, {938 + 37, 13 + 30});
+    QSignalSpy spy(m_page.data(), SIGNAL(exitUI()));
+    click(QPoint(938 + 37, 13 + 30));
     QCOMPARE(seen, QStringList("AudioService.doBeep(0)"));
     QCOMPARE(spy.count(), 1);
     QCOMPARE(takeBackRequests(), 0);
@@ -353,11 +337,11 @@ void TestEqPresetWidget::keysAreNamedAndReachedByKeyboardOnly()
 void TestEqPresetWidget::randomTouchesKeepEveryInvariant()
 {
     QFETCH(quint32, seed);
-    m_host->show();
+    m_page->show();
     m_page->resume();
     takeCalls(All);
     const QRegularExpression sent(QStringLiteral("^AudioService\\.setEQType\\(([0-7]), true\\)$"));
-    RandomWalk walk(m_page, seed);
+    RandomWalk walk(m_page.data(), seed);
     for (int event = 0; event < 20000; ++event) {
         if (walk.step() != RandomWalk::Release) {
             QCOMPARE(takeCalls(All), QStringList());

@@ -14,7 +14,7 @@ class TestEqSettingsPage : public EqSettingsFixture
     Q_OBJECT
 private slots:
     void init() { makePage(); }
-    void cleanup() { m_host.reset(); }
+    void cleanup() { m_page.reset(); }
 
     void signalsAndSlotsAreDeclaredInOrder();
     void bandPanelsStandWhereTheTableSays_data();
@@ -80,9 +80,9 @@ void TestEqSettingsPage::bandPanelsStandWhereTheTableSays()
     QFETCH(QSize, background);
     QFETCH(QString, caption);
     QCOMPARE(m_page->size(), QSize(1024, 510));
-    auto* widget = formcheck::child(m_page, QStringLiteral("eq_band_widget%1").arg(number));
+    auto* widget = find<QWidget>(QStringLiteral("eq_band_widget%1").arg(number));
     QCOMPARE(widget->geometry(), panel);
-    QCOMPARE(widget->parentWidget(), m_page);
+    QCOMPARE(widget->parentWidget(), m_page.data());
     auto* bar = formcheck::child<QLabel>(widget, QStringLiteral("bkg_band_num_%1").arg(number));
     QCOMPARE(bar->geometry(), QRect(QPoint(0, 21), background));
     QCOMPARE(bar->pixmap(Qt::ReturnByValue).size(), background);
@@ -126,7 +126,7 @@ void TestEqSettingsPage::keysShowTheirPictures()
 
 void TestEqSettingsPage::constructionReadsBothCurvesThenTheType()
 {
-    m_host.reset();
+    m_page.reset();
     takeCalls(All);
     QWidget host;
     new m5qx_EQ_settings_page(&host);
@@ -190,7 +190,7 @@ void TestEqSettingsPage::handlesStandAtTheValuesHeight()
     for (int value = 10; value >= -10; --value) {
         for (int band = 0; band < bandCount; ++band) {
             m_page->updateCustomEqVal(band, value);
-            QCOMPARE(handle(band)->mapTo(m_page, QPoint()),
+            QCOMPARE(handle(band)->mapTo(m_page.data(), QPoint()),
                      QPoint(barLeft[band], barTop + handleTravel[10 - value]));
         }
     }
@@ -317,7 +317,7 @@ void TestEqSettingsPage::typeKeysSwitchBetweenTheUserTypes()
     QFETCH(int, current);
     QFETCH(int, set);
     audio().eqType = current;
-    touch::click(m_page, touch::middle(m_page, key(qPrintable(name))));
+    click(name);
     QCOMPARE(takeCalls(), QStringList({QStringLiteral("AudioService.doBeep(0)"),
                                        QStringLiteral("AudioService.setEQType(%1, true)").arg(set)}));
 }
@@ -337,18 +337,18 @@ void TestEqSettingsPage::titleAndTypeNameFollowTheLanguageAtEachShow()
 void TestEqSettingsPage::backKeyPostsOneBackRequestAndNothingElse()
 {
     takeBackRequests();
-    touch::click(m_page, {938 + 37, 13 + 30});
+    click(QPoint(938 + 37, 13 + 30));
     QCOMPARE(takeCalls(), QStringList());
     QCOMPARE(takeBackRequests(), 1);
 }
 
 void TestEqSettingsPage::pageNeverEmitsEQTypeChanged()
 {
-    QSignalSpy spy(m_page, SIGNAL(EQTypeChanged()));
+    QSignalSpy spy(m_page.data(), SIGNAL(EQTypeChanged()));
     QVERIFY(spy.isValid());
     audio().eqType = 2;
-    touch::click(m_page, onBar(3, 3));
-    touch::click(m_page, touch::middle(m_page, key("Key_eqtype_plus")));
+    click(onBar(3, 3));
+    click(QStringLiteral("Key_eqtype_plus"));
     emitEQType(7);
     m_page->resume();
     QCOMPARE(spy.count(), 0);
@@ -407,7 +407,7 @@ void TestEqSettingsPage::everySlotWritesOneDiagnosticLine()
     if (slot == "onEQTypeChanged")
         emitEQType(7);
     else
-        QVERIFY(QMetaObject::invokeMethod(m_page, slot));
+        QVERIFY(QMetaObject::invokeMethod(m_page.data(), slot));
     const QStringList log = takeLog();
     QCOMPARE(log.size(), 1);
     const QRegularExpression form(

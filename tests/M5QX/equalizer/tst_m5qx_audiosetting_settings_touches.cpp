@@ -39,7 +39,7 @@ class TestEqSettingsTouches : public EqSettingsFixture
     Q_OBJECT
 private slots:
     void init() { makePage(); }
-    void cleanup() { m_host.reset(); }
+    void cleanup() { m_page.reset(); }
 
     void aTouchAtTheTopOfABarGivesPlus10AndAtTheBottomMinus10();
     void fingerHeightGivesTheValue();
@@ -72,11 +72,11 @@ private slots:
 
 void TestEqSettingsTouches::aTouchAtTheTopOfABarGivesPlus10AndAtTheBottomMinus10()
 {
-    touch::click(m_page, {barLeft[4] + 5, barTop});
+    click(QPoint(barLeft[4] + 5, barTop));
     QCOMPARE(takeCalls(), QStringList({"AudioService.setEQType(6, true)", "AudioService.doBeep(0)",
                                        "AudioService.setCustomEq1(10, 4, true)"}));
     QCOMPARE(drawn().at(4), 10);
-    touch::click(m_page, {barLeft[4] + 5, barTop + barHeight - 1});
+    click(QPoint(barLeft[4] + 5, barTop + barHeight - 1));
     QCOMPARE(takeCalls(), QStringList({"AudioService.setEQType(6, true)", "AudioService.doBeep(0)",
                                        "AudioService.setCustomEq1(-10, 4, true)"}));
     QCOMPARE(drawn().at(4), -10);
@@ -87,7 +87,7 @@ void TestEqSettingsTouches::fingerHeightGivesTheValue()
     for (int i = 0; i < 21; ++i) {
         const int last = i == 20 ? barHeight - 1 : firstPixel[i + 1] - 1;
         for (const int pixel : {firstPixel[i], last}) {
-            touch::click(m_page, {barLeft[0], barTop + pixel});
+            click(QPoint(barLeft[0], barTop + pixel));
             QCOMPARE(takeCalls().last(),
                      QStringLiteral("AudioService.setCustomEq1(%1, 0, true)").arg(10 - i));
         }
@@ -110,11 +110,11 @@ void TestEqSettingsTouches::aPressSetsTheTypeOnceThenBeeps()
     QFETCH(int, current);
     QFETCH(int, set);
     audio().eqType = current;
-    touch::press(m_page, onBar(7, 3));
+    press(onBar(7, 3));
     QCOMPARE(takeCalls(), QStringList({QStringLiteral("AudioService.setEQType(%1, true)").arg(set),
                                        QStringLiteral("AudioService.doBeep(0)")}));
     QCOMPARE(drawn().at(7), 3);
-    touch::release(m_page, onBar(7, 3));
+    release(onBar(7, 3));
 }
 
 void TestEqSettingsTouches::withAPresetActiveATouchSwitchesToTheLastCustomTypeBeforeEditing()
@@ -124,7 +124,7 @@ void TestEqSettingsTouches::withAPresetActiveATouchSwitchesToTheLastCustomTypeBe
     audio().eqType = 3;
     emitEQType(3);
     takeCalls(All);
-    touch::click(m_page, onBar(12, -4));
+    click(onBar(12, -4));
     QCOMPARE(takeCalls(), QStringList({"AudioService.setEQType(7, true)", "AudioService.doBeep(0)",
                                        "AudioService.setCustomEq2(-4, 12, true)"}));
     QCOMPARE(drawn().at(12), -4);
@@ -146,40 +146,40 @@ void TestEqSettingsTouches::aReleaseSendsExactlyOneCallWithTheValueBeforeTheBand
     QFETCH(QString, call);
     audio().eqType = type;
     for (int band = 0; band < bandCount; ++band) {
-        touch::press(m_page, onBar(band, 0));
-        touch::move(m_page, onBar(band, band - 6));
+        press(onBar(band, 0));
+        move(onBar(band, band - 6));
         takeCalls(All);
-        touch::release(m_page, onBar(band, 9)); // where it is lifted doesn't matter, the last move does
+        release(onBar(band, 9)); // where it is lifted doesn't matter, the last move does
         QCOMPARE(takeCalls(), QStringList(call.arg(band - 6).arg(band)));
-        touch::release(m_page, onBar(band, 9));
+        release(onBar(band, 9));
         QCOMPARE(takeCalls(), QStringList());
     }
 }
 
 void TestEqSettingsTouches::nothingIsSentDuringADrag()
 {
-    touch::press(m_page, onBar(2, 10));
+    press(onBar(2, 10));
     takeCalls(All);
     for (int y = barTop; y < barTop + barHeight; ++y)
-        touch::move(m_page, {barLeft[2] + 10, y});
+        move(QPoint(barLeft[2] + 10, y));
     QCOMPARE(takeCalls(), QStringList());
     QCOMPARE(drawn().at(2), -10);
-    touch::release(m_page, onBar(2, -10));
+    release(onBar(2, -10));
     QCOMPARE(takeCalls(), QStringList("AudioService.setCustomEq1(-10, 2, true)"));
 }
 
 void TestEqSettingsTouches::draggingAcrossBarsKeepsEditingTheBandFirstTouched()
 {
-    touch::press(m_page, onBar(5, 2));
-    touch::move(m_page, onBar(6, -8));
-    touch::move(m_page, onBar(7, 8));
+    press(onBar(5, 2));
+    move(onBar(6, -8));
+    move(onBar(7, 8));
     QCOMPARE(drawn().at(5), 2);
     QCOMPARE(drawn().at(6), 0);
-    touch::move(m_page, onBar(5, 4));
+    move(onBar(5, 4));
     QCOMPARE(drawn().at(5), 4);
-    touch::move(m_page, onBar(8, 1));
+    move(onBar(8, 1));
     takeCalls(All);
-    touch::release(m_page, onBar(8, 1));
+    release(onBar(8, 1));
     QCOMPARE(takeCalls(), QStringList("AudioService.setCustomEq1(4, 5, true)"));
     QVector<int> expected(13, 0);
     expected[5] = 4;
@@ -188,18 +188,18 @@ void TestEqSettingsTouches::draggingAcrossBarsKeepsEditingTheBandFirstTouched()
 
 void TestEqSettingsTouches::aDragOffTheBarKeepsTheLastValue()
 {
-    touch::press(m_page, onBar(0, 5));
-    touch::move(m_page, onBar(0, 6));
+    press(onBar(0, 5));
+    move(onBar(0, 6));
     const QRect before = bubble()->geometry();
     for (const QPoint& off : {QPoint(barLeft[0] + 30, barTop - 1),
                               QPoint(barLeft[0] + 30, barTop + barHeight), QPoint(barLeft[0] - 1, 300),
                               QPoint(barLeft[0] + 60, 300), QPoint(-500, -500), QPoint(5000, 5000)}) {
-        touch::move(m_page, off);
+        move(off);
         QCOMPARE(drawn().at(0), 6);
         QCOMPARE(bubble()->geometry(), before);
     }
     takeCalls(All);
-    touch::release(m_page, {5000, 5000});
+    release(QPoint(5000, 5000));
     QCOMPARE(takeCalls(), QStringList("AudioService.setCustomEq1(6, 0, true)"));
 }
 
@@ -219,9 +219,9 @@ void TestEqSettingsTouches::aPressOutsideEveryBarDoesNothing()
 {
     QFETCH(QPoint, point);
     audio().eqType = 2;
-    touch::press(m_page, point);
-    touch::move(m_page, onBar(4, 4));
-    touch::release(m_page, onBar(4, 4));
+    press(point);
+    move(onBar(4, 4));
+    release(onBar(4, 4));
     QCOMPARE(takeCalls(All), QStringList());
     QVERIFY(bubble()->isHidden());
     QCOMPARE(drawn(), QVector<int>(13, 0));
@@ -236,7 +236,7 @@ void TestEqSettingsTouches::aTouchFarOffTheScreenDoesNothing()
             for (const QEvent::Type type :
                  {QEvent::MouseButtonPress, QEvent::MouseMove, QEvent::MouseButtonRelease}) {
                 QMouseEvent event(type, QPoint(x, y), Qt::LeftButton, Qt::LeftButton, Qt::NoModifier);
-                QCoreApplication::sendEvent(m_page, &event);
+                QCoreApplication::sendEvent(m_page.data(), &event);
             }
         }
     }
@@ -245,13 +245,13 @@ void TestEqSettingsTouches::aTouchFarOffTheScreenDoesNothing()
 
 void TestEqSettingsTouches::aPressOutsideEveryBarEndsATouchWhoseReleaseWasLost()
 {
-    touch::press(m_page, onBar(4, 4));
+    press(onBar(4, 4));
     takeCalls();
     const QPoint outside(barLeft[3] + 30, barTop - 1);
-    QTest::mousePress(m_page, Qt::LeftButton, Qt::NoModifier, outside);
+    QTest::mousePress(m_page.data(), Qt::LeftButton, Qt::NoModifier, outside);
     QVERIFY(bubble()->isHidden());
-    touch::move(m_page, onBar(4, -4));
-    QTest::mouseRelease(m_page, Qt::LeftButton, Qt::NoModifier, onBar(4, -4));
+    move(onBar(4, -4));
+    QTest::mouseRelease(m_page.data(), Qt::LeftButton, Qt::NoModifier, onBar(4, -4));
     QCOMPARE(takeCalls(), QStringList());
     QCOMPARE(drawn().at(4), 4);
 }
@@ -272,37 +272,37 @@ void TestEqSettingsTouches::aTouchOnWhatLiesInABarIsATouchOnTheBar()
     QFETCH(QString, name);
     QFETCH(QPoint, point);
     QFETCH(int, value);
-    QCOMPARE(touch::press(m_page, point)->objectName(), name);
-    touch::release(m_page, point);
+    QCOMPARE(press(point)->objectName(), name);
+    release(point);
     QCOMPARE(takeCalls().last(), QStringLiteral("AudioService.setCustomEq1(%1, 8, true)").arg(value));
 }
 
 void TestEqSettingsTouches::theSecondOfTwoQuickTouchesCounts()
 {
     // The window system names the second press a double-click.
-    touch::click(m_page, onBar(1, 5));
+    click(onBar(1, 5));
     takeCalls(All);
-    QTest::mouseDClick(m_page, Qt::LeftButton, Qt::NoModifier, onBar(1, 2));
+    QTest::mouseDClick(m_page.data(), Qt::LeftButton, Qt::NoModifier, onBar(1, 2));
     QCOMPARE(takeCalls(), QStringList({"AudioService.setEQType(6, true)", "AudioService.doBeep(0)"}));
-    QTest::mouseRelease(m_page, Qt::LeftButton, Qt::NoModifier, onBar(1, 2));
+    QTest::mouseRelease(m_page.data(), Qt::LeftButton, Qt::NoModifier, onBar(1, 2));
     QCOMPARE(takeCalls(), QStringList("AudioService.setCustomEq1(2, 1, true)"));
 }
 
 void TestEqSettingsTouches::otherButtonsAreNoTouch()
 {
-    QTest::mouseClick(m_page, Qt::RightButton, Qt::NoModifier, onBar(1, 2));
+    QTest::mouseClick(m_page.data(), Qt::RightButton, Qt::NoModifier, onBar(1, 2));
     QCOMPARE(takeCalls(), QStringList());
 }
 
 void TestEqSettingsTouches::hidingDuringATouchForgetsIt()
 {
-    touch::press(m_page, onBar(6, 6));
+    press(onBar(6, 6));
     QVERIFY(bubble()->isVisible());
     takeCalls(All);
     m_page->hide();
     QVERIFY(bubble()->isHidden());
-    touch::move(m_page, onBar(6, -6));
-    touch::release(m_page, onBar(6, -6));
+    move(onBar(6, -6));
+    release(onBar(6, -6));
     QCOMPARE(takeCalls(), QStringList());
     m_page->show();
     QVERIFY(bubble()->isHidden());
@@ -327,7 +327,7 @@ void TestEqSettingsTouches::bubbleFollowsTheFinger()
     QFETCH(int, value);
     QFETCH(QPoint, place);
     audio().eqType = type;
-    touch::press(m_page, onBar(band, value));
+    press(onBar(band, value));
     QVERIFY(bubble()->isVisible());
     QCOMPARE(bubble()->geometry(), QRect(place, QSize(164, 29)));
     QVERIFY(m_page->rect().contains(bubble()->geometry()));
@@ -335,21 +335,21 @@ void TestEqSettingsTouches::bubbleFollowsTheFinger()
     QCOMPARE(label("text_eq_band_num")->text(), QString::number(value));
     QCOMPARE(m_page->childAt(bubble()->geometry().center()), label("text_eq_band_num"));
     // A move takes it along.
-    touch::move(m_page, onBar(band, -value));
+    move(onBar(band, -value));
     QCOMPARE(bubble()->y(), barTop + handleTravel[10 + value] + 31);
     QCOMPARE(label("text_eq_band_num")->text(), QString::number(-value));
-    touch::release(m_page, onBar(band, -value));
+    release(onBar(band, -value));
 }
 
 void TestEqSettingsTouches::bubbleGoesAtRelease()
 {
-    touch::click(m_page, onBar(6, 1));
+    click(onBar(6, 1));
     QVERIFY(bubble()->isHidden());
 }
 
 void TestEqSettingsTouches::onlyTheTouchedHandleMovesAndIsRepainted()
 {
-    touch::press(m_page, onBar(6, 2));
+    press(onBar(6, 2));
     QCoreApplication::processEvents();
     EventCounter otherMoves(QEvent::Move);
     EventCounter otherPaints(QEvent::Paint);
@@ -361,7 +361,7 @@ void TestEqSettingsTouches::onlyTheTouchedHandleMovesAndIsRepainted()
     }
     EventCounter titlePaints(QEvent::Paint);
     label("text_title")->installEventFilter(&titlePaints);
-    touch::move(m_page, onBar(6, -5));
+    move(onBar(6, -5));
     QCoreApplication::processEvents();
     QCOMPARE(ownMoves.count, 1);
     QCOMPARE(otherMoves.count, 0);
@@ -370,11 +370,11 @@ void TestEqSettingsTouches::onlyTheTouchedHandleMovesAndIsRepainted()
     // A finger that trembles within one step repaints nothing at all.
     EventCounter anyPaints(QEvent::Paint);
     m_page->installEventFilter(&anyPaints);
-    touch::move(m_page, onBar(6, -5) + QPoint(1, 1));
+    move(onBar(6, -5) + QPoint(1, 1));
     QCoreApplication::processEvents();
     QCOMPARE(ownMoves.count, 1);
     QCOMPARE(anyPaints.count, 0);
-    touch::release(m_page, onBar(6, -5));
+    release(onBar(6, -5));
 }
 
 void TestEqSettingsTouches::randomTouchesKeepEveryInvariant()
@@ -382,7 +382,7 @@ void TestEqSettingsTouches::randomTouchesKeepEveryInvariant()
     QFETCH(quint32, seed);
     const QRegularExpression sent(
         QStringLiteral("^AudioService\\.setCustomEq([12])\\((-?\\d+), (\\d+), true\\)$"));
-    RandomWalk walk(m_page, seed);
+    RandomWalk walk(m_page.data(), seed);
     // Off the close key: leaving is tested elsewhere, and here only fills the event queue.
     walk.setGround(QRect(0, 0, 930, m_page->height()));
     walk.setAim([&walk] { return QPoint(100 + walk.bounded(830), barTop + walk.bounded(barHeight)); });

@@ -8,6 +8,7 @@
 #include "M5QX/m5qx_audiosetting_time_alignment_page.h"
 #include "M5QX/m5qxcrosssettingwidget.h"
 #include "M5QX/volumesettingwidget.h"
+#include "tests/M5QX/formcheck.h"
 #include "tests/support/platform_double/platform_double.h"
 #include "tests/support/touch.h"
 
@@ -145,9 +146,7 @@ int TestMainWidget::visiblePages() const
 
 void TestMainWidget::pageRows()
 {
-    QTest::addColumn<int>("index");
-    for (int i = 0; i < 6; ++i)
-        QTest::newRow(pages[i].name) << i;
+    formcheck::addRows(pages, &PageRow::name, "index");
 }
 
 void TestMainWidget::slotsAreDeclaredInOrder()

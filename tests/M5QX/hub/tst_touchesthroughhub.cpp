@@ -1,4 +1,5 @@
 #include "M5QX/m5qx_mainwidget.h"
+#include "tests/M5QX/formcheck.h"
 #include "tests/M5QX/hub/hubtouches_curves.h"
 #include "tests/M5QX/hub/hubtouches_levels.h"
 #include "tests/support/platform_double/platform_double.h"
@@ -132,7 +133,7 @@ private slots:
     void cleanup();
     void tabKeyOpensItsPageFromEveryPage_data();
     void tabKeyOpensItsPageFromEveryPage();
-    void besideTheTabKeysNothingHappens_data();
+    void besideTheTabKeysNothingHappens_data() { formcheck::addRows(tabs, &Tab::name, "page"); }
     void besideTheTabKeysNothingHappens();
     void touchMakesTheseCallsAndNoOther_data();
     void touchMakesTheseCallsAndNoOther();
@@ -234,13 +235,6 @@ void TestTouchesThroughHub::tabKeyOpensItsPageFromEveryPage()
     const int other = tabs[(to + 1) % hubtouches::PageCount].x;
     play(QStringLiteral("P%1,556 M%1,300 R%1,300").arg(other + 75));
     QCOMPARE(takeCalls(), QStringList());
-}
-
-void TestTouchesThroughHub::besideTheTabKeysNothingHappens_data()
-{
-    QTest::addColumn<int>("page");
-    for (int page = 0; page < hubtouches::PageCount; ++page)
-        QTest::newRow(tabs[page].name) << page;
 }
 
 void TestTouchesThroughHub::besideTheTabKeysNothingHappens()

@@ -72,10 +72,10 @@ private slots:
     void cleanup() { m_page.reset(); }
 
     void signalsAndSlotsAreDeclaredInOrder();
-    void theFormHasTheTablesWidgets_data();
+    void theFormHasTheTablesWidgets_data() { formcheck::addRows(rows, &Row::name); }
     void theFormHasTheTablesWidgets();
     void siblingsAreMadeInTheTablesOrder();
-    void keysHoldTheTablesPictures_data();
+    void keysHoldTheTablesPictures_data() { formcheck::addRows(icons, &Icon::key); }
     void keysHoldTheTablesPictures();
     void switchesShowTheirStateByPicture();
     void labelsShowTheTablesPictures();
@@ -115,13 +115,6 @@ void TestAudioLevelsForm::signalsAndSlotsAreDeclaredInOrder()
                           "on_key_sub_level_down_clicked()"}));
 }
 
-void TestAudioLevelsForm::theFormHasTheTablesWidgets_data()
-{
-    QTest::addColumn<int>("row");
-    for (int i = 0; i < int(std::size(rows)); ++i)
-        QTest::newRow(rows[i].name) << i;
-}
-
 void TestAudioLevelsForm::theFormHasTheTablesWidgets()
 {
     QFETCH(int, row);
@@ -139,13 +132,6 @@ void TestAudioLevelsForm::siblingsAreMadeInTheTablesOrder()
     const QStringList made = formcheck::childNames(m_page.data());
     QCOMPARE(made.mid(0, expected.size()), expected);
     QCOMPARE(made.size(), expected.size() + 1); // the slider, which the page makes for itself
-}
-
-void TestAudioLevelsForm::keysHoldTheTablesPictures_data()
-{
-    QTest::addColumn<int>("row");
-    for (int i = 0; i < int(std::size(icons)); ++i)
-        QTest::newRow(icons[i].key) << i;
 }
 
 void TestAudioLevelsForm::keysHoldTheTablesPictures()

@@ -201,13 +201,13 @@ void TestAudioLevelsPage::resetYieldsZeroWithAllFourKeysEnabled()
 
 void TestAudioLevelsPage::aTouchOnTheResetCaptionReachesTheKey()
 {
-    QCOMPARE(touch::press(m_page.data(), QPoint(96, 466)), key("key_reset_level"));
-    touch::release(m_page.data(), QPoint(96, 466));
+    QCOMPARE(press(QPoint(96, 466)), key("key_reset_level"));
+    release(QPoint(96, 466));
     QCOMPARE(takeCalls(), (QStringList{keyBeep, sendPair(0, 0)}));
     // Slid off before it is lifted: nothing.
-    touch::press(m_page.data(), QPoint(96, 466));
-    touch::move(m_page.data(), QPoint(600, 100));
-    touch::release(m_page.data(), QPoint(600, 100));
+    press(QPoint(96, 466));
+    move(QPoint(600, 100));
+    release(QPoint(600, 100));
     QCOMPARE(takeCalls(), QStringList());
 }
 
@@ -216,14 +216,14 @@ void TestAudioLevelsPage::holdingAnArrowKeyChangesTheValueByExactlyOneStep()
     for (const char* name : {"key_up_level", "key_down_level", "key_left_level", "key_right_btn"}) {
         audio().balance = 0;
         audio().fader = 0;
-        touch::press(m_page.data(), touch::middle(m_page.data(), key(name)));
+        press(middle(key(name)));
         takeCalls(All);
         cm::PushButton* wrapper = wrapperOf(key(name));
         emit wrapper->longPressed();
         for (int i = 0; i < 10; ++i)
             emit wrapper->longPressedRepeat();
         QCOMPARE(takeCalls(All), QStringList());
-        touch::release(m_page.data(), touch::middle(m_page.data(), key(name)));
+        release(middle(key(name)));
         QCOMPARE(takeCalls().filter(QStringLiteral("setBalanceFader")).size(), 1);
         QCOMPARE(qAbs(audio().balance) + qAbs(audio().fader), 1);
     }
@@ -272,17 +272,17 @@ void TestAudioLevelsPage::thePadShowsWhileDraggedAndSendsOnRelease()
 {
     const QPoint middle(121 + 126, 169 + 126);
     const QImage before = pad()->grab().toImage();
-    touch::press(m_page.data(), middle + QPoint(70, 0));
+    press(middle + QPoint(70, 0));
     QCOMPARE(takeCalls(Actions | Read), QStringList{mcuBeep});
     QCOMPARE(label("txt_balance")->text(), QStringLiteral("BAL:10"));
     QVERIFY(pad()->grab().toImage() != before);
-    touch::move(m_page.data(), middle + QPoint(700, -35));
+    move(middle + QPoint(700, -35));
     QCOMPARE(label("txt_balance")->text(), QStringLiteral("BAL:15"));
     QCOMPARE(label("txt_fader")->text(), QStringLiteral("FAD:5"));
     QVERIFY(!key("key_right_btn")->isEnabled());
     QCOMPARE(takeCalls(Actions | Read), QStringList());
     QCOMPARE(audio().balance, 0);
-    touch::release(m_page.data(), middle + QPoint(700, -35));
+    release(middle + QPoint(700, -35));
     QCOMPARE(takeCalls(Actions | Read), QStringList{sendPair(15, 5)});
 }
 
@@ -314,13 +314,7 @@ void TestAudioLevelsPage::everySlotWritesItsDiagnosticLine()
 
 void TestAudioLevelsPage::hostileValuesNeitherCrashNorAreRewritten()
 {
-    const QVariantList hostile{QVariant(std::numeric_limits<int>::min()),
-                               QVariant(std::numeric_limits<int>::max()),
-                               QVariant(-1),
-                               QVariant(true),
-                               QVariant(QString(1 << 20, QLatin1Char('7'))),
-                               QVariant(QString())};
-    for (const QVariant& value : hostile) {
+    for (const QVariant& value : hostileValues()) {
         for (const char* name : {"customloudnes", "subwooferOnOff", "subwooferLevel", "subwooferFreq"})
             setStored(QLatin1String(name), value);
         const bool number = value.type() == QVariant::Int;

@@ -102,7 +102,7 @@ void TestAudioLevelsSubwoofer::sliderReleaseSendsTheLevel()
     QFETCH(int, level);
     setStored("subwooferFreq", 4);
     takeCalls(All);
-    touch::click(m_page.data(), QPoint(x, 410));
+    click(QPoint(x, 410));
     QCOMPARE(takeCalls(Actions | Read),
              (QStringList{writeSwitch(true), readFrequency, writeLevel(level | 128), subFilter(4, level)}));
     QCOMPARE(slider()->value(), 12 - level);
@@ -111,11 +111,11 @@ void TestAudioLevelsSubwoofer::sliderReleaseSendsTheLevel()
 
 void TestAudioLevelsSubwoofer::sliderSendsNothingWhileDragged()
 {
-    touch::press(m_page.data(), QPoint(588, 410));
+    press(QPoint(588, 410));
     for (int x = 588; x < 1200; x += 10)
-        touch::move(m_page.data(), QPoint(x, 200));
+        move(QPoint(x, 200));
     QCOMPARE(takeCalls(All), QStringList());
-    touch::release(m_page.data(), QPoint(1200, 200));
+    release(QPoint(1200, 200));
     QCOMPARE(takeCalls(), (QStringList{writeSwitch(true), writeLevel(128), subFilter(7, 0)}));
 }
 
@@ -191,7 +191,7 @@ void TestAudioLevelsSubwoofer::withTheSubwooferOffALevelSlotSwitchesItOnAndLeave
     QCOMPARE(stored("subwooferOnOff"), QVariant(false));
     // By touch they are out of reach.
     QCOMPARE(clicked("key_sub_level_up", All), QStringList());
-    touch::click(m_page.data(), QPoint(700, 410));
+    click(QPoint(700, 410));
     QCOMPARE(takeCalls(All), QStringList());
 
     if (slot == "onSliderOnSave")

@@ -74,6 +74,11 @@ inline QString valueLabel(int item)
 class TimeAlignmentFixture : public PageFixture<OpenPage>
 {
 protected:
+    void makePage()
+    {
+        reset();
+        rebuild();
+    }
     /// A fresh page on what is stored.
     void rebuild()
     {

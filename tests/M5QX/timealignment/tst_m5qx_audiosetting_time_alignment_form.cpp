@@ -103,21 +103,17 @@ class TestTimeAlignmentForm : public TimeAlignmentFixture
 {
     Q_OBJECT
 private slots:
-    void init()
-    {
-        reset();
-        rebuild();
-    }
+    void init() { makePage(); }
     void cleanup() { m_page.reset(); }
 
     void slotsAreDeclaredInOrder();
-    void theFormHasTheTablesWidgets_data();
+    void theFormHasTheTablesWidgets_data() { formcheck::addRows(rows, &Row::name); }
     void theFormHasTheTablesWidgets();
     void siblingsAreMadeInTheTablesOrder_data();
     void siblingsAreMadeInTheTablesOrder();
     void theFormsOwnTexts_data();
     void theFormsOwnTexts();
-    void keysHoldTheTablesPictures_data();
+    void keysHoldTheTablesPictures_data() { formcheck::addRows(icons, &Icon::key); }
     void keysHoldTheTablesPictures();
     void presetKeysShowTheirStateByPicture();
     void theThirdPictureOfPreset1NeverShows();
@@ -139,13 +135,6 @@ void TestTimeAlignmentForm::slotsAreDeclaredInOrder()
     QCOMPARE(formcheck::ownMethods(page.metaObject(), QMetaMethod::Slot),
              (QStringList{"onAlmButGroupClicked(int)", "onPreButGroupClicked(int)", "onResetClicked()",
                           "onBackClicked()"}));
-}
-
-void TestTimeAlignmentForm::theFormHasTheTablesWidgets_data()
-{
-    QTest::addColumn<int>("row");
-    for (int i = 0; i < int(std::size(rows)); ++i)
-        QTest::newRow(rows[i].name) << i;
 }
 
 void TestTimeAlignmentForm::theFormHasTheTablesWidgets()
@@ -213,13 +202,6 @@ void TestTimeAlignmentForm::theFormsOwnTexts()
         QVERIFY(Qt::mightBeRichText(value->text()));
         QVERIFY(value->text().contains(QLatin1String("50 Hz")));
     }
-}
-
-void TestTimeAlignmentForm::keysHoldTheTablesPictures_data()
-{
-    QTest::addColumn<int>("row");
-    for (int i = 0; i < int(std::size(icons)); ++i)
-        QTest::newRow(icons[i].key) << i;
 }
 
 void TestTimeAlignmentForm::keysHoldTheTablesPictures()
@@ -310,7 +292,7 @@ void TestTimeAlignmentForm::everyKeyIsReachedAtItsMiddle()
 {
     for (QPushButton* each : m_page->findChildren<QPushButton*>()) {
         if (each->isVisible())
-            QCOMPARE(m_page->childAt(touch::middle(m_page.data(), each)), each);
+            QCOMPARE(m_page->childAt(middle(each)), each);
     }
 }
 

@@ -11,11 +11,7 @@ class TestTimeAlignmentLimits : public TimeAlignmentFixture
 {
     Q_OBJECT
 private slots:
-    void init()
-    {
-        reset();
-        rebuild();
-    }
+    void init() { makePage(); }
     void cleanup() { m_page.reset(); }
 
     void at100ThePlusKeyIsDisabledAndOneMinusClickGives99();
@@ -190,14 +186,8 @@ void TestTimeAlignmentLimits::anItemThatDoesNotExistIsLoggedAndIgnored()
 
 void TestTimeAlignmentLimits::hostileValuesNeitherCrashNorAreRewritten()
 {
-    const QVariantList hostile{QVariant(std::numeric_limits<int>::min()),
-                               QVariant(std::numeric_limits<int>::max()),
-                               QVariant(-1),
-                               QVariant(true),
-                               QVariant(QString(1 << 20, QLatin1Char('7'))),
-                               QVariant(QString())};
     for (const bool presetToo : {false, true}) {
-        for (const QVariant& value : hostile) {
+        for (const QVariant& value : hostileValues()) {
             setStored("Audio_Time_Alignment_Preset", presetToo ? value : QVariant(0));
             for (int item = 0; item < 15; ++item)
                 setStored(storeKey(item / 5, item % 5), value);

@@ -41,11 +41,7 @@ class TestTimeAlignmentPage : public TimeAlignmentFixture
 {
     Q_OBJECT
 private slots:
-    void init()
-    {
-        reset();
-        rebuild();
-    }
+    void init() { makePage(); }
     void cleanup() { m_page.reset(); }
 
     void constructionReadsThePresetAndSendsNothing();

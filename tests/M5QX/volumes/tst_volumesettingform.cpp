@@ -10,7 +10,7 @@ class TestVolumeSettingForm : public VolumeSettingFixture
     Q_OBJECT
 private slots:
     void init() { makePage(); }
-    void cleanup() { m_host.reset(); }
+    void cleanup() { m_page.reset(); }
 
     void signalsAndSlotsAreDeclaredInOrder();
     void rowsStandWhereTheTableSays_data() { addRows(); }
@@ -132,12 +132,12 @@ void TestVolumeSettingForm::topBarAndScrollAreaStandWhereTheFormSays()
 {
     const QString prefix = QStringLiteral(":/vexa_m5qx_audiosettingicon/");
     QCOMPARE(m_page->size(), QSize(1024, 510));
-    auto* exit = formcheck::child<QPushButton>(m_page, QStringLiteral("key_exit"));
+    auto* exit = find(QStringLiteral("key_exit"));
     QCOMPARE(exit->geometry(), QRect(938, 13, 74, 60));
     QVERIFY(exit->isHidden());
     QVERIFY(
         formcheck::isPlainKeyIcon(exit->icon(), prefix + "icon_close_n.png", prefix + "icon_close_p.png"));
-    auto* emblem = formcheck::child<QPushButton>(m_page, QStringLiteral("key_back"));
+    auto* emblem = find(QStringLiteral("key_back"));
     QVERIFY(formcheck::holds(emblem->icon(), QIcon::Normal, QIcon::Off, prefix + "icon_eq.png"));
     QVERIFY(emblem->geometry().bottom() < 75);
     QVERIFY(emblem->geometry().right() < label(QStringLiteral("label_title"))->x());
@@ -195,7 +195,7 @@ void TestVolumeSettingForm::keyStripIsMadeOncePlacedAndShown()
     m_page->showSetupPageKeyWidget();
     const auto strips = m_page->findChildren<SetupPageKeyWidget*>();
     QCOMPARE(strips.size(), 1);
-    QCOMPARE(strips.first()->parentWidget(), m_page);
+    QCOMPARE(strips.first()->parentWidget(), m_page.data());
     QCOMPARE(strips.first()->geometry(), QRect(960, 70, 50, 459));
     QCOMPARE(formcheck::child(strips.first(), QStringLiteral("Key_next_page"))->y(), 332);
     QVERIFY(!strips.first()->isHidden());
@@ -206,7 +206,7 @@ void TestVolumeSettingForm::scrollBarIsThePagesAndLiesAboveTheKeyStrip()
     show();
     auto* bar = qobject_cast<cm::ScrollBar*>(area()->verticalScrollBar());
     QVERIFY(bar);
-    QCOMPARE(bar->parentWidget(), m_page);
+    QCOMPARE(bar->parentWidget(), m_page.data());
     QCOMPARE(bar->geometry(), QRect(978, 160, 16, 237));
     QVERIFY(bar->isVisible());
     QCOMPARE(m_page->childAt(bar->geometry().center()), bar);

@@ -1,6 +1,5 @@
 #include "tests/M5QX/volumes/volumesetting.h"
 #include "tests/support/randomwalk.h"
-#include "tests/support/touch.h"
 
 #include <QRegularExpression>
 #include <QScrollBar>
@@ -41,7 +40,7 @@ class TestVolumeSettingWidget : public VolumeSettingFixture
     Q_OBJECT
 private slots:
     void init() { makePage(); }
-    void cleanup() { m_host.reset(); }
+    void cleanup() { m_page.reset(); }
 
     void resumeReadsTheThreeSectionsInOrder();
     void aFreshStoreShowsTheDefaults();
@@ -120,7 +119,7 @@ void TestVolumeSettingWidget::theDabGainRowNeverShowsYetItsValueIsRead()
     m_page->resume();
     QVERIFY(takeCalls(Read).contains(readLine(rows[dab])));
     QCOMPARE(slider(dab)->value(), 12);
-    invoke(QStringLiteral("on_key_source_dab_up_clicked"));
+    call("on_key_source_dab_up_clicked");
     QCOMPARE(takeCalls(Actions | Read), stepLines(rows[dab], 13));
     QCOMPARE(slider(dab)->value(), 13);
 }
@@ -185,9 +184,9 @@ void TestVolumeSettingWidget::keysOfVisibleRowsAnswerATouch()
     }
     area()->verticalScrollBar()->setValue(widget(index)->y() - 100);
     takeCalls(All);
-    touch::click(m_page, touch::middle(m_page, key(index, "up")));
+    click(middle(key(index, "up")));
     QCOMPARE(takeCalls(All), stepLines(row, row.defaultValue + 1));
-    touch::click(m_page, touch::middle(m_page, key(index, "down")));
+    click(middle(key(index, "down")));
     QCOMPARE(takeCalls(All), stepLines(row, row.defaultValue));
 }
 
@@ -195,7 +194,7 @@ void TestVolumeSettingWidget::aTouchOnTheLabelsEndReachesTheDownKey()
 {
     show();
     // The main default row stands at y 50 of the contents, which begin at y 75.
-    touch::click(m_page, {436, 75 + 50 + 39});
+    click(QPoint(436, 75 + 50 + 39));
     QCOMPARE(takeCalls(),
              QStringList({keyBeep, "SettingsFunc.setValue(\"Setup_Main_Volume\", 25, 24, true)"}));
 }
@@ -246,13 +245,13 @@ void TestVolumeSettingWidget::aSliderDragSendsOnceAtRelease()
     m_page->resume();
     area()->verticalScrollBar()->setValue(400);
     takeCalls(All);
-    const QPoint start = touch::middle(m_page, slider(10));
-    QCOMPARE(touch::press(m_page, start), slider(10));
+    const QPoint start = middle(slider(10));
+    QCOMPARE(press(start), slider(10));
     for (int x = 0; x < 200; x += 10)
-        touch::move(m_page, start + QPoint(x, 0));
-    touch::move(m_page, start + QPoint(600, 200));
+        move(start + QPoint(x, 0));
+    move(start + QPoint(600, 200));
     QCOMPARE(takeCalls(All), QStringList());
-    touch::release(m_page, start + QPoint(600, 200));
+    release(start + QPoint(600, 200));
     QCOMPARE(takeCalls(All), applyLines(rows[10], 15));
 }
 
@@ -262,11 +261,11 @@ void TestVolumeSettingWidget::saveSlotsClampTheirArgument()
     const Row& row = rows[index];
     const QByteArray slot = row.saveSlot;
     for (const int value : {maximumOf(row) + 1, INT_MAX}) {
-        QVERIFY(QMetaObject::invokeMethod(m_page, slot, Q_ARG(int, value)));
+        QVERIFY(QMetaObject::invokeMethod(m_page.data(), slot, Q_ARG(int, value)));
         QCOMPARE(takeCalls(All), applyLines(row, maximumOf(row)));
     }
     for (const int value : {-1, INT_MIN}) {
-        QVERIFY(QMetaObject::invokeMethod(m_page, slot, Q_ARG(int, value)));
+        QVERIFY(QMetaObject::invokeMethod(m_page.data(), slot, Q_ARG(int, value)));
         QCOMPARE(takeCalls(All), applyLines(row, 0));
     }
 }
@@ -274,11 +273,11 @@ void TestVolumeSettingWidget::saveSlotsClampTheirArgument()
 void TestVolumeSettingWidget::pageKeysScrollToTheEndAndBack()
 {
     show();
-    touch::click(m_page, {960 + 25, 70 + 332 + 60});
+    click(QPoint(960 + 25, 70 + 332 + 60));
     QCOMPARE(takeCalls(All), QStringList({"McuManager.triggerBeep(0)", "R9TransferStation.setupNextPage()",
                                           "ScrollManage.scrollToPos(0,1028, false)"}));
     QVERIFY(contents()->y() < 0);
-    touch::click(m_page, {960 + 25, 70 + 40});
+    click(QPoint(960 + 25, 70 + 40));
     QCOMPARE(takeCalls(All), QStringList({"McuManager.triggerBeep(0)", "R9TransferStation.setupPrevPage()",
                                           "ScrollManage.scrollToPos(0,0, false)"}));
     QCOMPARE(contents()->y(), 0);
@@ -299,9 +298,9 @@ void TestVolumeSettingWidget::nextPageWhileThePageIsHiddenDoesNotScroll()
 void TestVolumeSettingWidget::exitBeepsThenEmitsExitUI()
 {
     QStringList seen;
-    connect(m_page, &VolumeSettingWidget::exitUI, this, [&seen] { seen = takeCalls(); });
-    QSignalSpy spy(m_page, SIGNAL(exitUI()));
-    formcheck::child<QPushButton>(m_page, QStringLiteral("key_exit"))->click();
+    connect(m_page.data(), &VolumeSettingWidget::exitUI, this, [&seen] { seen = takeCalls(); });
+    QSignalSpy spy(m_page.data(), SIGNAL(exitUI()));
+    find(QStringLiteral("key_exit"))->click();
     QCOMPARE(seen, QStringList(keyBeep));
     QCOMPARE(spy.count(), 1);
     QCOMPARE(takeBackRequests(), 0);
@@ -318,11 +317,11 @@ void TestVolumeSettingWidget::everySlotWritesOneDiagnosticLine()
         ++slotCount;
         takeLog();
         if (method.parameterCount() == 0)
-            QVERIFY(method.invoke(m_page));
+            QVERIFY(method.invoke(m_page.data()));
         else if (method.parameterCount() == 1)
-            QVERIFY(method.invoke(m_page, Q_ARG(int, 9)));
+            QVERIFY(method.invoke(m_page.data(), Q_ARG(int, 9)));
         else
-            QVERIFY(method.invoke(m_page, Q_ARG(bool, false), Q_ARG(int, 1), Q_ARG(int, 2)));
+            QVERIFY(method.invoke(m_page.data(), Q_ARG(bool, false), Q_ARG(int, 1), Q_ARG(int, 2)));
         const QStringList log = takeLog();
         QCOMPARE(log.size(), 1);
         const bool step = method.name().endsWith("_up_clicked") || method.name().endsWith("_down_clicked");
@@ -338,8 +337,9 @@ void TestVolumeSettingWidget::openingAndLeavingOftenLeavesNothingBehind()
 {
     const int before = scrollManagers().size();
     const int sliderCount = sliders().size();
+    QWidget host;
     for (int i = 0; i < 50; ++i) {
-        auto* page = new VolumeSettingWidget(m_host.data());
+        auto* page = new VolumeSettingWidget(&host);
         page->resume();
         page->show();
         QCOMPARE(scrollManagers().size(), before + 2);
@@ -363,7 +363,7 @@ void TestVolumeSettingWidget::randomTouchesKeepEveryInvariant()
     takeCalls(All);
     const QRegularExpression write(
         QStringLiteral("^SettingsFunc\\.setValue\\(\"(\\w+)\", \\d+, (-?\\d+), true\\)$"));
-    RandomWalk walk(m_page, seed);
+    RandomWalk walk(m_page.data(), seed);
     int writes = 0;
     for (int event = 0; event < 20000; ++event) {
         if (walk.step() != RandomWalk::Release) {

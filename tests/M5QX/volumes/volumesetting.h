@@ -2,12 +2,9 @@
 
 #include "M5QX/volumesettingwidget.h"
 #include "common/customslider.h"
-#include "tests/M5QX/formcheck.h"
-#include "tests/support/platform_double/platform_double.h"
+#include "tests/M5QX/pagefixture.h"
 
-#include <QLabel>
 #include <QScrollArea>
-#include <QtTest>
 
 /// What the tests of the volume page share.
 namespace volumesetting {
@@ -77,55 +74,45 @@ inline QStringList readLines(Section section)
 
 inline void addRows()
 {
-    QTest::addColumn<int>("index");
-    for (int i = 0; i < rowCount; ++i)
-        QTest::newRow(rows[i].base) << i;
+    formcheck::addRows(rows, &Row::base, "index");
 }
 
-class VolumeSettingFixture : public QObject
+class VolumeSettingFixture : public PageFixture<VolumeSettingWidget>
 {
 protected:
     void makePage()
     {
         reset();
-        m_host.reset(new QWidget);
-        m_host->resize(1024, 600);
-        m_page = new VolumeSettingWidget(m_host.data());
+        m_page.reset(new VolumeSettingWidget(nullptr));
         takeCalls(All);
         takeLog();
     }
     void show()
     {
-        m_host->show();
-        QVERIFY(QTest::qWaitForWindowExposed(m_host.data()));
+        m_page->show();
+        QVERIFY(QTest::qWaitForWindowExposed(m_page.data()));
         takeCalls(All);
         takeLog();
     }
+    using PageFixture::key;
     QPushButton* key(int row, const char* way)
     {
         return formcheck::child<QPushButton>(
-            m_page, QStringLiteral("key_%1_%2").arg(QLatin1String(rows[row].base), QLatin1String(way)));
+            m_page.data(),
+            QStringLiteral("key_%1_%2").arg(QLatin1String(rows[row].base), QLatin1String(way)));
     }
-    QWidget* widget(int row) { return formcheck::child(m_page, QLatin1String(rows[row].widget)); }
-    QLabel* label(const QString& name) { return formcheck::child<QLabel>(m_page, name); }
+    QWidget* widget(int row) { return find<QWidget>(QLatin1String(rows[row].widget)); }
     /// The platform's slider of a row.
     settings::CustomSlider_2* slider(int row)
     {
         return formcheck::child<settings::CustomSlider_2>(widget(row), QString());
     }
-    QScrollArea* area() { return formcheck::child<QScrollArea>(m_page, QStringLiteral("scrollArea")); }
-    QWidget* contents() { return formcheck::child(m_page, QStringLiteral("scrollAreaWidgetContents")); }
+    QScrollArea* area() { return find<QScrollArea>(QStringLiteral("scrollArea")); }
+    QWidget* contents() { return find<QWidget>(QStringLiteral("scrollAreaWidgetContents")); }
     QString keySlot(int row, const char* way)
     {
         return QStringLiteral("on_key_%1_%2_clicked").arg(QLatin1String(rows[row].base), QLatin1String(way));
     }
-    void invoke(const QString& slot)
-    {
-        QVERIFY2(QMetaObject::invokeMethod(m_page, qPrintable(slot)), qPrintable(slot));
-    }
-
-    QScopedPointer<QWidget> m_host;
-    VolumeSettingWidget* m_page = nullptr;
 };
 
 } // namespace volumesetting
