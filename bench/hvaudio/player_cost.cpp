@@ -11,6 +11,7 @@
 //   idle            a block of 512 frames of silence, after everything has rung out
 //   memory          resident set before and after the player is made and has played
 #include "hvaudio/audioservice.h"
+#include "hvaudio/crossovers.h"
 #include "platform/common/settings/settingsstore.h"
 #include "platform/hvaudio/player.h"
 #include "platform/hvaudioservice/audioservicehost.h"
@@ -163,6 +164,28 @@ bool becomeRealTime()
     return pthread_setschedparam(pthread_self(), SCHED_FIFO, &wanted) == 0;
 }
 
+/// As if many hands were at the unit, until `ends`.
+void changeEverything(Player& player, const std::atomic<bool>& ends, std::atomic<long>& changes)
+{
+    for (unsigned n = 0; !ends; ++n) {
+        dsp::Settings settings = loud();
+        settings.equalizer[n % dsp::bandCount] = int(n * 7 % 21) - 10;
+        settings.balance = int(n * 3 % 31) / 15.0 - 1;
+        settings.mainDb = 1.2 * (int(n * 11 % 51) - 50);
+        settings.cabin[n % 4].delayMs = n % 100 / 10.0;
+        settings.cabin[n % 4].highPass = {double(groupCrossoverHz[n % std::size(groupCrossoverHz)]),
+                                          1 + int(n % 4)};
+        settings.source = n % 64 < 32 ? 6 : 18;
+        player.setSettings(settings);
+        if (n % 50 == 0)
+            player.prompt(dsp::Prompt(n / 50 % dsp::promptCount));
+        if (n % 200 == 0)
+            player.setSource(n % 400 ? 6 : 18, n % 3 ? SourceKind::PinkNoise : SourceKind::Sweep);
+        ++changes;
+        std::this_thread::sleep_for(std::chrono::microseconds(300));
+    }
+}
+
 void worstBlock(Player& player, Puller& puller, double seconds, bool paced)
 {
     constexpr double blockSeconds = 512 / rate;
@@ -173,25 +196,7 @@ void worstBlock(Player& player, Puller& puller, double seconds, bool paced)
         puller.pull(512);
     std::atomic<bool> ends{false};
     std::atomic<long> changes{0};
-    std::thread gui([&] {
-        for (unsigned n = 0; !ends; ++n) {
-            dsp::Settings settings = loud();
-            settings.equalizer[n % dsp::bandCount] = int(n * 7 % 21) - 10;
-            settings.balance = int(n * 3 % 31) / 15.0 - 1;
-            settings.mainDb = 1.2 * (int(n * 11 % 51) - 50);
-            settings.cabin[n % 4].delayMs = n % 100 / 10.0;
-            constexpr double corners[] = {0, 30, 40, 60, 80, 100, 120, 160, 250};
-            settings.cabin[n % 4].highPass = {corners[n % 9], 1 + int(n % 4)};
-            settings.source = n % 64 < 32 ? 6 : 18;
-            player.setSettings(settings);
-            if (n % 50 == 0)
-                player.prompt(dsp::Prompt(n / 50 % dsp::promptCount));
-            if (n % 200 == 0)
-                player.setSource(n % 400 ? 6 : 18, n % 3 ? SourceKind::PinkNoise : SourceKind::Sweep);
-            ++changes;
-            std::this_thread::sleep_for(std::chrono::microseconds(300));
-        }
-    });
+    std::thread gui([&] { changeEverything(player, ends, changes); });
     const int blocks = int(seconds * rate / 512);
     std::vector<double> wall, own;
     wall.reserve(std::size_t(blocks));

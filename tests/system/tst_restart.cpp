@@ -111,6 +111,7 @@ private:
     bool act(Process* unit, const Pointer& pointer, const QByteArray& heard);
     /// All of the file, key by key.
     QMap<QString, QString> file() const;
+    void whatIsStoredIsHeard();
 
     QVector<Pointer> m_pointers; ///< for each step
     QMap<QString, QPoint> m_tabs;
@@ -238,8 +239,12 @@ void TestRestart::whatWasSetOnEachPageSurvives()
         second.remove(live);
     }
     QCOMPARE(second, first);
+    whatIsStoredIsHeard();
+}
 
-    // And it is what sounds: the service of this process takes the file over.
+/// The service of this process takes the file over.
+void TestRestart::whatIsStoredIsHeard()
+{
     QCOMPARE(mem::SettingsStore::instance()->open(m_settings), mem::SettingsStore::Opened::Durable);
     sound::Settings heard;
     AudioServiceHost::setSink([&heard](const sound::Settings& settings) { heard = settings; });

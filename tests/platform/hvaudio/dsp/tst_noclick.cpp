@@ -46,183 +46,124 @@ OPTIMIZED("O3") static double clickDb(const Signal& signal, double rate)
     return db(largest);
 }
 
+static void nothing(Settings&)
+{
+}
+
+/// The same in each speaker of the cabin.
+static Change inCabin(std::function<void(CabinSpeakerSettings&)> change)
+{
+    return [change](Settings& s) {
+        for (CabinSpeakerSettings& c : s.cabin)
+            change(c);
+    };
+}
+
+static Change delays(double ms)
+{
+    return [ms](Settings& s) {
+        inCabin([ms](auto& c) { c.delayMs = ms; })(s);
+        s.subwoofer.delayMs = ms;
+    };
+}
+
+struct Row
+{
+    const char* name;
+    Change before;
+    Change change;
+};
+
+// clang-format off
+static const Row levelRows[] = {
+    {"loudness on",                          [](Settings& s) { s.mainDb = -24; },                        [](Settings& s) { s.loudness = true; }},
+    {"loudness off",                         [](Settings& s) { s.mainDb = -24; s.loudness = true; },     [](Settings& s) { s.loudness = false; }},
+    {"loudness on at the lowest volume",     [](Settings& s) { s.mainDb = -58.8; },                      [](Settings& s) { s.loudness = true; }},
+    {"volume from the lowest with loudness", [](Settings& s) { s.mainDb = -58.8; s.loudness = true; },   [](Settings& s) { s.mainDb = 0; }},
+    {"volume with loudness",                 [](Settings& s) { s.mainDb = -48; s.loudness = true; },     [](Settings& s) { s.mainDb = 0; }},
+    {"volume up",                            [](Settings& s) { s.mainDb = silentDb; },                   [](Settings& s) { s.mainDb = 0; }},
+    {"volume down",                          nothing,                                                    [](Settings& s) { s.mainDb = silentDb; }},
+    {"one volume step",                      nothing,                                                    [](Settings& s) { s.mainDb = -1.2; }},
+    {"mute",                                 nothing,                                                    [](Settings& s) { s.mute = true; }},
+    {"mute off",                             [](Settings& s) { s.mute = true; },                         [](Settings& s) { s.mute = false; }},
+    {"power off",                            nothing,                                                    [](Settings& s) { s.power = false; }},
+    {"power on",                             [](Settings& s) { s.power = false; },                       [](Settings& s) { s.power = true; }},
+    {"another source",                       nothing,                                                    [](Settings& s) { s.source = 6; }},
+    {"another source with its gain",         nothing,                                                    [](Settings& s) { s.source = 6; s.sourceDb = 10; }},
+    {"source gain",                          [](Settings& s) { s.sourceDb = -5; },                       [](Settings& s) { s.sourceDb = 10; }},
+    {"balance to the right",                 nothing,                                                    [](Settings& s) { s.balance = 1; }},
+    {"balance from side to side",            [](Settings& s) { s.balance = -1; },                        [](Settings& s) { s.balance = 1; }},
+    {"fader from end to end",                [](Settings& s) { s.fader = -1; },                          [](Settings& s) { s.fader = 1; }},
+};
+static const Row speakerRows[] = {
+    {"high-pass off",                inCabin([](auto& c) { c.highPass = {250, 4}; }),                    inCabin([](auto& c) { c.highPass.hz = 0; })},
+    {"high-pass frequency",          inCabin([](auto& c) { c.highPass = {30, 4}; }),                     inCabin([](auto& c) { c.highPass.hz = 250; })},
+    {"low-pass on",                  nothing,                                                            inCabin([](auto& c) { c.lowPass = {2000, 4}; })},
+    {"low-pass off",                 inCabin([](auto& c) { c.lowPass = {2000, 4}; }),                    inCabin([](auto& c) { c.lowPass.hz = 0; })},
+    {"attenuation",                  nothing,                                                            inCabin([](auto& c) { c.attenuation = 12; })},
+    {"polarity of the speakers",     nothing,                                                            inCabin([](auto& c) { c.inverted = true; })},
+    {"polarity of the subwoofer",    nothing,                                                            [](Settings& s) { s.subwoofer.inverted = true; }},
+    {"subwoofer silent",             nothing,                                                            [](Settings& s) { setSubwoofer(s, 0); }},
+    {"subwoofer sounds",             [](Settings& s) { setSubwoofer(s, 0); },                            [](Settings& s) { setSubwoofer(s, 7); }},
+    {"subwoofer frequency",          [](Settings& s) { s.subwoofer.lowPass.hz = 30; },                   [](Settings& s) { s.subwoofer.lowPass.hz = 250; }},
+    {"subwoofer slope",              [](Settings& s) { s.subwoofer = {false, {250, 1}, 0, false, 0}; },  [](Settings& s) { s.subwoofer.lowPass.order = 4; }},
+    {"subwoofer level",              nothing,                                                            [](Settings& s) { s.subwoofer.attenuation = 12; }},
+    {"delays from 10 ms to nothing", delays(10),                                                         delays(0)},
+};
+// clang-format on
+
+static void everything(Settings& s)
+{
+    s.equalizer = {10, -10, 10, -10, 10, -10, 10, -10, 10, -10, 10, -10, 10};
+    s.loudness = true;
+    s.mainDb = -12;
+    s.balance = -7 / 15.0;
+    s.fader = 9 / 15.0;
+    for (auto& c : s.cabin)
+        c = {{120, 4}, {0, 4}, 3, true, 3.3};
+    s.subwoofer = {false, {120, 4}, 4, true, 6.6};
+}
+
+/// Every other band at its top from this one on, the rest at the bottom.
+static Change comb(int first)
+{
+    return [first](Settings& s) {
+        for (int i = 0; i < bandCount; ++i)
+            s.equalizer[i] = (i & 1) == first ? 10 : -10;
+    };
+}
+
 void TestNoClick::anyChangeIsSmooth_data()
 {
     QTest::addColumn<Change>("before");
     QTest::addColumn<Change>("change");
-    const Change none = [](Settings&) {};
-    const auto row = [&](const char* name, Change change) { QTest::newRow(name) << none << change; };
-    const auto rowFrom = [&](const char* name, Change before, Change change) {
-        QTest::newRow(name) << before << change;
-    };
-
     for (int i = 0; i < bandCount; ++i)
         QTest::addRow("band %g Hz from -10 to 10", bandHz[i])
             << Change([i](Settings& s) { s.equalizer[i] = -10; })
             << Change([i](Settings& s) { s.equalizer[i] = 10; });
-    rowFrom(
-        "all bands from 10 to -10", [](Settings& s) { s.equalizer.fill(10); },
-        [](Settings& s) { s.equalizer.fill(-10); });
-    rowFrom(
-        "all bands turned over",
-        [](Settings& s) {
-            for (int i = 0; i < bandCount; ++i)
-                s.equalizer[i] = i & 1 ? 10 : -10;
-        },
-        [](Settings& s) {
-            for (int i = 0; i < bandCount; ++i)
-                s.equalizer[i] = i & 1 ? -10 : 10;
-        });
-    rowFrom(
-        "loudness on", [](Settings& s) { s.mainDb = -24; }, [](Settings& s) { s.loudness = true; });
-    rowFrom(
-        "loudness off",
-        [](Settings& s) {
-            s.mainDb = -24;
-            s.loudness = true;
-        },
-        [](Settings& s) { s.loudness = false; });
-    rowFrom(
-        "loudness on at the lowest volume", [](Settings& s) { s.mainDb = -58.8; },
-        [](Settings& s) { s.loudness = true; });
-    rowFrom(
-        "volume from the lowest with loudness",
-        [](Settings& s) {
-            s.mainDb = -58.8;
-            s.loudness = true;
-        },
-        [](Settings& s) { s.mainDb = 0; });
-    rowFrom(
-        "volume with loudness",
-        [](Settings& s) {
-            s.mainDb = -48;
-            s.loudness = true;
-        },
-        [](Settings& s) { s.mainDb = 0; });
-    rowFrom(
-        "volume up", [](Settings& s) { s.mainDb = silentDb; }, [](Settings& s) { s.mainDb = 0; });
-    row("volume down", [](Settings& s) { s.mainDb = silentDb; });
-    row("one volume step", [](Settings& s) { s.mainDb = -1.2; });
-    row("mute", [](Settings& s) { s.mute = true; });
-    rowFrom(
-        "mute off", [](Settings& s) { s.mute = true; }, [](Settings& s) { s.mute = false; });
-    row("power off", [](Settings& s) { s.power = false; });
-    rowFrom(
-        "power on", [](Settings& s) { s.power = false; }, [](Settings& s) { s.power = true; });
-    row("another source", [](Settings& s) { s.source = 6; });
-    row("another source with its gain", [](Settings& s) {
-        s.source = 6;
-        s.sourceDb = 10;
-    });
-    rowFrom(
-        "source gain", [](Settings& s) { s.sourceDb = -5; }, [](Settings& s) { s.sourceDb = 10; });
-    row("balance to the right", [](Settings& s) { s.balance = 1; });
-    rowFrom(
-        "balance from side to side", [](Settings& s) { s.balance = -1; }, [](Settings& s) { s.balance = 1; });
-    rowFrom(
-        "fader from end to end", [](Settings& s) { s.fader = -1; }, [](Settings& s) { s.fader = 1; });
+    QTest::newRow("all bands from 10 to -10") << Change([](Settings& s) { s.equalizer.fill(10); })
+                                              << Change([](Settings& s) { s.equalizer.fill(-10); });
+    QTest::newRow("all bands turned over") << comb(1) << comb(0);
+    for (const Row& row : levelRows)
+        QTest::newRow(row.name) << row.before << row.change;
     for (int i = 1; i <= 8; ++i)
-        QTest::addRow("high-pass on at index %d", i) << none << Change([i](Settings& s) {
-            for (auto& c : s.cabin)
-                c.highPass = {corners[i], 4};
-        });
-    rowFrom(
-        "high-pass off",
-        [](Settings& s) {
-            for (auto& c : s.cabin)
-                c.highPass = {250, 4};
-        },
-        [](Settings& s) {
-            for (auto& c : s.cabin)
-                c.highPass.hz = 0;
-        });
-    rowFrom(
-        "high-pass frequency",
-        [](Settings& s) {
-            for (auto& c : s.cabin)
-                c.highPass = {30, 4};
-        },
-        [](Settings& s) {
-            for (auto& c : s.cabin)
-                c.highPass.hz = 250;
+        QTest::addRow("high-pass on at index %d", i) << Change(nothing) << inCabin([i](auto& c) {
+            c.highPass = {corners[i], 4};
         });
     for (int from = 0; from < 4; ++from)
         for (int to = 0; to < 4; ++to)
             if (from != to)
-                QTest::addRow("high-pass slope %d to %d", from, to) << Change([from](Settings& s) {
-                    for (auto& c : s.cabin)
-                        c.highPass = {250, from + 1};
-                }) << Change([to](Settings& s) {
-                    for (auto& c : s.cabin)
-                        c.highPass.order = to + 1;
-                });
-    row("low-pass on", [](Settings& s) {
-        for (auto& c : s.cabin)
-            c.lowPass = {2000, 4};
-    });
-    rowFrom(
-        "low-pass off",
-        [](Settings& s) {
-            for (auto& c : s.cabin)
-                c.lowPass = {2000, 4};
-        },
-        [](Settings& s) {
-            for (auto& c : s.cabin)
-                c.lowPass.hz = 0;
-        });
-    row("attenuation", [](Settings& s) {
-        for (auto& c : s.cabin)
-            c.attenuation = 12;
-    });
-    row("polarity of the speakers", [](Settings& s) {
-        for (auto& c : s.cabin)
-            c.inverted = true;
-    });
-    row("polarity of the subwoofer", [](Settings& s) { s.subwoofer.inverted = true; });
-    row("subwoofer silent", [](Settings& s) { setSubwoofer(s, 0); });
-    rowFrom(
-        "subwoofer sounds", [](Settings& s) { setSubwoofer(s, 0); }, [](Settings& s) { setSubwoofer(s, 7); });
+                QTest::addRow("high-pass slope %d to %d", from, to) << inCabin([from](auto& c) {
+                    c.highPass = {250, from + 1};
+                }) << inCabin([to](auto& c) { c.highPass.order = to + 1; });
+    for (const Row& row : speakerRows)
+        QTest::newRow(row.name) << row.before << row.change;
     for (int i = 2; i <= 9; ++i)
         QTest::addRow("subwoofer filter on, code %d", i)
-            << none << Change([i](Settings& s) { setSubwoofer(s, i); });
-    rowFrom(
-        "subwoofer frequency", [](Settings& s) { s.subwoofer.lowPass.hz = 30; },
-        [](Settings& s) { s.subwoofer.lowPass.hz = 250; });
-    rowFrom(
-        "subwoofer slope",
-        [](Settings& s) {
-            s.subwoofer = {false, {250, 1}, 0, false, 0};
-        },
-        [](Settings& s) { s.subwoofer.lowPass.order = 4; });
-    row("subwoofer level", [](Settings& s) { s.subwoofer.attenuation = 12; });
+            << Change(nothing) << Change([i](Settings& s) { setSubwoofer(s, i); });
     for (double ms : {0.1, 0.2, 1.0, 2.5, 5.0, 10.0})
-        QTest::addRow("delays to %g ms", ms) << none << Change([ms](Settings& s) {
-            for (auto& c : s.cabin)
-                c.delayMs = ms;
-            s.subwoofer.delayMs = ms;
-        });
-    rowFrom(
-        "delays from 10 ms to nothing",
-        [](Settings& s) {
-            for (auto& c : s.cabin)
-                c.delayMs = 10;
-            s.subwoofer.delayMs = 10;
-        },
-        [](Settings& s) {
-            for (auto& c : s.cabin)
-                c.delayMs = 0;
-            s.subwoofer.delayMs = 0;
-        });
-    row("all at once", [](Settings& s) {
-        s.equalizer = {10, -10, 10, -10, 10, -10, 10, -10, 10, -10, 10, -10, 10};
-        s.loudness = true;
-        s.mainDb = -12;
-        s.balance = -7 / 15.0;
-        s.fader = 9 / 15.0;
-        for (auto& c : s.cabin)
-            c = {{120, 4}, {0, 4}, 3, true, 3.3};
-        s.subwoofer = {false, {120, 4}, 4, true, 6.6};
-    });
+        QTest::addRow("delays to %g ms", ms) << Change(nothing) << delays(ms);
+    QTest::newRow("all at once") << Change(nothing) << Change(everything);
 }
 
 void TestNoClick::anyChangeIsSmooth()

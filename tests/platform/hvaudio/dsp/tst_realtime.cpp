@@ -55,13 +55,13 @@ static void keep(void* p)
     asm volatile("" : : "r"(p) : "memory");
 }
 
-void TestRealtime::trapsSpring_data()
+static void row(const char* name, const char* as, Action action)
 {
-    QTest::addColumn<Action>("action");
-    QTest::addColumn<QString>("as");
-    const auto row = [](const char* name, const char* as, Action action) {
-        QTest::newRow(name) << action << QString(as);
-    };
+    QTest::newRow(name) << action << QString(as);
+}
+
+static void addAllocatingRows()
+{
     // Where the sanitizer's own allocator stays, all ways to it have one name.
     const auto allocator = [](const char* name) { return systemCallsAreTrapped ? name : "malloc"; };
 
@@ -93,7 +93,10 @@ void TestRealtime::trapsSpring_data()
             keep(p);
         std::free(p);
     });
+}
 
+static void addLockingRows()
+{
     row("mutex", "pthread_mutex_lock", [] {
         static std::mutex m;
         const std::lock_guard<std::mutex> lock(m);
@@ -134,7 +137,10 @@ void TestRealtime::trapsSpring_data()
         sem_init(&s, 0, 0);
         sem_post(&s);
     });
+}
 
+static void addWaitingRows()
+{
     row("yield", "sched_yield", [] { std::this_thread::yield(); });
     row("nanosleep", "nanosleep", [] {
         const timespec t{0, 1000};
@@ -143,7 +149,10 @@ void TestRealtime::trapsSpring_data()
     row("sleep_for", "nanosleep", [] { std::this_thread::sleep_for(std::chrono::microseconds(5)); });
     row("usleep", "usleep", [] { usleep(1); });
     row("poll", "poll", [] { poll(nullptr, 0, 0); });
+}
 
+static void addWritingRows()
+{
     row("write", "write", [] {
         if (::write(2, "", 0))
             return;
@@ -159,14 +168,11 @@ void TestRealtime::trapsSpring_data()
     row("flushing", "fflush", [] { std::fflush(stdout); });
     row("std::cerr", "", [] { std::cerr << ""; });
     row("qDebug", "", [] { qDebug("a line that is wanted"); });
+}
 
-    row("settings of the control side", "", [] {
-        Engine engine;
-        engine.set(flat());
-    });
-    if (!systemCallsAreTrapped)
-        return;
-    // No function stands in their way.
+/// No function stands in their way.
+static void addSystemCallRows()
+{
     const auto call = [](long number) { return "system call " + std::to_string(number); };
     row("any system call", call(SYS_getppid).c_str(), [] { syscall(SYS_getppid); });
     row("futex", call(SYS_futex).c_str(), [] {
@@ -193,6 +199,22 @@ void TestRealtime::trapsSpring_data()
         if (FILE* file = std::fopen("/dev/null", "r"))
             std::fclose(file);
     });
+}
+
+void TestRealtime::trapsSpring_data()
+{
+    QTest::addColumn<Action>("action");
+    QTest::addColumn<QString>("as");
+    addAllocatingRows();
+    addLockingRows();
+    addWaitingRows();
+    addWritingRows();
+    row("settings of the control side", "", [] {
+        Engine engine;
+        engine.set(flat());
+    });
+    if (systemCallsAreTrapped)
+        addSystemCallRows();
 }
 
 void TestRealtime::trapsSpring()

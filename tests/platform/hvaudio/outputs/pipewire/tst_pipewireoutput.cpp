@@ -52,8 +52,9 @@ private:
     {
         return PrivatePipeWire::waitFor([&] { return QString::fromStdString(player.status()) == status; });
     }
-    /// Records the sink's monitor until `seconds` of the unit's noise, or of anything else that it plays, are
-    /// in.
+    /// Starts the daemon and a neutral unit that plays this into the device of five speakers.
+    bool plays(Player& player, SourceKind kind) const;
+    /// Waits until the unit has made a sound.
     bool soundArrives(Player& player) const;
 
     std::unique_ptr<PrivatePipeWire> server;
@@ -69,6 +70,13 @@ void TestPipeWireOutput::init()
 void TestPipeWireOutput::cleanup()
 {
     server.reset();
+}
+
+bool TestPipeWireOutput::plays(Player& player, SourceKind kind) const
+{
+    player.setSettings(neutral());
+    return server->start() && player.setSource(neutral().source, kind) && player.start("pipewire") &&
+           linkUnitTo("out-sink", five);
 }
 
 bool TestPipeWireOutput::soundArrives(Player& player) const
@@ -163,23 +171,15 @@ void TestPipeWireOutput::deviceWithoutRearAndSubwooferGetsTheFold()
 
 void TestPipeWireOutput::ownSourceSoundsWithoutAnyPlayer()
 {
-    QVERIFY(server->start());
     Player player(lines->log());
-    player.setSettings(neutral());
-    QVERIFY(player.setSource(18, SourceKind::PinkNoise));
-    QVERIFY(player.start("pipewire"));
-    QVERIFY(linkUnitTo("out-sink", five));
+    QVERIFY(plays(player, SourceKind::PinkNoise));
     QVERIFY(soundArrives(player));
 }
 
 void TestPipeWireOutput::latencyIsTheOneThatIsTold()
 {
-    QVERIFY(server->start());
     Player player(lines->log());
-    player.setSettings(neutral());
-    QVERIFY(player.setSource(18, SourceKind::Input));
-    QVERIFY(player.start("pipewire"));
-    QVERIFY(linkUnitTo("out-sink", five));
+    QVERIFY(plays(player, SourceKind::Input));
 
     // Noise from a file, once through the unit and once past it into the other channel of one recording.
     const QString path = server->path("noise.wav");
@@ -224,12 +224,8 @@ void TestPipeWireOutput::latencyIsTheOneThatIsTold()
 
 void TestPipeWireOutput::daemonThatIsKilledAndStartedAgainIsPlayedToAgain()
 {
-    QVERIFY(server->start());
     Player player(lines->log());
-    player.setSettings(neutral());
-    QVERIFY(player.setSource(18, SourceKind::PinkNoise));
-    QVERIFY(player.start("pipewire"));
-    QVERIFY(linkUnitTo("out-sink", five));
+    QVERIFY(plays(player, SourceKind::PinkNoise));
     QVERIFY(soundArrives(player));
     for (int round = 0; round < 2; ++round) {
         server->end(round == 0 ? SIGKILL : SIGTERM);
@@ -245,12 +241,8 @@ void TestPipeWireOutput::daemonThatIsKilledAndStartedAgainIsPlayedToAgain()
 
 void TestPipeWireOutput::deviceThatGoesAndComesBackIsPlayedToAgain()
 {
-    QVERIFY(server->start());
     Player player(lines->log());
-    player.setSettings(neutral());
-    QVERIFY(player.setSource(18, SourceKind::PinkNoise));
-    QVERIFY(player.start("pipewire"));
-    QVERIFY(linkUnitTo("out-sink", five));
+    QVERIFY(plays(player, SourceKind::PinkNoise));
     QVERIFY(soundArrives(player));
 
     PrivatePipeWire::output("pw-cli", {"destroy", "out-sink"});
@@ -290,12 +282,8 @@ void TestPipeWireOutput::withoutDaemonPipeWireWaitsForIt()
 
 void TestPipeWireOutput::stopWhilePlayingEndsInSilenceAndTakesTheSinkAway()
 {
-    QVERIFY(server->start());
     Player player(lines->log());
-    player.setSettings(neutral());
-    QVERIFY(player.setSource(18, SourceKind::PinkNoise));
-    QVERIFY(player.start("pipewire"));
-    QVERIFY(linkUnitTo("out-sink", five));
+    QVERIFY(plays(player, SourceKind::PinkNoise));
     QVERIFY(soundArrives(player));
     player.stop();
     QVERIFY(player.engine().idle());
@@ -310,12 +298,8 @@ void TestPipeWireOutput::stopWhilePlayingEndsInSilenceAndTakesTheSinkAway()
 
 void TestPipeWireOutput::silentUnitSleepsAndWakesByWhatIsToBeHeard()
 {
-    QVERIFY(server->start());
     Player player(lines->log());
-    player.setSettings(neutral());
-    QVERIFY(player.setSource(18, SourceKind::Input));
-    QVERIFY(player.start("pipewire"));
-    QVERIFY(linkUnitTo("out-sink", five));
+    QVERIFY(plays(player, SourceKind::Input));
     QVERIFY(waitForStatus(player, "PipeWire, 48000 Hz, 5.1"));
     QVERIFY(nothingWakesUp());
     QCOMPARE(PrivatePipeWire::links().filter("headunit-output:").size(), 5);
