@@ -19,6 +19,7 @@ public:
     void setKernel(const Kernel* kernel)
     {
         m_kernel = kernel;
+        m_delay.setKernel(kernel);
         m_limiter.setKernel(kernel);
     }
     int latencyFrames() const noexcept;

@@ -15,19 +15,6 @@ float fadeCurve(int point, int points)
     return t * t * t * (10 + t * (6 * t - 15));
 }
 
-/// Returns the largest absolute sample.
-float copyAndMeasure(const float* from, float* to, int frames) noexcept
-{
-    float largest = 0;
-    for (int i = 0; i < frames; ++i) {
-        const float x = from[i];
-        const float size = x < 0 ? -x : x;
-        to[i] = x;
-        largest = size > largest ? size : largest;
-    }
-    return largest;
-}
-
 } // namespace
 
 void DelayLine::prepare(double rate, int longestTap)
@@ -85,7 +72,7 @@ void DelayLine::read(float* const out[speakerCount], int frames, int offset,
         const Tap& tap = m_taps[i];
         const float* now = m_history.before(i, tap.now);
         if (tap.point < 0) {
-            peak[i] = copyAndMeasure(now, out[i], frames);
+            peak[i] = m_kernel->copy(now, out[i], frames);
             continue;
         }
         const float* next = m_history.before(i, tap.next);
@@ -94,7 +81,7 @@ void DelayLine::read(float* const out[speakerCount], int frames, int offset,
         float mixed[gridFrames];
         for (int n = 0; n < frames; ++n)
             mixed[n] = now[n] + (from + step * float(offset + n)) * (next[n] - now[n]);
-        peak[i] = copyAndMeasure(mixed, out[i], frames);
+        peak[i] = m_kernel->copy(mixed, out[i], frames);
     }
     m_history.advance(frames);
 }

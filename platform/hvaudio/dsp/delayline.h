@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/hvaudio/dsp/history.h"
+#include "platform/hvaudio/dsp/kernel/kernel.h"
 #include "platform/hvaudio/dsp/settings.h"
 
 namespace hvaudio::dsp {
@@ -13,6 +14,8 @@ class DelayLine
 public:
     /// [OFF] Longest tap in frames; the rate, in Hz, gives the fade's length.
     void prepare(double rate, int longestTap);
+    /// [OFF]
+    void setKernel(const Kernel* kernel) { m_kernel = kernel; }
     void clear() noexcept;
     /// Wanted tap; `jump` without fade.
     void aim(int speaker, int tap) noexcept;
@@ -34,6 +37,7 @@ private:
         int now = 0, next = 0, wanted = 0;
         int point = -1; ///< -1: no fade
     };
+    const Kernel* m_kernel = kernelOf(bestPath());
     History m_history;
     Tap m_taps[speakerCount];
     float* m_inputs[speakerCount] = {};

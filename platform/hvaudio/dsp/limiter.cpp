@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <utility>
 
 namespace hvaudio::dsp {
 
@@ -44,11 +45,9 @@ void LimiterGain::prepare(double rate, int lookAhead)
     m_longestHold = int(std::ceil(rate * longestHoldSeconds / gridFrames));
     m_forgetting = float(gridFrames / (rate * crestsSeconds));
     m_needs.assign(std::size_t(nextPowerOfTwo(m_lookAhead + m_longestHold + 2)), Need{});
-    const int mean = lookAhead / 2;
-    m_slow.assign(std::size_t(2 * mean - 1), 1.0f);
-    m_weights.resize(m_slow.size());
-    for (int i = 0; i < 2 * mean - 1; ++i)
-        m_weights[std::size_t(i)] = float(std::min(i + 1, 2 * mean - 1 - i)) / float(mean * mean);
+    m_slows.resize(std::size_t(lookAhead / 2));
+    m_sums.resize(m_slows.size());
+    m_share = 1 / double(m_sums.size() * m_sums.size());
     clear();
 }
 
@@ -58,16 +57,21 @@ void LimiterGain::clear() noexcept
     m_before = m_now = 1;
     m_sinceCrest = 0;
     m_crests = 0;
-    std::fill(m_slow.begin(), m_slow.end(), 1.0f);
-    m_from = m_to = 1;
-    m_ones = int(m_slow.size());
+    const auto mean = double(m_slows.size());
+    std::fill(m_slows.begin(), m_slows.end(), 1);
+    std::fill(m_sums.begin(), m_sums.end(), mean);
+    m_sum = mean;
+    m_sumOfSums = mean * mean;
+    m_place = 0;
+    m_slow = m_from = m_to = 1;
+    m_ones = 2 * int(m_slows.size());
     m_working = false;
 }
 
 /// Where the need has been largest, and is about all that is held, the sound has a crest.
 void LimiterGain::followCrests(float needed) noexcept
 {
-    const bool crest = m_now < m_before && m_now < needed && m_now <= crestTolerance * m_slow.back();
+    const bool crest = m_now < m_before && m_now < needed && m_now <= crestTolerance * m_slow;
     m_crests -= m_forgetting * m_crests;
     ++m_sinceCrest;
     if (crest) {
@@ -94,32 +98,43 @@ void LimiterGain::nextCell(float needed) noexcept
     }
     ++m_cell;
 
-    float slow = m_slow.back();
-    slow += (1 - slow) / float(recoveryHolds * hold);
-    if (slow > nearlyOne)
-        slow = 1;
+    m_slow += (1 - m_slow) / float(recoveryHolds * hold);
+    if (m_slow > nearlyOne)
+        m_slow = 1;
     if (m_first != m_last)
-        slow = std::min(slow, m_needs[std::size_t(m_first & mask)].gain);
-    std::copy(m_slow.begin() + 1, m_slow.end(), m_slow.begin());
-    m_slow.back() = slow;
-
-    float mean = 0;
-    for (std::size_t i = 0; i < m_slow.size(); ++i)
-        mean += m_weights[i] * m_slow[i];
+        m_slow = std::min(m_slow, m_needs[std::size_t(m_first & mask)].gain);
+    m_sum += double(m_slow) - std::exchange(m_slows[m_place], double(m_slow));
+    m_sumOfSums += m_sum - std::exchange(m_sums[m_place], m_sum);
+    m_place = (m_place + 1) & (m_sums.size() - 1);
     m_from = m_to;
-    m_to = mean;
-    m_ones = slow == 1 ? m_ones + 1 : 0;
-    // The line has arrived at 1 as well when one more cell than the mean sees has been at 1.
-    m_working = m_first != m_last || m_ones <= int(m_slow.size());
+    m_to = float(m_sumOfSums * m_share);
+    m_ones = m_slow == 1 ? m_ones + 1 : 0;
+    // The line has arrived at 1 as well when one more cell than the means see has been at 1.
+    m_working = m_first != m_last || m_ones < 2 * int(m_sums.size());
     if (!m_working) {
         m_crests = 0;
         m_sinceCrest = m_longestHold; // the next crest is the first
     }
 }
 
+float LimiterGain::held() const noexcept
+{
+    const long long mask = (long long)(m_needs.size()) - 1;
+    long long i = m_first;
+    while (i != m_last && m_needs[std::size_t(i & mask)].cell < m_cell - 1 - m_shortestHold)
+        ++i;
+    return i != m_last ? m_needs[std::size_t(i & mask)].gain : 1.0f;
+}
+
+void LimiterGain::line(float* gains) const noexcept
+{
+    for (int n = 0; n < gridFrames; ++n)
+        gains[n] = m_from + (m_to - m_from) * (float(n) / gridFrames);
+}
+
 void Limiter::prepare(double rate)
 {
-    // A power of two, so that the weights are exact and a row of ones gives exactly 1.
+    // A power of two, so that dividing by it is exact.
     m_lookAhead = 2 * nextPowerOfTwo(rate * meanSeconds / gridFrames);
     m_history.prepare(speakerCount, latencyFrames());
     m_cabin.prepare(rate, m_lookAhead);
@@ -133,8 +148,8 @@ void Limiter::clear() noexcept
     m_cabin.clear();
     m_subwoofer.clear();
     m_cabinTop = m_subwooferTop = 0;
-    std::fill(std::begin(m_before), std::end(m_before), 0.0f);
-    m_alert = 0;
+    std::fill(std::begin(m_bend), std::end(m_bend), 0.0f);
+    m_calm = 2 * gridFrames;
 }
 
 float* const* Limiter::inputs() noexcept
@@ -148,64 +163,68 @@ void Limiter::startCell() noexcept
 {
     m_cabin.nextCell(neededFor(m_cabinTop));
     m_subwoofer.nextCell(neededFor(m_subwooferTop));
-    m_cabinTop = m_subwooferTop = 0;
 }
 
-/// Measures the cell that ends `end` frames behind the place of the newest ones.
+/// Measures the cell that ends `end` frames behind the place of the newest ones. The detector is asked only
+/// where its answer can lower a gain that isn't held down already; what it finds beyond the samples is taken
+/// up bit by bit, so that nothing hangs on whether it was asked where it finds little.
 void Limiter::endCell(int end) noexcept
 {
-    if (m_alert > 0)
-        --m_alert;
-    float top[speakerCount];
-    for (int i = 0; i < speakerCount; ++i) {
-        top[i] = m_kernel->largestOf(m_history.before(i, gridFrames - end));
-        // What lies between this cell and the next is seen with the next.
-        if (top[i] > surelyBelow)
-            m_alert = 1;
-        float& group = i == Subwoofer ? m_subwooferTop : m_cabinTop;
-        group = std::max(group, top[i]);
-    }
-    for (int i = 0; i < speakerCount; ++i) {
-        float& group = i == Subwoofer ? m_subwooferTop : m_cabinTop;
-        // The detector is asked only where its answer can matter.
-        if (std::max(top[i], m_before[i]) * detector::mostBetween > std::max(group, ceiling))
-            group = std::max(group, m_kernel->largestBetween(m_history.before(i, gridFrames - end)));
-        m_before[i] = top[i];
-    }
+    const float* cell[speakerCount];
+    for (int i = 0; i < speakerCount; ++i)
+        cell[i] = m_history.before(i, gridFrames - end);
+    float top[speakerCount], most[speakerCount];
+    m_kernel->measure(cell, m_bend, top, most);
+    const auto found = [&](int first, int last, const LimiterGain& gain) {
+        const float samples = detector::margin * *std::max_element(top + first, top + last);
+        float all = samples;
+        const float held = ceiling / gain.held();
+        for (int i = first; i < last; ++i) {
+            if (most[i] <= samples || most[i] * detector::margin <= std::max(all, held))
+                continue;
+            const float between = m_kernel->largestBetween(cell[i]);
+            all = std::max(all, std::min(detector::margin * between, 3 * between - 2 * samples));
+        }
+        return all;
+    };
+    m_cabinTop = found(0, Subwoofer, m_cabin);
+    m_subwooferTop = found(Subwoofer, speakerCount, m_subwoofer);
 }
 
 float Limiter::process(float* const out[speakerCount], int frames, int offset,
                        float peak[speakerCount]) noexcept
 {
     const int late = latencyFrames();
-    const float largest = *std::max_element(peak, peak + speakerCount);
-    const bool idle = !working() && m_alert == 0 && m_cabinTop <= ceiling && m_subwooferTop <= ceiling;
+    const bool calm = *std::max_element(peak, peak + speakerCount) <= surelyBelow;
+    const bool idle =
+        !working() && calm && m_calm == 2 * gridFrames && m_cabinTop <= ceiling && m_subwooferTop <= ceiling;
+    // What a loud frame does is seen with its own cell and the next.
+    m_calm = calm ? std::min(m_calm + frames, 2 * gridFrames) : 0;
     float smallest = 1;
-    if (idle && largest <= surelyBelow) {
-        for (int i = 0; i < speakerCount; ++i)
+    if (idle) {
+        for (int i = 0; i < speakerCount; ++i) {
             if (out[i])
                 std::memcpy(out[i], m_history.before(i, late), std::size_t(frames) * sizeof(float));
+            m_bend[i] = 4 * surelyBelow; // no more than that
+        }
     } else {
-        alignas(64) float gain[2][pieceFrames], unwanted[pieceFrames];
+        // A cell's line begins with the cell, which may be in front of the piece.
+        alignas(64) float gain[2][pieceFrames + 2 * gridFrames], unwanted[pieceFrames];
         for (int done = 0; done < frames;) {
             if (offset == 0)
                 startCell();
-            const int count = std::min(frames - done, gridFrames - offset);
-            for (int n = 0; n < count; ++n) {
-                gain[0][done + n] = m_cabin.at(offset + n);
-                gain[1][done + n] = m_subwoofer.at(offset + n);
-            }
+            const int at = gridFrames + done, count = std::min(frames - done, gridFrames - offset);
+            m_cabin.line(&gain[0][at - offset]);
+            m_subwoofer.line(&gain[1][at - offset]);
             for (const auto& line : gain)
-                smallest = std::min({smallest, line[done], line[done + count - 1]});
+                smallest = std::min({smallest, line[at], line[at + count - 1]});
             done += count;
             offset = (offset + count) % gridFrames;
             if (offset == 0)
                 endCell(done);
-            else if (largest > surelyBelow)
-                m_alert = std::max(m_alert, 1); // the cell isn't over
         }
         for (int i = 0; i < speakerCount; ++i)
-            peak[i] = m_kernel->applyGain(m_history.before(i, late), gain[i == Subwoofer],
+            peak[i] = m_kernel->applyGain(m_history.before(i, late), gain[i == Subwoofer] + gridFrames,
                                           out[i] ? out[i] : unwanted, frames, ceiling);
     }
     m_history.advance(frames);

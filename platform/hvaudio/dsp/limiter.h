@@ -30,8 +30,10 @@ public:
     void clear() noexcept;
     /// At a grid point: takes up what the cell before it needs, 1 or less, and aims at the next point's gain.
     void nextCell(float needed) noexcept;
-    /// The gain at a place 0..gridFrames of the cell.
-    float at(int frame) const noexcept { return m_from + (m_to - m_from) * (float(frame) / gridFrames); }
+    /// The gain at or below which all that this cell brings is kept by what came before it.
+    float held() const noexcept;
+    /// The gains of the cell's `gridFrames` frames.
+    void line(float* gains) const noexcept;
     /// True while the gain isn't 1.
     bool working() const noexcept { return m_working; }
 
@@ -52,17 +54,22 @@ private:
     float m_before = 1, m_now = 1; ///< needs of the last two cells
     int m_sinceCrest = 0;          ///< cells
     float m_crests = 0;            ///< cells from crest to crest, forgotten slowly
-    std::vector<float> m_slow;     ///< gains of the last cells, newest last, as many as the weights
-    std::vector<float> m_weights;  ///< of the mean of means: a triangle
-    float m_from = 1, m_to = 1;    ///< the line's gains at both ends of the cell
-    int m_ones = 0;                ///< cells for which the slow gain has been 1
+    float m_slow = 1;              ///< gain before the means
+    /// Rings of what the two means see, and their sums; in double these are exact, so a row of ones gives
+    /// exactly 1.
+    std::vector<double> m_slows, m_sums;
+    double m_sum = 0, m_sumOfSums = 0;
+    std::size_t m_place = 0;
+    double m_share = 1;         ///< of one gain in the mean of means
+    float m_from = 1, m_to = 1; ///< the line's gains at both ends of the cell
+    int m_ones = 0;             ///< cells for which the slow gain has been 1
     bool m_working = false;
 };
 
 /// [RT] but for `prepare`: keeps every sample of every speaker at or below the ceiling, and what a converter
 /// makes of them between the samples, as far as a four times oversampled detector sees it (ITU-R BS.1770-4,
 /// annex 2). It looks ahead, so that the gain is down before the peak leaves; the last
-/// clamp only takes away what rounding may add. Below the ceiling the gain is exactly 1.
+/// clamp only takes away what rounding may add. What stays 0.05 dB below the ceiling has a gain of exactly 1.
 ///
 /// The cabin's speakers share one gain, the subwoofer has its own: an overdriven bass leaves the rest alone.
 /// A fold to two (fold.h) stays at or below the ceiling with them, since its weights add up to 1.
@@ -101,9 +108,9 @@ private:
     float* m_inputs[speakerCount] = {};
     int m_lookAhead = 8; ///< cells
     LimiterGain m_cabin, m_subwoofer;
-    float m_cabinTop = 0, m_subwooferTop = 0; ///< largest of the cell that has ended
-    float m_before[speakerCount] = {};        ///< largest samples of the cell before that
-    int m_alert = 0;                          ///< cells for which the detector still looks
+    float m_cabinTop = 0, m_subwooferTop = 0; ///< what the detector has found in the last cell
+    float m_bend[speakerCount] = {};          ///< largest second differences of the last cell
+    int m_calm = 0;                           ///< frames since anything might have come near the ceiling
 };
 
 } // namespace hvaudio::dsp

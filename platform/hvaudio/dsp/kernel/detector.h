@@ -30,4 +30,10 @@ constexpr float margin = 1.006f;
 /// No answer of the detector is more than so many times the largest sample that it sees.
 constexpr float mostBetween = detectorGain * margin * 1.0001f;
 
+/// What the detector finds between two samples is no more than the larger of these and `perBend` times the
+/// largest second difference x[n-1] - 2 x[n] + x[n+1] of what it sees: either filter is a straight line
+/// between the two, not quite as high, and the rest of it a filter for second differences whose taps' sizes
+/// add up to 0.34809 (half) and 0.25447 (quarter).
+constexpr float perBend = 0.3482f;
+
 } // namespace hvaudio::dsp::detector

@@ -141,9 +141,14 @@ struct Kernel
                       bool lowPass);
     void (*glidingCrossover)(const double* pairs, float* const out[speakerCount], int frames, Parameters& now,
                              const Parameters& step, FilterMemory& memory);
-    /// Largest absolute sample of a cell of `gridFrames` frames, and the largest of what lies between them,
-    /// six frames late (it reads eleven frames before the cell).
-    float (*largestOf)(const float* cell);
+    /// Copies, and returns the largest absolute sample.
+    float (*copy)(const float* from, float* to, int frames);
+    /// For each speaker's cell of `gridFrames` frames the largest absolute sample of those between which
+    /// `largestBetween` looks, and a bound of what that finds. `bend` keeps the largest second differences
+    /// from cell to cell. Reads six frames before the cell.
+    void (*measure)(const float* const cell[speakerCount], float bend[speakerCount], float top[speakerCount],
+                    float most[speakerCount]);
+    /// Largest of what lies between samples, six frames late (it reads eleven frames before the cell).
     float (*largestBetween)(const float* cell);
     /// Times the gain, held at the ceiling; returns the largest absolute sample.
     float (*applyGain)(const float* from, const float* gain, float* to, int frames, float ceiling);

@@ -21,7 +21,7 @@ void crossover(const double* pairs, float* const out[speakerCount], int frames, 
 
 } // namespace
 
-const Kernel scalarKernel = {gather,           cascade,       glidingCascade,     crossover,
-                             glidingCrossover, largestOf<F4>, largestBetween<F4>, applyGain};
+const Kernel scalarKernel = {gather,   cascade,     glidingCascade,     crossover,    glidingCrossover,
+                             copy<F4>, measure<F4>, largestBetween<F4>, applyGain<F4>};
 
 } // namespace hvaudio::dsp

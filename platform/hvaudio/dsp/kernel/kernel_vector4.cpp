@@ -6,9 +6,8 @@
 namespace hvaudio::dsp {
 
 namespace {
-typedef float F8 __attribute__((vector_size(32)));
-const Kernel kernel = {gather,           cascade<D4>,   glidingCascade,     crossover<D4>,
-                       glidingCrossover, largestOf<F8>, largestBetween<F8>, applyGain};
+const Kernel kernel = {gather,   cascade<D4>, glidingCascade,     crossover<D4>, glidingCrossover,
+                       copy<F8>, measure<F8>, largestBetween<F8>, applyGain<F8>};
 } // namespace
 const Kernel* const vector4Kernel = &kernel;
 

@@ -7,9 +7,8 @@
 namespace hvaudio::dsp {
 
 namespace {
-typedef float F16 __attribute__((vector_size(64)));
-const Kernel kernel = {gather,           cascade<D8>,    glidingCascade,      crossover<D4>,
-                       glidingCrossover, largestOf<F16>, largestBetween<F16>, applyGain};
+const Kernel kernel = {gather,    cascade<D8>,  glidingCascade,      crossover<D4>, glidingCrossover,
+                       copy<F16>, measure<F16>, largestBetween<F16>, applyGain<F16>};
 } // namespace
 const Kernel* const vector8Kernel = &kernel;
 

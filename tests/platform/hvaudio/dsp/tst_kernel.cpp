@@ -24,6 +24,10 @@ private slots:
     void changeOfFormIsNotHeard_data() { paths(); }
     void changeOfFormIsNotHeard();
     void memoryComesBackFromTheOtherForm();
+    void detectorFindsNoMoreThanItsBound_data() { paths(); }
+    void detectorFindsNoMoreThanItsBound();
+    void gainIsAppliedUpToTheCeiling_data() { paths(); }
+    void gainIsAppliedUpToTheCeiling();
 
 private:
     static void paths()
@@ -169,6 +173,69 @@ void TestKernel::memoryComesBackFromTheOtherForm()
     for (int i = 0; i < highLanes; ++i) {
         QVERIFY(std::abs(memory.high.first[i] - before.high.first[i]) < 1e-11);
         QVERIFY(std::abs(memory.high.second[i] - before.high.second[i]) < 1e-11);
+    }
+}
+
+/// What the limiter leaves out because of the bound can't be above it.
+void TestKernel::detectorFindsNoMoreThanItsBound()
+{
+    QFETCH(Path, path);
+    const Kernel& kernel = *kernelOf(path);
+    constexpr int cells = 2000, frames = cells * gridFrames, before = 2 * gridFrames;
+    std::mt19937 random(9);
+    double closest = 0;
+    for (int kind = 0; kind < 5; ++kind) {
+        Signal s = kind == 0   ? whiteNoise(1, frames + before, 1)
+                   : kind == 1 ? pinkNoise(1, frames + before, 2)
+                   : kind == 2 ? sine(50, 1, frames + before)
+                               : silence(frames + before);
+        if (kind == 3)
+            for (float& x : s)
+                x = random() & 1 ? 1.0f : -1.0f;
+        // Second differences of size 1, with the signs that the filter for the middle answers most.
+        constexpr float crest[gridFrames] = {-1.5f, -1.5f, -1.5f, -0.5f, -0.5f, 0.5f,  0.5f,  1.5f,
+                                             1.5f,  0.5f,  0.5f,  -0.5f, -0.5f, -1.5f, -1.5f, -1.5f};
+        if (kind == 4)
+            for (size_t n = 0; n < s.size(); ++n)
+                s[n] = crest[n % gridFrames];
+        float bend[speakerCount] = {4, 4, 4, 4, 4}, top[speakerCount], most[speakerCount];
+        for (int cell = 0; cell < cells; ++cell) {
+            const float* at[speakerCount];
+            for (int i = 0; i < speakerCount; ++i)
+                at[i] = &s[size_t(before + ((cell + i) % cells) * gridFrames)];
+            kernel.measure(at, bend, top, most);
+            if (cell == 0 || cell + speakerCount >= cells)
+                continue; // the cells before weren't measured
+            for (int i = 0; i < speakerCount; ++i) {
+                float largest = 0;
+                for (int n = -6; n <= 10; ++n)
+                    largest = std::max(largest, std::abs(at[i][n]));
+                QCOMPARE(top[i], largest);
+                const float between = kernel.largestBetween(at[i]);
+                QVERIFY2(between <= most[i], qPrintable(QString("%1 above %2").arg(between).arg(most[i])));
+                QVERIFY(kind != 2 || most[i] < 1.0001f * top[i]);
+                closest = std::max(closest, double(between / most[i]));
+            }
+        }
+    }
+    QVERIFY(closest > 0.995);
+}
+
+void TestKernel::gainIsAppliedUpToTheCeiling()
+{
+    QFETCH(Path, path);
+    for (int frames : {1, 5, 16, 37, pieceFrames}) {
+        const Signal in = whiteNoise(1, frames, 3), gain = whiteNoise(1, frames, 4);
+        Signal out(in.size()), copy(in.size());
+        const float most = kernelOf(path)->applyGain(in.data(), gain.data(), out.data(), frames, 0.25f);
+        float largest = 0;
+        for (size_t n = 0; n < in.size(); ++n) {
+            QCOMPARE(out[n], std::clamp(in[n] * gain[n], -0.25f, 0.25f));
+            largest = std::max(largest, std::abs(out[n]));
+        }
+        QCOMPARE(most, largest);
+        QCOMPARE(kernelOf(path)->copy(in.data(), copy.data(), frames), peak(in));
+        QVERIFY(copy == in);
     }
 }
 

@@ -25,6 +25,7 @@ private slots:
     void gainIsDownBeforeThePeakAndComesBack();
     void everyPeakIsLoweredInTimeAndNeverCut_data();
     void everyPeakIsLoweredInTimeAndNeverCut();
+    void heldGainIsKeptUntilTheCellHasLeft();
     void gainEndsAtExactlyOne();
     void limitedSoundDoesNotDependOnTheBlockSize_data();
     void limitedSoundDoesNotDependOnTheBlockSize();
@@ -263,6 +264,25 @@ void TestLimiter::everyPeakIsLoweredInTimeAndNeverCut()
         // No jumps: the way down takes most of the look-ahead, two means and a line long.
         for (size_t n = late + 1; n < gains.size(); ++n)
             QVERIFY(std::abs(gains[n] - gains[n - 1]) <= 4.1 / double(late));
+    }
+}
+
+/// Whatever needs no more than what is held needn't be looked at.
+void TestLimiter::heldGainIsKeptUntilTheCellHasLeft()
+{
+    constexpr int lookAhead = 8;
+    LimiterGain gain;
+    gain.prepare(48000, lookAhead);
+    std::mt19937 random(17);
+    for (int cell = 0; cell < 20000; ++cell) {
+        const int odds = 1 + cell / 1000; // from close together to far apart
+        gain.nextCell(random() % unsigned(odds) ? 1.0f : 0.1f + 0.9f * float(random()) / 4294967296.0f);
+        LimiterGain later = gain;
+        for (int i = 0; i < lookAhead; ++i)
+            later.nextCell(1);
+        float line[gridFrames];
+        later.line(line);
+        QVERIFY(*std::max_element(line, line + gridFrames) <= gain.held());
     }
 }
 
