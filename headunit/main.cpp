@@ -3,6 +3,7 @@
 #include "headunit/cli/stopsignals.h"
 #include "headunit/cli/tour.h"
 #include "headunit/cli/unitlog.h"
+#include "headunit/remote/remotescreen.h"
 #include "headunit/shell/fontconfiguration.h"
 #include "headunit/shell/shell.h"
 #include "headunit/shell/startuptrace.h"
@@ -33,6 +34,7 @@ enum ExitCode {
     ExitStoreInUse  = 3,
     ExitNotShown    = 4, ///< --tour, --page: something couldn't be shown
     ExitNotRendered = 5, ///< --render, --plot: a file can't be read or written
+    ExitNotRemote   = 6, ///< --remote: the address can't be had, the certificate can't be used
 };
 // clang-format on
 
@@ -74,7 +76,11 @@ bool findDisplay(const Options& options)
         qputenv("QT_QPA_PLATFORM", "offscreen");
         return true;
     }
-    return !qEnvironmentVariableIsEmpty("DISPLAY") || !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY");
+    if (!qEnvironmentVariableIsEmpty("DISPLAY") || !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY"))
+        return true;
+    if (!options.remote.isEmpty()) // the browser's
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    return !options.remote.isEmpty();
 }
 
 QString pluginFolder(const Options& options)
@@ -84,6 +90,21 @@ QString pluginFolder(const Options& options)
     const QDir here(QCoreApplication::applicationDirPath());
     const QString installed = here.filePath(QStringLiteral("../" HEADUNIT_PLUGIN_FOLDER));
     return QDir(installed).exists() ? installed : here.filePath(QStringLiteral("../lib/headunit"));
+}
+
+bool startRemote(RemoteScreen* remote, const Options& options)
+{
+    if (options.remote.isEmpty())
+        return true;
+    QString error;
+    if (!remote->start({*readListenAddress(options.remote), options.remoteCertificate, options.remoteKey},
+                       &error)) {
+        complain(ExitNotRemote, QStringLiteral("--remote: ") + error);
+        return false;
+    }
+    std::printf("The unit's screen: %s\n", qPrintable(remote->url()));
+    std::fflush(stdout);
+    return true;
 }
 
 int runUnit(const Options& options)
@@ -107,6 +128,9 @@ int runUnit(const Options& options)
         Tour tour(&shell, options.tour);
         return tour.run() ? int(ExitOk) : complain(ExitNotShown, QStringLiteral("tour: ") + tour.error());
     }
+    RemoteScreen remote(shell.unit());
+    if (!startRemote(&remote, options))
+        return ExitNotRemote;
     if (options.page >= 0 && !shell.openAudioPage(options.page))
         return complain(ExitNotShown, QStringLiteral("page %1 can't be shown").arg(options.page));
     return QCoreApplication::exec();
@@ -128,7 +152,7 @@ int main(int argc, char** argv)
     StartupTrace::setPrinting(options.traceStartup);
     setUpLog(options.log);
     if (!findDisplay(options))
-        return complain(ExitNoDisplay, QStringLiteral("no display; ./run makes a virtual one"));
+        return complain(ExitNoDisplay, QStringLiteral("no display; --remote shows the unit in a browser"));
 
     // The screen is 1024 x 600 pixels, whatever the desk's scale.
     QCoreApplication::setAttribute(Qt::AA_DisableHighDpiScaling);

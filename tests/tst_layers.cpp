@@ -104,6 +104,7 @@ const Layer layers[] = {
     {"mainwindow",              {"platform/interface", "M5QX"}},
     {"soundcheck",              {"platform/interface"}},
     {"headunit",                {"platform/interface", "platform/common", "platform/hvaudioservice", "platform/icons"}},
+    {"headunit/remote",         {"headunit/front"}}, // windows and what is done to them, nothing of the unit's state
     {"headunit/sound",          {"platform/interface", "platform/common", "platform/hvaudioservice", "platform/hvaudio", "headunit"}},
     {"headunit/cli",            {"platform/interface", "platform/common", "platform/hvaudioservice", "platform/hvaudio", "headunit"}},
 };
@@ -344,6 +345,7 @@ void TestLayers::faultIsFound_data()
     QTest::newRow("processor includes what is above") << Rule(arrowFaults) << with("platform/hvaudio/c.h", "#include \"common/a.h\"\n");
     QTest::newRow("service includes the processor") << Rule(arrowFaults) << with("platform/hvaudioservice/g.h", "#include \"platform/hvaudio/c.h\"\n");
     QTest::newRow("second application includes the service") << Rule(arrowFaults) << with("soundcheck/g.h", "#include \"platform/common/b.h\"\n");
+    QTest::newRow("browser includes the settings") << Rule(arrowFaults) << with("headunit/remote/g.cpp", "#include \"platform/common/b.h\"\n");
     QTest::newRow("include of nothing") << Rule(arrowFaults) << with("tests/g.cpp", "#include \"platform/common/x.h\"\n");
     QTest::newRow("circle of folders") << Rule(folderCircles) << with("headunit/sound/g.h", "#include \"headunit/front/e.h\"\n");
     QTest::newRow("two units that include each other") << Rule(unitsThatIncludeEachOther) << with("headunit/sound/d.cpp", "#include \"headunit/front/e.h\"\n");

@@ -1,5 +1,6 @@
 #include "headunit/cli/options.h"
 
+#include "headunit/remote/listenaddress.h"
 #include "headunit/shell/audiopages.h"
 
 #include "platform/common/texts/language.h"
@@ -28,6 +29,9 @@ constexpr Row rows[] = {
     {"stereo",        nullptr,    "With --render: fold the five speakers to two channels."},
     {"plot",          "file",     "Draw the response of each speaker with the stored settings into this PNG file, and exit."},
     {"output",        "output",   "Where the sound goes: pipewire, none or the WAV file that it is written to (default: pipewire where it runs, else none)."},
+    {"remote",        "address:port", "Show the unit in a browser, too, at this address (left out: a free port of 127.0.0.1), and print what to open. Other machines get to it only with a certificate."},
+    {"remote-certificate", "file", "PEM file with the certificate for --remote."},
+    {"remote-key",    "file",     "PEM file with its private key."},
     {"screen-only",   nullptr,    "Show the 1024 x 600 screen without the unit around it."},
     {"inspector",     nullptr,    "Open the inspector (F12 does so at any time)."},
     {"trace",         nullptr,    "Print every platform call."},
@@ -35,6 +39,17 @@ constexpr Row rows[] = {
     {"trace-startup", nullptr,    "Print the time at which each step of the start was reached."},
 };
 // clang-format on
+
+/// The parser has no word for an option that may stand without its value.
+QStringList withRemoteAddress(QStringList arguments)
+{
+    for (int i = 0; i < arguments.size(); ++i) {
+        const bool isAlone = i + 1 == arguments.size() || arguments.at(i + 1).startsWith('-');
+        if (arguments.at(i) == QLatin1String("--remote") && isAlone)
+            arguments[i] += '=' + textOf(ListenAddress());
+    }
+    return arguments;
+}
 
 QString languages()
 {
@@ -53,6 +68,29 @@ void addOptions(QCommandLineParser* parser)
     }
     parser->addOption({{"h", "help"}, QStringLiteral("Show this help.")});
     parser->addOption({{"v", "version"}, QStringLiteral("Show the version.")});
+}
+
+/// What is wrong with the values of --remote and what belongs to it; empty when nothing is.
+QString remoteComplaint(const QCommandLineParser& parser, const Options& options)
+{
+    if (options.remoteCertificate.isEmpty() != options.remoteKey.isEmpty())
+        return QStringLiteral("--remote-certificate and --remote-key belong together.");
+    if (options.remote.isEmpty())
+        return options.remoteKey.isEmpty() ? QString()
+                                           : QStringLiteral("--remote-certificate belongs to --remote.");
+    const std::optional<ListenAddress> address = readListenAddress(options.remote);
+    if (!address)
+        return QStringLiteral("'%1' is not an address and a port, like 127.0.0.1:8080 or [::1]:8080.")
+            .arg(options.remote);
+    if (!address->isLoopback() && options.remoteKey.isEmpty())
+        return QStringLiteral("'%1' is open to other machines and needs --remote-certificate and "
+                              "--remote-key.")
+            .arg(options.remote);
+    for (const char* other : {"tour", "render", "plot"}) {
+        if (parser.isSet(QLatin1String(other)))
+            return QStringLiteral("--remote and --%1 exclude each other.").arg(QLatin1String(other));
+    }
+    return QString();
 }
 
 /// What is wrong with the values that were given; empty when nothing is.
@@ -82,7 +120,7 @@ QString complaint(const QCommandLineParser& parser, const Options& options)
         return QStringLiteral("--page and --tour exclude each other.");
     if (int(parser.isSet("tour")) + int(parser.isSet("render")) + int(parser.isSet("plot")) > 1)
         return QStringLiteral("--tour, --render and --plot exclude each other.");
-    return QString();
+    return remoteComplaint(parser, options);
 }
 
 /// The values as they were given; a page that is no number is -1.
@@ -95,6 +133,9 @@ Options optionsOf(const QCommandLineParser& parser)
     options.tour = parser.value("tour");
     options.render = parser.value("render");
     options.plot = parser.value("plot");
+    options.remote = parser.value("remote");
+    options.remoteCertificate = parser.value("remote-certificate");
+    options.remoteKey = parser.value("remote-key");
     options.stereo = parser.isSet("stereo");
     // The tour's pictures are wanted, not its beeps.
     if (parser.isSet("output"))
@@ -124,7 +165,7 @@ OptionsResult readOptions(const QStringList& arguments)
     QCommandLineParser parser;
     parser.setApplicationDescription(QStringLiteral("Reference head unit."));
     addOptions(&parser);
-    if (!parser.parse(arguments))
+    if (!parser.parse(withRemoteAddress(arguments)))
         return failure(parser.errorText());
     if (parser.isSet("help"))
         return {OptionsResult::Action::Tell, parser.helpText(), {}};

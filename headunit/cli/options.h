@@ -16,6 +16,9 @@ struct Options
     QString renderTo; ///< WAV file that it becomes
     QString plot;     ///< PNG file for the speakers' responses; empty: none
     QString output = QStringLiteral("auto"); ///< as hvaudio::Player::start
+    QString remote;            ///< ADDRESS:PORT that a browser finds the unit at; empty: none does
+    QString remoteCertificate; ///< PEM files for TLS there; empty: no TLS
+    QString remoteKey;
     int page = -1; ///< 0..5: open the audio settings at that page; -1: start with the launcher
     bool inspector = false;
     bool log = false;          ///< print the diagnostic lines

@@ -14,6 +14,8 @@ private slots:
     void valuesAfterAnEqualsSignAreRead();
     void outputIsRead_data();
     void outputIsRead();
+    void remoteAddressMayBeLeftOut_data();
+    void remoteAddressMayBeLeftOut();
     void helpListsEveryOption();
     void theReadmeListsTheOptionsAsTheHelpDoes();
     void versionIsTold();
@@ -87,12 +89,39 @@ void TestOptions::outputIsRead()
     QVERIFY(read({"--help"}).text.contains("--output"));
 }
 
+void TestOptions::remoteAddressMayBeLeftOut_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<QString>("remote");
+    QTest::newRow("off") << QStringList{} << "";
+    QTest::newRow("alone") << QStringList{"--remote"} << "127.0.0.1:0";
+    QTest::newRow("before another option") << QStringList{"--remote", "--page", "1"} << "127.0.0.1:0";
+    QTest::newRow("address") << QStringList{"--remote", "127.0.0.1:8080"} << "127.0.0.1:8080";
+    QTest::newRow("after an equals sign") << QStringList{"--remote=[::1]:0"} << "[::1]:0";
+    QTest::newRow("name of this machine") << QStringList{"--remote", "localhost:1"} << "localhost:1";
+    QTest::newRow("other machines") << QStringList{"--remote", "0.0.0.0:1",    "--remote-certificate",
+                                                   "c",        "--remote-key", "k"}
+                                    << "0.0.0.0:1";
+}
+
+void TestOptions::remoteAddressMayBeLeftOut()
+{
+    QFETCH(QStringList, arguments);
+    QFETCH(QString, remote);
+    const OptionsResult result = read(arguments);
+    QVERIFY2(result.action == Action::Run, qPrintable(result.text));
+    QCOMPARE(result.options.remote, remote);
+    QCOMPARE(result.options.remoteCertificate, QLatin1String(arguments.contains("c") ? "c" : ""));
+    QCOMPARE(result.options.remoteKey, QLatin1String(arguments.contains("k") ? "k" : ""));
+}
+
 void TestOptions::helpListsEveryOption()
 {
     const OptionsResult result = read({"--help"});
     QCOMPARE(result.action, Action::Tell);
-    for (const char* option : {"--plugins", "--settings", "--language", "--page", "--tour", "--screen-only",
-                               "--inspector", "--trace", "--log", "--trace-startup", "--help", "--version"})
+    for (const char* option :
+         {"--plugins", "--settings", "--language", "--page", "--tour", "--remote", "--screen-only",
+          "--inspector", "--trace", "--log", "--trace-startup", "--help", "--version"})
         QVERIFY2(result.text.contains(QLatin1String(option)), option);
 }
 
@@ -136,6 +165,16 @@ void TestOptions::mistakesAreRefusedWithAMessage_data()
     QTest::newRow("output that is none") << QStringList{"--output", "alsa"} << "'alsa'";
     QTest::newRow("output that is no WAV file") << QStringList{"--output", "out.mp3"} << "'out.mp3'";
     QTest::newRow("empty output") << QStringList{"--output", ""} << "output";
+    QTest::newRow("remote without a port") << QStringList{"--remote", "127.0.0.1"} << "'127.0.0.1'";
+    QTest::newRow("remote at a name") << QStringList{"--remote", "unit.example:1"} << "'unit.example:1'";
+    QTest::newRow("remote port too high") << QStringList{"--remote", "127.0.0.1:65536"} << "65536";
+    QTest::newRow("empty remote address") << QStringList{"--remote", ""} << "remote";
+    QTest::newRow("open to others in the clear") << QStringList{"--remote", "0.0.0.0:1"} << "certificate";
+    QTest::newRow("certificate without a key")
+        << QStringList{"--remote", "--remote-certificate", "c"} << "--remote-key";
+    QTest::newRow("certificate for nothing")
+        << QStringList{"--remote-certificate", "c", "--remote-key", "k"} << "--remote";
+    QTest::newRow("remote tour") << QStringList{"--remote", "--tour", "t"} << "--tour";
     QTest::newRow("page during a tour") << QStringList{"--tour", "t", "--page", "1"} << "--tour";
 }
 
