@@ -1,5 +1,7 @@
 #include "common/customslider.h"
 
+#include "platform/common/widgets/fingercontrol.h"
+#include "platform/common/widgets/focusring.h"
 #include "platform/common/widgets/palette.h"
 
 #include <QKeyEvent>
@@ -187,6 +189,8 @@ void CustomSlider_2Private::changed(const QEvent* event)
 
 bool CustomSlider_2::event(QEvent* event)
 {
+    if (cm::passFinger(this, d, event))
+        return true;
     switch (event->type()) {
     case QEvent::EnabledChange:
     case QEvent::UngrabMouse:
@@ -194,22 +198,6 @@ bool CustomSlider_2::event(QEvent* event)
     case QEvent::Hide:
         d->changed(event);
         break;
-    case QEvent::MouseButtonPress:
-    case QEvent::MouseButtonDblClick:
-        if (!isEnabled())
-            break;
-        d->pressed(static_cast<QMouseEvent*>(event));
-        return true;
-    case QEvent::MouseMove:
-        if (!isEnabled())
-            break;
-        d->moved(static_cast<QMouseEvent*>(event));
-        return true;
-    case QEvent::MouseButtonRelease:
-        if (!isEnabled())
-            break;
-        d->released(static_cast<QMouseEvent*>(event));
-        return true;
     case QEvent::Wheel:
         // Without the focus, the wheel belongs to the page that scrolls beneath.
         if (!hasFocus() || d->dragging) {
@@ -323,12 +311,8 @@ void CustomSlider_2Private::paint()
     painter.setFont(digits);
     painter.setPen(!enabled ? QColor(palette::inkDim) : readableOn(ground));
     painter.drawText(bubble, Qt::AlignCenter, QString::number(qint64(q->sliderPosition()) + offset));
-
-    if ((option.state & QStyle::State_HasFocus) && (option.state & QStyle::State_KeyboardFocusChange)) {
-        painter.setBrush(Qt::NoBrush);
-        painter.setPen(QPen(QColor(palette::accentBright), 2));
-        painter.drawRoundedRect(QRectF(q->rect()).adjusted(1, 1, -1, -1), 6, 6);
-    }
+    if (option.state & QStyle::State_HasFocus)
+        drawFocusRing(option, &painter, 2, 6);
 }
 
 } // namespace settings

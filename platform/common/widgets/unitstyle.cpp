@@ -1,6 +1,7 @@
 #include "platform/common/widgets/unitstyle.h"
 
 #include "platform/common/texts/language.h"
+#include "platform/common/widgets/focusring.h"
 #include "platform/common/widgets/palette.h"
 
 #include <QAbstractButton>
@@ -107,19 +108,6 @@ void bringIntoView(QWidget* focused)
     }
 }
 
-void drawFocusRing(const QStyleOption& option, QPainter* painter)
-{
-    if (!(option.state & QStyle::State_KeyboardFocusChange))
-        return; // the focus came by touch or by code
-    const qreal half = ringWidth / 2.0;
-    painter->save();
-    painter->setRenderHint(QPainter::Antialiasing);
-    painter->setBrush(Qt::NoBrush);
-    painter->setPen(QPen(QColor(palette::accentBright), ringWidth));
-    painter->drawRoundedRect(QRectF(option.rect).adjusted(half, half, -half, -half), faceRadius, faceRadius);
-    painter->restore();
-}
-
 } // namespace
 
 UnitStyle::UnitStyle()
@@ -201,7 +189,7 @@ void UnitStyle::drawControl(ControlElement element, const QStyleOption* option, 
         drawControl(CE_PushButtonBevel, key, painter, widget);
         drawControl(CE_PushButtonLabel, key, painter, widget);
         if (key->state & State_HasFocus)
-            drawFocusRing(*key, painter);
+            drawFocusRing(*key, painter, ringWidth, faceRadius);
         return;
     }
 
@@ -234,7 +222,7 @@ void UnitStyle::drawPrimitive(PrimitiveElement element, const QStyleOption* opti
                               const QWidget* widget) const
 {
     if (element == PE_FrameFocusRect)
-        drawFocusRing(*option, painter);
+        drawFocusRing(*option, painter, ringWidth, faceRadius);
     else
         QProxyStyle::drawPrimitive(element, option, painter, widget);
 }
