@@ -1,7 +1,6 @@
 #include "M5QX/curvewidget.h"
 
 #include "M5QX/diagnostic.h"
-#include "M5QX/filelocal.h"
 
 #include <QPainter>
 

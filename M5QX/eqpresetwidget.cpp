@@ -1,7 +1,6 @@
 #include "M5QX/eqpresetwidget.h"
 
 #include "M5QX/diagnostic.h"
-#include "M5QX/filelocal.h"
 #include "common/translator.h"
 #include "hvaudio/eqcurves.h"
 #include "ui_eqpresetwidget.h"

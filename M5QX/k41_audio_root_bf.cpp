@@ -1,7 +1,6 @@
 #include "M5QX/k41_audio_root_bf.h"
 
 #include "M5QX/diagnostic.h"
-#include "M5QX/filelocal.h"
 
 #include <QMouseEvent>
 

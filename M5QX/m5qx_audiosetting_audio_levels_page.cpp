@@ -2,7 +2,6 @@
 
 #include "M5QX/backrequest.h"
 #include "M5QX/diagnostic.h"
-#include "M5QX/filelocal.h"
 #include "M5QX/k41_audio_root_bf.h"
 #include "M5QX/pa_balancefadercontrol.h"
 #include "M5QX/pagesettings.h"
@@ -350,7 +349,7 @@ void m5qx_eq_audio_levels_page::on_key_subwoofer_clicked()
         sendSubwooferLevel(level, frequency);
     } else {
         // No hurry with this one: the switch itself is already durable, and the level is what it was.
-        store()->setValue(stored::key(subwooferLevel), subwooferLevel.defaultValue,
+        store()->setValue(mem::keyOf(subwooferLevel), subwooferLevel.defaultValue,
                           level & mem::subwooferLevelBits, false);
         hvaudio::AudioService::instance()->setSubFilter(frequencyOff, level & mem::subwooferLevelBits, 0);
     }

@@ -1,6 +1,6 @@
 #include "M5QX/m5qx_audiosetting_container.h"
 
-#include "M5QX/filelocal.h"
+#include "M5QX/diagnostic.h"
 #include "ui_m5qx_audiosetting_container.h"
 
 namespace audiosetting {

@@ -2,7 +2,6 @@
 
 #include "M5QX/backrequest.h"
 #include "M5QX/diagnostic.h"
-#include "M5QX/filelocal.h"
 #include "M5QX/pagesettings.h"
 #include "M5QX/pasetuptogglekey.h"
 #include "common/settings.h"

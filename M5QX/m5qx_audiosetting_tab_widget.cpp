@@ -1,7 +1,6 @@
 #include "M5QX/m5qx_audiosetting_tab_widget.h"
 
 #include "M5QX/diagnostic.h"
-#include "M5QX/filelocal.h"
 #include "M5QX/pages.h"
 #include "common/settings.h"
 #include "common/settingstable.h"

@@ -2,7 +2,6 @@
 
 #include "M5QX/backrequest.h"
 #include "M5QX/diagnostic.h"
-#include "M5QX/filelocal.h"
 #include "M5QX/pagesettings.h"
 #include "common/settings.h"
 #include "common/translator.h"

@@ -3,7 +3,6 @@
 #include "M5QX/backrequest.h"
 #include "M5QX/diagnostic.h"
 #include "M5QX/eqpresetwidget.h"
-#include "M5QX/filelocal.h"
 #include "M5QX/m5qx_audiosetting_audio_levels_page.h"
 #include "M5QX/m5qx_audiosetting_container.h"
 #include "M5QX/m5qx_audiosetting_settings_page.h"

@@ -1,6 +1,6 @@
 #include "M5QX/pa_balancefadercontrol.h"
 
-#include "M5QX/filelocal.h"
+#include "M5QX/diagnostic.h"
 #include "common/mcumanager.h"
 #include "common/settingstable.h"
 #include "hvaudio/audioservice.h"

@@ -1,6 +1,6 @@
 #include "M5QX/pasetuptogglekey.h"
 
-#include "M5QX/filelocal.h"
+#include "M5QX/diagnostic.h"
 
 #include <QIcon>
 #include <QLabel>

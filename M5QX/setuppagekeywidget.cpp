@@ -1,7 +1,6 @@
 #include "M5QX/setuppagekeywidget.h"
 
 #include "M5QX/diagnostic.h"
-#include "M5QX/filelocal.h"
 #include "common/mcumanager.h"
 #include "common/transferstation.h"
 #include "ui_setuppagekeywidget.h"

@@ -1,7 +1,6 @@
 #include "M5QX/volumesettingwidget.h"
 
 #include "M5QX/diagnostic.h"
-#include "M5QX/filelocal.h"
 #include "M5QX/pagesettings.h"
 #include "M5QX/setuppagekeywidget.h"
 #include "common/customslider.h"

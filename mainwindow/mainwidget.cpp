@@ -1,6 +1,6 @@
 #include "mainwindow/mainwidget.h"
 
-#include "M5QX/filelocal.h"
+#include "M5QX/diagnostic.h"
 #include "M5QX/m5qx_mainwidget.h"
 
 namespace audiosetting {

@@ -1,7 +1,6 @@
 #include "mainwindow/mainwindow.h"
 
 #include "M5QX/diagnostic.h"
-#include "M5QX/filelocal.h"
 #include "common/keyevent.h"
 #include "mainwindow/mainwidget.h"
 

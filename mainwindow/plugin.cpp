@@ -1,6 +1,6 @@
 #include "mainwindow/plugin.h"
 
-#include "M5QX/filelocal.h"
+#include "M5QX/diagnostic.h"
 #include "mainwindow/mainwindow.h"
 
 namespace audiosetting {

@@ -14,28 +14,14 @@ namespace headunit {
 
 namespace {
 
-QVariant::Type variantType(mem::SettingType type)
-{
-    switch (type) {
-    case mem::SettingType::Bool:
-        return QVariant::Bool;
-    case mem::SettingType::Int:
-        return QVariant::Int;
-    case mem::SettingType::Text:
-        break;
-    }
-    return QVariant::String;
-}
-
 /// Of every key that the unit knows.
 const QMap<QString, QVariant::Type>& knownTypes()
 {
     static const QMap<QString, QVariant::Type> types = [] {
         QMap<QString, QVariant::Type> all;
         for (const mem::Setting& row : mem::settings) {
-            const QString key = QLatin1String(row.key);
-            for (int i = 0; i < row.count; ++i)
-                all.insert(row.count > 1 ? key.arg(i) : key, variantType(row.type));
+            for (int member = 0; member < row.count; ++member)
+                all.insert(mem::keyOf(row, member), mem::defaultOf(row).type());
         }
         return all;
     }();

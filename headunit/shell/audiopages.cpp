@@ -4,13 +4,8 @@
 
 namespace headunit {
 
-QString audioPageKey()
-{
-    return QLatin1String(audioPageSetting.key);
-}
-
 RememberedPage::RememberedPage()
-    : m_remembered(mem::SettingsStore::instance()->value(audioPageKey()))
+    : m_remembered(mem::SettingsStore::instance()->value(mem::keyOf(audioPageSetting)))
 {
 }
 
@@ -18,14 +13,14 @@ RememberedPage::~RememberedPage()
 {
     mem::SettingsStore* store = mem::SettingsStore::instance();
     if (m_remembered.isValid())
-        store->setValue(audioPageKey(), m_remembered, true);
+        store->setValue(mem::keyOf(audioPageSetting), m_remembered, true);
     else
-        store->remove(audioPageKey());
+        store->remove(mem::keyOf(audioPageSetting));
 }
 
 void RememberedPage::lookAt(int page)
 {
-    mem::SettingsStore::instance()->setValue(audioPageKey(), page, false);
+    mem::SettingsStore::instance()->setValue(mem::keyOf(audioPageSetting), page, false);
 }
 
 } // namespace headunit

@@ -13,9 +13,6 @@ constexpr int audioWindowId = 33;
 constexpr mem::Setting audioPageSetting = mem::settingOf("AudioSetting_Page");
 constexpr int audioPageCount = audioPageSetting.largest + 1;
 
-/// The key of audioPageSetting.
-QString audioPageKey();
-
 /// Lets the audio settings show another page than the remembered one: the page that is remembered when this
 /// object is made is put back, durably, when it goes. Thread: GUI.
 class RememberedPage

@@ -47,7 +47,7 @@ Shell::Shell(bool withFront, SoundControl* sound)
             Qt::QueuedConnection);
     // The audio settings note each page that they show.
     connect(mem::SettingsStore::instance(), &mem::SettingsStore::written, this, [this](const QString& key) {
-        if (key == audioPageKey())
+        if (key == mem::keyOf(audioPageSetting))
             m_lookedAt = -1;
     });
     auto* shortcut = new QShortcut(QKeySequence(Qt::Key_F12), m_unit.data());
@@ -316,7 +316,7 @@ void Shell::onSettingEdited(const QString& key)
     restoreSources(key);
     // Some pages read a setting only when they are made.
     WindowHost* const front = m_front;
-    const int lookedAt = key == audioPageKey() ? -1 : m_lookedAt;
+    const int lookedAt = key == mem::keyOf(audioPageSetting) ? -1 : m_lookedAt;
     m_front = nullptr;
     for (WindowHost* window : std::as_const(m_hosts))
         window->destroy();

@@ -11,17 +11,12 @@ namespace {
 
 constexpr mem::Setting markSetting = mem::settingOf("Headunit_Starting");
 
-QString markKey()
-{
-    return QLatin1String(markSetting.key);
-}
-
 } // namespace
 
 StartMark::StartMark()
-    : m_left(mem::SettingsStore::instance()->value(markKey()).toString())
+    : m_left(mem::SettingsStore::instance()->value(mem::keyOf(markSetting)).toString())
 {
-    mem::SettingsStore::instance()->remove(markKey());
+    mem::SettingsStore::instance()->remove(mem::keyOf(markSetting));
 }
 
 bool StartMark::begin(const QString& what)
@@ -30,13 +25,13 @@ bool StartMark::begin(const QString& what)
         m_left.clear();
         return false;
     }
-    mem::SettingsStore::instance()->setValue(markKey(), what, true);
+    mem::SettingsStore::instance()->setValue(mem::keyOf(markSetting), what, true);
     return true;
 }
 
 void StartMark::end()
 {
-    mem::SettingsStore::instance()->remove(markKey());
+    mem::SettingsStore::instance()->remove(mem::keyOf(markSetting));
     mem::SettingsStore::instance()->commit();
 }
 

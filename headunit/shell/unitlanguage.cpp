@@ -13,11 +13,6 @@ namespace {
 
 constexpr mem::Setting languageSetting = mem::settingOf("Headunit_Language");
 
-QString languageKey()
-{
-    return QLatin1String(languageSetting.key);
-}
-
 /// The unit's language that fits a locale; empty when it has none.
 QString fitting(const QLocale& locale)
 {
@@ -35,7 +30,7 @@ void chooseLanguage(const QString& asked)
 {
     QString code = asked;
     if (code.isEmpty())
-        code = mem::SettingsFunc::instance()->getValue(languageKey(),
+        code = mem::SettingsFunc::instance()->getValue(mem::keyOf(languageSetting),
                                                        QString::fromLatin1(languageSetting.defaultText));
     if (!cm::Language::codes().contains(code))
         code = fitting(QLocale::system());
@@ -44,7 +39,8 @@ void chooseLanguage(const QString& asked)
 
 void keepLanguage()
 {
-    mem::SettingsStore::instance()->setValue(languageKey(), cm::Language::instance()->current(), true);
+    mem::SettingsStore::instance()->setValue(mem::keyOf(languageSetting), cm::Language::instance()->current(),
+                                             true);
 }
 
 } // namespace headunit

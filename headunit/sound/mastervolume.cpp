@@ -24,7 +24,7 @@ MasterVolume::~MasterVolume() = default;
 
 void MasterVolume::reload()
 {
-    show(mem::SettingsFunc::instance()->getValue(QString::fromLatin1(volumeSetting.key).arg(mainChannel),
+    show(mem::SettingsFunc::instance()->getValue(mem::keyOf(volumeSetting, mainChannel),
                                                  volumeSetting.defaultValue),
          false);
 }

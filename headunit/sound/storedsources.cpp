@@ -39,22 +39,15 @@ bool parse(const QString& text, SourceChoice* choice)
     return false;
 }
 
-QString keyOf(const mem::Setting& setting)
-{
-    return QLatin1String(setting.key);
-}
-
 /// Empty when nothing is kept.
 QString kept(const mem::Setting& setting)
 {
-    return mem::SettingsStore::instance()
-        ->valueOr(keyOf(setting), QLatin1String(setting.defaultText))
-        .toString();
+    return mem::SettingsStore::instance()->valueOr(mem::keyOf(setting), mem::defaultOf(setting)).toString();
 }
 
 void keep(const mem::Setting& setting, const QString& text)
 {
-    mem::SettingsStore::instance()->setValue(keyOf(setting), text, true);
+    mem::SettingsStore::instance()->setValue(mem::keyOf(setting), text, true);
 }
 
 void sayNoChoice(const mem::Setting& setting, const QString& used)
@@ -124,10 +117,10 @@ void keepPlayingSource(HVAudio_source_id_e id)
 void restoreSources(SoundControl* sound, const QString& key, const FileWatch& watch)
 {
     for (const UnitSource& source : unitSources) {
-        if (key.isEmpty() || key == keyOf(source.choice))
+        if (key.isEmpty() || key == mem::keyOf(source.choice))
             restore(sound, source, watch);
     }
-    if (!key.isEmpty() && key != keyOf(playingSetting))
+    if (!key.isEmpty() && key != mem::keyOf(playingSetting))
         return;
     const HVAudio_source_id_e playing = keptPlaying();
     if (playing != sound->playing())

@@ -140,7 +140,7 @@ void AudioService::setCustomLoudness(bool on, bool save)
     report("setCustomLoudness", on, save);
     d->state.loudness = on;
     d->publish();
-    d->keep(keys::keyOf(keys::loudnessSetting), on);
+    d->keep(mem::keyOf(keys::loudnessSetting), on);
 }
 
 void AudioService::getBalanceFader(int& balance, int& fader)
@@ -160,8 +160,8 @@ void AudioService::setBalanceFader(int balance, int fader, bool save)
     d->state.fader = fader;
     d->publish();
     if (save) {
-        d->keepSoon(keys::keyOf(keys::balanceSetting), balance);
-        d->keep(keys::keyOf(keys::faderSetting), fader); // takes the balance along
+        d->keepSoon(mem::keyOf(keys::balanceSetting), balance);
+        d->keep(mem::keyOf(keys::faderSetting), fader); // takes the balance along
     }
 }
 

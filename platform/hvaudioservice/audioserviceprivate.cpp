@@ -102,7 +102,7 @@ void AudioServicePrivate::setEqType(int type, bool save)
     if (changed)
         publish();
     if (save)
-        keep(keys::keyOf(keys::eqTypeSetting), type);
+        keep(mem::keyOf(keys::eqTypeSetting), type);
     if (changed)
         emit mem::SettingsUtil::instance()->EQType(type);
 }
@@ -177,14 +177,14 @@ void AudioServicePrivate::beep()
 
 void AudioServicePrivate::onSettingChanged(const QString& key)
 {
-    if (key == keys::keyOf(keys::subwooferSlopeSetting)) {
+    if (key == mem::keyOf(keys::subwooferSlopeSetting)) {
         state.subwooferSlope = keys::storedSubwooferSlope();
         // The newest word counts, also after a filter that came with a slope of its own.
         if (state.subwoofer.slope != 0) {
             state.subwoofer.slope = 0;
             keepInBurst(keys::subwooferKey(state.tables), keys::filterText(state.subwoofer));
         }
-    } else if (key == keys::keyOf(keys::subwooferPhaseSetting)) {
+    } else if (key == mem::keyOf(keys::subwooferPhaseSetting)) {
         state.subwooferInverted = keys::storedSubwooferPhase();
     } else {
         return;

@@ -17,20 +17,9 @@ constexpr mem::Setting delaySetting = mem::settingOf("AudioService_DelayUs_%1");
 static_assert(userCurveSettings[0].count == eqBandCount && delaySetting.count == speakers,
               "one number a band, one a speaker");
 
-template <typename T>
-T stored(const QString& key, const T& defaultValue)
+QVariant stored(const mem::Setting& setting, int number = 0)
 {
-    return mem::SettingsStore::instance()->valueOr(key, QVariant(defaultValue)).template value<T>();
-}
-
-bool storedFlag(const mem::Setting& setting)
-{
-    return stored(keyOf(setting), setting.defaultValue != 0);
-}
-
-int storedNumber(const mem::Setting& setting, const QString& key)
-{
-    return stored(key, setting.defaultValue);
+    return mem::SettingsStore::instance()->valueOr(mem::keyOf(setting, number), mem::defaultOf(setting));
 }
 
 bool isInRange(const mem::Setting& setting, int value)
@@ -47,8 +36,8 @@ void sayOutOfRange(const mem::Setting& setting, const QString& key, int value, c
 
 int storedInRange(const mem::Setting& setting, int number = 0)
 {
-    const QString key = keyOf(setting, number);
-    const int value = storedNumber(setting, key);
+    const QString key = mem::keyOf(setting, number);
+    const int value = stored(setting, number).toInt();
     const int used = qBound(setting.smallest, value, setting.largest);
     if (used != value)
         sayOutOfRange(setting, key, value, QStringLiteral("%1 is used").arg(used));
@@ -77,7 +66,7 @@ bool parseFilter(const QString& text, int lastFrequency, Filter* filter)
 Filter storedFilter(const QString& key, int lastFrequency, const Filter& defaultFilter)
 {
     Filter filter = defaultFilter;
-    const QString text = stored(key, filterText(defaultFilter));
+    const QString text = mem::SettingsStore::instance()->valueOr(key, filterText(defaultFilter)).toString();
     if (!parseFilter(text, lastFrequency, &filter))
         qWarning().noquote().nospace() << "AudioService: stored " << key << " is \"" << text.left(40)
                                        << "\", no filter; " << filterText(defaultFilter) << " is used";
@@ -106,7 +95,7 @@ public:
 
     void number(int& place, const mem::Setting& setting, int number = 0)
     {
-        if (wants(keyOf(setting, number)))
+        if (wants(mem::keyOf(setting, number)))
             place = storedInRange(setting, number);
     }
 
@@ -130,16 +119,17 @@ static_assert(subwooferFrequency.largest == lastSubwooferFrequency, "the table e
 Filter untouchedSubwoofer()
 {
     Filter filter;
-    if (storedFlag(subwooferOn))
+    if (stored(subwooferOn).toBool())
         filter.frequency = storedInRange(subwooferFrequency);
-    filter.attenuation = storedNumber(subwooferLevel, keyOf(subwooferLevel)) & mem::subwooferLevelBits;
+    filter.attenuation = stored(subwooferLevel).toInt() & mem::subwooferLevelBits;
     return filter;
 }
 
 /// Without a filter of its own the subwoofer's is made of the pages' values.
 bool isSubwooferValue(const QString& key, Tables tables)
 {
-    return (key == keyOf(subwooferOn) || key == keyOf(subwooferFrequency) || key == keyOf(subwooferLevel)) &&
+    return (key == mem::keyOf(subwooferOn) || key == mem::keyOf(subwooferFrequency) ||
+            key == mem::keyOf(subwooferLevel)) &&
            !mem::SettingsStore::instance()->value(subwooferKey(tables)).isValid();
 }
 
@@ -165,8 +155,8 @@ void readButFilters(AudioState& state, Reader& reader)
             reader.number(state.userCurve[static_cast<std::size_t>(curve)][static_cast<std::size_t>(band)],
                           userCurveSettings[curve], band);
     }
-    if (reader.wants(keyOf(loudnessSetting)))
-        state.loudness = storedFlag(loudnessSetting);
+    if (reader.wants(mem::keyOf(loudnessSetting)))
+        state.loudness = stored(loudnessSetting).toBool();
     reader.number(state.balance, balanceSetting);
     reader.number(state.fader, faderSetting);
     for (int speaker = 0; speaker < speakers; ++speaker)
@@ -178,8 +168,8 @@ void readButFilters(AudioState& state, Reader& reader)
 /// A channel's level for power-on.
 int startVolume(const mem::Setting& setting)
 {
-    const QString key = keyOf(setting);
-    const int level = storedNumber(setting, key);
+    const QString key = mem::keyOf(setting);
+    const int level = stored(setting).toInt();
     if (isInRange(setting, level))
         return level;
     sayOutOfRange(setting, key, level, QStringLiteral("%1 is used").arg(setting.defaultValue));
@@ -195,7 +185,7 @@ void readVolume(int& volume, const StartVolume& row)
         volume = startVolume(row.setting);
         return;
     }
-    const int level = stored(key, volume);
+    const int level = mem::SettingsStore::instance()->valueOr(key, volume).toInt();
     if (isInRange(volumeSetting, level))
         volume = level;
     else
@@ -204,45 +194,39 @@ void readVolume(int& volume, const StartVolume& row)
 
 } // namespace
 
-QString keyOf(const mem::Setting& setting, int number)
-{
-    const QString key = QLatin1String(setting.key);
-    return setting.count > 1 ? key.arg(number) : key;
-}
-
 QString userBandKey(int curve, int band)
 {
-    return keyOf(userCurveSettings[curve], band);
+    return mem::keyOf(userCurveSettings[curve], band);
 }
 
 QString volumeKey(int channel)
 {
-    return keyOf(volumeSetting, channel);
+    return mem::keyOf(volumeSetting, channel);
 }
 
 QString delayKey(int speaker)
 {
-    return keyOf(delaySetting, speaker);
+    return mem::keyOf(delaySetting, speaker);
 }
 
 QString highPassKey(Tables tables, int speaker)
 {
-    return keyOf(tables == Tables::MainAudio ? mem::settingOf("AudioService_MainHPF_%1")
-                                             : mem::settingOf("AudioService_HPF_%1"),
-                 speaker);
+    return mem::keyOf(tables == Tables::MainAudio ? mem::settingOf("AudioService_MainHPF_%1")
+                                                  : mem::settingOf("AudioService_HPF_%1"),
+                      speaker);
 }
 
 QString lowPassKey(Tables tables, int speaker)
 {
-    return keyOf(tables == Tables::MainAudio ? mem::settingOf("AudioService_MainLPF_%1")
-                                             : mem::settingOf("AudioService_LPF_%1"),
-                 speaker);
+    return mem::keyOf(tables == Tables::MainAudio ? mem::settingOf("AudioService_MainLPF_%1")
+                                                  : mem::settingOf("AudioService_LPF_%1"),
+                      speaker);
 }
 
 QString subwooferKey(Tables tables)
 {
-    return keyOf(tables == Tables::MainAudio ? mem::settingOf("AudioService_MainSub")
-                                             : mem::settingOf("AudioService_Sub"));
+    return mem::keyOf(tables == Tables::MainAudio ? mem::settingOf("AudioService_MainSub")
+                                                  : mem::settingOf("AudioService_Sub"));
 }
 
 QString filterText(const Filter& filter)
@@ -294,7 +278,7 @@ int storedSubwooferSlope()
 
 bool storedSubwooferPhase()
 {
-    return storedFlag(subwooferPhaseSetting);
+    return stored(subwooferPhaseSetting).toBool();
 }
 
 } // namespace hvaudio::audiostatestore

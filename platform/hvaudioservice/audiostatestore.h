@@ -12,8 +12,6 @@
 /// level.
 namespace hvaudio::audiostatestore {
 
-/// Key of a setting, or of one of a family.
-QString keyOf(const mem::Setting& setting, int number = 0);
 // Keys of families; their numbers must be in range.
 QString userBandKey(int curve, int band);
 QString volumeKey(int channel);

@@ -1,5 +1,8 @@
 #pragma once
 
+#include <QString>
+#include <QVariant>
+
 #include <iterator>
 #include <string_view>
 
@@ -140,6 +143,27 @@ constexpr const Setting& settingOf(std::string_view key)
             return row;
     }
     throw "no setting has this key";
+}
+
+/// The key as the store knows it. member: which one of a family, 0 .. count - 1; ignored for any other row.
+inline QString keyOf(const Setting& row, int member = 0)
+{
+    const QString key = QString::fromLatin1(row.key);
+    return row.count > 1 ? key.arg(member) : key;
+}
+
+/// What absence means, in the row's type.
+inline QVariant defaultOf(const Setting& row)
+{
+    switch (row.type) {
+    case SettingType::Bool:
+        return row.defaultValue != 0;
+    case SettingType::Int:
+        return row.defaultValue;
+    case SettingType::Text:
+        break;
+    }
+    return QString::fromLatin1(row.defaultText);
 }
 
 /// Parts of "subwooferLevel": the attenuation in dB, and beside it whether it was written while the subwoofer
