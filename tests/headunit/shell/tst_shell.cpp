@@ -1,19 +1,8 @@
 #include "headunit/shell/shell.h"
 
-#include "tests/headunit/shell/fakewindow.h"
-#include "tests/headunit/sound/fakesound.h"
-#include "tests/support/messagelog.h"
-
-#include "headunit/front/launcher.h"
-#include "headunit/front/screen.h"
-#include "headunit/shell/windowhost.h"
-#include "hvaudio/audioservice.h"
-#include "platform/common/settings/settingsstore.h"
-#include "platform/common/texts/language.h"
-#include "platform/hvaudioservice/audioservicehost.h"
+#include "tests/headunit/shell/shellfixture.h"
 
 #include <QComboBox>
-#include <QtTest>
 
 #include <climits>
 
@@ -24,12 +13,12 @@ static const QStringList leaving{"onExit", "root hidden", "onHide"};
 static const QStringList destroying{"onDestroy", "root deleted"};
 
 /// The shell on a real store, audio service and screen, with an application that records.
-class TestShell : public QObject
+class TestShell : public ShellFixture
 {
     Q_OBJECT
 private slots:
-    void init();
-    void cleanup();
+    void init() { startUnit(); }
+    void cleanup() { endUnit(); }
     void screenIs1024By600();
     void frontLiesAroundTheScreen();
     void bareScreenHasNoFront();
@@ -66,87 +55,13 @@ private slots:
     void audioPageIsShownWithoutBeingRemembered_data();
     void audioPageIsShownWithoutBeingRemembered();
     void shutDownRunsTheWholeOrder();
-    void startIsMarkedWhileItLasts();
-    void applicationThatTookTheUnitDownIsLeftOutOnce();
-    void applicationThatThrowsIsNamedAndCanBeTriedAgain();
-    void sourceThatTookTheUnitDownIsLeftOutOnce();
-    void retryTileSpeaksTheUnitsLanguage();
-    void windowThatThrowsTakesNothingWithIt_data();
-    void windowThatThrowsTakesNothingWithIt();
     void inspectorOpensAndCloses();
     void inspectorsLeversMoveTheUnit();
 
 private:
     /// Null before F12.
     static QWidget* inspector();
-    void press(KeyEvent::Key key);
-    /// Starts a shell on a fresh store, with the fake window; its calls so far are forgotten.
-    void start(bool withFront = true);
-    QAbstractButton* tile(int id);
-    QAbstractButton* retryTile(const QString& what);
-    /// A folder with the application that does what HEADUNIT_TEST_TROUBLE says, under its window id 9.
-    QString troublesomeFolder();
-    Screen* screen() const { return m_shell->unit()->screen(); }
-
-    QScopedPointer<QTemporaryDir> m_folder;
-    QScopedPointer<FakeWindow> m_window;
-    QScopedPointer<Shell> m_shell;
 };
-
-static mem::SettingsStore* store()
-{
-    return mem::SettingsStore::instance();
-}
-
-void TestShell::init()
-{
-    m_folder.reset(new QTemporaryDir);
-    QCOMPARE(int(store()->open(m_folder->filePath("settings.db"))), int(mem::SettingsStore::Opened::Durable));
-    cm::Language::instance()->setCurrent("en");
-    start();
-}
-
-void TestShell::cleanup()
-{
-    m_shell.reset();
-    hvaudio::AudioServiceHost::shutdown();
-    store()->clear();
-    store()->close();
-}
-
-void TestShell::start(bool withFront)
-{
-    m_shell.reset();
-    m_window.reset(new FakeWindow);
-    m_shell.reset(new Shell(withFront));
-    m_shell->addWindow(33, m_window.data());
-    m_shell->unit()->show();
-    QCoreApplication::processEvents();
-    m_window->calls.clear();
-}
-
-void TestShell::press(KeyEvent::Key key)
-{
-    m_shell->onHardKey(key, KeyEvent::Press);
-    m_shell->onHardKey(key, KeyEvent::Release);
-}
-
-QAbstractButton* TestShell::tile(int id)
-{
-    return screen()->launcher()->findChild<QAbstractButton*>(QStringLiteral("tile_%1").arg(id));
-}
-
-QAbstractButton* TestShell::retryTile(const QString& what)
-{
-    return screen()->launcher()->findChild<QAbstractButton*>("retry_" + what);
-}
-
-QString TestShell::troublesomeFolder()
-{
-    if (!QFile::copy(TEST_PLUGINS "/troublesome.so", m_folder->filePath("troublesome.so")))
-        qFatal("no troublesome.so among the test plug-ins");
-    return m_folder->path();
-}
 
 void TestShell::screenIs1024By600()
 {
@@ -566,142 +481,6 @@ void TestShell::shutDownRunsTheWholeOrder()
     QCOMPARE(m_window->takeCalls(), leaving + destroying);
     m_shell->shutDown();
     QCOMPARE(m_window->takeCalls(), QStringList());
-}
-
-void TestShell::startIsMarkedWhileItLasts()
-{
-    QVariantList marks;
-    connect(store(), &mem::SettingsStore::valueChanged, this, [&](const QString& key, const QVariant& value) {
-        if (key == QLatin1String("Headunit_Starting"))
-            marks.append(value);
-    });
-    QCOMPARE(m_shell->loadApplications(troublesomeFolder()), 2);
-    disconnect(store(), nullptr, this, nullptr);
-    QCOMPARE(marks, (QVariantList{"troublesome.so", QVariant()}));
-    QVERIFY(!retryTile("troublesome.so"));
-    m_shell.reset(); // before its windows
-}
-
-void TestShell::applicationThatTookTheUnitDownIsLeftOutOnce()
-{
-    const QString folder = troublesomeFolder();
-    store()->setValue("Headunit_Starting", "troublesome.so", true);
-    start();
-    QVERIFY(!store()->value("Headunit_Starting").isValid());
-    QCOMPARE(m_shell->loadApplications(folder), 1);
-    QVERIFY(!m_shell->host(9));
-    auto* retry = retryTile("troublesome.so");
-    QVERIFY(retry);
-    QCOMPARE(retry->text(), QStringLiteral("troublesome.so"));
-    QVERIFY(screen()->rect().contains(QRect(retry->mapTo(screen(), QPoint()), retry->size())));
-    QVERIFY(!retry->geometry().intersects(tile(33)->geometry()));
-    QTest::mouseClick(retry, Qt::LeftButton);
-    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-    QVERIFY(!retryTile("troublesome.so"));
-    QVERIFY(m_shell->host(9));
-    QCOMPARE(tile(9)->text(), QStringLiteral("Trouble"));
-    // The next start is a normal one.
-    start();
-    QCOMPARE(m_shell->loadApplications(folder), 2);
-    m_shell.reset();
-}
-
-void TestShell::applicationThatThrowsIsNamedAndCanBeTriedAgain()
-{
-    qputenv("HEADUNIT_TEST_TROUBLE", "throws in windowInterfaceID");
-    const MessageLog messages;
-    QCOMPARE(m_shell->loadApplications(troublesomeFolder()), 1);
-    QCOMPARE(MessageLog::count("troublesome.so threw: no vehicle bus"), 1);
-    QVERIFY(retryTile("troublesome.so"));
-    QTest::mouseClick(retryTile("troublesome.so"), Qt::LeftButton); // in vain
-    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-    QVERIFY(retryTile("troublesome.so"));
-    qunsetenv("HEADUNIT_TEST_TROUBLE");
-    QTest::mouseClick(retryTile("troublesome.so"), Qt::LeftButton);
-    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-    QVERIFY(!retryTile("troublesome.so"));
-    QVERIFY(m_shell->openWindow(9));
-    QVERIFY(!store()->value("Headunit_Starting").isValid());
-    m_shell.reset();
-}
-
-void TestShell::sourceThatTookTheUnitDownIsLeftOutOnce()
-{
-    store()->setValue("Headunit_Source_USB", "file:/stick/song.mp3", true);
-    store()->setValue("Headunit_Source_AUX", "file:/stick/noise.wav", true);
-    store()->setValue("Headunit_Starting", "Headunit_Source_USB", true);
-    m_shell.reset();
-    FakeSound sound;
-    QStringList marked; // what was marked when a file was opened
-    sound.onSetSource = [&] { marked.append(store()->value("Headunit_Starting").toString()); };
-    m_shell.reset(new Shell(true, &sound));
-    m_shell->unit()->show();
-    QCOMPARE(sound.source(HVAudio_source_Usb).kind, SourceKind::Silence);
-    QCOMPARE(sound.source(HVAudio_source_AvIn).path, QStringLiteral("/stick/noise.wav"));
-    QCOMPARE(marked, (QStringList{QString(), "Headunit_Source_AUX"}));
-    QVERIFY(!store()->value("Headunit_Starting").isValid());
-    QCOMPARE(store()->value("Headunit_Source_USB"), QVariant("file:/stick/song.mp3"));
-
-    auto* retry = retryTile("Headunit_Source_USB");
-    QVERIFY(retry);
-    QCOMPARE(retry->text(), QStringLiteral("USB"));
-    QTest::mouseClick(retry, Qt::LeftButton);
-    QCOMPARE(sound.source(HVAudio_source_Usb).path, QStringLiteral("/stick/song.mp3"));
-    QCOMPARE(marked.last(), QStringLiteral("Headunit_Source_USB"));
-    m_shell.reset();
-}
-
-void TestShell::retryTileSpeaksTheUnitsLanguage()
-{
-    store()->setValue("Headunit_Starting", "troublesome.so", true);
-    start();
-    m_shell->loadApplications(troublesomeFolder());
-    auto* retry = retryTile("troublesome.so");
-    QVERIFY(retry);
-    QSet<QByteArray> pictures;
-    const QStringList codes = cm::Language::codes();
-    for (const QString& code : codes) {
-        m_shell->setLanguage(code);
-        const QImage picture = retry->grab().toImage();
-        pictures.insert(
-            QByteArray(reinterpret_cast<const char*>(picture.constBits()), int(picture.sizeInBytes())));
-    }
-    QCOMPARE(pictures.size(), codes.size());
-}
-
-void TestShell::windowThatThrowsTakesNothingWithIt_data()
-{
-    QTest::addColumn<QByteArray>("call");
-    QTest::addColumn<bool>("opens");
-    QTest::newRow("onCreate") << QByteArray("onCreate") << false;
-    QTest::newRow("onShow") << QByteArray("onShow") << false;
-    QTest::newRow("onEnter") << QByteArray("onEnter") << false;
-    QTest::newRow("onExit") << QByteArray("onExit") << true;
-    QTest::newRow("onHide") << QByteArray("onHide") << true;
-    QTest::newRow("keyEvent") << QByteArray("keyEvent") << true;
-    QTest::newRow("backEvent") << QByteArray("backEvent") << true;
-    QTest::newRow("name") << QByteArray("name") << true;
-}
-
-void TestShell::windowThatThrowsTakesNothingWithIt()
-{
-    QFETCH(QByteArray, call);
-    QFETCH(bool, opens);
-    QCOMPARE(m_shell->loadApplications(troublesomeFolder()), 2);
-    qputenv("HEADUNIT_TEST_TROUBLE", "throws in " + call);
-    const MessageLog messages;
-    QCOMPARE(m_shell->openWindow(9), opens);
-    QCOMPARE(m_shell->front() != nullptr, opens);
-    press(KeyEvent::Key_VolumeUp);
-    press(KeyEvent::Key_Back);
-    QVERIFY(!m_shell->front());
-    m_shell->setLanguage("de");
-    QCOMPARE(tile(9)->text(), QStringLiteral("Trouble")); // as it was when it could be told
-    qunsetenv("HEADUNIT_TEST_TROUBLE");
-    QVERIFY(MessageLog::count("window 9, " + call + " threw: no vehicle bus") >= 1);
-    QVERIFY(m_shell->openWindow(9));
-    QVERIFY(m_shell->openWindow(33));
-    m_shell.reset();
 }
 
 void TestShell::inspectorOpensAndCloses()

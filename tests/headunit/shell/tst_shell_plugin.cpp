@@ -1,25 +1,20 @@
 #include "headunit/shell/shell.h"
 
-#include "headunit/front/screen.h"
-#include "headunit/inspector/settingsmodel.h"
-#include "headunit/shell/windowhost.h"
-#include "platform/common/settings/settingsstore.h"
-#include "platform/common/texts/language.h"
-#include "platform/hvaudioservice/audioservicehost.h"
+#include "tests/headunit/shell/shellfixture.h"
 
-#include <QAbstractButton>
+#include "headunit/inspector/settingsmodel.h"
+
 #include <QLabel>
-#include <QtTest>
 
 using namespace headunit;
 
 /// The shell with the plug-in that ships, loaded from its library, all in this process.
-class TestShellPlugin : public QObject
+class TestShellPlugin : public ShellFixture
 {
     Q_OBJECT
 private slots:
     void init();
-    void cleanup();
+    void cleanup() { endUnit(); }
     void libraryOffersTheOneWindow();
     void statusBarGoesWhileTheApplicationIsInFront();
     void backKeyLeaves();
@@ -37,8 +32,7 @@ private slots:
 private:
     void press(KeyEvent::Key key)
     {
-        m_shell->onHardKey(key, KeyEvent::Press);
-        m_shell->onHardKey(key, KeyEvent::Release);
+        ShellFixture::press(key);
         settle();
     }
     static void settle()
@@ -60,33 +54,15 @@ private:
         settle();
         return done;
     }
-
-    QScopedPointer<QTemporaryDir> m_folder;
-    QScopedPointer<Shell> m_shell;
 };
-
-static mem::SettingsStore* store()
-{
-    return mem::SettingsStore::instance();
-}
 
 void TestShellPlugin::init()
 {
-    m_folder.reset(new QTemporaryDir);
-    QCOMPARE(int(store()->open(m_folder->filePath("settings.db"))), int(mem::SettingsStore::Opened::Durable));
-    cm::Language::instance()->setCurrent("en");
+    openStore();
     m_shell.reset(new Shell(true));
     QCOMPARE(m_shell->loadApplications(APPLICATIONS), 1);
     m_shell->unit()->show();
     settle();
-}
-
-void TestShellPlugin::cleanup()
-{
-    m_shell.reset();
-    hvaudio::AudioServiceHost::shutdown();
-    store()->clear();
-    store()->close();
 }
 
 void TestShellPlugin::libraryOffersTheOneWindow()
