@@ -18,9 +18,9 @@ function(audiosetting_flags target)
         # relative to the build folder.
         -ffile-prefix-map=${CMAKE_SOURCE_DIR}/= -ffile-prefix-map=${CMAKE_BINARY_DIR}/= -ffile-prefix-map=${to_source}=)
     if(AUDIOSETTING_SANITIZE)
-        target_compile_options(${target} PRIVATE -fsanitize=address,undefined -fno-sanitize-recover=all
+        target_compile_options(${target} PRIVATE -fsanitize=${AUDIOSETTING_SANITIZE} -fno-sanitize-recover=all
             -fno-omit-frame-pointer)
-        target_link_options(${target} PRIVATE -fsanitize=address,undefined)
+        target_link_options(${target} PRIVATE -fsanitize=${AUDIOSETTING_SANITIZE})
     endif()
 endfunction()
 
@@ -127,7 +127,7 @@ function(audiosetting_test file)
         set(arg_TIMEOUT 300)
     endif()
     set_tests_properties(${name} PROPERTIES TIMEOUT ${arg_TIMEOUT}
-        ENVIRONMENT "QT_QPA_PLATFORM=offscreen;QTEST_FUNCTION_TIMEOUT=900000;XDG_RUNTIME_DIR=/tmp;LSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/tests/lsan.supp:print_suppressions=0;UBSAN_OPTIONS=print_stacktrace=1;${arg_ENV}")
+        ENVIRONMENT "QT_QPA_PLATFORM=offscreen;QTEST_FUNCTION_TIMEOUT=900000;XDG_RUNTIME_DIR=/tmp;LSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/tests/lsan.supp:print_suppressions=0;UBSAN_OPTIONS=print_stacktrace=1;TSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/tests/tsan.supp;${arg_ENV}")
 endfunction()
 
 function(audiosetting_fixture file)

@@ -1,6 +1,7 @@
 #include "platform/common/settings/settingsstore.h"
 #include "tests/faults/disk.h"
 #include "tests/faults/powercutsteps.h"
+#include "tests/support/longrun.h"
 #include "tests/support/randomwalk.h"
 
 #include <QCryptographicHash>
@@ -17,7 +18,7 @@ using mem::SettingsStore;
 /// is half there.
 ///
 /// AUDIOSETTING_POWERCUTS says how many states of chance are made of each cut, 2 without it; the long run is
-///     QTEST_FUNCTION_TIMEOUT=100000000 AUDIOSETTING_POWERCUTS=300 build/ci/tests/tst_powercut
+///     AUDIOSETTING_POWERCUTS=300 build/ci/tests/tst_powercut
 class TestPowerCut : public QObject
 {
     Q_OBJECT
@@ -43,6 +44,7 @@ private:
     QString m_record;
     Disk::Image m_before;
     QVector<FileOperation> m_operations;
+    int m_chances = 0; ///< states of chance for each cut
     int m_lastDone = 0;
     int m_lastBegun = 0;
 };
@@ -50,6 +52,7 @@ private:
 void TestPowerCut::initTestCase()
 {
     QVERIFY(m_folder.isValid());
+    m_chances = longRun("AUDIOSETTING_POWERCUTS", 2);
     // Thousands of starts, each with its syncs: in memory they take no time.
     qputenv("TMPDIR", QFile::encodeName(m_folder.path()));
     m_after = m_folder.filePath(QStringLiteral("after"));
@@ -133,9 +136,6 @@ void TestPowerCut::startOn(const Disk::Image& image, bool mayBeDamaged)
 void TestPowerCut::cutEverywhere(bool mayBeDamaged, quint32 seed)
 {
     QRandomGenerator random(seed);
-    const int chances = qEnvironmentVariableIsSet("AUDIOSETTING_POWERCUTS")
-                            ? qEnvironmentVariableIntValue("AUDIOSETTING_POWERCUTS")
-                            : 2;
     Disk disk(m_before);
     QSet<QByteArray> seen;
     const auto tryImage = [&](const Disk::Image& image) {
@@ -158,7 +158,7 @@ void TestPowerCut::cutEverywhere(bool mayBeDamaged, quint32 seed)
         disk.apply(operation);
         QVector<Disk::Image> images = {disk.best(),         disk.worst(),          disk.namesOnly(),
                                        disk.contentsOnly(), disk.latestNameOnly(), disk.tornLatest()};
-        for (int i = 0; disk.isUnsettled() && i < chances; ++i)
+        for (int i = 0; disk.isUnsettled() && i < m_chances; ++i)
             images.append(disk.anyhow(&random));
         for (const Disk::Image& image : std::as_const(images)) {
             tryImage(image);

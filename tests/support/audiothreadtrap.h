@@ -81,8 +81,9 @@ F next(const char* name)
 
 #define EXPORTED extern "C" __attribute__((visibility("default")))
 
-#if defined(__SANITIZE_ADDRESS__)
-// The sanitizer's own allocator stays; it tells of each use.
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+// The sanitizer's own allocator stays; it tells of each use. One of ours would be called, with its checks,
+// before a sanitizer of threads is there to answer them.
 extern "C" int __sanitizer_install_malloc_and_free_hooks(void (*)(const volatile void*, size_t),
                                                          void (*)(const volatile void*));
 static void allocated(const volatile void*, size_t)

@@ -77,7 +77,7 @@ RandomWalk::Step RandomWalk::step()
     }
     if (chance == 4)
         m_at = anywhere();
-    else if (chance < 7) // back on what it pressed, or no key would ever be clicked after a move
+    else if (chance < 7 && m_holder) // back on what it pressed, or no key would ever be clicked after a move
         m_at = touch::middle(m_page, m_holder);
     touch::release(m_page, m_at);
     m_down = false;

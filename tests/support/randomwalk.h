@@ -42,7 +42,7 @@ public:
     Step step();
     /// Where it was, in the page's coordinates; off the page now and then.
     QPoint at() const { return m_at; }
-    /// The widget that took the last press.
+    /// The widget that took the last press, while it lives.
     QWidget* holder() const { return m_holder; }
     /// For what else a test leaves to chance.
     int bounded(int end) { return m_random.bounded(end); }
@@ -59,7 +59,7 @@ private:
     QRandomGenerator m_random;
     QRect m_ground;
     std::function<QPoint()> m_aim = [this] { return aKey(); };
-    QWidget* m_holder = nullptr;
+    QPointer<QWidget> m_holder;
     QPoint m_at;
     bool m_down = false;
     int m_steps = 0;

@@ -22,7 +22,7 @@
 //
 // What it doesn't see: a clock that is read without entering the kernel, and spinning in a thread's own loop.
 
-#if defined(__SANITIZE_ADDRESS__)
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
 /// The sanitizer's runtime makes calls of its own on every thread, and has its own alternate signal stack.
 constexpr bool systemCallsAreTrapped = false;
 #else

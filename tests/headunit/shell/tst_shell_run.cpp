@@ -280,6 +280,9 @@ QStringList TestShellRun::withTrouble(const char* trouble)
     if (QDir().mkpath(folder) && !QFile::exists(folder + "/troublesome.so"))
         QFile::copy(TEST_PLUGINS "/troublesome.so", folder + "/troublesome.so");
     m_environment.insert("HEADUNIT_TEST_TROUBLE", trouble);
+    // A crash is to end the unit as it would without a sanitizer.
+    for (const char* options : {"ASAN_OPTIONS", "TSAN_OPTIONS"})
+        m_environment.insert(options, m_environment.value(options) + ":handle_segv=0");
     return withStore({"--plugins", folder, "--output", "none", "--trace-startup"});
 }
 

@@ -8,6 +8,7 @@
 #include <QtTest>
 
 #include <cmath>
+#include <mutex>
 #include <thread>
 
 using namespace hvaudio;
@@ -99,15 +100,24 @@ private slots:
 private:
     std::unique_ptr<Player> player;
     ManualOutput* output = nullptr;
-    QStringList lines;
+    /// Logged so far, by whatever thread.
+    QStringList lines()
+    {
+        const std::lock_guard<std::mutex> lock(m_logging);
+        return m_lines;
+    }
+    std::mutex m_logging;
+    QStringList m_lines;
 };
 
 void TestPlayer::init()
 {
     player.reset();
-    lines.clear();
-    player = std::make_unique<Player>(
-        [this](LogLevel, const std::string& line) { lines << QString::fromStdString(line); });
+    m_lines.clear();
+    player = std::make_unique<Player>([this](LogLevel, const std::string& line) {
+        const std::lock_guard<std::mutex> lock(m_logging);
+        m_lines << QString::fromStdString(line);
+    });
     player->setSettings(neutral());
     QVERIFY(player->start(std::make_unique<ManualOutput>(&output)));
     output->pull(48000); // power-on is a ramp
@@ -136,7 +146,7 @@ void TestPlayer::sourceOfTheSettingsIsHeard()
         output->pull(4800, in);
     QCOMPARE(rms(output->pull(4800, in)), 0.0);
     QVERIFY(player->engine().idle());
-    QVERIFY(lines.isEmpty());
+    QVERIFY(lines().isEmpty());
 }
 
 void TestPlayer::fileThatCantBeReadLeavesTheOldSource()
@@ -145,12 +155,12 @@ void TestPlayer::fileThatCantBeReadLeavesTheOldSource()
     std::string error;
     QVERIFY(!player->setSource(18, SourceKind::File, "/nowhere.ogg", &error));
     QVERIFY(!error.empty());
-    QCOMPARE(lines.size(), 1);
+    QCOMPARE(lines().size(), 1);
     QCOMPARE(player->sourceKind(18), SourceKind::PinkNoise);
     output->pull(4800);
     QVERIFY(rms(output->pull(4800)) > 0.03);
     QVERIFY(!player->setSource(-1, SourceKind::Sweep) && !player->setSource(32, SourceKind::Sweep));
-    QCOMPARE(lines.size(), 3);
+    QCOMPARE(lines().size(), 3);
 }
 
 void TestPlayer::mediumThatDoesNotAnswerHoldsUpNobody()
@@ -172,8 +182,8 @@ void TestPlayer::mediumThatDoesNotAnswerHoldsUpNobody()
     settings.source = 6;
     player->setSettings(settings);
     QVERIFY(QTest::qWaitFor([&] { return std::abs(rms(output->pull(480)) - 0.25) < 0.01; }));
-    QTRY_COMPARE_WITH_TIMEOUT(lines.size(), 1, 10000);
-    QVERIFY2(lines.first().contains("hangs.wav"), qPrintable(lines.first()));
+    QTRY_COMPARE_WITH_TIMEOUT(lines().size(), 1, 10000);
+    QVERIFY2(lines().first().contains("hangs.wav"), qPrintable(lines().first()));
     QCOMPARE(player->sourceKind(18), SourceKind::Silence);
     QVERIFY(player->sourcePath(18).empty());
     slowmedium::answer();
@@ -268,10 +278,10 @@ void TestPlayer::lateListenerIsToldOfTheGap()
 void TestPlayer::unknownOutputIsRefusedAndPlaysToNone()
 {
     QVERIFY(!player->start("loudspeaker"));
-    QCOMPARE(lines.size(), 1);
+    QCOMPARE(lines().size(), 1);
     QCOMPARE(QString::fromStdString(player->status()), QString("no sound output"));
     QVERIFY(!player->start("/no/such/folder/x.wav"));
-    QCOMPARE(lines.size(), 2);
+    QCOMPARE(lines().size(), 2);
     QVERIFY(player->started());
 }
 
