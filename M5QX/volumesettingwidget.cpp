@@ -9,6 +9,7 @@
 #include "common/transferstation.h"
 #include "common/translator.h"
 #include "hvaudio/audioservice.h"
+#include "hvaudio/audiosources.h"
 #include "ui_volumesettingwidget.h"
 
 namespace {
@@ -27,10 +28,15 @@ struct RowData
     const mem::Setting& setting; ///< of a live row a family, by channel
     int service;                 ///< channel of a live row, HVAudio_source_id_e of a gain row
     int textId;
+    const char* fixedText = ""; ///< where textId is 0
 };
 
 constexpr int noService = -1;
-constexpr int dabText = 0; ///< the name of the radio standard, the same in every language
+
+constexpr RowData gainRow(const hvaudio::AudioSource& source)
+{
+    return {Gain, source.gain, source.id, source.nameId, source.fixedName};
+}
 
 // Navigation is channel 5 and voice channel 4, crossed against their order on the page: that is how the
 // service counts. Channel 3 has no row.
@@ -46,13 +52,13 @@ constexpr RowData rowData[] = {
     {StartUp, mem::settingOf("Setup_Volume_Type_BT_Talking"),       noService,                  1251},
     {StartUp, mem::settingOf("Setup_Volume_Type_Navi"),             noService,                  1254},
     {StartUp, mem::settingOf("Setup_Volume_Type_Voice"),            noService,                  1255},
-    {Gain,    mem::settingOf("Setup_Input_Gain_Type_Radio"),        HVAudio_source_Radio,       366},
-    {Gain,    mem::settingOf("Setup_Input_Gain_Type_USB"),          HVAudio_source_Usb,         18},
-    {Gain,    mem::settingOf("Setup_Input_Gain_Type_BT_Audio"),     HVAudio_source_BtAudio,     369},
-    {Gain,    mem::settingOf("Setup_Input_Gain_Type_AUX"),          HVAudio_source_AvIn,        368},
-    {Gain,    mem::settingOf("Setup_Input_Gain_Type_Carplay"),      HVAudio_source_Carplay,     443},
-    {Gain,    mem::settingOf("Setup_Input_Gain_Type_Android_Auto"), HVAudio_source_AndroidAuto, 17},
-    {Gain,    mem::settingOf("Setup_Input_Gain_Type_DAB"),          HVAudio_source_Dab,         dabText},
+    gainRow(hvaudio::audioSources[0]),
+    gainRow(hvaudio::audioSources[1]),
+    gainRow(hvaudio::audioSources[2]),
+    gainRow(hvaudio::audioSources[3]),
+    gainRow(hvaudio::audioSources[4]),
+    gainRow(hvaudio::audioSources[5]),
+    gainRow(hvaudio::audioSources[6]),
 };
 // clang-format on
 static_assert(std::size(rowData) == VolumeSettingWidget::rowCount, "one line a row");
@@ -154,7 +160,8 @@ void VolumeSettingWidget::setTexts()
     for (int i = 0; i < rowCount; ++i) {
         const RowWidgets& widgets = rowWidgets[i];
         const int id = rowData[i].textId;
-        const QString name = id == dabText ? QStringLiteral("DAB") : Translator::translate(id).toUpper();
+        const QString name =
+            id ? Translator::translate(id).toUpper() : QString::fromLatin1(rowData[i].fixedText);
         (ui.data()->*widgets.label)->setText(name);
         // The label's end lies over the down key.
         (ui.data()->*widgets.label)->setAttribute(Qt::WA_TransparentForMouseEvents);

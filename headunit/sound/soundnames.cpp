@@ -8,13 +8,13 @@ namespace headunit {
 
 // clang-format off
 constexpr UnitSource unitSources[] = {
-    {HVAudio_source_Radio,       366, nullptr, "Radio",        mem::settingOf("Headunit_Source_Radio")},
-    {HVAudio_source_Usb,          18, nullptr, "USB",          mem::settingOf("Headunit_Source_USB")},
-    {HVAudio_source_BtAudio,     369, nullptr, "BT_Audio",     mem::settingOf("Headunit_Source_BT_Audio")},
-    {HVAudio_source_AvIn,        368, nullptr, "AUX",          mem::settingOf("Headunit_Source_AUX")},
-    {HVAudio_source_Carplay,     443, nullptr, "Carplay",      mem::settingOf("Headunit_Source_Carplay")},
-    {HVAudio_source_AndroidAuto,  17, nullptr, "Android_Auto", mem::settingOf("Headunit_Source_Android_Auto")},
-    {HVAudio_source_Dab,           0, "DAB",   "DAB",          mem::settingOf("Headunit_Source_DAB")},
+    {HVAudio_source_Radio,        "Radio",        mem::settingOf("Headunit_Source_Radio")},
+    {HVAudio_source_Usb,          "USB",          mem::settingOf("Headunit_Source_USB")},
+    {HVAudio_source_BtAudio,      "BT_Audio",     mem::settingOf("Headunit_Source_BT_Audio")},
+    {HVAudio_source_AvIn,         "AUX",          mem::settingOf("Headunit_Source_AUX")},
+    {HVAudio_source_Carplay,      "Carplay",      mem::settingOf("Headunit_Source_Carplay")},
+    {HVAudio_source_AndroidAuto,  "Android_Auto", mem::settingOf("Headunit_Source_Android_Auto")},
+    {HVAudio_source_Dab,          "DAB",          mem::settingOf("Headunit_Source_DAB")},
 };
 
 const SourceKindName sourceKinds[] = {
@@ -38,7 +38,8 @@ static_assert(std::size(promptKeys) == promptKeyCount, "one row a prompt");
 
 QString nameOf(const UnitSource& source)
 {
-    return source.textId ? Translator::translate(source.textId) : QString::fromLatin1(source.text);
+    const hvaudio::AudioSource* const row = hvaudio::audioSourceOf(source.id);
+    return row->nameId ? Translator::translate(row->nameId) : QString::fromLatin1(row->fixedName);
 }
 
 QString nameOf(SourceKind kind)

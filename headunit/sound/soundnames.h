@@ -2,19 +2,18 @@
 
 #include "common/settingstable.h"
 #include "headunit/sound/soundtypes.h"
+#include "hvaudio/audiosources.h"
 
 namespace headunit {
 
-/// One row a source of the unit, as the volume page counts them.
+/// One row a source of the unit, in the order of hvaudio::audioSources.
 struct UnitSource
 {
     HVAudio_source_id_e id;
-    int textId;                 ///< of the translator; 0: the fixed text
-    const char* text;           ///< where there is no text id
     const char* word;           ///< in the setting of which source plays
     const mem::Setting& choice; ///< the setting of what plays as this source
 };
-constexpr int unitSourceCount = 7;
+constexpr int unitSourceCount = std::size(hvaudio::audioSources);
 extern const UnitSource unitSources[unitSourceCount];
 /// In the unit's current language.
 QString nameOf(const UnitSource& source);

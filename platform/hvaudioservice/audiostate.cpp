@@ -111,11 +111,8 @@ int speakerOfBit(int bit)
 
 int rowOfSource(int source)
 {
-    for (int row = 0; row < sourceCount; ++row) {
-        if (sourceGains[row].source == source)
-            return row;
-    }
-    return -1;
+    const AudioSource* const row = audioSourceOf(source);
+    return row ? static_cast<int>(row - audioSources) : -1;
 }
 
 bool isChannel(int channel)
@@ -152,7 +149,7 @@ dsp::Settings dspSettings(const AudioState& state)
     settings.power = state.power;
     settings.source = state.source;
     const auto row = static_cast<std::size_t>(rowOfSource(state.source));
-    settings.sourceDb = state.gain[row] - sourceGains[row].setting.defaultValue;
+    settings.sourceDb = state.gain[row] - audioSources[row].gain.defaultValue;
     settings.mainDb = dbOfVolume(state.volume[0]);
     for (const PromptChannel& row : promptChannels)
         settings.promptDb[row.prompt] = dbOfVolume(state.volume[row.channel]);

@@ -3,6 +3,7 @@
 #include "platform/hvaudioservice/audioservicehost.h"
 
 #include "common/settingstable.h"
+#include "hvaudio/audiosources.h"
 #include "hvaudio/crossovers.h"
 #include "hvaudio/eqcurves.h"
 
@@ -36,32 +37,13 @@ constexpr int lastEqType = mem::settingOf("AudioService_EQType").largest;
 constexpr int maximumBandValue = mem::settingOf("eq1%1").largest;
 constexpr int maximumBalance = mem::settingOf("AudioService_Balance").largest;
 constexpr int maximumVolume = mem::settingOf("volume%1").largest;
-constexpr int maximumGain = mem::settingOf("Setup_Input_Gain_Type_Radio").largest;
+constexpr int maximumGain = audioSources[0].gain.largest;
 constexpr int maximumDelayUs = mem::settingOf("AudioService_DelayUs_%1").largest;
 constexpr int maximumSlope = int(std::size(crossoverSlopes)) - 1;
 /// Levels reach the service masked to seven bits; what is beyond largestAttenuation, in dB, sounds as that.
 constexpr int maximumLevelSent = mem::subwooferLevelBits;
 
-struct SourceGain
-{
-    HVAudio_source_id_e source;
-    const mem::Setting& setting; ///< where the volume page keeps its gain
-};
-
-// clang-format off
-constexpr SourceGain sourceGains[] = {
-    {HVAudio_source_Radio,       mem::settingOf("Setup_Input_Gain_Type_Radio")},
-    {HVAudio_source_Usb,         mem::settingOf("Setup_Input_Gain_Type_USB")},
-    {HVAudio_source_BtAudio,     mem::settingOf("Setup_Input_Gain_Type_BT_Audio")},
-    {HVAudio_source_AvIn,        mem::settingOf("Setup_Input_Gain_Type_AUX")},
-    {HVAudio_source_Carplay,     mem::settingOf("Setup_Input_Gain_Type_Carplay")},
-    {HVAudio_source_AndroidAuto, mem::settingOf("Setup_Input_Gain_Type_Android_Auto")},
-    {HVAudio_source_Dab,         mem::settingOf("Setup_Input_Gain_Type_DAB")},
-};
-// clang-format on
-constexpr int sourceCount = int(std::size(sourceGains));
-static_assert(sourceCount == 7, "one row a source of the volume page");
-/// Row of a source in sourceGains, -1 for an unknown one.
+/// Row of a source in audioSources, -1 for any other number.
 int rowOfSource(int source);
 
 struct StartVolume
@@ -102,7 +84,7 @@ struct AudioState
     bool subwooferInverted = false;
     std::array<int, speakers> delayUs = {};
     std::array<int, channels> volume = {};
-    std::array<int, sourceCount> gain = {};
+    std::array<int, std::size(audioSources)> gain = {};
 };
 
 /// Index into userCurve of an EQ type, -1 for a type that the user can't edit.

@@ -161,8 +161,8 @@ void readButFilters(AudioState& state, Reader& reader)
     reader.number(state.fader, faderSetting);
     for (int speaker = 0; speaker < speakers; ++speaker)
         reader.number(state.delayUs[static_cast<std::size_t>(speaker)], delaySetting, speaker);
-    for (std::size_t row = 0; row < sourceCount; ++row)
-        reader.number(state.gain[row], sourceGains[row].setting);
+    for (std::size_t row = 0; row < std::size(audioSources); ++row)
+        reader.number(state.gain[row], audioSources[row].gain);
 }
 
 /// A channel's level for power-on.
