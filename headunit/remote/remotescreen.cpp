@@ -107,7 +107,7 @@ bool RemoteScreen::start(const Settings& settings, QString* error)
     connect(m_server.data(), &RemoteServer::frameWanted, m_desk.data(), &Desk::want);
     connect(m_server.data(), &RemoteServer::acted, m_input.data(), &DeskInput::take);
     connect(m_server.data(), &RemoteServer::letGo, m_input.data(), &DeskInput::letGo);
-    connect(qApp, &QApplication::focusChanged, this, &RemoteScreen::onFocusChanged);
+    connect(qApp, &QApplication::focusChanged, this, &RemoteScreen::tellFocus);
     m_thread.start();
 
     ListenAddress address = settings.address;
@@ -122,6 +122,7 @@ bool RemoteScreen::start(const Settings& settings, QString* error)
         Qt::BlockingQueuedConnection);
     if (!error->isEmpty())
         return false;
+    tellFocus();
     const bool isAny = address.host == QHostAddress::AnyIPv4 || address.host == QHostAddress::AnyIPv6 ||
                        address.host == QHostAddress::Any;
     const QString place =
@@ -132,7 +133,7 @@ bool RemoteScreen::start(const Settings& settings, QString* error)
     return true;
 }
 
-void RemoteScreen::onFocusChanged()
+void RemoteScreen::tellFocus()
 {
     QString words;
     if (QAccessibleInterface* told = QAccessible::queryAccessibleInterface(QApplication::focusWidget()))

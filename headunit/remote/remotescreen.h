@@ -39,7 +39,7 @@ public:
     const QString& url() const { return m_url; }
 
 private:
-    void onFocusChanged();
+    void tellFocus();
 
     QScopedPointer<Desk> m_desk;
     QScopedPointer<DeskInput> m_input;

@@ -191,7 +191,10 @@ void RemoteServer::giveControl(Client* client)
 
 void RemoteServer::tellRole(Client* client)
 {
-    client->say(textOf({{QStringLiteral("controls"), client->role() == Client::Role::Controlling}}));
+    const bool controls = client->role() == Client::Role::Controlling;
+    client->say(textOf({{QStringLiteral("controls"), controls}}));
+    if (controls)
+        tellFocusTo(client);
 }
 
 void RemoteServer::tellLayout(Client* client)
@@ -209,10 +212,16 @@ void RemoteServer::tellLayout(Client* client)
 
 void RemoteServer::tellFocus(const QString& words)
 {
+    m_focus = words;
     for (Client* client : std::as_const(m_clients)) {
         if (client->role() == Client::Role::Controlling)
-            client->say(textOf({{QStringLiteral("focus"), words}}));
+            tellFocusTo(client);
     }
+}
+
+void RemoteServer::tellFocusTo(Client* client)
+{
+    client->say(textOf({{QStringLiteral("focus"), m_focus}}));
 }
 
 void RemoteServer::show(const DeskChange& change)

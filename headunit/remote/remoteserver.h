@@ -36,7 +36,7 @@ public:
 
 public slots:
     void show(const headunit::DeskChange& change);
-    /// Tells the page that controls what has the keyboard's focus, in words.
+    /// What has the keyboard's focus, in words, for the page that controls.
     void tellFocus(const QString& words);
 
 signals:
@@ -56,6 +56,7 @@ private:
     void onGone(Client* client);
     void giveControl(Client* client);
     void tellRole(Client* client);
+    void tellFocusTo(Client* client);
     void tellLayout(Client* client);
     void sendFrames();
     void dropOldest();
@@ -67,6 +68,7 @@ private:
     QWebSocketServer m_webSockets; ///< only shakes hands; it doesn't listen
     QVector<Visitor*> m_visitors;  ///< the oldest first
     QVector<Client*> m_clients;    ///< the oldest first
+    QString m_focus;
     DeskLayout m_layout;
     QImage m_picture;
     bool m_wanted = false; ///< a frame, asked for and not yet come
