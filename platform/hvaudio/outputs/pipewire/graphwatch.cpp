@@ -3,8 +3,10 @@
 #include <pipewire/extensions/metadata.h>
 #include <pipewire/pipewire.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
+#include <utility>
 
 namespace hvaudio {
 
@@ -61,6 +63,8 @@ void GraphWatch::stop()
         m_registry = nullptr;
     }
     m_ports.clear();
+    for (auto& link : m_links)
+        forget(link.second);
     m_links.clear();
     m_defaults = SPA_ID_INVALID;
 }
@@ -72,7 +76,7 @@ void GraphWatch::appears(std::uint32_t id, const char* type, const spa_dict* pro
         if (channel && is(spa_dict_lookup(props, PW_KEY_PORT_DIRECTION), "out"))
             m_ports[id] = {numberOf(props, PW_KEY_NODE_ID), channel};
     } else if (is(type, PW_TYPE_INTERFACE_Link)) {
-        m_links[id] = numberOf(props, PW_KEY_LINK_OUTPUT_PORT);
+        watchLink(id, props);
         m_linksChanged();
     } else if (is(type, PW_TYPE_INTERFACE_Metadata) &&
                is(spa_dict_lookup(props, PW_KEY_METADATA_NAME), "default")) {
@@ -80,11 +84,42 @@ void GraphWatch::appears(std::uint32_t id, const char* type, const spa_dict* pro
     }
 }
 
+void GraphWatch::watchLink(std::uint32_t id, const spa_dict* props)
+{
+    static const pw_link_events events = [] {
+        pw_link_events e = {};
+        e.version = PW_VERSION_LINK_EVENTS;
+        e.info = [](void* self, const pw_link_info* info) {
+            auto* const link = static_cast<Link*>(self);
+            if (std::exchange(link->carries, info->state == PW_LINK_STATE_ACTIVE) != link->carries)
+                link->watch->m_linksChanged();
+        };
+        return e;
+    }();
+    Link& link = m_links[id];
+    link = {numberOf(props, PW_KEY_LINK_OUTPUT_PORT), numberOf(props, PW_KEY_LINK_INPUT_NODE), this};
+    link.proxy =
+        static_cast<pw_proxy*>(pw_registry_bind(m_registry, id, PW_TYPE_INTERFACE_Link, PW_VERSION_LINK, 0));
+    if (link.proxy)
+        pw_proxy_add_object_listener(link.proxy, &link.hook, &events, &link);
+}
+
+void GraphWatch::forget(Link& link)
+{
+    if (!link.proxy)
+        return;
+    spa_hook_remove(&link.hook);
+    pw_proxy_destroy(link.proxy);
+}
+
 void GraphWatch::goes(std::uint32_t id)
 {
     m_ports.erase(id);
-    if (m_links.erase(id) > 0)
+    if (const auto link = m_links.find(id); link != m_links.end()) {
+        forget(link->second);
+        m_links.erase(link);
         m_linksChanged();
+    }
     if (id == m_defaults) {
         m_defaults = SPA_ID_INVALID;
         m_managerGone();
@@ -95,7 +130,7 @@ GraphWatch::Linked GraphWatch::linked(std::uint32_t node) const
 {
     Linked result;
     for (const auto& link : m_links) {
-        const auto port = m_ports.find(link.second);
+        const auto port = m_ports.find(link.second.outputPort);
         if (port == m_ports.end() || port->second.node != node)
             continue;
         const std::string& channel = port->second.channel;
@@ -107,6 +142,13 @@ GraphWatch::Linked GraphWatch::linked(std::uint32_t node) const
         result.low |= channel == "LFE";
     }
     return result;
+}
+
+bool GraphWatch::playedInto(std::uint32_t node) const
+{
+    return std::any_of(m_links.begin(), m_links.end(), [node](const auto& link) {
+        return link.second.inputNode == node && link.second.carries;
+    });
 }
 
 } // namespace hvaudio

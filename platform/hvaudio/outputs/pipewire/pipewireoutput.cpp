@@ -161,6 +161,7 @@ void PipeWireOutput::Private::lookAtLinks()
         streams.setLayout(SpeakerFeed::Layout::Surround);
     else
         streams.setLayout(now.left != now.right ? SpeakerFeed::Layout::Mono : SpeakerFeed::Layout::Stereo);
+    streams.setPlayedInto(watch.playedInto(streams.sinkNode()));
 }
 
 PipeWireOutput::PipeWireOutput(Log log, bool wait)

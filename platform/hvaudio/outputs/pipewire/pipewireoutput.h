@@ -20,8 +20,9 @@ namespace hvaudio {
 /// nodes; connecting, and waiting for a server that has gone, happen on a control thread, with pauses that
 /// grow from 0.1 s to 5 s. When the device goes, the session manager moves the stream; without a device
 /// nothing is pulled, and the sink stays. When the session manager itself goes, both nodes are made anew for
-/// the next one. While nothing is to be heard the stream to the device rests, and it wakes when sound comes
-/// in or the feed has news. The latency of the feed is added to what either side reports to the other.
+/// the next one. While nothing is to be heard and nobody plays into the sink, be it silence, the stream to
+/// the device rests; it wakes as soon as somebody does or the feed has news. The latency of the feed is added
+/// to what either side reports to the other.
 ///
 /// Session-manager-free graphs: PIPEWIRE_PROPS and the `stream.properties` of the client's configuration are
 /// heeded, so `adapter.auto-port-config = { mode = dsp }` gives the ports that a session manager would.

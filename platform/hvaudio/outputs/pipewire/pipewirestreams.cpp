@@ -1,7 +1,5 @@
 #include "platform/hvaudio/outputs/pipewire/pipewirestreams.h"
 
-#include "platform/hvaudio/dsp/samples.h"
-
 #include <pipewire/pipewire.h>
 #include <spa/param/audio/format-utils.h>
 #include <spa/param/props.h>
@@ -88,6 +86,11 @@ std::uint32_t PipeWireStreams::outputNode() const
     return m_stream ? pw_stream_get_node_id(m_stream) : SPA_ID_INVALID;
 }
 
+std::uint32_t PipeWireStreams::sinkNode() const
+{
+    return m_sink ? pw_stream_get_node_id(m_sink) : SPA_ID_INVALID;
+}
+
 void PipeWireStreams::stateChanged(pw_stream* of, int state, const char* error)
 {
     if (state == PW_STREAM_STATE_UNCONNECTED) {
@@ -159,7 +162,7 @@ bool PipeWireStreams::make(pw_loop* loop, pw_core* core, Feed& feed, double serv
     m_loop = loop;
     m_signal = pw_loop_add_event(
         loop, [](void* self, std::uint64_t) { static_cast<PipeWireStreams*>(self)->restOrWake(); }, this);
-    m_resting = m_wantsRest = m_soundCame = m_sinkHasFormat = m_streamHasFormat = false;
+    m_resting = m_wantsRest = m_playedInto = m_sinkHasFormat = m_streamHasFormat = false;
     m_quietFrames = 0;
     if (!makeNodes(core)) {
         error = std::strerror(errno);
@@ -296,12 +299,18 @@ void PipeWireStreams::wake()
     restOrWake();
 }
 
+void PipeWireStreams::setPlayedInto(bool played)
+{
+    if (!m_playedInto.exchange(played) && played)
+        wake();
+}
+
 /// An inactive stream costs neither this process nor the server anything, and keeps its links.
 void PipeWireStreams::restOrWake()
 {
     if (!m_stream)
         return;
-    const bool called = m_soundCame.exchange(false) || m_wakes != m_wakesAtWish;
+    const bool called = m_wakes != m_wakesAtWish;
     if (m_wantsRest.exchange(false) && !called && !m_resting) {
         m_resting = true;
         pw_stream_set_active(m_stream, false);
@@ -314,7 +323,7 @@ void PipeWireStreams::restOrWake()
 
 void PipeWireStreams::watchSilence(unsigned wakes, int frames) noexcept
 {
-    if (wakes != m_wakesAtWish.load(std::memory_order_relaxed) || !m_feed->silent() ||
+    if (wakes != m_wakesAtWish.load(std::memory_order_relaxed) || m_playedInto || !m_feed->silent() ||
         !m_feed->unobserved()) {
         m_wakesAtWish.store(wakes, std::memory_order_relaxed);
         m_quietFrames = 0;
@@ -340,9 +349,6 @@ void PipeWireStreams::comesIn() noexcept
             left += start;
             right = right ? right + start : left;
             m_speakers.push(cycle(m_sinkPosition), left, right, frames);
-            if (m_resting && !(dsp::allZero(left, frames) && dsp::allZero(right, frames)) &&
-                !m_soundCame.exchange(true))
-                pw_loop_signal_event(m_loop, m_signal);
         }
         pw_stream_queue_buffer(m_sink, held);
     }

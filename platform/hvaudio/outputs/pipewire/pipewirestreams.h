@@ -51,12 +51,16 @@ public:
     /// Before the core is disconnected. Calling it twice is harmless.
     void destroy();
     bool made() const { return m_sink; }
-    /// Number of the output's node in the graph.
+    /// Numbers of the nodes in the graph.
     std::uint32_t outputNode() const;
+    std::uint32_t sinkNode() const;
     void setLayout(SpeakerFeed::Layout layout) { m_speakers.setLayout(layout); }
     /// The feed has news: the output plays again when it rests. It rests after 3 s in which the feed was
-    /// silent and unobserved, and wakes by itself when sound comes in; its nodes and links stay as they are.
+    /// silent and unobserved, and nobody played into the sink; its nodes and links stay as they are.
     void wake();
+    /// Whether somebody plays into the sink, be it silence. One who is about to sound calls for the output
+    /// before it does, since what came while it rests would be heard late or never.
+    void setPlayedInto(bool played);
 
     /// [ANY]
     SpeakerFeed::Layout layout() const { return m_speakers.layout(); }
@@ -101,7 +105,7 @@ private:
 
     // Between the sides. A wish to rest counts as long as nothing has called for the output since.
     std::atomic<unsigned> m_wakes{0}, m_wakesAtWish{0};
-    std::atomic<bool> m_resting{false}, m_wantsRest{false}, m_soundCame{false};
+    std::atomic<bool> m_resting{false}, m_wantsRest{false}, m_playedInto{false};
     std::atomic<bool> m_brokenOff{false}; ///< the stream was stopped: what comes next enters from silence
     // Of the audio side.
     int m_quietFrames = 0;
