@@ -23,7 +23,6 @@ constexpr std::chrono::milliseconds patience(200);
 
 UnitFeed::UnitFeed(Log log)
     : m_log(std::move(log))
-    , m_heard(heardFrames)
 {
     m_engine.prepare(rateBeforeStart);
     m_sources.prepare(rateBeforeStart);
@@ -120,7 +119,7 @@ bool UnitFeed::pullPiece(const float* const in[2], float* const out[dsp::speaker
     for (int i = 0; i < dsp::promptCount; ++i)
         if (m_chimes.render(dsp::Prompt(i), m_prompts[i], frames))
             block.prompt[i][0] = m_prompts[i];
-    const bool kept = m_listening.load(std::memory_order_relaxed);
+    const bool kept = m_listening.load(std::memory_order_acquire);
     for (int i = 0; i < dsp::speakerCount; ++i)
         block.out[i] = out[i] ? out[i] + start : kept ? m_unwanted[i] : nullptr;
     m_engine.process(block);
@@ -141,7 +140,7 @@ void UnitFeed::keep(const dsp::Block& block) noexcept
                 piece[n].speaker[i] = block.out[i][done + n];
         }
         // A listener that is late gets the older frames whole; what comes until it has made room is lost.
-        if (m_heard.write(piece, count) < count) {
+        if (m_heard->write(piece, count) < count) {
             m_gap.store(true, std::memory_order_relaxed);
             return;
         }
@@ -198,8 +197,10 @@ bool UnitFeed::measure() noexcept
 
 void UnitFeed::listen(bool on)
 {
+    if (!m_heard)
+        m_heard = std::make_unique<Ring<HeardFrame>>(heardFrames);
     m_listening.store(on);
-    m_heard.read(nullptr, m_heard.readable());
+    m_heard->read(nullptr, m_heard->readable());
     m_gap.store(false);
 }
 
@@ -208,10 +209,10 @@ int UnitFeed::fetchHeard(HeardFrame* frames, int count, bool* gap)
     // After a gap, what comes before and after it must not be taken for one piece: the older part goes.
     const bool lost = m_gap.exchange(false);
     if (lost)
-        m_heard.read(nullptr, m_heard.readable());
+        m_heard->read(nullptr, m_heard->readable());
     if (gap)
         *gap = lost;
-    return m_heard.read(frames, count);
+    return m_heard ? m_heard->read(frames, count) : 0;
 }
 
 } // namespace hvaudio

@@ -79,7 +79,7 @@ private:
     std::atomic<bool> m_listening{false};
     std::atomic<int> m_measured{0}; ///< frames that are still played for the sake of the meters
     std::atomic<bool> m_gap{false};
-    Ring<HeardFrame> m_heard;
+    std::unique_ptr<Ring<HeardFrame>> m_heard; ///< made when somebody first listens, and kept
 
     // Audio side.
     float m_programme[2][pieceFrames], m_prompts[dsp::promptCount][pieceFrames],

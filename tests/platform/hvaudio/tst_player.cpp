@@ -246,9 +246,10 @@ void TestPlayer::listenedFramesAreWhatWentInAndOut()
     for (int n = 0; n < 4096; ++n)
         in.push_back(0.1f * float(std::sin(0.05 * n)));
     output->pull(4096, in);
+    std::vector<HeardFrame> frames(10000);
+    QCOMPARE(player->fetchHeard(frames.data(), 10000), 0); // nobody listened
     player->listen(true);
     const auto out = output->pull(4096, in);
-    std::vector<HeardFrame> frames(10000);
     bool gap = true;
     QCOMPARE(player->fetchHeard(frames.data(), 10000, &gap), 4096);
     QVERIFY(!gap);
