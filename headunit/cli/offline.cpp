@@ -12,6 +12,7 @@
 #include <QFile>
 
 #include <cmath>
+#include <memory>
 
 namespace headunit {
 
@@ -57,7 +58,11 @@ bool plotResponses(const Options& options, QString* message)
     engine.prepare(rate);
     engine.set(settings);
 
-    ResponsePlot plot;
+    const std::unique_ptr<ResponsePlot> plot(ResponsePlot::create(nullptr));
+    if (!plot) {
+        *message = QStringLiteral("can't draw '%1': libresponseplot can't be loaded").arg(options.plot);
+        return false;
+    }
     const std::vector<double> lineHz = ResponsePlot::frequencies(600);
     hvaudio::dsp::OfEachSpeaker dotHz;
     for (int i = 0; i < speakerCount; ++i)
@@ -67,21 +72,21 @@ bool plotResponses(const Options& options, QString* message)
     std::vector<double> sum;
     for (const double hz : lineHz)
         sum.push_back(responses.sum(hz));
-    plot.setSum(lineHz, sum);
+    plot->setSum(lineHz, sum);
     for (int i = 0; i < speakerCount; ++i) {
         std::vector<double> computed;
         for (const double hz : lineHz)
             computed.push_back(responses.factor(Speaker(i), hz));
-        plot.setComputed(Speaker(i), lineHz, computed);
-        plot.setMeasured(Speaker(i), dotHz[std::size_t(i)], measured[std::size_t(i)]);
+        plot->setComputed(Speaker(i), lineHz, computed);
+        plot->setMeasured(Speaker(i), dotHz[std::size_t(i)], measured[std::size_t(i)]);
     }
     if (StopSignals::received()) {
         *message = QStringLiteral("can't draw '%1': stopped").arg(options.plot);
         return false;
     }
-    plot.setTitle(
+    plot->setTitle(
         QStringLiteral("Response of each speaker: computed (lines; broken: their sum) and measured (dots)"));
-    if (!plot.savePng(options.plot)) {
+    if (!plot->savePng(options.plot)) {
         *message = QStringLiteral("can't write '%1'").arg(options.plot);
         return false;
     }

@@ -1,6 +1,7 @@
 #include "headunit/inspector/inspector.h"
 
 #include "headunit/inspector/journalpanel.h"
+#include "headunit/inspector/responseplot.h"
 #include "headunit/inspector/settingspanel.h"
 #include "headunit/inspector/soundpanel.h"
 #include "headunit/inspector/sourcepanel.h"
@@ -30,7 +31,8 @@ Inspector::Inspector(int height, SoundControl* sound)
     m_panels->addTab(m_unitPanel, tr("Unit"));
     if (sound) {
         m_panels->addTab(new SourcePanel(sound, m_panels), tr("Sources"));
-        m_panels->addTab(new SoundPanel(sound, m_panels), tr("Sound"));
+        if (ResponsePlot* const plot = ResponsePlot::create(m_panels))
+            m_panels->addTab(new SoundPanel(sound, plot, m_panels), tr("Sound"));
     }
 }
 

@@ -17,7 +17,7 @@ class Inspector : public QWidget
     Q_OBJECT
 public:
     /// height: of the unit, in pixels. sound: outlives the inspector; null: the panels that show it are left
-    /// out.
+    /// out. So is the sound's when its plot can't be loaded.
     Inspector(int height, SoundControl* sound);
     ~Inspector() override;
 

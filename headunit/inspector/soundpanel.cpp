@@ -24,16 +24,16 @@ constexpr int heardAtOnce = 4096;
 
 } // namespace
 
-SoundPanel::SoundPanel(SoundControl* sound, QWidget* parent)
+SoundPanel::SoundPanel(SoundControl* sound, ResponsePlot* plot, QWidget* parent)
     : QWidget(parent)
     , m_sound(sound)
-    , m_plot(new ResponsePlot(this))
+    , m_plot(plot)
     , m_limiter(new LevelMeter(LevelMeter::Reduction, QColor(cm::palette::accentBright), this))
     , m_status(new QLabel(this))
     , m_saved(new QLabel(this))
     , m_heard(heardAtOnce)
 {
-    m_plot->setObjectName(QStringLiteral("response_plot"));
+    m_plot->widget()->setObjectName(QStringLiteral("response_plot"));
     m_limiter->setObjectName(QStringLiteral("limiter"));
     m_status->setObjectName(QStringLiteral("sound_status"));
     m_status->setTextFormat(Qt::PlainText);
@@ -53,9 +53,9 @@ SoundPanel::SoundPanel(SoundControl* sound, QWidget* parent)
     meters->setVerticalSpacing(2);
     meters->setColumnStretch(1, 1);
     for (int i = 0; i < speakerCount; ++i) {
-        m_levels[i] = new LevelMeter(LevelMeter::Level, ResponsePlot::colour(Speaker(i)), this);
+        m_levels[i] = new LevelMeter(LevelMeter::Level, QColor(speakerLooks[i].colour), this);
         m_levels[i]->setObjectName(QStringLiteral("level_%1").arg(i));
-        meters->addWidget(new QLabel(ResponsePlot::name(Speaker(i)), this), i, 0);
+        meters->addWidget(new QLabel(tr(speakerLooks[i].name), this), i, 0);
         meters->addWidget(m_levels[i], i, 1);
     }
     meters->addWidget(new QLabel(tr("Limiter"), this), speakerCount, 0);
@@ -65,7 +65,7 @@ SoundPanel::SoundPanel(SoundControl* sound, QWidget* parent)
     bottom->addWidget(m_saved, 1);
     bottom->addWidget(save);
     auto* layout = new QVBoxLayout(this);
-    layout->addWidget(m_plot, 1);
+    layout->addWidget(m_plot->widget(), 1);
     layout->addWidget(hint);
     layout->addLayout(meters);
     layout->addWidget(m_status);

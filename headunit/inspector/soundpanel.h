@@ -24,8 +24,8 @@ class SoundPanel : public QWidget
 {
     Q_OBJECT
 public:
-    /// sound: outlives the panel.
-    SoundPanel(SoundControl* sound, QWidget* parent);
+    /// sound: outlives the panel. plot: becomes the panel's.
+    SoundPanel(SoundControl* sound, ResponsePlot* plot, QWidget* parent);
     ~SoundPanel() override;
 
     ResponsePlot* plot() const { return m_plot; }

@@ -71,6 +71,13 @@ public:
         return m_process.state() == QProcess::Running;
     }
     void raise(int signal) { sendSignal(m_process, signal); }
+    /// Paths of the files that it has mapped, its libraries among them; one a line, with what else the kernel
+    /// says of them.
+    QByteArray mappedFiles() const
+    {
+        QFile maps(QStringLiteral("/proc/%1/maps").arg(m_process.processId()));
+        return maps.open(QIODevice::ReadOnly) ? maps.readAll() : QByteArray();
+    }
 
 private:
     QProcess m_process;

@@ -37,6 +37,7 @@ private slots:
     void signalEndsARenderingAndLeavesNothing();
     void hangupThatIsIgnoredStaysIgnored();
     void plotReplacesNothingButAFile();
+    void plotWithoutItsLibraryIsRefused();
     void plotShowsALineForEachSpeakerAndDotsOverIt();
 
 private:
@@ -298,17 +299,32 @@ void TestOffline::plotReplacesNothingButAFile()
     }
 }
 
+void TestOffline::plotWithoutItsLibraryIsRefused()
+{
+    // The library is looked for from where the program lies.
+    QVERIFY(QDir(folder->path()).mkdir("bin"));
+    const QString elsewhere = folder->filePath("bin/headunit");
+    QVERIFY(QFile::copy(HEADUNIT, elsewhere));
+    QProcess unit;
+    unit.start(elsewhere, {"--plot", folder->filePath("p.png")});
+    QVERIFY(unit.waitForFinished(30000));
+    QCOMPARE(unit.exitCode(), 5);
+    const QByteArray errors = unit.readAllStandardError();
+    QVERIFY2(errors.contains("libresponseplot"), errors);
+    QVERIFY(!QFile::exists(folder->filePath("p.png")));
+}
+
 void TestOffline::plotShowsALineForEachSpeakerAndDotsOverIt()
 {
     const auto pictureOf = [&](bool line, bool dots, int speaker) {
-        ResponsePlot plot;
+        const std::unique_ptr<ResponsePlot> plot(ResponsePlot::create(nullptr));
         const auto lineHz = ResponsePlot::frequencies(200), dotHz = ResponsePlot::frequencies(40);
         if (line)
-            plot.setComputed(hvaudio::dsp::Speaker(speaker), lineHz, std::vector<double>(200, 0.1));
+            plot->setComputed(hvaudio::dsp::Speaker(speaker), lineHz, std::vector<double>(200, 0.1));
         if (dots)
-            plot.setMeasured(hvaudio::dsp::Speaker(speaker), dotHz, std::vector<double>(40, 0.5));
+            plot->setMeasured(hvaudio::dsp::Speaker(speaker), dotHz, std::vector<double>(40, 0.5));
         const QString path = folder->filePath("plot.png");
-        return plot.savePng(path) ? QImage(path) : QImage();
+        return plot->savePng(path) ? QImage(path) : QImage();
     };
     // Height of the middle of what one picture has and the other hasn't; -1 where they are equal.
     const auto heightOf = [](const QImage& a, const QImage& b) {

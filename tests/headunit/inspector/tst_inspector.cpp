@@ -54,13 +54,13 @@ void TestInspector::isNoTallerThanTheUnit()
     QCOMPARE(inspector.size(), QSize(560, shell.unit()->height()));
     // All of the fullest panel is in the window, and nothing is squeezed away.
     for (const QWidget* part :
-         {static_cast<QWidget*>(panel->plot()), static_cast<QWidget*>(panel->limiter()),
+         {panel->plot()->widget(), static_cast<QWidget*>(panel->limiter()),
           panel->findChild<QWidget*>("sound_status"), panel->findChild<QWidget*>("save_picture")}) {
         const QRect place(part->mapTo(&inspector, QPoint()), part->size());
         QVERIFY2(inspector.rect().contains(place), qPrintable(part->objectName()));
         QVERIFY2(place.height() >= 12, qPrintable(part->objectName()));
     }
-    QVERIFY(panel->plot()->height() >= 160);
+    QVERIFY(panel->plot()->widget()->height() >= 160);
 }
 
 QTEST_MAIN(TestInspector)

@@ -23,6 +23,7 @@
 #include <QTabWidget>
 #include <QtTest>
 
+#include <qwt_plot.h>
 #include <qwt_plot_curve.h>
 
 #include <sys/stat.h>
@@ -446,13 +447,14 @@ void TestUnitSound::panelMeasuresWhatIsPlayed()
     start();
     m_sound->setSource(HVAudio_source_Radio, {SourceKind::PinkNoise, {}});
     AudioService::instance()->setEQType(EQ_Type_Rock, false);
-    SoundPanel panel(m_sound.data(), nullptr);
+    SoundPanel panel(m_sound.data(), ResponsePlot::create(nullptr), nullptr);
     panel.show();
     QTRY_VERIFY(panel.level(dsp::FrontLeft)->shownDb() > -59);
 
     // The dots of the first speaker lie on its line, wherever the noise has anything.
     const auto measured = [&] {
-        for (const QwtPlotItem* item : panel.plot()->itemList(QwtPlotItem::Rtti_PlotCurve)) {
+        for (const QwtPlotItem* item :
+             static_cast<QwtPlot*>(panel.plot()->widget())->itemList(QwtPlotItem::Rtti_PlotCurve)) {
             const auto* curve = static_cast<const QwtPlotCurve*>(item);
             if (curve->style() == QwtPlotCurve::NoCurve)
                 return curve;
