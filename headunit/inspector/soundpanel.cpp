@@ -5,6 +5,8 @@
 #include "headunit/inspector/responseplot.h"
 #include "headunit/sound/soundcontrol.h"
 
+#include "common/settingstable.h"
+#include "hvaudio/crossovers.h"
 #include "platform/common/widgets/palette.h"
 
 #include <QFileInfo>
@@ -22,6 +24,10 @@ constexpr int dotPoints = 61;          ///< six an octave
 constexpr double dotOctaves = 1.0 / 6; ///< one joins on to the next, so that no tone falls between them
 constexpr int heardAtOnce = 4096;
 
+constexpr int dbAnOrder = 6;
+/// What the crossover page's slope means until a key of it is touched. Not what most would choose.
+constexpr int deliveredSlope = hvaudio::crossoverSlopes[mem::settingOf("subwooferslope").defaultValue];
+
 } // namespace
 
 SoundPanel::SoundPanel(SoundControl* sound, ResponsePlot* plot, QWidget* parent)
@@ -29,12 +35,15 @@ SoundPanel::SoundPanel(SoundControl* sound, ResponsePlot* plot, QWidget* parent)
     , m_sound(sound)
     , m_plot(plot)
     , m_limiter(new LevelMeter(LevelMeter::Reduction, QColor(cm::palette::accentBright), this))
+    , m_subwoofer(new QLabel(this))
     , m_status(new QLabel(this))
     , m_saved(new QLabel(this))
     , m_heard(heardAtOnce)
 {
     m_plot->widget()->setObjectName(QStringLiteral("response_plot"));
     m_limiter->setObjectName(QStringLiteral("limiter"));
+    m_subwoofer->setObjectName(QStringLiteral("subwoofer_filter"));
+    m_subwoofer->setWordWrap(true);
     m_status->setObjectName(QStringLiteral("sound_status"));
     m_status->setTextFormat(Qt::PlainText);
     m_saved->setObjectName(QStringLiteral("picture_saved"));
@@ -67,6 +76,7 @@ SoundPanel::SoundPanel(SoundControl* sound, ResponsePlot* plot, QWidget* parent)
     auto* layout = new QVBoxLayout(this);
     layout->addWidget(m_plot->widget(), 1);
     layout->addWidget(hint);
+    layout->addWidget(m_subwoofer);
     layout->addLayout(meters);
     layout->addWidget(m_status);
     layout->addLayout(bottom);
@@ -135,6 +145,7 @@ void SoundPanel::followSettings()
         sum.push_back(now.sum(at));
     m_plot->setSum(hz, sum);
     drawMeasured();
+    showSubwoofer();
 }
 
 void SoundPanel::measure()
@@ -159,6 +170,20 @@ void SoundPanel::drawMeasured()
         m_plot->setMeasured(Speaker(i), curve.hz, curve.factors);
     }
     m_plot->replot();
+}
+
+void SoundPanel::showSubwoofer()
+{
+    const SubwooferSettings subwoofer = m_sound->subwoofer();
+    QString text = tr("Subwoofer: plays everything");
+    if (subwoofer.silent)
+        text = tr("Subwoofer: silent");
+    else if (subwoofer.lowPass.hz > 0)
+        text = tr("Subwoofer: below %1 Hz, %2 dB/octave (%3 as delivered)")
+                   .arg(subwoofer.lowPass.hz)
+                   .arg(dbAnOrder * subwoofer.lowPass.order)
+                   .arg(deliveredSlope);
+    m_subwoofer->setText(subwoofer.inverted ? tr("%1, turned round").arg(text) : text);
 }
 
 void SoundPanel::showStatus()

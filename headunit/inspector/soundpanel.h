@@ -18,8 +18,8 @@ class ResponsePlot;
 class SoundControl;
 
 /// What the speakers get: the response of each as the running coefficients say and, over it, as it is
-/// measured from what plays; levels; the limiter's work. Looks at the sound only while it is seen. Thread:
-/// GUI.
+/// measured from what plays; levels; the limiter's work; what became of the subwoofer's settings. Looks at
+/// the sound only while it is seen. Thread: GUI.
 class SoundPanel : public QWidget
 {
     Q_OBJECT
@@ -47,12 +47,14 @@ private:
     void followSettings();
     void measure();
     void drawMeasured();
+    void showSubwoofer();
     void showStatus();
 
     SoundControl* const m_sound;
     ResponsePlot* m_plot;
     std::array<LevelMeter*, speakerCount> m_levels;
     LevelMeter* m_limiter;
+    QLabel* m_subwoofer;
     QLabel* m_status;
     QLabel* m_saved;
     QTimer m_timer;

@@ -29,6 +29,8 @@ public:
 
     /// What the running processor is asked for.
     SpeakerResponses responses() const { return {engine().snapshot(), engine().rate()}; }
+    /// What the subwoofer is asked for; its filter and its polarity are the outcome of several settings.
+    SubwooferSettings subwoofer() const { return engine().settings().subwoofer; }
     /// Rate of the processor, in Hz.
     double rate() const { return engine().rate(); }
     /// Of the processor alone.

@@ -15,6 +15,7 @@ using hvaudio::dsp::Prompt;
 using hvaudio::dsp::promptCount;
 using hvaudio::dsp::Speaker;
 using hvaudio::dsp::speakerCount;
+using hvaudio::dsp::SubwooferSettings;
 
 using hvaudio::dsp::FrontLeft;
 using hvaudio::dsp::FrontRight;

@@ -37,6 +37,7 @@ private slots:
     void changedSettingTakesTheOldDotsAway();
     void metersShowEverySpeaker();
     void limiterShowsItsWork();
+    void subwoofersFilterIsSaidInWords();
     void statusNamesTheOutput();
     void pictureIsSaved();
     void pictureGetsAnEnding();
@@ -260,6 +261,27 @@ void TestSoundPanel::limiterShowsItsWork()
     QCOMPARE(m_panel->limiter()->shownDb(), 0.0);
     m_sound->meters.gain = 0.5f;
     QTRY_VERIFY(std::abs(m_panel->limiter()->shownDb() + 6.02) < 0.01);
+}
+
+void TestSoundPanel::subwoofersFilterIsSaidInWords()
+{
+    m_sound->wanted.subwoofer.lowPass = {120, 1};
+    m_sound->apply();
+    m_panel->show();
+    auto* said = m_panel->findChild<QLabel*>("subwoofer_filter");
+    QCOMPARE(said->text(), QString("Subwoofer: below 120 Hz, 6 dB/octave (6 as delivered)"));
+    m_sound->wanted.subwoofer.lowPass = {80, 4};
+    m_sound->wanted.subwoofer.inverted = true;
+    m_sound->apply();
+    QTRY_COMPARE(said->text(),
+                 QString("Subwoofer: below 80 Hz, 24 dB/octave (6 as delivered), turned round"));
+    m_sound->wanted.subwoofer.lowPass.hz = 0;
+    m_sound->wanted.subwoofer.inverted = false;
+    m_sound->apply();
+    QTRY_COMPARE(said->text(), QString("Subwoofer: plays everything"));
+    m_sound->wanted.subwoofer.silent = true;
+    m_sound->apply();
+    QTRY_COMPARE(said->text(), QString("Subwoofer: silent"));
 }
 
 void TestSoundPanel::statusNamesTheOutput()
