@@ -41,17 +41,18 @@ inline std::array<std::vector<Exact>, speakerCount> playReference(const Settings
 {
     const ExactSections exact = makeSections(settings, EqualizerDesign(rate), rate);
     const Exact gain = Exact(exact.bus) * factorOfDb(settings.sourceDb);
-    std::array<std::vector<Exact>, 2> bus;
-    for (int channel = 0; channel < 2; ++channel) {
-        const Signal& in = channel ? right : left;
+    const auto throughCascade = [&](const Signal& in) {
         std::vector<ReferenceBiquad> cascade(exact.cascade.begin(), exact.cascade.end());
-        for (float x : in) {
-            Exact y = x * gain;
+        std::vector<Exact> out(in.begin(), in.end());
+        for (Exact& y : out) {
+            y *= gain;
             for (ReferenceBiquad& section : cascade)
                 y = section.run(y);
-            bus[channel].push_back(y);
         }
-    }
+        return out;
+    };
+    const std::vector<Exact> first = throughCascade(left);
+    const std::array<std::vector<Exact>, 2> bus = {first, left == right ? first : throughCascade(right)};
     std::array<std::vector<Exact>, speakerCount> out;
     for (int i = 0; i < speakerCount; ++i) {
         std::vector<ReferenceBiquad> filters;

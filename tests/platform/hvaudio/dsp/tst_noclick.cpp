@@ -197,6 +197,8 @@ void TestNoClick::anyChangeIsSmooth()
                 rig.engine.set(++steps & 1 ? second : first);
             }
             for (int i = 0; i < speakerCount; ++i) {
+                if (std::find(all.begin(), all.begin() + i, all[i]) != all.begin() + i)
+                    continue; // the same as another one, which has been looked at
                 // The start of the sine itself is left out.
                 const Signal tail(all[i].begin() + int(0.05 * rate), all[i].end());
                 Signal faded = tail;
