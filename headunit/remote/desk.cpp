@@ -21,7 +21,7 @@ constexpr int tileWidth = 32, tileHeight = 16;
 
 const QEvent::Type lookEvent = QEvent::Type(QEvent::registerEventType());
 
-/// What the window has painted so far; null when that is nothing. The pixels stay the window's: the picture
+/// What the window has painted so far; null before it has begun. The pixels stay the window's: the picture
 /// is good until it paints again.
 QImage paintedBy(const QWidget* window)
 {
@@ -127,7 +127,7 @@ QVector<Desk::Placed> Desk::placed() const
 {
     QVector<QWidget*> windows;
     for (QWidget* window : QApplication::topLevelWidgets()) {
-        if (window->isVisible() && window->windowHandle() && !window->isMinimized())
+        if (window->isVisible() && !window->isMinimized() && !paintedBy(window).isNull())
             windows.append(window);
     }
     std::stable_sort(windows.begin(), windows.end(), [this](const QWidget* one, const QWidget* other) {

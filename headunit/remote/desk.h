@@ -46,7 +46,7 @@ protected:
 private:
     void lookSoon();
     void look();
-    /// The windows that are shown, the lowest first.
+    /// The windows that are shown and have been painted, the lowest first.
     QVector<Placed> placed() const;
     DeskLayout layoutOf(const QSize& desk) const;
     QImage compose(const QVector<Placed>& windows, const QSize& desk);

@@ -19,9 +19,10 @@ namespace {
 QByteArray read(const QString& path, QString* error)
 {
     QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        *error = QStringLiteral("%1 can't be read: %2").arg(path, file.errorString());
-    return file.readAll();
+    if (file.open(QIODevice::ReadOnly))
+        return file.readAll();
+    *error = QStringLiteral("%1 can't be read: %2").arg(path, file.errorString());
+    return QByteArray();
 }
 
 QSslKey readKey(const QByteArray& pem)
@@ -32,6 +33,13 @@ QSslKey readKey(const QByteArray& pem)
             return key;
     }
     return QSslKey();
+}
+
+/// A private key holds the public one, too, which the certificate has.
+bool belongTogether(const QSslKey& key, const QSslCertificate& certificate)
+{
+    const QByteArray open = certificate.publicKey().toDer();
+    return key.toDer().contains(open.mid(open.size() / 2 - 16, 32));
 }
 
 /// None, with a sentence, when one of the files is of no use.
@@ -47,7 +55,7 @@ std::optional<QSslConfiguration> readTls(const RemoteScreen::Settings& settings,
         *error = QStringLiteral("%1 holds no certificate in PEM").arg(settings.certificate);
     else if (key.isNull())
         *error = QStringLiteral("%1 holds no private key in PEM, or one with a password").arg(settings.key);
-    else if (key.algorithm() != chain.first().publicKey().algorithm())
+    else if (!belongTogether(key, chain.first()))
         *error = QStringLiteral("%1 is not the key of %2").arg(settings.key, settings.certificate);
     if (!error->isEmpty())
         return std::nullopt;
