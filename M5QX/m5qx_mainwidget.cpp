@@ -103,6 +103,8 @@ void m5qx_mainwidget::drop(TransientPage*& page)
     if (!page)
         return;
     page->hide();
+    // Qt draws anew what lies below a page that is deleted, be it hidden: the next page would be drawn twice.
+    page->setGeometry(QRect());
     page->deleteLater();
     page = nullptr;
 }

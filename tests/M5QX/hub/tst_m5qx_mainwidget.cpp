@@ -46,6 +46,19 @@ static_assert(std::size(pages) == 6, "six pages");
 
 const QString pageKey = QStringLiteral("AudioSetting_Page");
 
+/// How often a widget is drawn.
+class PaintCounter : public QObject
+{
+public:
+    explicit PaintCounter(QWidget* widget) { widget->installEventFilter(this); }
+    bool eventFilter(QObject*, QEvent* event) override
+    {
+        paints += event->type() == QEvent::Paint;
+        return false;
+    }
+    int paints = 0;
+};
+
 } // namespace
 
 class TestMainWidget : public QObject
@@ -71,6 +84,8 @@ private slots:
     void keptPagesAreBuiltOnce();
     void transientPagesAreBuiltAnewAndDestroyedLater_data();
     void transientPagesAreBuiltAnewAndDestroyedLater();
+    void pageIsDrawnOnceWhereATransientOneGoes_data();
+    void pageIsDrawnOnceWhereATransientOneGoes();
     void exitOfATransientPagePostsOneBackRequestAndKeepsTheIndex_data();
     void exitOfATransientPagePostsOneBackRequestAndKeepsTheIndex();
     void exitSlotsTolerateAPageThatIsGone();
@@ -98,6 +113,7 @@ private:
     }
     void touchTab(int index) { touch::click(m_hub.data(), touch::middle(m_hub.data(), key(index))); }
     void pageRows();
+    void transientPageRows();
     QScopedPointer<m5qx_mainwidget> m_hub;
 };
 
@@ -324,13 +340,18 @@ void TestMainWidget::keptPagesAreBuiltOnce()
     QVERIFY(visiblePage());
 }
 
-void TestMainWidget::transientPagesAreBuiltAnewAndDestroyedLater_data()
+void TestMainWidget::transientPageRows()
 {
     QTest::addColumn<int>("index");
     for (int i = 0; i < 6; ++i) {
         if (!pages[i].kept)
             QTest::newRow(pages[i].name) << i;
     }
+}
+
+void TestMainWidget::transientPagesAreBuiltAnewAndDestroyedLater_data()
+{
+    transientPageRows();
 }
 
 void TestMainWidget::transientPagesAreBuiltAnewAndDestroyedLater()
@@ -358,9 +379,34 @@ void TestMainWidget::transientPagesAreBuiltAnewAndDestroyedLater()
     QCOMPARE(visiblePages(), 1);
 }
 
+void TestMainWidget::pageIsDrawnOnceWhereATransientOneGoes_data()
+{
+    transientPageRows();
+}
+
+void TestMainWidget::pageIsDrawnOnceWhereATransientOneGoes()
+{
+    QFETCH(int, index);
+    setStored(pageKey, index);
+    m_hub.reset(new m5qx_mainwidget(nullptr));
+    m_hub->show();
+    QVERIFY(QTest::qWaitForWindowExposed(m_hub.data()));
+    QPointer<QWidget> before = visiblePage();
+    touchTab(3);
+    PaintCounter counter(visiblePage());
+    QEvent draw(QEvent::UpdateRequest); // what is to be drawn, now
+    QCoreApplication::sendEvent(m_hub.data(), &draw);
+    QCOMPARE(counter.paints, 1);
+    QVERIFY(before);
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    QVERIFY(!before);
+    QCoreApplication::sendEvent(m_hub.data(), &draw);
+    QCOMPARE(counter.paints, 1);
+}
+
 void TestMainWidget::exitOfATransientPagePostsOneBackRequestAndKeepsTheIndex_data()
 {
-    transientPagesAreBuiltAnewAndDestroyedLater_data();
+    transientPageRows();
 }
 
 void TestMainWidget::exitOfATransientPagePostsOneBackRequestAndKeepsTheIndex()
