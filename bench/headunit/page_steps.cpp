@@ -2,6 +2,7 @@
 // mark behind each: ../instructions.sh counts what lies between two marks.
 #include "bench/headunit/mark.h"
 #include "headunit/front/screen.h"
+#include "headunit/shell/fontconfiguration.h"
 #include "headunit/shell/shell.h"
 #include "headunit/shell/windowhost.h"
 #include "platform/common/settings/settingsstore.h"
@@ -106,6 +107,7 @@ int main(int argc, char** argv)
         std::fprintf(stderr, "usage: %s <folder of applications> <settings file>\n", argv[0]);
         return 2;
     }
+    headunit::readFontConfiguration();
     QApplication application(argc, argv);
     cm::UnitStyle::install(application);
     QString message;

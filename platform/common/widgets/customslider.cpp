@@ -45,6 +45,18 @@ QColor readableOn(const QColor& ground)
     return lighted(ground) / lighted(dark) > lighted(light) / lighted(ground) ? dark : light;
 }
 
+/// The outline of the field with the value over a handle at 0, with a tip that points down to it.
+QPainterPath bubbleShape()
+{
+    const QRectF bubble(-bubbleWidth / 2.0, 1, bubbleWidth, bubbleHeight);
+    QPainterPath field;
+    field.addRoundedRect(bubble, 8, 8);
+    QPainterPath tip;
+    tip.addPolygon(QPolygonF({QPointF(-6, bubble.bottom() - 1), QPointF(6, bubble.bottom() - 1),
+                              QPointF(0, bubble.bottom() + pointerHeight)}));
+    return field.united(tip);
+}
+
 } // namespace
 
 /// All behaviour of the slider; the class itself only passes its events here, so that its header shows none
@@ -298,12 +310,8 @@ void CustomSlider_2Private::paint()
 
     const QColor ground = dragging ? hint : QColor(enabled ? palette::panel : palette::line);
     const QRectF bubble(x - bubbleWidth / 2.0, 1, bubbleWidth, bubbleHeight);
-    QPainterPath shape;
-    shape.addRoundedRect(bubble, 8, 8);
-    QPainterPath tip;
-    tip.addPolygon(QPolygonF({QPointF(x - 6, bubble.bottom() - 1), QPointF(x + 6, bubble.bottom() - 1),
-                              QPointF(x, bubble.bottom() + pointerHeight)}));
-    painter.fillPath(shape.united(tip), ground);
+    static const QPainterPath shape = bubbleShape();
+    painter.fillPath(shape.translated(x, 0), ground);
 
     QFont digits = q->font();
     digits.setPixelSize(digitPixels);
