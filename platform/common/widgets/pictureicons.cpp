@@ -5,12 +5,9 @@
 #include <QHash>
 #include <QPainter>
 #include <QPixmap>
-#include <QtPlugin>
 
 #include <algorithm>
 #include <utility>
-
-Q_IMPORT_PLUGIN(PictureIcons)
 
 namespace cm {
 

@@ -7,7 +7,7 @@
 
 namespace cm {
 
-/// What a QIcon of PNG files is made of wherever this library is loaded: each picture is decoded when it is
+/// What a QIcon of PNG files is made of where UnitStyle is installed: each picture is decoded when it is
 /// first shown, not when the icon is built, and only once in the process, however many icons and pages show
 /// it. Qt's own engine decodes every state of every key in setupUi, and again each time a page is made.
 ///
@@ -43,7 +43,8 @@ private:
     mutable QIcon m_decoded;
 };
 
-/// Names PictureIconEngine to Qt.
+/// Names PictureIconEngine to Qt: a plug-in beside libcommon, in the folder that Qt looks for. Qt reads what
+/// one that is built in says of itself anew for every icon and for many a widget.
 class PictureIcons : public QIconEnginePlugin
 {
     Q_OBJECT

@@ -8,6 +8,7 @@
 #include <QApplication>
 #include <QButtonGroup>
 #include <QEvent>
+#include <QFileInfo>
 #include <QFontDatabase>
 #include <QKeyEvent>
 #include <QPainter>
@@ -15,6 +16,8 @@
 #include <QScrollArea>
 #include <QStyleFactory>
 #include <QStyleOption>
+
+#include <dlfcn.h>
 
 namespace cm {
 
@@ -52,6 +55,14 @@ void tellMissingFamilies()
             qWarning("UnitStyle: the font family \"%s\" is not installed (packages fonts-noto-core, "
                      "fonts-noto-cjk)",
                      qPrintable(family));
+}
+
+/// Lets Qt find the icon engine, which lies beside this library.
+void addPictureIcons()
+{
+    Dl_info library;
+    if (dladdr(reinterpret_cast<const void*>(&addPictureIcons), &library))
+        QCoreApplication::addLibraryPath(QFileInfo(QFile::decodeName(library.dli_fname)).absolutePath());
 }
 
 void applyFont(QApplication& application, const QString& code)
@@ -120,6 +131,7 @@ UnitStyle::~UnitStyle() = default;
 void UnitStyle::install(QApplication& application)
 {
     tellMissingFamilies();
+    addPictureIcons();
     application.setStyle(new UnitStyle);
     application.setPalette(palette());
     applyFont(application, Language::instance()->current());

@@ -24,7 +24,8 @@ public:
     UnitStyle();
     ~UnitStyle() override;
 
-    /// Gives the application style, which it owns from then on, palette and font, and follows the language.
+    /// Gives the application style, which it owns from then on, palette, font and the engine of its icons,
+    /// and follows the language.
     /// Font families that aren't installed are logged. Call once, before the first widget.
     static void install(QApplication& application);
 

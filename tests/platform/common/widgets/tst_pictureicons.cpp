@@ -61,8 +61,7 @@ const QIcon::State states[] = {QIcon::Off, QIcon::On};
 
 void TestPictureIcons::initTestCase()
 {
-    // The library is loaded for its style; the icons come with it.
-    QApplication::setStyle(new cm::UnitStyle);
+    cm::UnitStyle::install(*qApp); // the icons come with it
     write("red", Qt::red);
     write("green", Qt::green);
     write("blue", Qt::blue);
