@@ -184,67 +184,35 @@ struct CrossoverSections
     }
 };
 
-inline F4 single(const D2 (&v)[2])
+typedef float F2 __attribute__((vector_size(8)));
+inline F2 single(D2 v)
 {
-    typedef float F2 __attribute__((vector_size(8)));
-    const F2 low = __builtin_convertvector(v[0], F2), high = __builtin_convertvector(v[1], F2);
-    return __builtin_shufflevector(low, high, 0, 1, 2, 3);
+    return __builtin_convertvector(v, F2);
 }
-inline F4 single(const D4 (&v)[1])
+inline D2 spread(const double* pair, D2)
 {
-    return __builtin_convertvector(v[0], F4);
+    return load<D2>(pair);
 }
-inline void spread(const double* pair, D2 (&x)[2])
+#ifdef __AVX2__
+inline F4 single(D4 v)
 {
-    x[0] = x[1] = load<D2>(pair);
+    return __builtin_convertvector(v, F4);
 }
-inline void spread(const double* pair, D4 (&x)[1])
+inline D4 spread(const double* pair, D4)
 {
     const D2 v = load<D2>(pair);
-    x[0] = __builtin_shufflevector(v, v, 0, 1, 0, 1);
+    return __builtin_shufflevector(v, v, 0, 1, 0, 1);
 }
+#endif
 
-/// What a run over the cabin's speakers keeps in registers.
-template <typename V>
-struct CabinRun
+/// Four frames of two or four speakers each, turned into speakers of four frames each.
+inline void storeTurned(float* const* to, int n, F2 a, F2 b, F2 c, F2 d)
 {
-    static constexpr int parts = 4 / widthOf<V>; ///< of the four speakers
-
-    CrossoverSections<V, 5> high[2][parts];
-    CrossoverSections<V, 6> low[2][parts];
-    V gain[parts], allPass[parts], apX[parts], apY[parts];
-
-    void open(const DirectFilters& filters, const Parameters& now, const FilterMemory& memory)
-    {
-        for (int i = 0; i < parts; ++i) {
-            const int at = i * widthOf<V>;
-            for (int s = 0; s < 2; ++s) {
-                high[s][i].open(filters.high, memory.high, 4 * s + at);
-                low[s][i].open(now.low, memory.low, 4 * s + at);
-            }
-            gain[i] = load<V>(now.speakerGain + at);
-            allPass[i] = load<V>(now.allPass + at);
-            apX[i] = load<V>(memory.allPassX + at);
-            apY[i] = load<V>(memory.allPassY + at);
-        }
-    }
-
-    void close(FilterMemory& memory) const
-    {
-        for (int i = 0; i < parts; ++i) {
-            const int at = i * widthOf<V>;
-            for (int s = 0; s < 2; ++s) {
-                high[s][i].close(memory.high, 4 * s + at);
-                low[s][i].close(memory.low, 4 * s + at);
-            }
-            store(memory.allPassX + at, apX[i]);
-            store(memory.allPassY + at, apY[i]);
-        }
-    }
-};
-
-/// Four frames of four speakers each, turned into four speakers of four frames each.
-inline void storeTurned(float* const to[4], int n, F4 a, F4 b, F4 c, F4 d)
+    const F4 ab = __builtin_shufflevector(a, b, 0, 2, 1, 3), cd = __builtin_shufflevector(c, d, 0, 2, 1, 3);
+    store(to[0] + n, __builtin_shufflevector(ab, cd, 0, 1, 4, 5));
+    store(to[1] + n, __builtin_shufflevector(ab, cd, 2, 3, 6, 7));
+}
+inline void storeTurned(float* const* to, int n, F4 a, F4 b, F4 c, F4 d)
 {
     const F4 ab0 = __builtin_shufflevector(a, b, 0, 4, 1, 5), cd0 = __builtin_shufflevector(c, d, 0, 4, 1, 5);
     const F4 ab2 = __builtin_shufflevector(a, b, 2, 6, 3, 7), cd2 = __builtin_shufflevector(c, d, 2, 6, 3, 7);
@@ -254,70 +222,87 @@ inline void storeTurned(float* const to[4], int n, F4 a, F4 b, F4 c, F4 d)
     store(to[3] + n, __builtin_shufflevector(ab2, cd2, 2, 3, 6, 7));
 }
 
-template <typename V, bool lowPass>
-void crossoverPass(const double* pairs, float* const out[speakerCount], int frames,
+/// As many of the cabin's speakers as a vector holds, from `at` on, and the subwoofer along with the first
+/// ones: so much fits into registers.
+template <typename V, bool lowPass, bool subwoofer>
+void crossoverPass(int at, const double* pairs, float* const out[speakerCount], int frames,
                    const DirectFilters& filters, const Parameters& now, FilterMemory& memory)
 {
-    constexpr int parts = CabinRun<V>::parts;
-    CabinRun<V> run;
-    run.open(filters, now, memory);
+    CrossoverSections<V, 5> high[2];
+    CrossoverSections<V, 6> low[2];
+    for (int s = 0; s < 2; ++s) {
+        high[s].open(filters.high, memory.high, 4 * s + at);
+        low[s].open(now.low, memory.low, 4 * s + at);
+    }
+    const V gain = load<V>(now.speakerGain + at), allPass = load<V>(now.allPass + at);
+    V apX = load<V>(memory.allPassX + at), apY = load<V>(memory.allPassY + at);
     CrossoverSections<D2, 6> sub; // its two sections side by side
     sub.open(now.low, memory.low, subwooferLane);
     const double subGain = now.speakerGain[Subwoofer], subAllPass = now.allPass[Subwoofer];
     double subApX = memory.allPassX[Subwoofer], subApY = memory.allPassY[Subwoofer];
-    float* const cabin[4] = {out[0], out[1], out[2], out[3]};
+    float* const* const cabin = out + at;
     float* const subOut = out[Subwoofer];
 
     const auto frame = [&](int n) {
-        V x[parts], y[parts];
-        spread(pairs + 2 * n, x);
-#pragma GCC unroll 2
-        for (int i = 0; i < parts; ++i) {
-            if constexpr (lowPass) {
-                run.low[1][i].run(run.low[0][i].y);
-                run.low[0][i].run(run.high[1][i].y);
-            } else {
-                run.low[1][i].y = run.low[0][i].y;
-                run.low[0][i].y = run.high[1][i].y;
-            }
-            run.high[1][i].run(run.high[0][i].y);
-            run.high[0][i].run(x[i] * run.gain[i]);
-            const V in = run.low[1][i].y;
-            y[i] = run.allPass[i] * (in - run.apY[i]) + run.apX[i];
-            run.apX[i] = in;
-            run.apY[i] = y[i];
+        if constexpr (lowPass) {
+            low[1].run(low[0].y);
+            low[0].run(high[1].y);
+        } else {
+            low[1].y = low[0].y;
+            low[0].y = high[1].y;
         }
-        const D2 subIn = {(pairs[2 * n] + pairs[2 * n + 1]) * subGain, sub.y[0]};
-        sub.run(subIn);
-        const double in = sub.y[1];
-        subApY = subAllPass * (in - subApY) + subApX;
-        subApX = in;
-        subOut[n] = float(subApY);
-        return single(y);
+        high[1].run(high[0].y);
+        high[0].run(spread(pairs + 2 * n, V{}) * gain);
+        apY = allPass * (low[1].y - apY) + apX;
+        apX = low[1].y;
+        if constexpr (subwoofer) {
+            const D2 subIn = {(pairs[2 * n] + pairs[2 * n + 1]) * subGain, sub.y[0]};
+            sub.run(subIn);
+            subApY = subAllPass * (sub.y[1] - subApY) + subApX;
+            subApX = sub.y[1];
+            subOut[n] = float(subApY);
+        }
+        return single(apY);
     };
     int n = 0;
     for (; n + 4 <= frames; n += 4) {
-        const F4 a = frame(n), b = frame(n + 1), c = frame(n + 2), d = frame(n + 3);
+        const auto a = frame(n), b = frame(n + 1), c = frame(n + 2), d = frame(n + 3);
         storeTurned(cabin, n, a, b, c, d);
     }
     for (; n < frames; ++n) {
-        const F4 a = frame(n);
-        for (int i = 0; i < cabinSpeakerCount; ++i)
+        const auto a = frame(n);
+        for (int i = 0; i < widthOf<V>; ++i)
             cabin[i][n] = a[i];
     }
 
-    run.close(memory);
-    sub.close(memory.low, subwooferLane);
-    memory.allPassX[Subwoofer] = subApX;
-    memory.allPassY[Subwoofer] = subApY;
+    for (int s = 0; s < 2; ++s) {
+        high[s].close(memory.high, 4 * s + at);
+        low[s].close(memory.low, 4 * s + at);
+    }
+    store(memory.allPassX + at, apX);
+    store(memory.allPassY + at, apY);
+    if constexpr (subwoofer) {
+        sub.close(memory.low, subwooferLane);
+        memory.allPassX[Subwoofer] = subApX;
+        memory.allPassY[Subwoofer] = subApY;
+    }
+}
+
+template <typename V, bool lowPass>
+void crossoverPasses(const double* pairs, float* const out[speakerCount], int frames,
+                     const DirectFilters& filters, const Parameters& now, FilterMemory& memory)
+{
+    crossoverPass<V, lowPass, true>(0, pairs, out, frames, filters, now, memory);
+    for (int at = widthOf<V>; at < cabinSpeakerCount; at += widthOf<V>)
+        crossoverPass<V, lowPass, false>(at, pairs, out, frames, filters, now, memory);
 }
 
 template <typename V>
 void crossover(const double* pairs, float* const out[speakerCount], int frames, const DirectFilters& filters,
                const Parameters& now, FilterMemory& memory, bool lowPass)
 {
-    lowPass ? crossoverPass<V, true>(pairs, out, frames, filters, now, memory)
-            : crossoverPass<V, false>(pairs, out, frames, filters, now, memory);
+    (lowPass ? crossoverPasses<V, true> : crossoverPasses<V, false>)(pairs, out, frames, filters, now,
+                                                                     memory);
 }
 
 } // namespace
