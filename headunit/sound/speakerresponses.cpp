@@ -29,7 +29,8 @@ bool SpeakerResponses::operator==(const SpeakerResponses& other) const
     const Snapshot &a = m_snapshot, &b = other.m_snapshot;
     return m_rate == other.m_rate &&
            std::equal(a.parameters.data(), a.parameters.data() + parameterCount, b.parameters.data()) &&
-           a.delayTap == b.delayTap && a.sourceFactor == b.sourceFactor && a.source == b.source;
+           a.filters == b.filters && a.delayTap == b.delayTap && a.sourceFactor == b.sourceFactor &&
+           a.source == b.source;
 }
 
 } // namespace headunit

@@ -4,7 +4,7 @@
 
 #include <algorithm>
 #include <cstring>
-#include <utility>
+#include <functional>
 
 namespace hvaudio::dsp {
 
@@ -38,7 +38,9 @@ void Chain::prepare(double rate)
     m_newest = m_wanted = Snapshot();
     m_snapshotWaiting = m_beepWanted = false;
     m_left = 0;
-    m_gliding = m_lowPass = m_moving = false;
+    m_gliding = m_filtersWaiting = m_moving = false;
+    m_running.filters = Filters();
+    m_fade = Fade(rate);
     m_deaf = true;
     std::fill(std::begin(m_bus), std::end(m_bus), Line{0, 0});
     clearSound();
@@ -53,7 +55,7 @@ int Chain::latencyFrames() const noexcept
 
 void Chain::clearSound() noexcept
 {
-    m_memory = {};
+    m_running.memory = m_incoming.memory = {};
     m_delay.clear();
     m_limiter.clear();
     m_idle = true;
@@ -73,10 +75,11 @@ void Chain::settle() noexcept
         takeSnapshot();
     m_left = 0;
     m_now = m_first = m_next = m_wanted.parameters;
+    m_running.filters = m_wanted.filters;
+    m_fade.stop();
     m_delay.jump();
     m_source.jump(m_wanted.source, m_wanted.sourceFactor);
-    m_lowPass = m_wanted.lowPassUsed;
-    m_moving = m_gliding = false;
+    m_moving = m_gliding = m_filtersWaiting = false;
     m_deaf = allSilent(m_now);
     m_bus[0] = {m_now.bus[0] * m_source.factor() * m_ducker.factor(), 0};
     for (int i = 0; i < promptCount; ++i)
@@ -94,7 +97,9 @@ void Chain::jumpUnheard() noexcept
     m_now = m_wanted.parameters;
     std::memcpy(m_now.speakerGain, gain, sizeof gain);
     m_first = m_next = m_now;
-    m_memory = {};
+    m_running = {m_wanted.filters, {}};
+    m_fade.stop();
+    m_filtersWaiting = false;
     m_delay.jump();
     m_source.jumpUnheard(m_wanted.source, m_wanted.sourceFactor);
 }
@@ -110,33 +115,49 @@ void Chain::takeSnapshot() noexcept
 {
     m_snapshotWaiting = false;
     m_wanted = m_newest;
-    m_left = m_law.points;
+    if (m_left > 0 || !std::equal(m_now.data(), m_now.data() + parameterCount, m_wanted.parameters.data()))
+        m_left = m_law.points;
+    m_filtersWaiting = true;
     for (int i = 0; i < speakerCount; ++i)
         m_delay.aim(i, m_wanted.delayTap[i]);
-    if (m_wanted.lowPassUsed && !m_lowPass) {
-        // It starts from rest: what it remembers is from its last use.
-        std::fill(m_memory.low.first, m_memory.low.first + subwooferLane, 0);
-        std::fill(m_memory.low.second, m_memory.low.second + subwooferLane, 0);
-        m_lowPass = true;
-    }
     if (allSilent(m_now))
         jumpUnheard();
     m_source.aim(m_wanted.source, m_wanted.sourceFactor);
 }
 
+void Chain::changeFilters() noexcept
+{
+    m_filtersWaiting = false;
+    if (m_running.filters == m_wanted.filters)
+        return;
+    m_incoming = {m_wanted.filters, m_running.memory};
+    toStateForm(m_incoming.memory, m_running.filters);
+    toDirectForm(m_incoming.memory, m_incoming.filters);
+    if (!m_running.filters.lowPass) {
+        // They start from rest: what they remember is from their last use.
+        SectionMemory<lowLanes>& low = m_incoming.memory.low;
+        std::fill(low.first, low.first + subwooferLane, 0);
+        std::fill(low.second, low.second + subwooferLane, 0);
+    }
+    m_fade.start();
+}
+
 void Chain::advanceGrid() noexcept
 {
     if (m_gliding)
-        m_now = m_next; // exactly, whatever adding up the steps left
+        m_now = m_next;
+    if (m_fade.advance())
+        m_running = m_incoming;
     if (m_snapshotWaiting && !(m_newest.power && switchingOff()))
         takeSnapshot();
     if (m_beepWanted)
         m_beeper.trigger();
     m_beepWanted = false;
 
-    const bool glided = std::exchange(m_gliding, m_left > 0);
-    if (m_gliding != glided)
-        m_gliding ? toStateForm(m_memory, m_now) : toDirectForm(m_memory, m_now);
+    if (m_filtersWaiting && !m_fade.running())
+        changeFilters();
+
+    m_gliding = m_left > 0;
     if (m_gliding) {
         if (--m_left == 0)
             m_first = m_next = m_wanted.parameters;
@@ -145,7 +166,6 @@ void Chain::advanceGrid() noexcept
                          parameterCount);
         stepBetween(m_now.data(), m_next.data(), m_step.data(), parameterCount);
     } else {
-        m_lowPass = m_wanted.lowPassUsed;
         m_deaf = allSilent(m_now);
     }
     const double programme = m_now.bus[0] * m_source.factor() * m_ducker.factor();
@@ -158,7 +178,7 @@ void Chain::advanceGrid() noexcept
         m_bus[i] = {m_now.bus[i], (m_next.bus[i] - m_now.bus[i]) / gridFrames};
     const bool fading = m_delay.advanceGrid();
     m_moving = m_gliding || fading || m_source.moving() || m_ducker.moving() || m_beeper.sounding();
-    m_deaf &= !m_moving;
+    m_deaf &= !m_moving && !m_fade.running();
 }
 
 bool Chain::silentInput(const Block& block, int start, int frames) const noexcept
@@ -195,11 +215,15 @@ void Chain::process(const Block& block, Meters& meters) noexcept
         if (m_offset == 0)
             advanceGrid();
         const bool toNextPoint = m_moving || prompts || m_snapshotWaiting || m_beepWanted;
-        const int frames = std::min({block.frames - done, (toNextPoint ? gridFrames : pieceFrames) - m_offset,
-                                     windowFrames - m_window});
+        int most = toNextPoint ? gridFrames : pieceFrames;
+        if (m_fade.running())
+            most = std::min(most, m_fade.frames());
+        const int frames = std::min({block.frames - done, most - m_offset, windowFrames - m_window});
         processPiece(block, done, frames, meters);
         done += frames;
+        const int points = (m_offset + frames) / gridFrames;
         m_offset = (m_offset + frames) % gridFrames;
+        m_fade.skip(m_offset == 0 ? points - 1 : points);
         m_window += frames;
         if (m_window == windowFrames)
             endWindow();
@@ -212,32 +236,49 @@ void Chain::endWindow() noexcept
     m_window = 0;
     m_quiet = m_loud ? 0 : std::min(m_quiet + windowFrames, m_ringOut);
     m_loud = false;
-    if (m_quiet >= m_ringOut && !m_moving && !m_limiter.working())
+    if (m_quiet >= m_ringOut && !m_moving && !m_fade.running() && !m_limiter.working())
         clearSound();
 }
 
 void Chain::filterPiece(const Block& block, int start, int frames) noexcept
 {
-    alignas(64) double pairs[2 * pieceFrames];
+    alignas(64) double pairs[2][2 * pieceFrames], added[2 * pieceFrames];
     const auto at = [start](const float* signal) { return signal ? signal + start : nullptr; };
     const auto line = [this](int bus) { return Line{m_bus[bus].from, m_bus[bus].step, m_offset}; };
 
-    m_kernel->gather(at(block.programme[0]), at(block.programme[1]), line(0), pairs, frames);
-    if (m_gliding)
-        m_kernel->glidingCascade(pairs, frames, m_now, m_step, m_memory);
-    else
-        m_kernel->cascade(pairs, frames, m_wanted.direct, m_memory);
-    for (int i = 0; i < promptCount; ++i)
-        if (const float* left = at(block.prompt[i][0])) {
-            const float* right = block.prompt[i][1] ? at(block.prompt[i][1]) : left;
-            m_ducker.notePrompt(i, addPairs(left, right, line(1 + i), pairs, frames));
-        }
-    if (m_beeper.sounding())
-        m_beeper.add(pairs, frames, m_offset);
-    if (m_gliding)
-        m_kernel->glidingCrossover(pairs, m_delay.inputs(), frames, m_now, m_step, m_memory);
-    else
-        m_kernel->crossover(pairs, m_delay.inputs(), frames, m_wanted.direct, m_now, m_memory, m_lowPass);
+    bool adding = m_beeper.sounding();
+    for (const auto& prompt : block.prompt)
+        adding |= prompt[0] != nullptr;
+    if (adding) {
+        std::fill(added, added + 2 * frames, 0);
+        for (int i = 0; i < promptCount; ++i)
+            if (const float* left = at(block.prompt[i][0])) {
+                const float* right = block.prompt[i][1] ? at(block.prompt[i][1]) : left;
+                m_ducker.notePrompt(i, addPairs(left, right, line(1 + i), added, frames));
+            }
+        if (m_beeper.sounding())
+            m_beeper.add(added, frames, m_offset);
+    }
+
+    m_kernel->gather(at(block.programme[0]), at(block.programme[1]), line(0), pairs[0], frames);
+    if (m_fade.running())
+        std::copy_n(pairs[0], 2 * frames, pairs[1]);
+    const Lines levels{m_now, m_gliding ? &m_step : nullptr, m_offset};
+    const auto run = [&](Running& running, double* own, float* const out[speakerCount]) {
+        m_kernel->cascade(own, frames, running.filters, running.memory);
+        if (adding)
+            std::transform(own, own + 2 * frames, added, own, std::plus<double>());
+        m_kernel->crossover(own, out, frames, running.filters, levels, running.memory);
+    };
+    float* const* const out = m_delay.inputs();
+    run(m_running, pairs[0], out);
+    if (!m_fade.running())
+        return;
+    float incoming[speakerCount][pieceFrames];
+    float* const to[speakerCount] = {incoming[0], incoming[1], incoming[2], incoming[3], incoming[4]};
+    run(m_incoming, pairs[1], to);
+    for (int i = 0; i < speakerCount; ++i)
+        m_fade.mix(out[i], to[i], out[i], frames, m_offset);
 }
 
 void Chain::processPiece(const Block& block, int start, int frames, Meters& meters) noexcept

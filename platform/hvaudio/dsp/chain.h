@@ -40,6 +40,7 @@ private:
     void advanceGrid() noexcept;
     bool switchingOff() const noexcept;
     void takeSnapshot() noexcept;
+    void changeFilters() noexcept;
     void jumpUnheard() noexcept;
     bool silentInput(const Block& block, int start, int frames) const noexcept;
     void endWindow() noexcept;
@@ -52,16 +53,23 @@ private:
     Snapshot m_newest, m_wanted; ///< as it came; as the glides aim at it
     bool m_snapshotWaiting = false, m_beepWanted = false;
 
-    /// The filters' running parameters, and the way to the next grid point while `m_left` of them are to
-    /// come.
+    /// The running parameters, and the way to the next grid point while `m_left` of them are to come.
     Parameters m_now, m_first, m_next, m_step;
     GlideLaw m_law;
     int m_left = 0;
     bool m_gliding = false; ///< between these two grid points
-    bool m_lowPass = false;
-    bool m_deaf = true; ///< every speaker's gain is 0 and stays there: the input can't be heard
+    bool m_deaf = true;     ///< every speaker's gain is 0 and stays there: the input can't be heard
 
-    FilterMemory m_memory{}; ///< in state form while `m_gliding`, in direct form else
+    /// The filters that sound, and those that fade in; newer ones wait for the fade's end.
+    struct Running
+    {
+        Filters filters;
+        FilterMemory memory;
+    };
+    Running m_running, m_incoming;
+    Fade m_fade;
+    bool m_filtersWaiting = false;
+
     SourceSwitch m_source;
     Ducker m_ducker;
     Beeper m_beeper;

@@ -1,28 +1,12 @@
 #include "platform/hvaudio/dsp/delayline.h"
 
-#include "platform/hvaudio/dsp/glide.h"
-
 namespace hvaudio::dsp {
-
-namespace {
-
-constexpr double fadeSeconds = 0.043;
-
-/// 0..1 with level, speed and turn of speed at rest at both ends.
-float fadeCurve(int point, int points)
-{
-    const float t = float(point) / points;
-    return t * t * t * (10 + t * (6 * t - 15));
-}
-
-} // namespace
 
 void DelayLine::prepare(double rate, int longestTap)
 {
     m_history.prepare(speakerCount, longestTap);
-    m_points = int(rate * fadeSeconds / gridFrames);
     for (Tap& tap : m_taps)
-        tap = Tap();
+        tap = Tap{0, 0, 0, Fade(rate)};
 }
 
 void DelayLine::clear() noexcept
@@ -38,22 +22,20 @@ void DelayLine::aim(int speaker, int tap) noexcept
 void DelayLine::jump() noexcept
 {
     for (Tap& tap : m_taps)
-        tap = Tap{tap.wanted, tap.wanted, tap.wanted, -1};
+        tap.now = tap.wanted, tap.fade.stop();
 }
 
 bool DelayLine::advanceGrid() noexcept
 {
     bool fading = false;
     for (Tap& tap : m_taps) {
-        if (tap.point >= 0 && ++tap.point == m_points) {
+        if (tap.fade.advance())
             tap.now = tap.next;
-            tap.point = -1;
-        }
-        if (tap.point < 0 && tap.now != tap.wanted) {
+        if (!tap.fade.running() && tap.now != tap.wanted) {
             tap.next = tap.wanted;
-            tap.point = 0;
+            tap.fade.start();
         }
-        fading |= tap.point >= 0;
+        fading |= tap.fade.running();
     }
     return fading;
 }
@@ -71,17 +53,12 @@ void DelayLine::read(float* const out[speakerCount], int frames, int offset,
     for (int i = 0; i < speakerCount; ++i) {
         const Tap& tap = m_taps[i];
         const float* now = m_history.before(i, tap.now);
-        if (tap.point < 0) {
-            peak[i] = m_kernel->copy(now, out[i], frames);
-            continue;
-        }
-        const float* next = m_history.before(i, tap.next);
-        const float from = fadeCurve(tap.point, m_points);
-        const float step = (fadeCurve(tap.point + 1, m_points) - from) / gridFrames;
         float mixed[gridFrames];
-        for (int n = 0; n < frames; ++n)
-            mixed[n] = now[n] + (from + step * float(offset + n)) * (next[n] - now[n]);
-        peak[i] = m_kernel->copy(mixed, out[i], frames);
+        if (tap.fade.running()) {
+            tap.fade.mix(now, m_history.before(i, tap.next), mixed, frames, offset);
+            now = mixed;
+        }
+        peak[i] = m_kernel->copy(now, out[i], frames);
     }
     m_history.advance(frames);
 }

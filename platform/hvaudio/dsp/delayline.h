@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/hvaudio/dsp/glide.h"
 #include "platform/hvaudio/dsp/history.h"
 #include "platform/hvaudio/dsp/kernel/kernel.h"
 #include "platform/hvaudio/dsp/settings.h"
@@ -35,13 +36,12 @@ private:
     struct Tap
     {
         int now = 0, next = 0, wanted = 0;
-        int point = -1; ///< -1: no fade
+        Fade fade;
     };
     const Kernel* m_kernel = kernelOf(bestPath());
     History m_history;
     Tap m_taps[speakerCount];
     float* m_inputs[speakerCount] = {};
-    int m_points = 1; ///< grid intervals of a fade
 };
 
 } // namespace hvaudio::dsp

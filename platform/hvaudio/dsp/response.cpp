@@ -18,19 +18,20 @@ std::complex<double> laneResponse(const StateTable<lanes>& c, int lane, double h
 std::complex<double> responseOf(const Snapshot& snapshot, Speaker speaker, double hz, double rate)
 {
     const Parameters& p = snapshot.parameters;
+    const Filters& filters = snapshot.filters;
     // The cascade takes its input a frame later for each section; that part of the phase is common to all
     // speakers and stays out.
     std::complex<double> h = p.bus[0] * snapshot.sourceFactor * p.speakerGain[speaker];
     for (int i = 0; i < cascadeSections; ++i)
-        h *= laneResponse(p.cascade, 2 * i, hz, rate);
+        h *= laneResponse(filters.cascade, 2 * i, hz, rate);
     if (speaker == Subwoofer) {
         h *= 2.0; // the gain is that of the mean
         for (int section = 0; section < 2; ++section)
-            h *= laneResponse(p.low, subwooferLane + section, hz, rate);
+            h *= laneResponse(filters.low, subwooferLane + section, hz, rate);
     } else {
         for (int section = 0; section < 2; ++section)
-            h *= laneResponse(p.high, 4 * section + speaker, hz, rate) *
-                 laneResponse(p.low, 4 * section + speaker, hz, rate);
+            h *= laneResponse(filters.high, 4 * section + speaker, hz, rate) *
+                 laneResponse(filters.low, 4 * section + speaker, hz, rate);
     }
     const std::complex<double> zInverse = std::polar(1.0, -2 * 3.14159265358979323846 * hz / rate);
     const double a = p.allPass[speaker];

@@ -77,22 +77,22 @@ Snapshot makeSnapshot(const Settings& s, const EqualizerDesign& equalizer, doubl
     const ExactSections exact = makeSections(s, equalizer, rate);
     Snapshot snapshot;
     Parameters& p = snapshot.parameters;
-    DirectFilters& direct = snapshot.direct;
+    Filters& filters = snapshot.filters;
     for (int i = 0; i < cascadeSections; ++i)
         for (int channel = 0; channel < 2; ++channel) {
             const int lane = 2 * cascadePlace(i) + channel;
-            place(p.cascade, lane, exact.cascade[i]);
-            place(direct.cascade, lane, exact.cascade[i]);
+            place(filters.cascade, lane, exact.cascade[i]);
+            place(filters.directCascade, lane, exact.cascade[i]);
         }
     for (int section = 0; section < 2; ++section) {
         for (int i = 0; i < cabinSpeakerCount; ++i) {
             const int lane = 4 * section + i;
-            place(p.high, lane, exact.highPass[i][section]);
-            place(direct.high, lane, exact.highPass[i][section]);
-            place(p.low, lane, exact.lowPass[i][section]);
-            snapshot.lowPassUsed |= s.cabin[i].lowPass.hz > 0;
+            place(filters.high, lane, exact.highPass[i][section]);
+            place(filters.directHigh, lane, exact.highPass[i][section]);
+            place(filters.low, lane, exact.lowPass[i][section]);
+            filters.lowPass |= s.cabin[i].lowPass.hz > 0;
         }
-        place(p.low, subwooferLane + section, exact.subwoofer[section]);
+        place(filters.low, subwooferLane + section, exact.subwoofer[section]);
     }
     for (int i = 0; i < speakerCount; ++i) {
         // The subwoofer hears the mean of both sides; its shorter path waits for the others.

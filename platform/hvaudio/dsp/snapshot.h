@@ -13,11 +13,10 @@ namespace hvaudio::dsp {
 struct Snapshot
 {
     Parameters parameters; ///< all that glides, see kernel.h; bus[0] is without the source gain
-    DirectFilters direct;  ///< the same filters
+    Filters filters;
     std::array<int, speakerCount> delayTap = {}; ///< whole frames; the rest is in the parameters' all-pass
     int source = 0;
     double sourceFactor = 1; ///< kept apart because it changes while the programme is faded out
-    bool lowPassUsed = false;
     bool power = false;
 };
 

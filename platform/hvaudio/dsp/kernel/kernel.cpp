@@ -6,34 +6,34 @@ namespace {
 
 /// Calls `change` with each section's p and q, or ic1 and ic2, and its g.
 template <int lanes, typename Change>
-void changeForm(SectionMemory<lanes>& memory, const StateTable<lanes>& now, Change change)
+void changeForm(SectionMemory<lanes>& memory, const StateTable<lanes>& c, Change change)
 {
     for (int i = 0; i < lanes; ++i)
-        change(memory.first[i], memory.second[i], now[B3][i] / now[B2][i]);
+        change(memory.first[i], memory.second[i], c[B3][i] / c[B2][i]);
 }
 
 } // namespace
 
-void toStateForm(FilterMemory& memory, const Parameters& now) noexcept
+void toStateForm(FilterMemory& memory, const Filters& filters) noexcept
 {
     const auto change = [](double& first, double& second, double g) {
         const double p = first, q = second;
         first = g * (p - q) / 2;
         second = (p + q) / -2;
     };
-    changeForm(memory.cascade, now.cascade, change);
-    changeForm(memory.high, now.high, change);
+    changeForm(memory.cascade, filters.cascade, change);
+    changeForm(memory.high, filters.high, change);
 }
 
-void toDirectForm(FilterMemory& memory, const Parameters& now) noexcept
+void toDirectForm(FilterMemory& memory, const Filters& filters) noexcept
 {
     const auto change = [](double& first, double& second, double g) {
         const double ic1 = first, ic2 = second;
         first = ic1 / g - ic2;
         second = -ic1 / g - ic2;
     };
-    changeForm(memory.cascade, now.cascade, change);
-    changeForm(memory.high, now.high, change);
+    changeForm(memory.cascade, filters.cascade, change);
+    changeForm(memory.high, filters.high, change);
 }
 
 const Kernel* kernelOf(Path path) noexcept

@@ -5,6 +5,7 @@
 #include "platform/hvaudio/dsp/settings.h"
 
 #include <cstddef>
+#include <cstring>
 
 namespace hvaudio::dsp {
 
@@ -21,21 +22,20 @@ namespace hvaudio::dsp {
 ///     ic2' = ic2 + b2 * ic1 + b3 * v3
 ///     ic1' = ic1 - c1 * ic1 + b2 * v3
 ///
-/// With trapezoidal integrators the memory's energy never grows, whatever the coefficients; that property is
-/// convex, so gliding linearly between two sets of coefficients is stable too.
-///
-/// While nothing glides, the cascade and the high-passes run in a direct form of the same sections, with
-/// g = b3 / b2 (the prewarped frequency), p = ic1 / g - ic2 and q = -ic1 / g - ic2:
+/// The cascade and the high-passes run in a direct form of the same sections, with g = b3 / b2 (the prewarped
+/// frequency), p = ic1 / g - ic2 and q = -ic1 / g - ic2:
 ///
 ///     s  = x + p
 ///     y  = e * x + r * p + f * q
 ///     p' = q + a * s
 ///     q' = p - b * s
 ///
-/// Its memory means nothing at another frequency, but it takes less arithmetic: half for a peaking section,
-/// whose y is x + r * s. As g is never 0 the memory goes from either form to the other whatever the
-/// coefficients are, and nothing is heard of it. The low-passes stay as they are: what a direct form rounds
-/// is measured by what goes in, and of that they may keep a millionth.
+/// It takes less arithmetic: half for a peaking section, whose y is x + r * s. The low-passes stay as they
+/// are: what a direct form rounds is measured by what goes in, and of that they may keep a millionth.
+///
+/// Changed filters fade in beside the ones that sound. A direct form's memory means nothing at another
+/// frequency, that of the integrators does: as g is never 0 the memory goes from either form to the other
+/// whatever the coefficients are, and the new filters go on from what the others remember.
 ///
 /// A cascade computed section by section waits for each result. Here every section takes the previous frame's
 /// output of the section before it, so that all sections of a frame are independent and share a vector; each
@@ -73,31 +73,43 @@ using StateTable = double[6][lanes];
 template <int lanes>
 using DirectTable = double[5][lanes];
 
-/// Everything that glides, as one flat row of numbers.
-struct alignas(64) Parameters
+/// The filters of one setting, in both forms where they have two.
+struct alignas(64) Filters
 {
     StateTable<cascadeLanes> cascade = {};
     StateTable<highLanes> high = {};
     StateTable<lowLanes> low = {};
+    DirectTable<cascadeLanes> directCascade = {};
+    DirectTable<highLanes> directHigh = {};
+    bool lowPass = false; ///< else the cabin's low-passes only pass their input on
+
+    bool operator==(const Filters& other) const noexcept
+    {
+        return std::memcmp(this, &other, offsetof(Filters, lowPass)) == 0 && lowPass == other.lowPass;
+    }
+};
+
+/// Everything that glides, as one flat row of numbers.
+struct Parameters
+{
     double speakerGain[8] = {}; ///< balance, fader, level, polarity, power; order of `Speaker`
     double allPass[8] = {};     ///< first-order all-pass of the delay's fraction; order of `Speaker`
     double bus[8] = {};         ///< factor of the programme, then of the prompts in order of `Prompt`
 
-    double* data() { return &cascade[0][0]; }
-    const double* data() const { return &cascade[0][0]; }
+    double* data() { return speakerGain; }
+    const double* data() const { return speakerGain; }
 };
-constexpr int parameterCount = 6 * (cascadeLanes + highLanes + lowLanes) + 8 + 8 + 8;
-static_assert(offsetof(Parameters, bus) == (parameterCount - 8) * sizeof(double),
-              "no padding but at the end: the glide runs over the flat row");
+constexpr int parameterCount = sizeof(Parameters) / sizeof(double);
 
-/// The filters that have one in their direct form.
-struct alignas(64) DirectFilters
+/// Parameters on straight lines from the last grid point on, as `Line` is one.
+struct Lines
 {
-    DirectTable<cascadeLanes> cascade = {};
-    DirectTable<highLanes> high = {};
+    const Parameters& from;
+    const Parameters* step = nullptr; ///< null: they stay
+    int start = 0;
 };
 
-/// Filter memory, lanes as in `Parameters`.
+/// Filter memory, lanes as in `Filters`.
 template <int lanes>
 struct SectionMemory
 {
@@ -111,10 +123,9 @@ struct alignas(64) FilterMemory
     SectionMemory<lowLanes> low;
     double allPassX[8], allPassY[8];
 };
-/// [RT] Changes the form of the memory of the filters that have both; the parameters are those at that
-/// moment.
-void toStateForm(FilterMemory& memory, const Parameters& now) noexcept;
-void toDirectForm(FilterMemory& memory, const Parameters& now) noexcept;
+/// [RT] Changes the form of the memory of the filters that have both.
+void toStateForm(FilterMemory& memory, const Filters& filters) noexcept;
+void toDirectForm(FilterMemory& memory, const Filters& filters) noexcept;
 
 /// Instruction sets.
 enum class Path {
@@ -125,22 +136,16 @@ enum class Path {
 };
 constexpr Path allPaths[] = {Path::Scalar, Path::Vector2, Path::Vector4, Path::Vector8}; ///< slowest first
 
-/// The functions of one path. All are [RT]; those that glide advance `now` by `step` each frame.
+/// The functions of one path. All are [RT].
 struct Kernel
 {
     /// Cleaned left/right times a factor, interleaved. A null input is silence.
     void (*gather)(const float* left, const float* right, Line factor, double* pairs, int frames);
     /// Runs the cascade over interleaved left/right pairs in place.
-    void (*cascade)(double* pairs, int frames, const DirectFilters& filters, FilterMemory& memory);
-    void (*glidingCascade)(double* pairs, int frames, Parameters& now, const Parameters& step,
-                           FilterMemory& memory);
-    /// Pairs to the five speakers: gain, crossover, all-pass; each output is contiguous. With `lowPass` false
-    /// the low-pass sections pass their input on, as late as they would otherwise.
-    void (*crossover)(const double* pairs, float* const out[speakerCount], int frames,
-                      const DirectFilters& filters, const Parameters& now, FilterMemory& memory,
-                      bool lowPass);
-    void (*glidingCrossover)(const double* pairs, float* const out[speakerCount], int frames, Parameters& now,
-                             const Parameters& step, FilterMemory& memory);
+    void (*cascade)(double* pairs, int frames, const Filters& filters, FilterMemory& memory);
+    /// Pairs to the five speakers: gain, crossover, all-pass; each output is contiguous.
+    void (*crossover)(const double* pairs, float* const out[speakerCount], int frames, const Filters& filters,
+                      Lines levels, FilterMemory& memory);
     /// Copies, and returns the largest absolute sample.
     float (*copy)(const float* from, float* to, int frames);
     /// For each speaker's cell of `gridFrames` frames the largest absolute sample of those between which

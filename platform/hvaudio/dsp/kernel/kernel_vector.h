@@ -1,11 +1,11 @@
 #pragma once
 
-#include "platform/hvaudio/dsp/kernel/kernel_plain.h"
+#include "platform/hvaudio/dsp/kernel/kernel_common.h"
 
 #include <utility>
 
-// The filters at rest in vectors of 2, 4 or 8 lanes, in the compiler's own vector types, so that one text
-// serves SSE2, AVX2 and NEON. Gliding ones are left to the compiler (kernel_plain.h).
+// The filters in vectors of 2, 4 or 8 lanes, in the compiler's own vector types, so that one text serves
+// SSE2, AVX2 and NEON.
 
 namespace hvaudio::dsp {
 namespace {
@@ -138,13 +138,13 @@ void runGroups(double* pairs, int frames, const DirectTable<cascadeLanes>& table
 }
 
 template <typename V>
-void cascade(double* pairs, int frames, const DirectFilters& filters, FilterMemory& memory)
+void cascade(double* pairs, int frames, const Filters& filters, FilterMemory& memory)
 {
     // The first group has no shelf.
     constexpr int step = cascadeGroup * widthOf<V>;
-    runGroups<V, (step > 2 * cascadeGroup)>(pairs, frames, filters.cascade, memory.cascade, 0);
+    runGroups<V, (step > 2 * cascadeGroup)>(pairs, frames, filters.directCascade, memory.cascade, 0);
     for (int lane = step; lane < cascadeLanes; lane += step)
-        runGroups<V, true>(pairs, frames, filters.cascade, memory.cascade, lane);
+        runGroups<V, true>(pairs, frames, filters.directCascade, memory.cascade, lane);
 }
 
 /// A section of the crossovers, one vector wide: in direct form with five rows of coefficients, in state form
@@ -224,26 +224,27 @@ inline void storeTurned(float* const* to, int n, F4 a, F4 b, F4 c, F4 d)
 
 /// As many of the cabin's speakers as a vector holds, from `at` on, and the subwoofer along with the first
 /// ones: so much fits into registers.
-template <typename V, bool lowPass, bool subwoofer>
+template <typename V, bool subwoofer, bool lowPass, bool gliding>
 void crossoverPass(int at, const double* pairs, float* const out[speakerCount], int frames,
-                   const DirectFilters& filters, const Parameters& now, FilterMemory& memory)
+                   const Filters& filters, Lines levels, FilterMemory& memory)
 {
     CrossoverSections<V, 5> high[2];
     CrossoverSections<V, 6> low[2];
     for (int s = 0; s < 2; ++s) {
-        high[s].open(filters.high, memory.high, 4 * s + at);
-        low[s].open(now.low, memory.low, 4 * s + at);
+        high[s].open(filters.directHigh, memory.high, 4 * s + at);
+        low[s].open(filters.low, memory.low, 4 * s + at);
     }
-    const V gain = load<V>(now.speakerGain + at), allPass = load<V>(now.allPass + at);
-    V apX = load<V>(memory.allPassX + at), apY = load<V>(memory.allPassY + at);
     CrossoverSections<D2, 6> sub; // its two sections side by side
-    sub.open(now.low, memory.low, subwooferLane);
-    const double subGain = now.speakerGain[Subwoofer], subAllPass = now.allPass[Subwoofer];
+    sub.open(filters.low, memory.low, subwooferLane);
+    V apX = load<V>(memory.allPassX + at), apY = load<V>(memory.allPassY + at);
     double subApX = memory.allPassX[Subwoofer], subApY = memory.allPassY[Subwoofer];
+    const Parameters &from = levels.from, &step = gliding ? *levels.step : from;
+    const V gain0 = load<V>(from.speakerGain + at), gainStep = load<V>(step.speakerGain + at);
+    const V allPass0 = load<V>(from.allPass + at), allPassStep = load<V>(step.allPass + at);
     float* const* const cabin = out + at;
-    float* const subOut = out[Subwoofer];
 
     const auto frame = [&](int n) {
+        const double place = levels.start + n;
         if constexpr (lowPass) {
             low[1].run(low[0].y);
             low[0].run(high[1].y);
@@ -252,15 +253,19 @@ void crossoverPass(int at, const double* pairs, float* const out[speakerCount], 
             low[0].y = high[1].y;
         }
         high[1].run(high[0].y);
-        high[0].run(spread(pairs + 2 * n, V{}) * gain);
-        apY = allPass * (low[1].y - apY) + apX;
+        high[0].run(spread(pairs + 2 * n, V{}) * (gliding ? gain0 + gainStep * place : gain0));
+        apY = (gliding ? allPass0 + allPassStep * place : allPass0) * (low[1].y - apY) + apX;
         apX = low[1].y;
         if constexpr (subwoofer) {
-            const D2 subIn = {(pairs[2 * n] + pairs[2 * n + 1]) * subGain, sub.y[0]};
+            const auto on = [&](const double* start, const double* by) {
+                return gliding ? start[Subwoofer] + by[Subwoofer] * place : start[Subwoofer];
+            };
+            const D2 subIn = {(pairs[2 * n] + pairs[2 * n + 1]) * on(from.speakerGain, step.speakerGain),
+                              sub.y[0]};
             sub.run(subIn);
-            subApY = subAllPass * (sub.y[1] - subApY) + subApX;
+            subApY = on(from.allPass, step.allPass) * (sub.y[1] - subApY) + subApX;
             subApX = sub.y[1];
-            subOut[n] = float(subApY);
+            out[Subwoofer][n] = float(subApY);
         }
         return single(apY);
     };
@@ -288,21 +293,23 @@ void crossoverPass(int at, const double* pairs, float* const out[speakerCount], 
     }
 }
 
-template <typename V, bool lowPass>
-void crossoverPasses(const double* pairs, float* const out[speakerCount], int frames,
-                     const DirectFilters& filters, const Parameters& now, FilterMemory& memory)
+template <typename V, bool lowPass, bool gliding>
+void crossoverPasses(const double* pairs, float* const out[speakerCount], int frames, const Filters& filters,
+                     Lines levels, FilterMemory& memory)
 {
-    crossoverPass<V, lowPass, true>(0, pairs, out, frames, filters, now, memory);
+    crossoverPass<V, true, lowPass, gliding>(0, pairs, out, frames, filters, levels, memory);
     for (int at = widthOf<V>; at < cabinSpeakerCount; at += widthOf<V>)
-        crossoverPass<V, lowPass, false>(at, pairs, out, frames, filters, now, memory);
+        crossoverPass<V, false, lowPass, gliding>(at, pairs, out, frames, filters, levels, memory);
 }
 
 template <typename V>
-void crossover(const double* pairs, float* const out[speakerCount], int frames, const DirectFilters& filters,
-               const Parameters& now, FilterMemory& memory, bool lowPass)
+void crossover(const double* pairs, float* const out[speakerCount], int frames, const Filters& filters,
+               Lines levels, FilterMemory& memory)
 {
-    (lowPass ? crossoverPasses<V, true> : crossoverPasses<V, false>)(pairs, out, frames, filters, now,
-                                                                     memory);
+    const auto run =
+        levels.step ? (filters.lowPass ? crossoverPasses<V, true, true> : crossoverPasses<V, false, true>)
+                    : (filters.lowPass ? crossoverPasses<V, true, false> : crossoverPasses<V, false, false>);
+    run(pairs, out, frames, filters, levels, memory);
 }
 
 } // namespace

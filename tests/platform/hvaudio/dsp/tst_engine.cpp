@@ -18,7 +18,9 @@ private slots:
     void badRatesAreRefused();
     void soundDoesNotDependOnTheBlockSize_data();
     void soundDoesNotDependOnTheBlockSize();
+    void glidesDoNotDependOnTheBlockSize_data();
     void glidesDoNotDependOnTheBlockSize();
+    void newestFiltersSoundInTheEnd();
     void restsDoNotDependOnTheBlockSize();
     void inputMayBeTheOutput();
     void missingInputsAndOutputsAreFine();
@@ -95,8 +97,16 @@ void TestEngine::soundDoesNotDependOnTheBlockSize()
     QVERIFY(a == b);
 }
 
+void TestEngine::glidesDoNotDependOnTheBlockSize_data()
+{
+    QTest::addColumn<bool>("filtersOnly");
+    QTest::newRow("filters, levels and delays") << false;
+    QTest::newRow("filters alone") << true;
+}
+
 void TestEngine::glidesDoNotDependOnTheBlockSize()
 {
+    QFETCH(bool, filtersOnly);
     const Signal in = pinkNoise(0.5, 3000, 3);
     for (int frames : {1, 5, 16, 31, 1000}) {
         Rig whole, cut;
@@ -104,9 +114,11 @@ void TestEngine::glidesDoNotDependOnTheBlockSize()
         for (int step = 0; step < 12; ++step) {
             Settings s = busy();
             s.equalizer[random() % bandCount] = int(random() % 21) - 10;
-            s.balance = int(random() % 31) / 15.0 - 1;
-            s.cabin[random() % 4].delayMs = 0.1 * (random() % 101);
-            s.subwoofer.inverted = random() & 1;
+            if (!filtersOnly) {
+                s.balance = int(random() % 31) / 15.0 - 1;
+                s.cabin[random() % 4].delayMs = 0.1 * (random() % 101);
+                s.subwoofer.inverted = random() & 1;
+            }
             whole.engine.set(s);
             cut.engine.set(s);
             if (step == 5) {
@@ -116,6 +128,27 @@ void TestEngine::glidesDoNotDependOnTheBlockSize()
             QVERIFY2(whole.play(in, 4096) == cut.play(in, frames), qPrintable(QString::number(frames)));
         }
     }
+}
+
+/// Wishes that come while others fade in wait, and only the newest of them is taken up.
+void TestEngine::newestFiltersSoundInTheEnd()
+{
+    Settings s = busy();
+    Rig changed(s);
+    const Signal in = sine(300, 0.1, 48000);
+    for (int gain : {-10, 4, 7}) {
+        s.equalizer[4] = gain;
+        s.cabin[FrontLeft].highPass.hz = 100 + 10 * gain;
+        changed.engine.set(s);
+        changed.play(sine(300, 0.1, 480));
+    }
+    Rig fresh(s);
+    const Speakers got = changed.play(in), wanted = fresh.play(in);
+    const auto level = [](const Signal& out) {
+        return std::abs(spectrum(Signal(out.end() - 4800, out.end()), 300));
+    };
+    for (int i = 0; i < speakerCount; ++i)
+        QVERIFY(std::abs(level(got[i]) / level(wanted[i]) - 1) < 1e-5);
 }
 
 void TestEngine::restsDoNotDependOnTheBlockSize()

@@ -101,14 +101,15 @@ void TestKernel::missingSideIsSilent()
     }
 }
 
-/// Filters that glide from their coefficients to the same ones sound as if they rested.
+/// Filters that go on in place of the same ones, and levels that glide to the same ones, sound as if they
+/// rested.
 void TestKernel::changeOfFormIsNotHeard()
 {
     QFETCH(Path, path);
     const Kernel& kernel = *kernelOf(path);
     constexpr double rate = 48000;
     const Snapshot snapshot = makeSnapshot(busy(), EqualizerDesign(rate), rate);
-    Parameters now = snapshot.parameters;
+    const Filters& filters = snapshot.filters;
     const Parameters step;
     FilterMemory resting{}, changing{};
     constexpr int frames = 100;
@@ -126,18 +127,15 @@ void TestKernel::changeOfFormIsNotHeard()
             return std::array<float*, speakerCount>{s[0].data(), s[1].data(), s[2].data(), s[3].data(),
                                                     s[4].data()};
         };
-        kernel.cascade(pairs[0], frames, snapshot.direct, resting);
-        kernel.crossover(pairs[0], to(out[0]).data(), frames, snapshot.direct, snapshot.parameters, resting,
-                         true);
+        kernel.cascade(pairs[0], frames, filters, resting);
+        kernel.crossover(pairs[0], to(out[0]).data(), frames, filters, Lines{snapshot.parameters}, resting);
         if (piece % 2) {
-            toStateForm(changing, now);
-            kernel.glidingCascade(pairs[1], frames, now, step, changing);
-            kernel.glidingCrossover(pairs[1], to(out[1]).data(), frames, now, step, changing);
-            toDirectForm(changing, now);
-        } else {
-            kernel.cascade(pairs[1], frames, snapshot.direct, changing);
-            kernel.crossover(pairs[1], to(out[1]).data(), frames, snapshot.direct, now, changing, true);
+            toStateForm(changing, filters);
+            toDirectForm(changing, filters);
         }
+        kernel.cascade(pairs[1], frames, filters, changing);
+        kernel.crossover(pairs[1], to(out[1]).data(), frames, filters,
+                         Lines{snapshot.parameters, piece % 2 ? &step : nullptr, 3}, changing);
         for (int i = 0; i < speakerCount; ++i)
             for (int n = 0; n < frames; ++n) {
                 largest = std::max(largest, double(std::abs(out[0][size_t(i)][size_t(n)])));
@@ -163,9 +161,9 @@ void TestKernel::memoryComesBackFromTheOtherForm()
     for (int i = 0; i < highLanes; ++i)
         memory.high.first[i] = number(), memory.high.second[i] = number();
     const FilterMemory before = memory;
-    toDirectForm(memory, snapshot.parameters);
+    toDirectForm(memory, snapshot.filters);
     QVERIFY(std::abs(memory.high.first[0] - before.high.first[0]) > 100);
-    toStateForm(memory, snapshot.parameters);
+    toStateForm(memory, snapshot.filters);
     for (int i = 0; i < cascadeLanes; ++i) {
         QVERIFY(std::abs(memory.cascade.first[i] - before.cascade.first[i]) < 1e-11);
         QVERIFY(std::abs(memory.cascade.second[i] - before.cascade.second[i]) < 1e-11);

@@ -3,10 +3,23 @@
 #include "platform/hvaudio/dsp/kernel/detector.h"
 #include "platform/hvaudio/dsp/kernel/kernel.h"
 
-// The limiter's loops, in vectors `F` of floats.
+// The loops that all paths share; the delay's and the limiter's in vectors `F` of floats. Everything stands
+// in a nameless namespace: each including file is compiled for other instructions, and no function may be
+// shared between them by the linker.
 
 namespace hvaudio::dsp {
 namespace {
+
+void gather(const float* left, const float* right, Line factor, double* pairs, int frames)
+{
+    static const float silence[pieceFrames] = {};
+    const float* const side[2] = {left ? left : silence, right ? right : silence};
+    for (int n = 0; n < frames; ++n) {
+        const double f = factor.at(n);
+        pairs[2 * n] = cleaned(side[0][n]) * f;
+        pairs[2 * n + 1] = cleaned(side[1][n]) * f;
+    }
+}
 
 typedef float F4 __attribute__((vector_size(16)));
 typedef float F8 __attribute__((vector_size(32)));
