@@ -45,8 +45,8 @@ Section highShelf(double hz, double q, double gainDb, double rate);
 using TwoSections = std::array<Section, 2>;
 TwoSections crossoverHighPass(double hz, int order, double rate);
 TwoSections crossoverLowPass(double hz, int order, double rate);
-/// Sections that pass everything but keep the memory of a filter at 80 Hz running, so that switching a filter
-/// on or off is a glide of the output mix.
+/// Sections that pass everything but keep the memory of a filter at 80 Hz running, from which one that is
+/// switched on goes on.
 TwoSections passThrough(double rate);
 
 /// What the side that the control points away from keeps: 1 at the centre and on the near side, falling along

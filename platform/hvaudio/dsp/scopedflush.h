@@ -19,7 +19,10 @@ public:
         _mm_setcsr(m_before | 0x8040); // flush to zero, denormals are zero
 #elif defined(__aarch64__)
         asm volatile("mrs %0, fpcr" : "=r"(m_before));
-        asm volatile("msr fpcr, %0" : : "r"(m_before | (1ull << 24)));
+        asm volatile("msr fpcr, %0" : : "r"(m_before | 1u << 24));
+#elif defined(__ARM_FP)
+        asm volatile("vmrs %0, fpscr" : "=r"(m_before));
+        asm volatile("vmsr fpscr, %0" : : "r"(m_before | 1u << 24));
 #endif
     }
     ~ScopedFlush()
@@ -28,6 +31,8 @@ public:
         _mm_setcsr(m_before);
 #elif defined(__aarch64__)
         asm volatile("msr fpcr, %0" : : "r"(m_before));
+#elif defined(__ARM_FP)
+        asm volatile("vmsr fpscr, %0" : : "r"(m_before));
 #endif
     }
     ScopedFlush(const ScopedFlush&) = delete;
