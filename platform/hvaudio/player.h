@@ -33,10 +33,11 @@ public:
     /// line in the log, when that output can't be had; the unit then plays to none, so that everything else
     /// works. Starting a started player changes the output.
     bool start(const std::string& output = "auto");
-    /// The same with an output of the caller's own.
+    /// The same with an output of the caller's own, not null.
     bool start(std::unique_ptr<Output> output);
     /// Fades out (at most 0.4 s) and lets the output go. The destructor does the same.
     void stop();
+    /// True between `start` and `stop`, be it to none.
     bool started() const;
 
     /// What the listener asked for, clamped as in `dsp::clampToRange`; at once, click-free.

@@ -26,6 +26,7 @@ public:
 
     AudioState state;
 
+    // Arguments of these have been found in range. Thread: GUI.
     void powerOn();
     void powerOff();
     void setFilterTables(AudioServiceHost::FilterTables tables);

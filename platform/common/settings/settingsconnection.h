@@ -12,6 +12,9 @@ namespace mem {
 ///
 /// Write-ahead log and synchronous=EXTRA: a commit appends to one file and syncs it once, where a rollback
 /// journal syncs three times and wears the flash accordingly. The log survives a power cut at any byte.
+///
+/// Here, in SettingsDatabase, SettingsFile and settingsreader.h: one thread at a time; places for a reason or
+/// a message are never null, and a reason counts only where something failed.
 class SettingsConnection
 {
 public:
@@ -39,6 +42,7 @@ public:
     /// transaction could be written, or failed in a way that may pass (a full disk), which problem() then
     /// tells. A file that isn't good is left as it is, with its log.
     State open(const QString& path, Access access, QString* reason);
+    /// Closing a closed one is harmless. values() stay.
     void close();
     bool isOpen() const { return m_connection != nullptr; }
 

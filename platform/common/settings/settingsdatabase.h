@@ -25,6 +25,7 @@ public:
 
     /// message: sentences for the user, empty when there is nothing to say.
     Opened open(const QString& path, QString* message);
+    /// Lets the file go. Closing a closed one is harmless.
     void close();
     bool isOpen() const { return m_connection.isOpen(); }
 

@@ -20,6 +20,7 @@ bool isSettingType(const QVariant& value);
 /// Type and value: QVariant's own comparison finds 1 and true, or 1 and "1", equal.
 bool sameSetting(const QVariant& a, const QVariant& b);
 
+/// One or several statements whose rows don't matter.
 int execute(sqlite3* connection, const char* sql);
 /// First column of the first row, as text; untouched when there is no row.
 int query(sqlite3* connection, const char* sql, QByteArray* result);

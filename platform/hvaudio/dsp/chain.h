@@ -16,12 +16,14 @@ class Chain
 public:
     /// rate: Hz.
     void prepare(double rate);
+    /// kernel: never null.
     void setKernel(const Kernel* kernel)
     {
         m_kernel = kernel;
         m_delay.setKernel(kernel);
         m_limiter.setKernel(kernel);
     }
+    /// As Engine::latencyFrames.
     int latencyFrames() const noexcept;
 
     /// The newest wishes; taken up at the next grid point.
@@ -33,6 +35,7 @@ public:
     /// Runs the block; `meters` is raised where the block goes beyond it.
     void process(const Block& block, Meters& meters) noexcept;
 
+    // As in Engine.
     int audibleSource() const noexcept { return m_source.audible(); }
     bool idle() const noexcept { return m_idle; }
 

@@ -17,9 +17,11 @@ public:
     void prepare(double rate, int longestTap);
     /// [OFF]
     void setKernel(const Kernel* kernel) { m_kernel = kernel; }
+    /// Forgets the sound.
     void clear() noexcept;
-    /// Wanted tap; `jump` without fade.
+    /// Wanted tap, 0 .. the longest one.
     void aim(int speaker, int tap) noexcept;
+    /// Takes the wanted taps without a fade.
     void jump() noexcept;
     /// At a grid point: starts or moves on the fades. True while any is under way.
     bool advanceGrid() noexcept;

@@ -22,6 +22,7 @@ public:
         m_data.assign(size_t(signalCount) * m_stride, 0.0f);
         m_position = m_past;
     }
+    /// Forgets the sound.
     void clear() noexcept
     {
         std::fill(m_data.begin(), m_data.end(), 0.0f);

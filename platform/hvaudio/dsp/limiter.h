@@ -27,6 +27,7 @@ class LimiterGain
 public:
     /// [OFF] `lookAhead`: cells that the sound comes later than its needs.
     void prepare(double rate, int lookAhead);
+    /// Forgets the sound: the gain is 1.
     void clear() noexcept;
     /// At a grid point: takes up what the cell before it needs, 1 or less, and aims at the next point's gain.
     void nextCell(float needed) noexcept;
@@ -83,6 +84,7 @@ public:
     void prepare(double rate);
     /// [OFF]
     void setKernel(const Kernel* kernel) { m_kernel = kernel; }
+    /// Forgets the sound: both gains are 1.
     void clear() noexcept;
     /// Of the usual rates at most 3.1 ms from 44.1 kHz up, 3.5 ms from 11.025 kHz up, 4.8 ms at 8 kHz.
     int latencyFrames() const noexcept { return m_lookAhead * gridFrames + detectorFrames; }

@@ -25,6 +25,7 @@ public:
 
     /// Source that the programme is to carry from the next block on.
     int audible() const noexcept { return m_audible; }
+    /// At the last grid point.
     double factor() const noexcept { return m_fade.value() * m_gain.value(); }
     bool moving() const noexcept { return m_state != Playing || m_fade.moving() || m_gain.moving(); }
 
@@ -54,6 +55,7 @@ public:
             m_level[prompt] = largest;
     }
     void advanceGrid() noexcept;
+    /// At the last grid point.
     double factor() const noexcept { return m_glide.value(); }
     /// While something holds or glides.
     bool moving() const noexcept { return m_busy || m_glide.moving(); }
@@ -71,6 +73,7 @@ class Beeper
 {
 public:
     void prepare(double rate) noexcept;
+    /// One that sounds begins anew.
     void trigger() noexcept { m_left = m_length; }
     void advanceGrid() noexcept;
     bool sounding() const noexcept { return m_left > 0 || m_edge.moving(); }

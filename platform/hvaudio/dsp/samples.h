@@ -27,7 +27,8 @@ __attribute__((always_inline)) inline float cleaned(float sample) noexcept
     return low > 64.0f ? 64.0f : low;
 }
 
-/// [RT] Adds cleaned left/right times a factor and returns the largest absolute sample behind the factor.
+/// [RT] Adds cleaned left/right, neither of them null, times a factor and returns the largest absolute sample
+/// behind the factor.
 double addPairs(const float* left, const float* right, Line factor, double* pairs, int frames) noexcept;
 /// [RT] True when every sample is 0; a null signal is.
 bool allZero(const float* signal, int frames) noexcept;

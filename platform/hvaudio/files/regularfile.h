@@ -26,6 +26,7 @@ public:
     }
     ~Descriptor();
 
+    /// Stays owned here.
     int get() const noexcept { return m_fd; }
     explicit operator bool() const noexcept { return m_fd >= 0; }
 

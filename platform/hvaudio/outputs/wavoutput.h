@@ -9,6 +9,7 @@ namespace hvaudio {
 class WavOutput final : public PacedOutput
 {
 public:
+    /// The file is made by `start`, which says when that fails.
     explicit WavOutput(std::string path);
     ~WavOutput() override;
     std::string status() const override;

@@ -12,7 +12,7 @@ template <typename T>
 class Ring
 {
 public:
-    /// [OFF] The capacity is rounded up to a power of two.
+    /// [OFF] The capacity, above 0, is rounded up to a power of two.
     explicit Ring(int capacity)
     {
         int size = 1;
@@ -30,7 +30,7 @@ public:
     /// Writer: exact or too small.
     int writable() const noexcept { return capacity() - readable(); }
 
-    /// Writer: returns how many were taken.
+    /// Writer: returns how many of `count`, 0 or more, were taken.
     int write(const T* values, int count) noexcept
     {
         const unsigned start = m_written.load(std::memory_order_relaxed);
@@ -41,7 +41,7 @@ public:
         return count;
     }
 
-    /// Reader: returns how many there were. A null pointer drops them.
+    /// Reader: takes up to `count`, 0 or more, and returns how many there were. A null pointer drops them.
     int read(T* values, int count) noexcept
     {
         const unsigned start = m_read.load(std::memory_order_relaxed);

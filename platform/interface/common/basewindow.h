@@ -14,6 +14,7 @@ class COMMON_EXPORT BaseWindow : public QObject, public WindowInterface
 {
     Q_OBJECT
 public:
+    /// The parent owns the window; without one (null) the caller does.
     explicit BaseWindow(QObject* parent = nullptr);
     /// Deletes a root widget that no shell has taken (one without a parent).
     ~BaseWindow() override;

@@ -16,8 +16,9 @@ class COMMON_EXPORT CustomSlider_2 : public QSlider
 {
     Q_OBJECT
 public:
-    /// geometry: px in the parent, which owns the slider. style: 4 = full row with the value in a bubble
-    /// above the handle (the only one that the unit uses); any other number is taken as 4.
+    /// geometry: px in the parent, which owns the slider; without one (null) it is a window of its own and
+    /// the caller's. style: 4 = full row with the value in a bubble above the handle (the only one that the
+    /// unit uses); any other number is taken as 4.
     CustomSlider_2(QWidget* parent, const QRect& geometry, int style);
     ~CustomSlider_2() override;
 

@@ -30,6 +30,7 @@ public:
     KeyEvent(int key, Action action);
     ~KeyEvent() override;
 
+    /// As given.
     int key() const;
 
 private:

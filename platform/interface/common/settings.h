@@ -38,11 +38,12 @@ private:
     Q_DISABLE_COPY(SettingsFunc)
 };
 
-/// An accessor to the same store, owned by a page.
+/// An accessor to the same store.
 class COMMON_EXPORT SettingsExe : public QObject
 {
     Q_OBJECT
 public:
+    /// The parent, a page, owns the accessor; without one (null) the caller does.
     explicit SettingsExe(QObject* parent);
     ~SettingsExe() override;
 

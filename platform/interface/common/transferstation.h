@@ -12,6 +12,7 @@ class COMMON_EXPORT R9TransferStation : public QObject
 {
     Q_OBJECT
 public:
+    /// The parent owns the station; without one (null) the caller does.
     explicit R9TransferStation(QObject* parent = nullptr);
     ~R9TransferStation() override;
 

@@ -54,6 +54,7 @@ public:
     /// Sounds the key beep. tone: 0; any other is logged and sounds as 0, since a key must not stay silent.
     void doBeep(int tone);
 
+    /// The type that sounds, 0..8.
     AudioEQType getCurrEQType();
     /// type 0..8. save: keep it across power cycles. mem::SettingsUtil::EQType tells of another type than
     /// before, when getCurrEQType() says so already.

@@ -50,8 +50,9 @@ public:
     bool make(pw_loop* loop, pw_core* core, Feed& feed, double serverRate, std::string& error);
     /// Before the core is disconnected. Calling it twice is harmless.
     void destroy();
+    /// True between `make` and `destroy`.
     bool made() const { return m_sink; }
-    /// Numbers of the nodes in the graph.
+    /// Numbers of the nodes in the graph, while they are made.
     std::uint32_t outputNode() const;
     std::uint32_t sinkNode() const;
     void setLayout(SpeakerFeed::Layout layout) { m_speakers.setLayout(layout); }
