@@ -15,6 +15,8 @@ namespace {
 
 /// A few bytes may stand for hours of silence.
 constexpr int mostFrames = 40000;
+/// That are looked at when it is read for the second time.
+constexpr int fewFrames = 2000;
 
 /// One file for all inputs. Its name makes the library try what it only knows by names.
 class Input
@@ -44,10 +46,10 @@ private:
     int m_fd;
 };
 
-void readToTheEnd(SoundFile& file)
+void read(SoundFile& file, int frames)
 {
     std::vector<StereoFrame> piece(777);
-    for (int done = 0; done < mostFrames; done += int(piece.size())) {
+    for (int done = 0; done < frames; done += int(piece.size())) {
         const int got = file.read(piece.data(), int(piece.size()));
         fuzz::require(got >= 0 && got <= int(piece.size()), "more frames than were asked for");
         for (int n = 0; n < got; ++n)
@@ -65,7 +67,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     static const Input input;
     const std::string& path = input.holding(data, size);
-    for (const double rate : {0.0, 48000.0, 44100.0}) {
+    for (const double rate : {0.0, 44100.0}) {
         std::string error;
         const auto file = SoundFile::open(path, rate, SoundFile::Quality::Playing, error);
         fuzz::require((file == nullptr) != error.empty(), "a file or an error, one of them");
@@ -75,13 +77,11 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
             continue;
         }
         fuzz::require(file->channels() >= 1 && file->channels() <= 8, "so many channels");
-        for (int time = 0; time < 2; ++time) {
-            readToTheEnd(*file);
-            fuzz::answered(std::to_string(file->channels()) + ' ' + std::to_string(file->fileRate()) + ' ' +
-                           std::to_string(file->fileFramesRead() / 1000) + (file->isCutShort() ? "!" : ""));
-            if (!file->rewind())
-                break;
-        }
+        read(*file, mostFrames);
+        fuzz::answered(std::to_string(file->channels()) + ' ' + std::to_string(file->fileRate()) + ' ' +
+                       std::to_string(file->fileFramesRead() / 1000) + (file->isCutShort() ? "!" : ""));
+        if (file->rewind())
+            read(*file, fewFrames);
     }
     return 0;
 }
