@@ -5,7 +5,6 @@
 
 #include <memory>
 #include <string>
-#include <vector>
 
 namespace hvaudio {
 
@@ -33,32 +32,30 @@ public:
     /// a screen.
     static std::unique_ptr<SoundFile> open(const std::string& path, double rate, Quality quality,
                                            std::string& error);
-    ~SoundFile();
+    virtual ~SoundFile() = default;
     SoundFile(const SoundFile&) = delete;
     SoundFile& operator=(const SoundFile&) = delete;
 
     /// Of the file, 1 to 8.
-    int channels() const;
+    virtual int channels() const = 0;
     /// Of the file, in Hz.
-    int fileRate() const;
+    virtual int fileRate() const = 0;
     /// Of what `read` gives, in Hz.
-    double rate() const;
+    virtual double rate() const = 0;
     /// Frames of the file read so far, at its own rate.
-    long long fileFramesRead() const;
+    virtual long long fileFramesRead() const = 0;
     /// When the end has come: whether there should have been more, as far as libsndfile knows: the file
     /// couldn't be read any further, or a FLAC says how many frames it has and lacks some. False before the
     /// end. Other formats end where they are cut off without a word.
-    bool isCutShort() const;
+    virtual bool isCutShort() const = 0;
 
     /// Fewer frames than asked for mean the end. Samples that aren't numbers are given as 0.
-    int read(StereoFrame* frames, int count);
+    virtual int read(StereoFrame* frames, int count) = 0;
     /// Begins again at the start; false when the file doesn't let itself be read again.
-    bool rewind();
+    virtual bool rewind() = 0;
 
-private:
-    struct Private;
-    explicit SoundFile(std::unique_ptr<Private> d);
-    const std::unique_ptr<Private> d;
+protected:
+    SoundFile() = default;
 };
 
 } // namespace hvaudio

@@ -4,9 +4,6 @@
 
 #include <memory>
 #include <string>
-#include <vector>
-
-struct sf_private_tag; // libsndfile's file
 
 namespace hvaudio {
 
@@ -26,22 +23,22 @@ public:
     static std::unique_ptr<WavWriter> create(int descriptor, const std::string& name, double rate,
                                              int channels, std::string& error);
     /// Completes the file as far as it was written.
-    ~WavWriter();
+    virtual ~WavWriter() = default;
+    WavWriter(const WavWriter&) = delete;
+    WavWriter& operator=(const WavWriter&) = delete;
 
     /// One pointer a channel, five of them in the order of `dsp::Speaker`; full scale is 1. False when the
     /// medium is full or gone.
-    bool write(const float* const* channels, int frames);
+    virtual bool write(const float* const* channels, int frames) = 0;
     /// Completes the file; false and a sentence in `error` when that fails. Nothing can be written
     /// afterwards.
-    bool finish(std::string& error);
+    virtual bool finish(std::string& error) = 0;
+
+protected:
+    WavWriter() = default;
 
 private:
-    WavWriter() = default;
     Descriptor m_own;
-    sf_private_tag* m_file = nullptr;
-    std::string m_name;
-    int m_channels = 0;
-    std::vector<float> m_interleaved;
 };
 
 } // namespace hvaudio

@@ -36,6 +36,7 @@ private slots:
     void signalEndsARenderingAndLeavesNothing_data();
     void signalEndsARenderingAndLeavesNothing();
     void hangupThatIsIgnoredStaysIgnored();
+    void renderingWithoutItsLibraryIsRefused();
     void plotReplacesNothingButAFile();
     void plotWithoutItsLibraryIsRefused();
     void plotShowsALineForEachSpeakerAndDotsOverIt();
@@ -280,6 +281,23 @@ void TestOffline::hangupThatIsIgnoredStaysIgnored()
     QCOMPARE(unit.exitStatus(), QProcess::NormalExit);
     QCOMPARE(unit.exitCode(), 0);
     QCOMPARE(entries(), (QStringList{"in.wav", "out.wav"}));
+}
+
+void TestOffline::renderingWithoutItsLibraryIsRefused()
+{
+    // What reads sound files lies beside the sound processor.
+    const QString processor = QFileInfo(HEADUNIT).dir().filePath("../lib/libhvaudio.so");
+    QVERIFY(QFile::copy(processor, folder->filePath("libhvaudio.so")));
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert("LD_LIBRARY_PATH", folder->path());
+    QProcess unit;
+    unit.setProcessEnvironment(environment);
+    unit.start(HEADUNIT, {"--render", sound(), folder->filePath("out.wav")});
+    QVERIFY(unit.waitForFinished(30000));
+    QCOMPARE(unit.exitCode(), 5);
+    const QByteArray errors = unit.readAllStandardError();
+    QVERIFY2(errors.contains("libhvaudiofiles.so can't be loaded"), errors);
+    QVERIFY(!QFile::exists(folder->filePath("out.wav")));
 }
 
 void TestOffline::plotReplacesNothingButAFile()

@@ -1,6 +1,5 @@
-#include "platform/hvaudio/files/soundfile.h"
-
 #include "platform/hvaudio/dsp/samples.h"
+#include "platform/hvaudio/files/formats/formats.h"
 #include "platform/hvaudio/files/regularfile.h"
 
 #include <samplerate.h>
@@ -9,7 +8,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <cstring>
+#include <vector>
 
 namespace hvaudio {
 
@@ -91,16 +90,23 @@ std::array<Weight, maxChannels> weightsOf(const int* map, int channels)
     return weights;
 }
 
-} // namespace
-
-struct SoundFile::Private
+struct SoundFileReader final : SoundFile
 {
-    ~Private()
+    ~SoundFileReader() override
     {
         src_delete(converter);
         if (file)
             sf_close(file);
     }
+
+    bool open(const std::string& path, double wantedRate, Quality quality, std::string& error);
+    int channels() const override { return info.channels; }
+    int fileRate() const override { return info.samplerate; }
+    double rate() const override { return playedRate; }
+    long long fileFramesRead() const override { return framesRead; }
+    bool isCutShort() const override;
+    int read(StereoFrame* frames, int count) override;
+    bool rewind() override;
 
     /// Fills `chunk` from the file; false at its end. What gave nothing once is at its end until it is
     /// rewound: the decoder of MP3 gives nothing at a damaged place and may go on later, which nobody who has
@@ -132,7 +138,7 @@ struct SoundFile::Private
     SNDFILE* file = nullptr;
     SF_INFO info = {};
     SRC_STATE* converter = nullptr; ///< null when rates are equal
-    double rate = 0;
+    double playedRate = 0;
     std::array<Weight, maxChannels> weights{};
     std::vector<float> raw;
     std::vector<StereoFrame> chunk;
@@ -142,138 +148,118 @@ struct SoundFile::Private
     bool ended = false;
 };
 
-SoundFile::SoundFile(std::unique_ptr<Private> data)
-    : d(std::move(data))
+bool SoundFileReader::open(const std::string& path, double wantedRate, Quality quality, std::string& error)
 {
-}
-
-SoundFile::~SoundFile() = default;
-
-std::unique_ptr<SoundFile> SoundFile::open(const std::string& path, double rate, Quality quality,
-                                           std::string& error)
-{
-    auto d = std::make_unique<Private>();
-    d->descriptor = openForReading(path, error);
-    if (!d->descriptor)
-        return nullptr;
-    d->file = sf_open_fd(d->descriptor.get(), SFM_READ, &d->info, SF_FALSE);
+    descriptor = openForReading(path, error);
+    if (!descriptor)
+        return false;
+    file = sf_open_fd(descriptor.get(), SFM_READ, &info, SF_FALSE);
     // An MP3 file that begins with something else is only known by its name's ending.
-    if (!d->file) {
-        d->info = {};
-        d->file = sf_open(path.c_str(), SFM_READ, &d->info);
+    if (!file) {
+        info = {};
+        file = sf_open(path.c_str(), SFM_READ, &info);
     }
-    if (!d->file) {
+    if (!file) {
         error = "can't read '" + path + "': " + sf_strerror(nullptr);
         while (!error.empty() && (error.back() == '\n' || error.back() == '.'))
             error.pop_back();
-        return nullptr;
+        return false;
     }
-    const SF_INFO& info = d->info;
     if (info.channels < 1 || info.channels > maxChannels) {
         error = "can't use '" + path + "': it has " + std::to_string(info.channels) +
                 " channels, 1 to 8 are possible";
-        return nullptr;
+        return false;
     }
     if (info.samplerate < 1000 || info.samplerate > 768000) {
         error = "can't use '" + path + "': its rate of " + std::to_string(info.samplerate) +
                 " Hz is not between 1000 and 768000";
-        return nullptr;
+        return false;
     }
     int map[maxChannels] = {};
-    if (!sf_command(d->file, SFC_GET_CHANNEL_MAP_INFO, map, int(sizeof(int)) * info.channels))
+    if (!sf_command(file, SFC_GET_CHANNEL_MAP_INFO, map, int(sizeof(int)) * info.channels))
         std::fill(map, map + maxChannels, int(SF_CHANNEL_MAP_INVALID));
-    d->weights = weightsOf(map, info.channels);
-    d->rate = rate > 0 ? rate : info.samplerate;
-    if (d->rate != info.samplerate) {
+    weights = weightsOf(map, info.channels);
+    playedRate = wantedRate > 0 ? wantedRate : info.samplerate;
+    if (playedRate != info.samplerate) {
         int fault = 0;
-        d->converter = src_new(
-            quality == Quality::Rendering ? SRC_SINC_BEST_QUALITY : SRC_SINC_MEDIUM_QUALITY, 2, &fault);
-        if (!d->converter || !src_is_valid_ratio(d->rate / info.samplerate)) {
-            error = "can't convert '" + path + "' to " + std::to_string(int(d->rate)) + " Hz";
-            return nullptr;
+        converter = src_new(quality == Quality::Rendering ? SRC_SINC_BEST_QUALITY : SRC_SINC_MEDIUM_QUALITY,
+                            2, &fault);
+        if (!converter || !src_is_valid_ratio(playedRate / info.samplerate)) {
+            error = "can't convert '" + path + "' to " + std::to_string(int(playedRate)) + " Hz";
+            return false;
         }
     }
     // The first samples are read at once: a file that is nothing but a header is refused here rather than
     // played as silence.
-    if (!d->nextChunk()) {
+    if (!nextChunk()) {
         error = "can't use '" + path + "': it has no sound";
-        return nullptr;
+        return false;
     }
-    return std::unique_ptr<SoundFile>(new SoundFile(std::move(d)));
+    return true;
 }
 
-int SoundFile::channels() const
+bool SoundFileReader::isCutShort() const
 {
-    return d->info.channels;
-}
-
-int SoundFile::fileRate() const
-{
-    return d->info.samplerate;
-}
-
-double SoundFile::rate() const
-{
-    return d->rate;
-}
-
-long long SoundFile::fileFramesRead() const
-{
-    return d->framesRead;
-}
-
-bool SoundFile::isCutShort() const
-{
-    if (!d->ended)
+    if (!ended)
         return false;
     // Without a tag the count of an MP3 is only an estimate from its first frames.
-    const bool counted =
-        (d->info.format & SF_FORMAT_TYPEMASK) != SF_FORMAT_MPEG && d->info.frames != SF_COUNT_MAX;
-    return counted ? d->framesRead < d->info.frames : sf_error(d->file) != SF_ERR_NO_ERROR;
+    const bool counted = (info.format & SF_FORMAT_TYPEMASK) != SF_FORMAT_MPEG && info.frames != SF_COUNT_MAX;
+    return counted ? framesRead < info.frames : sf_error(file) != SF_ERR_NO_ERROR;
 }
 
-int SoundFile::read(StereoFrame* frames, int count)
+int SoundFileReader::read(StereoFrame* frames, int count)
 {
     int done = 0;
-    while (done < count && !d->ended) {
-        const bool more = d->chunkLeft > 0 || d->nextChunk();
-        if (!d->converter) {
-            const int n = std::min(count - done, d->chunkLeft);
-            std::copy_n(d->chunk.begin() + d->chunkStart, n, frames + done);
-            d->chunkStart += n;
-            d->chunkLeft -= n;
+    while (done < count && !ended) {
+        const bool more = chunkLeft > 0 || nextChunk();
+        if (!converter) {
+            const int n = std::min(count - done, chunkLeft);
+            std::copy_n(chunk.begin() + chunkStart, n, frames + done);
+            chunkStart += n;
+            chunkLeft -= n;
             done += n;
-            d->ended = !more;
+            ended = !more;
             continue;
         }
         SRC_DATA data = {};
-        data.data_in = &d->chunk[d->chunkLeft > 0 ? d->chunkStart : 0].left;
-        data.input_frames = d->chunkLeft;
+        data.data_in = &chunk[chunkLeft > 0 ? chunkStart : 0].left;
+        data.input_frames = chunkLeft;
         data.data_out = &frames[done].left;
         data.output_frames = count - done;
         data.end_of_input = !more;
-        data.src_ratio = d->rate / d->info.samplerate;
-        if (src_process(d->converter, &data) != 0)
+        data.src_ratio = playedRate / info.samplerate;
+        if (src_process(converter, &data) != 0)
             data.input_frames_used = data.output_frames_gen = 0;
-        d->chunkStart += int(data.input_frames_used);
-        d->chunkLeft -= int(data.input_frames_used);
+        chunkStart += int(data.input_frames_used);
+        chunkLeft -= int(data.input_frames_used);
         done += int(data.output_frames_gen);
         // At the end the converter still gives what it holds. One that neither takes nor gives never will.
-        d->ended = data.output_frames_gen == 0 && (!more || data.input_frames_used == 0);
+        ended = data.output_frames_gen == 0 && (!more || data.input_frames_used == 0);
     }
     return done;
 }
 
-bool SoundFile::rewind()
+bool SoundFileReader::rewind()
 {
-    if (sf_seek(d->file, 0, SEEK_SET) != 0)
+    if (sf_seek(file, 0, SEEK_SET) != 0)
         return false;
-    if (d->converter)
-        src_reset(d->converter);
-    d->chunkLeft = 0;
-    d->framesRead = 0;
-    d->inputEnded = d->ended = false;
+    if (converter)
+        src_reset(converter);
+    chunkLeft = 0;
+    framesRead = 0;
+    inputEnded = ended = false;
     return true;
+}
+
+} // namespace
+
+std::unique_ptr<SoundFile> openByLibsndfile(const std::string& path, double rate, SoundFile::Quality quality,
+                                            std::string& error)
+{
+    auto file = std::make_unique<SoundFileReader>();
+    if (!file->open(path, rate, quality, error))
+        return nullptr;
+    return file;
 }
 
 } // namespace hvaudio

@@ -1,11 +1,11 @@
-#include "platform/hvaudio/files/wavwriter.h"
-
 #include "platform/hvaudio/dsp/settings.h"
+#include "platform/hvaudio/files/formats/formats.h"
 
 #include <sndfile.h>
 
 #include <cmath>
 #include <iterator>
+#include <vector>
 
 namespace hvaudio {
 
@@ -36,22 +36,47 @@ const Place* placesOf(int channels)
     return channels == dsp::speakerCount ? five : two;
 }
 
-} // namespace
-
-std::unique_ptr<WavWriter> WavWriter::create(const std::string& path, double rate, int channels,
-                                             std::string& error)
+struct WavFileWriter final : WavWriter
 {
-    Descriptor file = openForWriting(path, error);
-    if (!file)
-        return nullptr;
-    auto writer = create(file.get(), path, rate, channels, error);
-    if (writer)
-        writer->m_own = std::move(file);
-    return writer;
+    ~WavFileWriter() override
+    {
+        if (file)
+            sf_close(file);
+    }
+
+    bool write(const float* const* samples, int frames) override;
+    bool finish(std::string& error) override;
+
+    SNDFILE* file = nullptr;
+    std::string name;
+    int channels = 0;
+    std::vector<float> interleaved;
+};
+
+bool WavFileWriter::write(const float* const* samples, int frames)
+{
+    interleaved.resize(std::size_t(frames) * channels);
+    for (int c = 0; c < channels; ++c)
+        for (int n = 0; n < frames; ++n)
+            interleaved[std::size_t(n) * channels + c] = samples[placesOf(channels)[c].from][n];
+    return file && sf_writef_float(file, interleaved.data(), frames) == frames;
 }
 
-std::unique_ptr<WavWriter> WavWriter::create(int descriptor, const std::string& name, double rate,
-                                             int channels, std::string& error)
+bool WavFileWriter::finish(std::string& error)
+{
+    if (!file)
+        return true;
+    const int fault = sf_close(file);
+    file = nullptr;
+    if (fault != 0)
+        error = "can't complete '" + name + "': " + sf_error_number(fault);
+    return fault == 0;
+}
+
+} // namespace
+
+std::unique_ptr<WavWriter> createByLibsndfile(int descriptor, const std::string& name, double rate,
+                                              int channels, std::string& error)
 {
     SF_INFO info = {};
     info.samplerate = int(std::lround(rate));
@@ -69,37 +94,11 @@ std::unique_ptr<WavWriter> WavWriter::create(int descriptor, const std::string& 
     for (int c = 0; c < channels; ++c)
         map[c] = placesOf(channels)[c].map;
     sf_command(file, SFC_SET_CHANNEL_MAP_INFO, map, int(sizeof(int)) * channels);
-    std::unique_ptr<WavWriter> writer(new WavWriter);
-    writer->m_file = file;
-    writer->m_name = name;
-    writer->m_channels = channels;
+    auto writer = std::make_unique<WavFileWriter>();
+    writer->file = file;
+    writer->name = name;
+    writer->channels = channels;
     return writer;
-}
-
-WavWriter::~WavWriter()
-{
-    if (m_file)
-        sf_close(m_file);
-}
-
-bool WavWriter::write(const float* const* channels, int frames)
-{
-    m_interleaved.resize(std::size_t(frames) * m_channels);
-    for (int c = 0; c < m_channels; ++c)
-        for (int n = 0; n < frames; ++n)
-            m_interleaved[std::size_t(n) * m_channels + c] = channels[placesOf(m_channels)[c].from][n];
-    return m_file && sf_writef_float(m_file, m_interleaved.data(), frames) == frames;
-}
-
-bool WavWriter::finish(std::string& error)
-{
-    if (!m_file)
-        return true;
-    const int fault = sf_close(m_file);
-    m_file = nullptr;
-    if (fault != 0)
-        error = "can't complete '" + m_name + "': " + sf_error_number(fault);
-    return fault == 0;
 }
 
 } // namespace hvaudio
