@@ -82,7 +82,7 @@ void fullChainAtRest(benchmark::State& state)
 }
 BENCHMARK(fullChainAtRest)->ArgsProduct({{0, 1, 2, 3}, {64, 256, 1024}})->ArgNames({"path", "block"});
 
-/// Everything glides all the time.
+/// Filters, levels and delays change all the time.
 void fullChainGliding(benchmark::State& state)
 {
     Engine engine;
@@ -90,9 +90,13 @@ void fullChainGliding(benchmark::State& state)
         return;
     Blocks blocks;
     Settings s = fullChain();
+    int step = 0;
     for (auto _ : state) {
         state.PauseTiming();
-        s.equalizer[3] = s.equalizer[3] == 5 ? -5 : 5;
+        ++step;
+        s.equalizer[3] = step % 13 - 6;
+        s.balance = (step % 15 - 7) / 15.0;
+        s.cabin[size_t(step % 4)].delayMs = 0.1 * (step % 90);
         engine.set(s);
         state.ResumeTiming();
         blocks.run(engine);

@@ -278,7 +278,7 @@ void Chain::filterPiece(const Block& block, int start, int frames) noexcept
     float* const to[speakerCount] = {incoming[0], incoming[1], incoming[2], incoming[3], incoming[4]};
     run(m_incoming, pairs[1], to);
     for (int i = 0; i < speakerCount; ++i)
-        m_fade.mix(out[i], to[i], out[i], frames, m_offset);
+        m_fade.mix(*m_kernel, out[i], to[i], out[i], frames, m_offset);
 }
 
 void Chain::processPiece(const Block& block, int start, int frames, Meters& meters) noexcept
@@ -293,7 +293,7 @@ void Chain::processPiece(const Block& block, int start, int frames, Meters& mete
     float* out[speakerCount];
     for (int i = 0; i < speakerCount; ++i)
         out[i] = block.out[i] ? block.out[i] + start : nullptr;
-    const float gain = m_limiter.process(out, frames, m_offset, peak);
+    const float gain = m_limiter.process(out, frames, m_offset % cellFrames, peak);
     for (int i = 0; i < speakerCount; ++i)
         meters.peak[i] = std::max(meters.peak[i], peak[i]);
     meters.gain = std::min(meters.gain, gain);

@@ -2,6 +2,7 @@
 
 #include "platform/hvaudio/dsp/block.h"
 #include "platform/hvaudio/dsp/delayline.h"
+#include "platform/hvaudio/dsp/fade.h"
 #include "platform/hvaudio/dsp/limiter.h"
 #include "platform/hvaudio/dsp/meters.h"
 #include "platform/hvaudio/dsp/mixing.h"

@@ -55,7 +55,7 @@ void DelayLine::read(float* const out[speakerCount], int frames, int offset,
         const float* now = m_history.before(i, tap.now);
         float mixed[gridFrames];
         if (tap.fade.running()) {
-            tap.fade.mix(now, m_history.before(i, tap.next), mixed, frames, offset);
+            tap.fade.mix(*m_kernel, now, m_history.before(i, tap.next), mixed, frames, offset);
             now = mixed;
         }
         peak[i] = m_kernel->copy(now, out[i], frames);

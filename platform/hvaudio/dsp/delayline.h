@@ -1,8 +1,7 @@
 #pragma once
 
-#include "platform/hvaudio/dsp/glide.h"
+#include "platform/hvaudio/dsp/fade.h"
 #include "platform/hvaudio/dsp/history.h"
-#include "platform/hvaudio/dsp/kernel/kernel.h"
 #include "platform/hvaudio/dsp/settings.h"
 
 namespace hvaudio::dsp {

@@ -6,7 +6,7 @@ namespace hvaudio::dsp {
 
 /// Frames between two points of every glide and fade; in between values move on straight lines. The points
 /// lie on a grid that starts with the stream's first frame, so nothing depends on the block size.
-constexpr int gridFrames = 16;
+constexpr int gridFrames = 64;
 
 /// How every audible number moves: two one-pole smoothers in a row, advanced once a grid point. Level and
 /// speed are both continuous, also when a new target interrupts the movement; the value never leaves the
@@ -65,38 +65,6 @@ private:
     GlideLaw m_law;
     double m_target = 0, m_first = 0, m_second = 0;
     int m_left = 0;
-};
-
-/// [RT] A crossfade over about 43 ms, with level, speed and turn of speed at rest at both ends.
-class Fade
-{
-public:
-    Fade() = default;
-    /// rate: of samples, in Hz.
-    explicit Fade(double rate);
-    void start() noexcept { m_point = 0; }
-    void stop() noexcept { m_point = -1; }
-    bool running() const noexcept { return m_point >= 0; }
-    /// At a grid point: true when it has just arrived.
-    bool advance() noexcept
-    {
-        if (!running() || ++m_point < m_points)
-            return false;
-        stop();
-        return true;
-    }
-    /// Frames from the last grid point to the end.
-    int frames() const noexcept { return (m_points - m_point) * gridFrames; }
-    /// Grid points go by that `advance` isn't called for.
-    void skip(int points) noexcept { m_point += running() ? points : 0; }
-    /// Frames up to the end, the first `offset` behind the last grid point; `to` may be either of the others.
-    void mix(const float* before, const float* after, float* to, int frames, int offset) const noexcept;
-
-private:
-    float share(int point) const noexcept;
-
-    int m_points = 1;
-    int m_point = -1;
 };
 
 } // namespace hvaudio::dsp

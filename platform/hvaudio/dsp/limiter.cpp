@@ -41,9 +41,9 @@ float neededFor(float top) noexcept
 void LimiterGain::prepare(double rate, int lookAhead)
 {
     m_lookAhead = lookAhead;
-    m_shortestHold = int(std::ceil(rate * shortestHoldSeconds / gridFrames));
-    m_longestHold = int(std::ceil(rate * longestHoldSeconds / gridFrames));
-    m_forgetting = float(gridFrames / (rate * crestsSeconds));
+    m_shortestHold = int(std::ceil(rate * shortestHoldSeconds / cellFrames));
+    m_longestHold = int(std::ceil(rate * longestHoldSeconds / cellFrames));
+    m_forgetting = float(cellFrames / (rate * crestsSeconds));
     m_needs.assign(std::size_t(nextPowerOfTwo(m_lookAhead + m_longestHold + 2)), Need{});
     m_slows.resize(std::size_t(lookAhead / 2));
     m_sums.resize(m_slows.size());
@@ -128,14 +128,14 @@ float LimiterGain::held() const noexcept
 
 void LimiterGain::line(float* gains) const noexcept
 {
-    for (int n = 0; n < gridFrames; ++n)
-        gains[n] = m_from + (m_to - m_from) * (float(n) / gridFrames);
+    for (int n = 0; n < cellFrames; ++n)
+        gains[n] = m_from + (m_to - m_from) * (float(n) / cellFrames);
 }
 
 void Limiter::prepare(double rate)
 {
     // A power of two, so that dividing by it is exact.
-    m_lookAhead = 2 * nextPowerOfTwo(rate * meanSeconds / gridFrames);
+    m_lookAhead = 2 * nextPowerOfTwo(rate * meanSeconds / cellFrames);
     m_history.prepare(speakerCount, latencyFrames());
     m_cabin.prepare(rate, m_lookAhead);
     m_subwoofer.prepare(rate, m_lookAhead);
@@ -149,7 +149,7 @@ void Limiter::clear() noexcept
     m_subwoofer.clear();
     m_cabinTop = m_subwooferTop = 0;
     std::fill(std::begin(m_bend), std::end(m_bend), 0.0f);
-    m_calm = 2 * gridFrames;
+    m_calm = 2 * cellFrames;
 }
 
 float* const* Limiter::inputs() noexcept
@@ -172,7 +172,7 @@ void Limiter::endCell(int end) noexcept
 {
     const float* cell[speakerCount];
     for (int i = 0; i < speakerCount; ++i)
-        cell[i] = m_history.before(i, gridFrames - end);
+        cell[i] = m_history.before(i, cellFrames - end);
     float top[speakerCount], most[speakerCount];
     m_kernel->measure(cell, m_bend, top, most);
     const auto found = [&](int first, int last, const LimiterGain& gain) {
@@ -197,9 +197,9 @@ float Limiter::process(float* const out[speakerCount], int frames, int offset,
     const int late = latencyFrames();
     const bool calm = *std::max_element(peak, peak + speakerCount) <= surelyBelow;
     const bool idle =
-        !working() && calm && m_calm == 2 * gridFrames && m_cabinTop <= ceiling && m_subwooferTop <= ceiling;
+        !working() && calm && m_calm == 2 * cellFrames && m_cabinTop <= ceiling && m_subwooferTop <= ceiling;
     // What a loud frame does is seen with its own cell and the next.
-    m_calm = calm ? std::min(m_calm + frames, 2 * gridFrames) : 0;
+    m_calm = calm ? std::min(m_calm + frames, 2 * cellFrames) : 0;
     float smallest = 1;
     if (idle) {
         for (int i = 0; i < speakerCount; ++i) {
@@ -209,22 +209,22 @@ float Limiter::process(float* const out[speakerCount], int frames, int offset,
         }
     } else {
         // A cell's line begins with the cell, which may be in front of the piece.
-        alignas(64) float gain[2][pieceFrames + 2 * gridFrames], unwanted[pieceFrames];
+        alignas(64) float gain[2][pieceFrames + 2 * cellFrames], unwanted[pieceFrames];
         for (int done = 0; done < frames;) {
             if (offset == 0)
                 startCell();
-            const int at = gridFrames + done, count = std::min(frames - done, gridFrames - offset);
+            const int at = cellFrames + done, count = std::min(frames - done, cellFrames - offset);
             m_cabin.line(&gain[0][at - offset]);
             m_subwoofer.line(&gain[1][at - offset]);
             for (const auto& line : gain)
                 smallest = std::min({smallest, line[at], line[at + count - 1]});
             done += count;
-            offset = (offset + count) % gridFrames;
+            offset = (offset + count) % cellFrames;
             if (offset == 0)
                 endCell(done);
         }
         for (int i = 0; i < speakerCount; ++i)
-            peak[i] = m_kernel->applyGain(m_history.before(i, late), gain[i == Subwoofer] + gridFrames,
+            peak[i] = m_kernel->applyGain(m_history.before(i, late), gain[i == Subwoofer] + cellFrames,
                                           out[i] ? out[i] : unwanted, frames, ceiling);
     }
     m_history.advance(frames);

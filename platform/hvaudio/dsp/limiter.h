@@ -15,7 +15,7 @@ namespace hvaudio::dsp {
 ///     gain that a cell needs -> smallest of the window (look-ahead and hold) -> slow way up -> mean of means
 ///        -> straight line to the next cell
 ///
-/// A cell lies between two points of the chain's grid (glide.h). A need is known when its cell is complete,
+/// A cell is `cellFrames` long. A need is known when its cell is complete,
 /// so it counts from the next cell on, and the sound is late enough that the mean and the line then only see
 /// gains that the cell allows.
 ///
@@ -29,11 +29,12 @@ public:
     void prepare(double rate, int lookAhead);
     /// Forgets the sound: the gain is 1.
     void clear() noexcept;
-    /// At a grid point: takes up what the cell before it needs, 1 or less, and aims at the next point's gain.
+    /// At a cell's beginning: takes up what the cell before it needs, 1 or less, and aims at its gain for the
+    /// next one's.
     void nextCell(float needed) noexcept;
     /// The gain at or below which all that this cell brings is kept by what came before it.
     float held() const noexcept;
-    /// The gains of the cell's `gridFrames` frames.
+    /// The gains of the cell's `cellFrames` frames.
     void line(float* gains) const noexcept;
     /// True while the gain isn't 1.
     bool working() const noexcept { return m_working; }
@@ -87,13 +88,13 @@ public:
     /// Forgets the sound: both gains are 1.
     void clear() noexcept;
     /// Of the usual rates at most 3.1 ms from 44.1 kHz up, 3.5 ms from 11.025 kHz up, 4.8 ms at 8 kHz.
-    int latencyFrames() const noexcept { return m_lookAhead * gridFrames + detectorFrames; }
+    int latencyFrames() const noexcept { return m_lookAhead * cellFrames + detectorFrames; }
 
     /// Where the next frames of each speaker are to be written.
     float* const* inputs() noexcept;
-    /// Limits what was written into `inputs`, from `offset` frames behind a grid point on. `peak` holds each
-    /// speaker's largest absolute sample of these frames; while it works, that becomes the largest of what
-    /// leaves. Null outputs are skipped. Returns the smallest gain that was used.
+    /// Limits what was written into `inputs`, from `offset` frames behind a cell's beginning on. `peak` holds
+    /// each speaker's largest absolute sample of these frames; while it works, that becomes the largest of
+    /// what leaves. Null outputs are skipped. Returns the smallest gain that was used.
     float process(float* const out[speakerCount], int frames, int offset, float peak[speakerCount]) noexcept;
     /// True while a gain isn't 1.
     bool working() const noexcept { return m_cabin.working() || m_subwoofer.working(); }

@@ -127,6 +127,10 @@ struct alignas(64) FilterMemory
 void toStateForm(FilterMemory& memory, const Filters& filters) noexcept;
 void toDirectForm(FilterMemory& memory, const Filters& filters) noexcept;
 
+/// What the limiter measures in one go.
+constexpr int cellFrames = 16;
+static_assert(gridFrames % cellFrames == 0, "a cell begins at every grid point");
+
 /// Instruction sets.
 enum class Path {
     Scalar,  ///< plain loops: the readable prototype, and the only path of machines without the others
@@ -146,9 +150,13 @@ struct Kernel
     /// Pairs to the five speakers: gain, crossover, all-pass; each output is contiguous.
     void (*crossover)(const double* pairs, float* const out[speakerCount], int frames, const Filters& filters,
                       Lines levels, FilterMemory& memory);
+    /// The way from `before` to `after` by a share on a straight line, counted as in `Line`; `to` may be
+    /// either.
+    void (*mix)(const float* before, const float* after, float share, float step, int start, float* to,
+                int frames);
     /// Copies, and returns the largest absolute sample.
     float (*copy)(const float* from, float* to, int frames);
-    /// For each speaker's cell of `gridFrames` frames the largest absolute sample of those between which
+    /// For each speaker's cell of `cellFrames` frames the largest absolute sample of those between which
     /// `largestBetween` looks, and a bound of what that finds. `bend` keeps the largest second differences
     /// from cell to cell. Reads six frames before the cell.
     void (*measure)(const float* const cell[speakerCount], float bend[speakerCount], float top[speakerCount],

@@ -90,7 +90,7 @@ void measure(const float* const cell[speakerCount], float bend[speakerCount], fl
     for (int i = 0; i < speakerCount; ++i) {
         const float* const x = cell[i];
         F largest = sizeOf(loadSamples<F>(x - 6)), bent = {};
-        for (int n = 0; n < gridFrames; n += int(sizeof(F) / sizeof(float))) {
+        for (int n = 0; n < cellFrames; n += int(sizeof(F) / sizeof(float))) {
             largest = larger(largest, sizeOf(loadSamples<F>(x + n - 5)));
             const F middle = loadSamples<F>(x + n - 1);
             const F sides = loadSamples<F>(x + n - 2) + loadSamples<F>(x + n);
@@ -115,7 +115,7 @@ float largestBetween(const float* cell)
 {
     using namespace detector;
     F top = {};
-    for (int n = 0; n < gridFrames; n += int(sizeof(F) / sizeof(float))) {
+    for (int n = 0; n < cellFrames; n += int(sizeof(F) / sizeof(float))) {
         F middle = {}, even = {}, odd = {};
 #pragma GCC unroll 6
         for (int k = 0; k < taps / 2; ++k) {
@@ -150,6 +150,23 @@ inline float changed(float* to, int frames, Change change)
         largest = larger(largest, sizeOf(to[n]));
     }
     return largest;
+}
+
+template <typename F>
+void mix(const float* before, const float* after, float share, float step, int start, float* to, int frames)
+{
+    constexpr int width = int(sizeof(F) / sizeof(float));
+    const auto mixed = [](auto a, auto b, auto part) { return a + part * (b - a); };
+    F place;
+    for (int i = 0; i < width; ++i)
+        place[i] = float(start + i);
+    int n = 0;
+    for (; n + width <= frames; n += width, place += float(width)) {
+        const F x = mixed(loadSamples<F>(before + n), loadSamples<F>(after + n), share + step * place);
+        __builtin_memcpy(to + n, &x, sizeof x);
+    }
+    for (; n < frames; ++n)
+        to[n] = mixed(before[n], after[n], share + step * float(start + n));
 }
 
 template <typename F>

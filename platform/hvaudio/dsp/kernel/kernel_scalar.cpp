@@ -80,7 +80,7 @@ void crossover(const double* pairs, float* const out[speakerCount], int frames, 
 
 } // namespace
 
-const Kernel scalarKernel = {gather,       cascade, crossover, copy<F4>, measure<F4>, largestBetween<F4>,
-                             applyGain<F4>};
+const Kernel scalarKernel = {gather,   cascade,     crossover,          mix<F4>,
+                             copy<F4>, measure<F4>, largestBetween<F4>, applyGain<F4>};
 
 } // namespace hvaudio::dsp

@@ -6,8 +6,8 @@
 namespace hvaudio::dsp {
 
 namespace {
-const Kernel kernel = {gather,      cascade<D2>,        crossover<D2>, copy<F4>,
-                       measure<F4>, largestBetween<F4>, applyGain<F4>};
+const Kernel kernel = {gather,   cascade<D2>, crossover<D2>,      mix<F4>,
+                       copy<F4>, measure<F4>, largestBetween<F4>, applyGain<F4>};
 }
 const Kernel* const vector2Kernel = &kernel;
 

@@ -6,8 +6,8 @@
 namespace hvaudio::dsp {
 
 namespace {
-const Kernel kernel = {gather,      cascade<D4>,        crossover<D4>, copy<F8>,
-                       measure<F8>, largestBetween<F8>, applyGain<F8>};
+const Kernel kernel = {gather,   cascade<D4>, crossover<D4>,      mix<F8>,
+                       copy<F8>, measure<F8>, largestBetween<F8>, applyGain<F8>};
 } // namespace
 const Kernel* const vector4Kernel = &kernel;
 

@@ -7,8 +7,8 @@
 namespace hvaudio::dsp {
 
 namespace {
-const Kernel kernel = {gather,       cascade<D8>,         crossover<D4>, copy<F16>,
-                       measure<F16>, largestBetween<F16>, applyGain<F16>};
+const Kernel kernel = {gather,    cascade<D8>,  crossover<D4>,       mix<F16>,
+                       copy<F16>, measure<F16>, largestBetween<F16>, applyGain<F16>};
 } // namespace
 const Kernel* const vector8Kernel = &kernel;
 

@@ -179,7 +179,7 @@ void TestKernel::detectorFindsNoMoreThanItsBound()
 {
     QFETCH(Path, path);
     const Kernel& kernel = *kernelOf(path);
-    constexpr int cells = 2000, frames = cells * gridFrames, before = 2 * gridFrames;
+    constexpr int cells = 2000, frames = cells * cellFrames, before = 2 * cellFrames;
     std::mt19937 random(9);
     double closest = 0;
     for (int kind = 0; kind < 5; ++kind) {
@@ -191,16 +191,16 @@ void TestKernel::detectorFindsNoMoreThanItsBound()
             for (float& x : s)
                 x = random() & 1 ? 1.0f : -1.0f;
         // Second differences of size 1, with the signs that the filter for the middle answers most.
-        constexpr float crest[gridFrames] = {-1.5f, -1.5f, -1.5f, -0.5f, -0.5f, 0.5f,  0.5f,  1.5f,
+        constexpr float crest[cellFrames] = {-1.5f, -1.5f, -1.5f, -0.5f, -0.5f, 0.5f,  0.5f,  1.5f,
                                              1.5f,  0.5f,  0.5f,  -0.5f, -0.5f, -1.5f, -1.5f, -1.5f};
         if (kind == 4)
             for (size_t n = 0; n < s.size(); ++n)
-                s[n] = crest[n % gridFrames];
+                s[n] = crest[n % cellFrames];
         float bend[speakerCount] = {4, 4, 4, 4, 4}, top[speakerCount], most[speakerCount];
         for (int cell = 0; cell < cells; ++cell) {
             const float* at[speakerCount];
             for (int i = 0; i < speakerCount; ++i)
-                at[i] = &s[size_t(before + ((cell + i) % cells) * gridFrames)];
+                at[i] = &s[size_t(before + ((cell + i) % cells) * cellFrames)];
             kernel.measure(at, bend, top, most);
             if (cell == 0 || cell + speakerCount >= cells)
                 continue; // the cells before weren't measured

@@ -218,7 +218,7 @@ static Signal gainsOf(Limiter& limiter, const Signal& loud, int pieceOf = pieceF
         const float top = peak(Signal(&loud[done], &loud[done] + frames));
         float peaks[speakerCount] = {level, level, top, level, level};
         float* const out[speakerCount] = {nullptr, &gains[done], nullptr, nullptr, &subwoofer[done]};
-        const float smallest = limiter.process(out, frames, int(done % gridFrames), peaks);
+        const float smallest = limiter.process(out, frames, int(done % cellFrames), peaks);
         float seen = 1;
         for (size_t n = done; n < done + size_t(frames); ++n) {
             gains[n] /= level;
@@ -280,9 +280,9 @@ void TestLimiter::heldGainIsKeptUntilTheCellHasLeft()
         LimiterGain later = gain;
         for (int i = 0; i < lookAhead; ++i)
             later.nextCell(1);
-        float line[gridFrames];
+        float line[cellFrames];
         later.line(line);
-        QVERIFY(*std::max_element(line, line + gridFrames) <= gain.held());
+        QVERIFY(*std::max_element(line, line + cellFrames) <= gain.held());
     }
 }
 
