@@ -20,14 +20,14 @@ public:
         std::vector<Section> sections = plainSections();
         sections.resize(16, Section{0.01, 2, 1, 2, 1}); // passes everything
         for (int v = 0; v < 8; ++v)
-            cascade_[v].set(sections[2 * v], sections[2 * v], sections[2 * v + 1], sections[2 * v + 1]);
+            m_cascade[v].set(sections[2 * v], sections[2 * v], sections[2 * v + 1], sections[2 * v + 1]);
         const TwoSections high = crossoverHighPass(80, 4, rate), low = crossoverLowPass(80, 4, rate);
         for (int s = 0; s < 2; ++s)
-            high_[s].set(high[s], high[s], high[s], high[s]);
-        low_.set(low[0], low[0], low[1], low[1]);
+            m_high[s].set(high[s], high[s], high[s], high[s]);
+        m_low.set(low[0], low[0], low[1], low[1]);
         for (int i = 0; i < speakerCount; ++i) {
-            late_[i] = int(plainDelaysMs[i] * rate / 1000);
-            line_[i].resize(lineFrames);
+            m_late[i] = int(plainDelaysMs[i] * rate / 1000);
+            m_line[i].resize(lineFrames);
         }
     }
 
@@ -40,17 +40,17 @@ public:
             pairs[2 * n] = 0.5 * left[n];
             pairs[2 * n + 1] = 0.5 * right[n];
         }
-        fourVectors(cascade_, pairs, frames);
-        fourVectors(cascade_ + 4, pairs, frames);
-        if (at_ + frames > lineFrames) {
-            for (auto& line : line_)
-                std::memmove(line.data(), &line[size_t(at_ - past)], past * sizeof(float));
-            at_ = past;
+        fourVectors(m_cascade, pairs, frames);
+        fourVectors(m_cascade + 4, pairs, frames);
+        if (m_at + frames > lineFrames) {
+            for (auto& line : m_line)
+                std::memmove(line.data(), &line[size_t(m_at - past)], past * sizeof(float));
+            m_at = past;
         }
         crossovers(pairs, frames);
         for (int i = 0; i < speakerCount; ++i)
-            std::memcpy(out[i], &line_[i][size_t(at_ - late_[i])], size_t(frames) * sizeof(float));
-        at_ += frames;
+            std::memcpy(out[i], &m_line[i][size_t(m_at - m_late[i])], size_t(frames) * sizeof(float));
+        m_at += frames;
     }
 
 private:
@@ -97,7 +97,7 @@ private:
     void crossovers(const double* pairs, int frames)
     {
         const __m256d gain = _mm256_setr_pd(0.9, 0.8, 0.7, 0.6), subwooferGain = _mm256_set1_pd(0.35);
-        Vector first = high_[0], second = high_[1], low = low_;
+        Vector first = m_high[0], second = m_high[1], low = m_low;
         for (int n = 0; n < frames; ++n) {
             const __m256d x = _mm256_broadcast_pd(reinterpret_cast<const __m128d*>(pairs + 2 * n));
             second.run(first.y);
@@ -106,17 +106,17 @@ private:
             alignas(16) float y[4];
             _mm_store_ps(y, _mm256_cvtpd_ps(second.y));
             for (int i = 0; i < cabinSpeakerCount; ++i)
-                line_[i][size_t(at_ + n)] = y[i];
+                m_line[i][size_t(m_at + n)] = y[i];
             const __m128d sum = _mm256_extractf128_pd(low.y, 1);
-            line_[Subwoofer][size_t(at_ + n)] = float(sum[0] + sum[1]);
+            m_line[Subwoofer][size_t(m_at + n)] = float(sum[0] + sum[1]);
         }
-        high_[0] = first, high_[1] = second, low_ = low;
+        m_high[0] = first, m_high[1] = second, m_low = low;
     }
 
     static constexpr int past = 512, lineFrames = past + 16 * most;
-    Vector cascade_[8], high_[2], low_;
-    int late_[speakerCount], at_ = past;
-    std::vector<float> line_[speakerCount];
+    Vector m_cascade[8], m_high[2], m_low;
+    int m_late[speakerCount], m_at = past;
+    std::vector<float> m_line[speakerCount];
 };
 
 } // namespace peers

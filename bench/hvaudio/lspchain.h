@@ -26,35 +26,35 @@ public:
         static const LADSPA_Descriptor_Function descriptors = open();
         for (unsigned long i = 0; const LADSPA_Descriptor* d = descriptors(i); ++i)
             if (std::string(d->Label) == std::string("http://lsp-plug.in/plugins/ladspa/") + label)
-                descriptor_ = d;
-        if (!descriptor_)
+                m_descriptor = d;
+        if (!m_descriptor)
             throw std::runtime_error(std::string("no plug-in ") + label);
-        handle_ = descriptor_->instantiate(descriptor_, rate);
-        values_.resize(descriptor_->PortCount);
-        for (unsigned long port = 0; port < descriptor_->PortCount; ++port) {
-            if (LADSPA_IS_PORT_AUDIO(descriptor_->PortDescriptors[port])) {
-                (LADSPA_IS_PORT_INPUT(descriptor_->PortDescriptors[port]) ? ins_ : outs_).push_back(port);
+        m_handle = m_descriptor->instantiate(m_descriptor, rate);
+        m_values.resize(m_descriptor->PortCount);
+        for (unsigned long port = 0; port < m_descriptor->PortCount; ++port) {
+            if (LADSPA_IS_PORT_AUDIO(m_descriptor->PortDescriptors[port])) {
+                (LADSPA_IS_PORT_INPUT(m_descriptor->PortDescriptors[port]) ? m_ins : m_outs).push_back(port);
                 continue;
             }
-            values_[port] = defaultOf(descriptor_->PortRangeHints[port]);
-            descriptor_->connect_port(handle_, port, &values_[port]);
+            m_values[port] = defaultOf(m_descriptor->PortRangeHints[port]);
+            m_descriptor->connect_port(m_handle, port, &m_values[port]);
         }
-        descriptor_->activate(handle_);
+        m_descriptor->activate(m_handle);
     }
     ~LspPlugin()
     {
-        descriptor_->deactivate(handle_);
-        descriptor_->cleanup(handle_);
+        m_descriptor->deactivate(m_handle);
+        m_descriptor->cleanup(m_handle);
     }
     LspPlugin(const LspPlugin&) = delete;
 
     /// Sets the control whose name starts so.
     void set(const std::string& name, float value)
     {
-        for (unsigned long port = 0; port < descriptor_->PortCount; ++port)
-            if (LADSPA_IS_PORT_CONTROL(descriptor_->PortDescriptors[port]) &&
-                std::strncmp(descriptor_->PortNames[port], name.c_str(), name.size()) == 0) {
-                values_[port] = value;
+        for (unsigned long port = 0; port < m_descriptor->PortCount; ++port)
+            if (LADSPA_IS_PORT_CONTROL(m_descriptor->PortDescriptors[port]) &&
+                std::strncmp(m_descriptor->PortNames[port], name.c_str(), name.size()) == 0) {
+                m_values[port] = value;
                 return;
             }
         throw std::runtime_error("no control " + name);
@@ -62,11 +62,11 @@ public:
     /// `from` and `to` hold a pointer for each audio port; they may be the same.
     void run(float* const* from, float* const* to, int frames)
     {
-        for (size_t i = 0; i < ins_.size(); ++i)
-            descriptor_->connect_port(handle_, ins_[i], from[i]);
-        for (size_t i = 0; i < outs_.size(); ++i)
-            descriptor_->connect_port(handle_, outs_[i], to[i]);
-        descriptor_->run(handle_, (unsigned long)frames);
+        for (size_t i = 0; i < m_ins.size(); ++i)
+            m_descriptor->connect_port(m_handle, m_ins[i], from[i]);
+        for (size_t i = 0; i < m_outs.size(); ++i)
+            m_descriptor->connect_port(m_handle, m_outs[i], to[i]);
+        m_descriptor->run(m_handle, (unsigned long)frames);
     }
 
 private:
@@ -101,52 +101,52 @@ private:
         return 0;
     }
 
-    const LADSPA_Descriptor* descriptor_ = nullptr;
-    LADSPA_Handle handle_ = nullptr;
-    std::vector<float> values_;
-    std::vector<unsigned long> ins_, outs_;
+    const LADSPA_Descriptor* m_descriptor = nullptr;
+    LADSPA_Handle m_handle = nullptr;
+    std::vector<float> m_values;
+    std::vector<unsigned long> m_ins, m_outs;
 };
 
 class LspChain
 {
 public:
     explicit LspChain(unsigned long rate)
-        : equalizer_("para_equalizer_x16_stereo", rate)
+        : m_equalizer("para_equalizer_x16_stereo", rate)
     {
         const float gains[] = {6, 4, 2, -1, -3, -2, 1, 3, 5, -4, 2, -6, 4};
         for (int i = 0; i < 13; ++i)
-            filter(equalizer_, i, 1, 0, float(bandHz[size_t(i)]), gains[i], 1.41f);
-        filter(equalizer_, 13, 5, 0, 100, 6, 0.707f);
-        filter(equalizer_, 14, 3, 0, 10000, 3, 0.707f);
-        equalizer_.set("Input gain", 0.5f);
+            filter(m_equalizer, i, 1, 0, float(bandHz[size_t(i)]), gains[i], 1.41f);
+        filter(m_equalizer, 13, 5, 0, 100, 6, 0.707f);
+        filter(m_equalizer, 14, 3, 0, 10000, 3, 0.707f);
+        m_equalizer.set("Input gain", 0.5f);
         const float delays[speakerCount] = {2.1f, 3.4f, 5.6f, 7.8f, 10};
         for (int i = 0; i < speakerCount; ++i) {
-            crossover_.push_back(std::make_unique<LspPlugin>("para_equalizer_x16_mono", rate));
-            filter(*crossover_.back(), 0, i == 4 ? 4 : 2, 1, 80, 0, 0);
-            delay_.push_back(std::make_unique<LspPlugin>("comp_delay_mono", rate));
-            delay_.back()->set("Mode", 2);
-            delay_.back()->set("Time", delays[i]);
-            limiter_.push_back(std::make_unique<LspPlugin>("limiter_mono", rate));
-            limiter_.back()->set("Automatic level regulation", 0);
-            limiter_.back()->set("Threshold", 0.98f);
+            m_crossover.push_back(std::make_unique<LspPlugin>("para_equalizer_x16_mono", rate));
+            filter(*m_crossover.back(), 0, i == 4 ? 4 : 2, 1, 80, 0, 0);
+            m_delay.push_back(std::make_unique<LspPlugin>("comp_delay_mono", rate));
+            m_delay.back()->set("Mode", 2);
+            m_delay.back()->set("Time", delays[i]);
+            m_limiter.push_back(std::make_unique<LspPlugin>("limiter_mono", rate));
+            m_limiter.back()->set("Automatic level regulation", 0);
+            m_limiter.back()->set("Threshold", 0.98f);
         }
     }
 
     void process(const float* left, const float* right, float* const out[speakerCount], int frames)
     {
-        bus_[0].assign(left, left + frames);
-        bus_[1].assign(right, right + frames);
-        float* bus[2] = {bus_[0].data(), bus_[1].data()};
-        equalizer_.run(bus, bus, frames);
+        m_bus[0].assign(left, left + frames);
+        m_bus[1].assign(right, right + frames);
+        float* bus[2] = {m_bus[0].data(), m_bus[1].data()};
+        m_equalizer.run(bus, bus, frames);
         const float gain[speakerCount] = {0.9f, 0.8f, 0.7f, 0.6f, 0.35f};
         for (int i = 0; i < speakerCount; ++i) {
-            const float* from = bus_[i & 1].data();
+            const float* from = m_bus[i & 1].data();
             for (int n = 0; n < frames; ++n)
-                out[i][n] = gain[i] * (i == 4 ? bus_[0][size_t(n)] + bus_[1][size_t(n)] : from[n]);
+                out[i][n] = gain[i] * (i == 4 ? m_bus[0][size_t(n)] + m_bus[1][size_t(n)] : from[n]);
             float* one[1] = {out[i]};
-            crossover_[size_t(i)]->run(one, one, frames);
-            delay_[size_t(i)]->run(one, one, frames);
-            limiter_[size_t(i)]->run(one, one, frames);
+            m_crossover[size_t(i)]->run(one, one, frames);
+            m_delay[size_t(i)]->run(one, one, frames);
+            m_limiter[size_t(i)]->run(one, one, frames);
         }
     }
 
@@ -161,9 +161,9 @@ private:
         plugin.set("Quality factor " + number, q);
     }
 
-    LspPlugin equalizer_;
-    std::vector<std::unique_ptr<LspPlugin>> crossover_, delay_, limiter_;
-    std::vector<float> bus_[2];
+    LspPlugin m_equalizer;
+    std::vector<std::unique_ptr<LspPlugin>> m_crossover, m_delay, m_limiter;
+    std::vector<float> m_bus[2];
 };
 
 } // namespace peers

@@ -41,25 +41,25 @@ class PinkNoise
 {
 public:
     explicit PinkNoise(unsigned seed)
-        : random_(seed)
+        : m_random(seed)
     {
     }
     float next()
     {
         static const double pole[6] = {0.99886, 0.99332, 0.96900, 0.86650, 0.55000, -0.7616};
         static const double gain[6] = {0.0555179, 0.0750759, 0.1538520, 0.3104856, 0.5329522, -0.0168980};
-        const double white = int32_t(random_()) / 2147483648.0;
+        const double white = int32_t(m_random()) / 2147483648.0;
         double sum = white * 0.5362;
         for (int i = 0; i < 6; ++i) {
-            memory_[i] = pole[i] * memory_[i] + gain[i] * white;
-            sum += memory_[i];
+            m_memory[i] = pole[i] * m_memory[i] + gain[i] * white;
+            sum += m_memory[i];
         }
         return float(0.11 * sum);
     }
 
 private:
-    std::mt19937 random_;
-    double memory_[6] = {};
+    std::mt19937 m_random;
+    double m_memory[6] = {};
 };
 
 /// What the plainest programs run: transposed direct form II.
@@ -94,14 +94,14 @@ class PlainChain
 public:
     PlainChain()
     {
-        for (auto& side : equalizer_)
+        for (auto& side : m_equalizer)
             for (const Section& section : plainSections())
                 side.emplace_back(section);
         for (int i = 0; i < speakerCount; ++i) {
             const TwoSections filter =
                 i == Subwoofer ? crossoverLowPass(80, 4, rate) : crossoverHighPass(80, 4, rate);
-            crossover_[i] = {Filter(filter[0]), Filter(filter[1])};
-            ring_[i].resize(size_t(plainDelaysMs[i] * rate / 1000));
+            m_crossover[i] = {Filter(filter[0]), Filter(filter[1])};
+            m_ring[i].resize(size_t(plainDelaysMs[i] * rate / 1000));
         }
     }
 
@@ -110,20 +110,20 @@ public:
         for (int n = 0; n < frames; ++n) {
             double bus[2] = {0.5 * left[n], 0.5 * right[n]};
             for (int channel = 0; channel < 2; ++channel)
-                for (Filter& section : equalizer_[channel])
+                for (Filter& section : m_equalizer[channel])
                     bus[channel] = section.run(bus[channel]);
             double x[speakerCount] = {0.9 * bus[0], 0.8 * bus[1], 0.7 * bus[0], 0.6 * bus[1],
                                       0.35 * (bus[0] + bus[1])};
             double largest = 0;
             for (int i = 0; i < speakerCount; ++i) {
-                for (Filter& section : crossover_[i])
+                for (Filter& section : m_crossover[i])
                     x[i] = section.run(x[i]);
-                std::swap(x[i], ring_[i][at_[i]]);
-                at_[i] = at_[i] + 1 < ring_[i].size() ? at_[i] + 1 : 0;
+                std::swap(x[i], m_ring[i][m_at[i]]);
+                m_at[i] = m_at[i] + 1 < m_ring[i].size() ? m_at[i] + 1 : 0;
                 largest = std::max(largest, std::abs(x[i]));
             }
-            envelope_ = std::max(largest, envelope_ * 0.9995);
-            const double gain = envelope_ > 0.98 ? 0.98 / envelope_ : 1;
+            m_envelope = std::max(largest, m_envelope * 0.9995);
+            const double gain = m_envelope > 0.98 ? 0.98 / m_envelope : 1;
             for (int i = 0; i < speakerCount; ++i)
                 out[i][n] = float(x[i] * gain);
         }
@@ -135,27 +135,27 @@ private:
     public:
         Filter() = default;
         explicit Filter(const Section& s)
-            : c_(biquadOf(s))
+            : m_c(biquadOf(s))
         {
         }
         double run(double x)
         {
-            const double y = c_.b0 * x + m1_;
-            m1_ = c_.b1 * x - c_.a1 * y + m2_;
-            m2_ = c_.b2 * x - c_.a2 * y;
+            const double y = m_c.b0 * x + m_m1;
+            m_m1 = m_c.b1 * x - m_c.a1 * y + m_m2;
+            m_m2 = m_c.b2 * x - m_c.a2 * y;
             return y;
         }
 
     private:
-        Biquad c_;
-        double m1_ = 0, m2_ = 0;
+        Biquad m_c;
+        double m_m1 = 0, m_m2 = 0;
     };
 
-    std::vector<Filter> equalizer_[2];
-    std::array<Filter, 2> crossover_[speakerCount];
-    std::vector<double> ring_[speakerCount];
-    size_t at_[speakerCount] = {};
-    double envelope_ = 0;
+    std::vector<Filter> m_equalizer[2];
+    std::array<Filter, 2> m_crossover[speakerCount];
+    std::vector<double> m_ring[speakerCount];
+    size_t m_at[speakerCount] = {};
+    double m_envelope = 0;
 };
 
 } // namespace peers

@@ -66,7 +66,7 @@ class Puller final : public Output
 public:
     bool start(Feed& feed, std::string&) override
     {
-        feed_ = &feed;
+        m_feed = &feed;
         return feed.prepare(rate);
     }
     void stop() override {}
@@ -77,14 +77,14 @@ public:
         const float* const from[2] = {in, in};
         float* out[dsp::speakerCount];
         for (int i = 0; i < dsp::speakerCount; ++i)
-            out[i] = samples_[i];
-        feed_->pull(from, out, frames);
-        return samples_[0];
+            out[i] = m_samples[i];
+        m_feed->pull(from, out, frames);
+        return m_samples[0];
     }
 
 private:
-    Feed* feed_ = nullptr;
-    float samples_[dsp::speakerCount][8192];
+    Feed* m_feed = nullptr;
+    float m_samples[dsp::speakerCount][8192];
 };
 
 dsp::Settings loud()

@@ -48,21 +48,21 @@ private:
     QString sound(quint32 rate = 48000, quint32 seconds = 0) const;
     QStringList entries() const
     {
-        return QDir(folder->path())
+        return QDir(m_folder->path())
             .entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot, QDir::Name);
     }
-    std::unique_ptr<QTemporaryDir> folder;
+    std::unique_ptr<QTemporaryDir> m_folder;
 };
 
 void TestOffline::init()
 {
-    folder = std::make_unique<QTemporaryDir>();
-    qputenv("XDG_DATA_HOME", QFile::encodeName(folder->path()));
+    m_folder = std::make_unique<QTemporaryDir>();
+    qputenv("XDG_DATA_HOME", QFile::encodeName(m_folder->path()));
 }
 
 QString TestOffline::store(const QMap<QString, QVariant>& values)
 {
-    const QString path = folder->filePath("settings.db");
+    const QString path = m_folder->filePath("settings.db");
     auto* const settings = mem::SettingsStore::instance();
     settings->open(path);
     for (auto i = values.begin(); i != values.end(); ++i)
@@ -73,7 +73,7 @@ QString TestOffline::store(const QMap<QString, QVariant>& values)
 
 QString TestOffline::sound(quint32 rate, quint32 seconds) const
 {
-    const QString path = folder->filePath("in.wav");
+    const QString path = m_folder->filePath("in.wav");
     QFile file(path);
     if (!file.open(QIODevice::WriteOnly))
         return {};
@@ -115,13 +115,13 @@ void TestOffline::fileOfTheSettingsIsNeverChanged()
     QFile file(path);
     QVERIFY(file.open(QIODevice::ReadOnly));
     const QByteArray before = file.readAll();
-    const QStringList entries = QDir(folder->path()).entryList(QDir::Files);
+    const QStringList entries = QDir(m_folder->path()).entryList(QDir::Files);
     Settings settings;
     QString error;
     QVERIFY2(readStoredSettings(path, &settings, &error), qPrintable(error));
     QVERIFY(file.seek(0));
     QCOMPARE(file.readAll(), before);
-    QCOMPARE(QDir(folder->path()).entryList(QDir::Files), entries);
+    QCOMPARE(QDir(m_folder->path()).entryList(QDir::Files), entries);
 }
 
 void TestOffline::settingsThatCantBeReadAreRefused_data()
@@ -143,10 +143,10 @@ void TestOffline::settingsThatCantBeReadAreRefused()
     QFETCH(QString, name);
     QFETCH(QString, says);
     QVERIFY(!sound().isEmpty());
-    QCOMPARE(mkfifo(QFile::encodeName(folder->filePath("pipe")).constData(), 0600), 0);
+    QCOMPARE(mkfifo(QFile::encodeName(m_folder->filePath("pipe")).constData(), 0600), 0);
     Settings settings;
     QString error;
-    QVERIFY(!readStoredSettings(folder->filePath(name), &settings, &error));
+    QVERIFY(!readStoredSettings(m_folder->filePath(name), &settings, &error));
     QVERIFY2(error.contains(says) && error.contains(name), qPrintable(error));
 }
 
@@ -156,7 +156,7 @@ void TestOffline::renderingFollowsTheStoredSettings()
         Options options;
         options.settings = store({{"Setup_Main_Volume", volume}});
         options.render = sound();
-        options.renderTo = folder->filePath("out.wav");
+        options.renderTo = m_folder->filePath("out.wav");
         QString message;
         if (!renderFile(options, &message))
             return -1.0f;
@@ -191,16 +191,16 @@ void TestOffline::programTellsSuccessAndFailureByItsExitCode()
         return process.exitCode();
     };
     QByteArray out, err;
-    const QString to = folder->filePath("out.wav");
+    const QString to = m_folder->filePath("out.wav");
     QVERIFY2(run({"--render", sound(), to}, &out, &err) == 0, err);
     QVERIFY2(out.contains("FL FR LFE BL BR"), out);
     QVERIFY(QFile::exists(to));
-    QCOMPARE(run({"--render", folder->filePath("missing.flac"), to}, &out, &err), 5);
+    QCOMPARE(run({"--render", m_folder->filePath("missing.flac"), to}, &out, &err), 5);
     QVERIFY2(err.contains("missing.flac"), err);
-    QCOMPARE(run({"--render", sound(), to, "--settings", folder->filePath("missing.db")}, &out, &err), 5);
+    QCOMPARE(run({"--render", sound(), to, "--settings", m_folder->filePath("missing.db")}, &out, &err), 5);
     QCOMPARE(run({"--render", sound()}, &out, &err), 2);
-    QVERIFY2(run({"--plot", folder->filePath("p.png")}, &out, &err) == 0, err);
-    QCOMPARE(QImage(folder->filePath("p.png")).size(), QSize(1280, 720));
+    QVERIFY2(run({"--plot", m_folder->filePath("p.png")}, &out, &err) == 0, err);
+    QCOMPARE(QImage(m_folder->filePath("p.png")).size(), QSize(1280, 720));
     QCOMPARE(run({"--plot", "/no/such/folder/p.png"}, &out, &err), 5);
 }
 
@@ -215,7 +215,7 @@ void TestOffline::remarkIsToldWithTheResult()
     Options options;
     options.settings = store({{"Setup_Main_Volume", 50}});
     options.render = file.fileName();
-    options.renderTo = folder->filePath("out.wav");
+    options.renderTo = m_folder->filePath("out.wav");
     QString message;
     QVERIFY2(renderFile(options, &message), qPrintable(message));
     QVERIFY2(message.contains("out.wav: 0.2 s") && message.contains("; the limiter took up to"),
@@ -224,9 +224,9 @@ void TestOffline::remarkIsToldWithTheResult()
 
 void TestOffline::pipeAsInputIsRefusedAtOnce()
 {
-    QCOMPARE(mkfifo(QFile::encodeName(folder->filePath("pipe")).constData(), 0600), 0);
+    QCOMPARE(mkfifo(QFile::encodeName(m_folder->filePath("pipe")).constData(), 0600), 0);
     Process unit(QProcessEnvironment::systemEnvironment());
-    unit.start(HEADUNIT, {"--render", folder->filePath("pipe"), folder->filePath("out.wav")});
+    unit.start(HEADUNIT, {"--render", m_folder->filePath("pipe"), m_folder->filePath("out.wav")});
     QCOMPARE(unit.exitCode(), 5);
     QVERIFY2(unit.errors().contains("pipe': it is a pipe"), unit.errors());
     QCOMPARE(entries(), QStringList{"pipe"});
@@ -248,14 +248,14 @@ void TestOffline::signalEndsARenderingAndLeavesNothing()
     QFETCH(bool, replaces);
     // Half an hour, at a rate that has to be converted: more than is rendered before the signal comes.
     QVERIFY(!sound(47999, 1800).isEmpty());
-    QFile old(folder->filePath("out.wav"));
+    QFile old(m_folder->filePath("out.wav"));
     if (replaces)
         QVERIFY(old.open(QIODevice::WriteOnly) && old.write("precious") == 8 && old.flush());
     const QStringList before = entries();
     QProcess unit;
-    unit.start(QStringLiteral(HEADUNIT), {"--render", folder->filePath("in.wav"), old.fileName()});
+    unit.start(QStringLiteral(HEADUNIT), {"--render", m_folder->filePath("in.wav"), old.fileName()});
     const auto underWay = [this] {
-        const auto unfinished = QDir(folder->path()).entryInfoList({"unfinished-*"}, QDir::Files);
+        const auto unfinished = QDir(m_folder->path()).entryInfoList({"unfinished-*"}, QDir::Files);
         return !unfinished.isEmpty() && unfinished.first().size() > 100000;
     };
     QTRY_VERIFY_WITH_TIMEOUT(underWay(), 20000);
@@ -274,7 +274,7 @@ void TestOffline::hangupThatIsIgnoredStaysIgnored()
     // As nohup does.
     QProcess unit;
     unit.start("sh", {"-c", "trap '' HUP; exec \"$@\"", "sh", HEADUNIT, "--render",
-                      folder->filePath("in.wav"), folder->filePath("out.wav")});
+                      m_folder->filePath("in.wav"), m_folder->filePath("out.wav")});
     QTRY_VERIFY_WITH_TIMEOUT(!entries().filter("unfinished-").isEmpty(), 20000);
     QVERIFY(sendSignal(unit, SIGHUP));
     QVERIFY(unit.waitForFinished(60000));
@@ -302,34 +302,34 @@ void TestOffline::renderingWithoutItsLibraryIsRefused()
 
 void TestOffline::plotReplacesNothingButAFile()
 {
-    QCOMPARE(mkfifo(QFile::encodeName(folder->filePath("pipe")).constData(), 0600), 0);
-    QVERIFY(QFile::link("pipe", folder->filePath("link")));
+    QCOMPARE(mkfifo(QFile::encodeName(m_folder->filePath("pipe")).constData(), 0600), 0);
+    QVERIFY(QFile::link("pipe", m_folder->filePath("link")));
     Options options;
     options.settings = store({});
     const QStringList before = entries();
     for (const char* name : {"pipe", "link", "."}) {
-        options.plot = folder->filePath(name);
+        options.plot = m_folder->filePath(name);
         QString message;
         QVERIFY(!plotResponses(options, &message));
         QVERIFY2(message.contains("can't write '" + options.plot + "'"), qPrintable(message));
         QCOMPARE(entries(), before);
-        QVERIFY(!QFileInfo(folder->filePath("pipe")).isFile());
+        QVERIFY(!QFileInfo(m_folder->filePath("pipe")).isFile());
     }
 }
 
 void TestOffline::plotWithoutItsLibraryIsRefused()
 {
     // The library is looked for from where the program lies.
-    QVERIFY(QDir(folder->path()).mkdir("bin"));
-    const QString elsewhere = folder->filePath("bin/headunit");
+    QVERIFY(QDir(m_folder->path()).mkdir("bin"));
+    const QString elsewhere = m_folder->filePath("bin/headunit");
     QVERIFY(QFile::copy(HEADUNIT, elsewhere));
     QProcess unit;
-    unit.start(elsewhere, {"--plot", folder->filePath("p.png")});
+    unit.start(elsewhere, {"--plot", m_folder->filePath("p.png")});
     QVERIFY(unit.waitForFinished(30000));
     QCOMPARE(unit.exitCode(), 5);
     const QByteArray errors = unit.readAllStandardError();
     QVERIFY2(errors.contains("libresponseplot"), errors);
-    QVERIFY(!QFile::exists(folder->filePath("p.png")));
+    QVERIFY(!QFile::exists(m_folder->filePath("p.png")));
 }
 
 void TestOffline::plotShowsALineForEachSpeakerAndDotsOverIt()
@@ -341,7 +341,7 @@ void TestOffline::plotShowsALineForEachSpeakerAndDotsOverIt()
             plot->setComputed(hvaudio::dsp::Speaker(speaker), lineHz, std::vector<double>(200, 0.1));
         if (dots)
             plot->setMeasured(hvaudio::dsp::Speaker(speaker), dotHz, std::vector<double>(40, 0.5));
-        const QString path = folder->filePath("plot.png");
+        const QString path = m_folder->filePath("plot.png");
         return plot->savePng(path) ? QImage(path) : QImage();
     };
     // Height of the middle of what one picture has and the other hasn't; -1 where they are equal.

@@ -98,8 +98,8 @@ private slots:
     void audioThreadOnlyComputesWhileTheShellChangesEverything();
 
 private:
-    std::unique_ptr<Player> player;
-    ManualOutput* output = nullptr;
+    std::unique_ptr<Player> m_player;
+    ManualOutput* m_output = nullptr;
     /// Logged so far, by whatever thread.
     QStringList lines()
     {
@@ -112,54 +112,54 @@ private:
 
 void TestPlayer::init()
 {
-    player.reset();
+    m_player.reset();
     m_lines.clear();
-    player = std::make_unique<Player>([this](LogLevel, const std::string& line) {
+    m_player = std::make_unique<Player>([this](LogLevel, const std::string& line) {
         const std::lock_guard<std::mutex> lock(m_logging);
         m_lines << QString::fromStdString(line);
     });
-    player->setSettings(neutral());
-    QVERIFY(player->start(std::make_unique<ManualOutput>(&output)));
-    output->pull(48000); // power-on is a ramp
+    m_player->setSettings(neutral());
+    QVERIFY(m_player->start(std::make_unique<ManualOutput>(&m_output)));
+    m_output->pull(48000); // power-on is a ramp
 }
 
 void TestPlayer::sourceOfTheSettingsIsHeard()
 {
-    QVERIFY(player->setSource(18, SourceKind::PinkNoise));
-    QVERIFY(player->setSource(6, SourceKind::Sweep));
-    QVERIFY(player->setSource(7, SourceKind::Input));
-    output->pull(4800);
-    QVERIFY(std::abs(rms(output->pull(48000)) / 0.1 - 1) < 0.2);
+    QVERIFY(m_player->setSource(18, SourceKind::PinkNoise));
+    QVERIFY(m_player->setSource(6, SourceKind::Sweep));
+    QVERIFY(m_player->setSource(7, SourceKind::Input));
+    m_output->pull(4800);
+    QVERIFY(std::abs(rms(m_output->pull(48000)) / 0.1 - 1) < 0.2);
 
     dsp::Settings settings = neutral();
     settings.source = 7;
-    player->setSettings(settings);
+    m_player->setSettings(settings);
     const std::vector<float> in(4800, 0.05f);
     for (int n = 0; n < 10; ++n)
-        output->pull(4800, in);
-    const auto heard = output->pull(4800, in);
+        m_output->pull(4800, in);
+    const auto heard = m_output->pull(4800, in);
     QVERIFY2(std::abs(heard.back() - 0.05f) < 0.001f, qPrintable(QString::number(heard.back())));
 
     settings.source = 99; // nothing plays there
-    player->setSettings(settings);
+    m_player->setSettings(settings);
     for (int n = 0; n < 10; ++n)
-        output->pull(4800, in);
-    QCOMPARE(rms(output->pull(4800, in)), 0.0);
-    QVERIFY(player->engine().idle());
+        m_output->pull(4800, in);
+    QCOMPARE(rms(m_output->pull(4800, in)), 0.0);
+    QVERIFY(m_player->engine().idle());
     QVERIFY(lines().isEmpty());
 }
 
 void TestPlayer::fileThatCantBeReadLeavesTheOldSource()
 {
-    QVERIFY(player->setSource(18, SourceKind::PinkNoise));
+    QVERIFY(m_player->setSource(18, SourceKind::PinkNoise));
     std::string error;
-    QVERIFY(!player->setSource(18, SourceKind::File, "/nowhere.ogg", &error));
+    QVERIFY(!m_player->setSource(18, SourceKind::File, "/nowhere.ogg", &error));
     QVERIFY(!error.empty());
     QCOMPARE(lines().size(), 1);
-    QCOMPARE(player->sourceKind(18), SourceKind::PinkNoise);
-    output->pull(4800);
-    QVERIFY(rms(output->pull(4800)) > 0.03);
-    QVERIFY(!player->setSource(-1, SourceKind::Sweep) && !player->setSource(32, SourceKind::Sweep));
+    QCOMPARE(m_player->sourceKind(18), SourceKind::PinkNoise);
+    m_output->pull(4800);
+    QVERIFY(rms(m_output->pull(4800)) > 0.03);
+    QVERIFY(!m_player->setSource(-1, SourceKind::Sweep) && !m_player->setSource(32, SourceKind::Sweep));
     QCOMPARE(lines().size(), 3);
 }
 
@@ -170,132 +170,132 @@ void TestPlayer::mediumThatDoesNotAnswerHoldsUpNobody()
         files::write(folder.filePath("hangs.wav").toStdString(), SF_FORMAT_WAV | SF_FORMAT_FLOAT, 48000, 2,
                      std::vector<float>(96000, 0.25f));
     slowmedium::hang("hangs.wav");
-    QVERIFY(player->setSource(18, SourceKind::File, path)); // it returns
-    QCOMPARE(player->sourceKind(18), SourceKind::File);
-    QCOMPARE(rms(output->pull(4800)), 0.0);
+    QVERIFY(m_player->setSource(18, SourceKind::File, path)); // it returns
+    QCOMPARE(m_player->sourceKind(18), SourceKind::File);
+    QCOMPARE(rms(m_output->pull(4800)), 0.0);
     // Other files are played meanwhile.
     const std::string other =
         files::write(folder.filePath("other.wav").toStdString(), SF_FORMAT_WAV | SF_FORMAT_FLOAT, 48000, 2,
                      std::vector<float>(96000, 0.25f));
-    QVERIFY(player->setSource(6, SourceKind::File, other));
+    QVERIFY(m_player->setSource(6, SourceKind::File, other));
     dsp::Settings settings = neutral();
     settings.source = 6;
-    player->setSettings(settings);
-    QVERIFY(QTest::qWaitFor([&] { return std::abs(rms(output->pull(480)) - 0.25) < 0.01; }));
+    m_player->setSettings(settings);
+    QVERIFY(QTest::qWaitFor([&] { return std::abs(rms(m_output->pull(480)) - 0.25) < 0.01; }));
     QTRY_COMPARE_WITH_TIMEOUT(lines().size(), 1, 10000);
     QVERIFY2(lines().first().contains("hangs.wav"), qPrintable(lines().first()));
-    QCOMPARE(player->sourceKind(18), SourceKind::Silence);
-    QVERIFY(player->sourcePath(18).empty());
+    QCOMPARE(m_player->sourceKind(18), SourceKind::Silence);
+    QVERIFY(m_player->sourcePath(18).empty());
     slowmedium::answer();
 }
 
 void TestPlayer::promptSoundsOnItsChannelAndDucksTheProgramme()
 {
-    player->setSource(18, SourceKind::PinkNoise);
-    output->pull(4800);
-    const double before = rms(output->pull(48000));
+    m_player->setSource(18, SourceKind::PinkNoise);
+    m_output->pull(4800);
+    const double before = rms(m_output->pull(48000));
     // Navigation's own channel is all but silent, so only the ducking is heard.
     dsp::Settings settings = neutral();
     settings.promptDb[dsp::Navi] = -58.8;
-    player->setSettings(settings);
-    player->prompt(dsp::Navi);
-    QVERIFY(player->promptSounds(dsp::Navi));
+    m_player->setSettings(settings);
+    m_player->prompt(dsp::Navi);
+    QVERIFY(m_player->promptSounds(dsp::Navi));
     // The chime is made when it is first wanted.
-    QVERIFY(QTest::qWaitFor([&] { return rms(output->pull(4800)) < 0.4 * before; }));
-    const double during = rms(output->pull(24000));
+    QVERIFY(QTest::qWaitFor([&] { return rms(m_output->pull(4800)) < 0.4 * before; }));
+    const double during = rms(m_output->pull(24000));
     QVERIFY2(during < 0.4 * before, qPrintable(QString("%1 after %2").arg(during).arg(before)));
     for (int n = 0; n < 5; ++n)
-        output->pull(24000);
-    QVERIFY(!player->promptSounds(dsp::Navi));
-    QVERIFY(rms(output->pull(48000)) > 0.7 * before);
+        m_output->pull(24000);
+    QVERIFY(!m_player->promptSounds(dsp::Navi));
+    QVERIFY(rms(m_output->pull(48000)) > 0.7 * before);
 
     settings.promptDb[dsp::Navi] = 0;
     settings.mainDb = dsp::silentDb;
-    player->setSettings(settings);
-    output->pull(48000);
-    player->prompt(dsp::Navi, true);
+    m_player->setSettings(settings);
+    m_output->pull(48000);
+    m_player->prompt(dsp::Navi, true);
     for (int n = 0; n < 10; ++n)
-        QVERIFY(rms(output->pull(72000)) > 0.01);
-    player->endPrompt(dsp::Navi);
-    output->pull(9600);
-    QVERIFY(!player->promptSounds(dsp::Navi));
+        QVERIFY(rms(m_output->pull(72000)) > 0.01);
+    m_player->endPrompt(dsp::Navi);
+    m_output->pull(9600);
+    QVERIFY(!m_player->promptSounds(dsp::Navi));
 }
 
 void TestPlayer::beepIsHeard()
 {
-    QCOMPARE(rms(output->pull(4800)), 0.0);
-    player->beep();
-    QVERIFY(rms(output->pull(4800)) > 0.01);
+    QCOMPARE(rms(m_output->pull(4800)), 0.0);
+    m_player->beep();
+    QVERIFY(rms(m_output->pull(4800)) > 0.01);
 }
 
 void TestPlayer::anotherRateKeepsTheSources()
 {
-    player->setSource(18, SourceKind::PinkNoise);
-    QVERIFY(player->start(std::make_unique<ManualOutput>(&output, 96000)));
-    QCOMPARE(player->engine().rate(), 96000.0);
-    output->pull(96000);
-    QVERIFY(std::abs(rms(output->pull(96000)) / 0.1 - 1) < 0.3);
-    QVERIFY(!player->start(std::make_unique<ManualOutput>(&output, 1)));
-    QCOMPARE(QString::fromStdString(player->status()), QString("no sound output"));
+    m_player->setSource(18, SourceKind::PinkNoise);
+    QVERIFY(m_player->start(std::make_unique<ManualOutput>(&m_output, 96000)));
+    QCOMPARE(m_player->engine().rate(), 96000.0);
+    m_output->pull(96000);
+    QVERIFY(std::abs(rms(m_output->pull(96000)) / 0.1 - 1) < 0.3);
+    QVERIFY(!m_player->start(std::make_unique<ManualOutput>(&m_output, 1)));
+    QCOMPARE(QString::fromStdString(m_player->status()), QString("no sound output"));
 }
 
 void TestPlayer::listenedFramesAreWhatWentInAndOut()
 {
-    player->setSource(18, SourceKind::Input);
+    m_player->setSource(18, SourceKind::Input);
     std::vector<float> in;
     for (int n = 0; n < 4096; ++n)
         in.push_back(0.1f * float(std::sin(0.05 * n)));
-    output->pull(4096, in);
+    m_output->pull(4096, in);
     std::vector<HeardFrame> frames(10000);
-    QCOMPARE(player->fetchHeard(frames.data(), 10000), 0); // nobody listened
-    player->listen(true);
-    const auto out = output->pull(4096, in);
+    QCOMPARE(m_player->fetchHeard(frames.data(), 10000), 0); // nobody listened
+    m_player->listen(true);
+    const auto out = m_output->pull(4096, in);
     bool gap = true;
-    QCOMPARE(player->fetchHeard(frames.data(), 10000, &gap), 4096);
+    QCOMPARE(m_player->fetchHeard(frames.data(), 10000, &gap), 4096);
     QVERIFY(!gap);
     for (std::size_t n = 0; n < 4096; ++n) {
         QCOMPARE(frames[n].programme[0], in[n]);
         QCOMPARE(frames[n].speaker[dsp::FrontLeft], out[n]);
     }
-    player->listen(false);
-    output->pull(4096, in);
-    QCOMPARE(player->fetchHeard(frames.data(), 10000), 0);
+    m_player->listen(false);
+    m_output->pull(4096, in);
+    QCOMPARE(m_player->fetchHeard(frames.data(), 10000), 0);
 }
 
 void TestPlayer::lateListenerIsToldOfTheGap()
 {
-    player->listen(true);
+    m_player->listen(true);
     for (int n = 0; n < 20; ++n)
-        output->pull(4096);
+        m_output->pull(4096);
     std::vector<HeardFrame> frames(100000);
     bool gap = false;
-    QCOMPARE(player->fetchHeard(frames.data(), 100000, &gap), 0);
+    QCOMPARE(m_player->fetchHeard(frames.data(), 100000, &gap), 0);
     QVERIFY(gap);
-    output->pull(1000);
-    QCOMPARE(player->fetchHeard(frames.data(), 100000, &gap), 1000);
+    m_output->pull(1000);
+    QCOMPARE(m_player->fetchHeard(frames.data(), 100000, &gap), 1000);
     QVERIFY(!gap);
 }
 
 void TestPlayer::unknownOutputIsRefusedAndPlaysToNone()
 {
-    QVERIFY(!player->start("loudspeaker"));
+    QVERIFY(!m_player->start("loudspeaker"));
     QCOMPARE(lines().size(), 1);
-    QCOMPARE(QString::fromStdString(player->status()), QString("no sound output"));
-    QVERIFY(!player->start("/no/such/folder/x.wav"));
+    QCOMPARE(QString::fromStdString(m_player->status()), QString("no sound output"));
+    QVERIFY(!m_player->start("/no/such/folder/x.wav"));
     QCOMPARE(lines().size(), 2);
-    QVERIFY(player->started());
+    QVERIFY(m_player->started());
 }
 
 void TestPlayer::wavOutputWritesWhatIsPlayed()
 {
     const QTemporaryDir folder;
     const std::string path = folder.filePath("played.wav").toStdString();
-    player->setSource(18, SourceKind::PinkNoise);
-    QVERIFY(player->start(path));
-    player->takeMeters();
+    m_player->setSource(18, SourceKind::PinkNoise);
+    QVERIFY(m_player->start(path));
+    m_player->takeMeters();
     // Not QTRY_VERIFY, which would look a second time at meters that have started anew.
-    QVERIFY(QTest::qWaitFor([&] { return player->takeMeters().peak[dsp::RearRight] > 0.05f; }, 5000));
-    player->stop();
+    QVERIFY(QTest::qWaitFor([&] { return m_player->takeMeters().peak[dsp::RearRight] > 0.05f; }, 5000));
+    m_player->stop();
     const auto contents = files::read(path);
     QCOMPARE(contents.info.channels, 5);
     QVERIFY(contents.info.frames > 480);
@@ -321,26 +321,26 @@ void TestPlayer::nothingWakesUpWhileNobodyHearsAnything()
     const std::string path =
         files::write(folder.filePath("a.wav").toStdString(), SF_FORMAT_WAV | SF_FORMAT_FLOAT, 44100, 2,
                      std::vector<float>(96000, 0.25f));
-    QVERIFY(player->setSource(18, SourceKind(kind), path));
-    QVERIFY(player->start("none"));
-    QVERIFY(player->takeMeters().gain > 0); // it has been looked at, and isn't any more
+    QVERIFY(m_player->setSource(18, SourceKind(kind), path));
+    QVERIFY(m_player->start("none"));
+    QVERIFY(m_player->takeMeters().gain > 0); // it has been looked at, and isn't any more
     QVERIFY(nothingWakesUp());
 }
 
 void TestPlayer::restingOutputIsThereWhenItIsMeasured()
 {
-    QVERIFY(player->setSource(18, SourceKind::PinkNoise));
-    QVERIFY(player->start("none"));
+    QVERIFY(m_player->setSource(18, SourceKind::PinkNoise));
+    QVERIFY(m_player->start("none"));
     std::vector<HeardFrame> frames(4096);
     for (int time = 0; time < 3; ++time) {
-        QVERIFY(QTest::qWaitFor([&] { return player->takeMeters().peak[dsp::FrontLeft] > 0.05f; }));
-        player->listen(true);
+        QVERIFY(QTest::qWaitFor([&] { return m_player->takeMeters().peak[dsp::FrontLeft] > 0.05f; }));
+        m_player->listen(true);
         int count = 0;
-        QVERIFY(QTest::qWaitFor([&] { return (count += player->fetchHeard(frames.data(), 4096)) > 9600; }));
-        player->listen(false);
+        QVERIFY(QTest::qWaitFor([&] { return (count += m_player->fetchHeard(frames.data(), 4096)) > 9600; }));
+        m_player->listen(false);
         // A chime comes to its end, though nobody measures.
-        player->prompt(dsp::Voice);
-        QVERIFY(QTest::qWaitFor([&] { return !player->promptSounds(dsp::Voice); }));
+        m_player->prompt(dsp::Voice);
+        QVERIFY(QTest::qWaitFor([&] { return !m_player->promptSounds(dsp::Voice); }));
     }
 }
 
@@ -358,7 +358,7 @@ void TestPlayer::audioThreadOnlyComputesWhileTheShellChangesEverything()
         const std::vector<float> in(2048, 0.1f);
         for (int n = 0; !ends; ++n) {
             // The output's own vectors are made outside of what is trapped.
-            output->pull(1 + n * 37 % 2048, in);
+            m_output->pull(1 + n * 37 % 2048, in);
         }
     });
     std::vector<HeardFrame> heard(4096);
@@ -368,14 +368,14 @@ void TestPlayer::audioThreadOnlyComputesWhileTheShellChangesEverything()
         dsp::Settings settings = neutral();
         settings.source = n % 4;
         settings.equalizer[n % dsp::bandCount] = n % 21 - 10;
-        player->setSettings(settings);
-        player->setSource(n % 4, SourceKind(n / 4 % 5), path);
-        player->prompt(dsp::Prompt(n % dsp::promptCount), n % 2);
-        player->endPrompt(dsp::Prompt(n / 2 % dsp::promptCount));
-        player->beep();
-        player->listen(n % 3);
-        player->fetchHeard(heard.data(), int(heard.size()));
-        player->takeMeters();
+        m_player->setSettings(settings);
+        m_player->setSource(n % 4, SourceKind(n / 4 % 5), path);
+        m_player->prompt(dsp::Prompt(n % dsp::promptCount), n % 2);
+        m_player->endPrompt(dsp::Prompt(n / 2 % dsp::promptCount));
+        m_player->beep();
+        m_player->listen(n % 3);
+        m_player->fetchHeard(heard.data(), int(heard.size()));
+        m_player->takeMeters();
     }
     ends = true;
     audio.join();

@@ -14,158 +14,158 @@ class tst_PushButton : public QObject
 private slots:
     void init()
     {
-        window = std::make_unique<QWidget>();
-        window->resize(300, 200);
-        key = new QPushButton(window.get());
-        key->setGeometry(50, 50, 74, 70);
-        wrapper = new cm::PushButton(key, window.get());
-        shortClicked = std::make_unique<QSignalSpy>(wrapper, SIGNAL(shortClicked()));
-        longPressed = std::make_unique<QSignalSpy>(wrapper, SIGNAL(longPressed()));
-        repeated = std::make_unique<QSignalSpy>(wrapper, SIGNAL(longPressedRepeat()));
-        window->show();
-        QVERIFY(QTest::qWaitForWindowExposed(window.get()));
+        m_window = std::make_unique<QWidget>();
+        m_window->resize(300, 200);
+        m_key = new QPushButton(m_window.get());
+        m_key->setGeometry(50, 50, 74, 70);
+        m_wrapper = new cm::PushButton(m_key, m_window.get());
+        m_shortClicked = std::make_unique<QSignalSpy>(m_wrapper, SIGNAL(shortClicked()));
+        m_longPressed = std::make_unique<QSignalSpy>(m_wrapper, SIGNAL(longPressed()));
+        m_repeated = std::make_unique<QSignalSpy>(m_wrapper, SIGNAL(longPressedRepeat()));
+        m_window->show();
+        QVERIFY(QTest::qWaitForWindowExposed(m_window.get()));
     }
 
-    void cleanup() { window.reset(); }
+    void cleanup() { m_window.reset(); }
 
     void aQuickPressIsOneShortClickOnRelease()
     {
-        QTest::mousePress(key, Qt::LeftButton);
-        QCOMPARE(shortClicked->count(), 0);
-        QTest::mouseRelease(key, Qt::LeftButton);
-        QCOMPARE(shortClicked->count(), 1);
-        QCOMPARE(longPressed->count(), 0);
+        QTest::mousePress(m_key, Qt::LeftButton);
+        QCOMPARE(m_shortClicked->count(), 0);
+        QTest::mouseRelease(m_key, Qt::LeftButton);
+        QCOMPARE(m_shortClicked->count(), 1);
+        QCOMPARE(m_longPressed->count(), 0);
     }
 
     void aPressHeldForLongIsStillOneShortClick()
     {
-        QTest::mousePress(key, Qt::LeftButton);
-        QTRY_COMPARE(repeated->count(), 2);
-        QCOMPARE(shortClicked->count(), 0);
-        QTest::mouseRelease(key, Qt::LeftButton);
-        QCOMPARE(shortClicked->count(), 1);
-        QCOMPARE(longPressed->count(), 1);
+        QTest::mousePress(m_key, Qt::LeftButton);
+        QTRY_COMPARE(m_repeated->count(), 2);
+        QCOMPARE(m_shortClicked->count(), 0);
+        QTest::mouseRelease(m_key, Qt::LeftButton);
+        QCOMPARE(m_shortClicked->count(), 1);
+        QCOMPARE(m_longPressed->count(), 1);
     }
 
     void longPressComesOnceAndThenRepeats()
     {
         QElapsedTimer clock;
         clock.start();
-        QTest::mousePress(key, Qt::LeftButton);
-        QVERIFY(longPressed->wait(5000));
+        QTest::mousePress(m_key, Qt::LeftButton);
+        QVERIFY(m_longPressed->wait(5000));
         QVERIFY2(clock.elapsed() >= 795, qPrintable(QString::number(clock.elapsed())));
-        QCOMPARE(repeated->count(), 0);
+        QCOMPARE(m_repeated->count(), 0);
         clock.restart();
-        QTRY_COMPARE(repeated->count(), 3);
+        QTRY_COMPARE(m_repeated->count(), 3);
         QVERIFY2(clock.elapsed() >= 3 * 150 - 10, qPrintable(QString::number(clock.elapsed())));
-        QCOMPARE(longPressed->count(), 1);
-        QTest::mouseRelease(key, Qt::LeftButton);
+        QCOMPARE(m_longPressed->count(), 1);
+        QTest::mouseRelease(m_key, Qt::LeftButton);
     }
 
     void nothingRepeatsAfterTheRelease()
     {
-        QTest::mousePress(key, Qt::LeftButton);
-        QVERIFY(longPressed->wait(5000));
-        QTest::mouseRelease(key, Qt::LeftButton);
-        QVERIFY(!repeated->wait(400));
+        QTest::mousePress(m_key, Qt::LeftButton);
+        QVERIFY(m_longPressed->wait(5000));
+        QTest::mouseRelease(m_key, Qt::LeftButton);
+        QVERIFY(!m_repeated->wait(400));
     }
 
     void aReleaseOutsideTheKeyIsNoClick()
     {
-        QTest::mousePress(key, Qt::LeftButton);
+        QTest::mousePress(m_key, Qt::LeftButton);
         moveTo(QPoint(200, 200));
-        QTest::mouseRelease(key, Qt::LeftButton, Qt::NoModifier, QPoint(200, 200));
-        QCOMPARE(shortClicked->count(), 0);
-        QVERIFY(!longPressed->wait(1000));
+        QTest::mouseRelease(m_key, Qt::LeftButton, Qt::NoModifier, QPoint(200, 200));
+        QCOMPARE(m_shortClicked->count(), 0);
+        QVERIFY(!m_longPressed->wait(1000));
     }
 
     void slidingOffAndBackIsTheSamePress()
     {
-        QTest::mousePress(key, Qt::LeftButton);
-        QVERIFY(longPressed->wait(5000));
+        QTest::mousePress(m_key, Qt::LeftButton);
+        QVERIFY(m_longPressed->wait(5000));
         moveTo(QPoint(200, 200));
-        QVERIFY(!key->isDown());
+        QVERIFY(!m_key->isDown());
         moveTo(QPoint(10, 10));
-        QVERIFY(key->isDown());
-        QVERIFY(repeated->wait(700)); // goes on repeating, instead of waiting for a second long press
-        QTRY_VERIFY(repeated->count() >= 6);
-        QCOMPARE(longPressed->count(), 1);
-        QTest::mouseRelease(key, Qt::LeftButton, Qt::NoModifier, QPoint(10, 10));
-        QCOMPARE(shortClicked->count(), 1);
+        QVERIFY(m_key->isDown());
+        QVERIFY(m_repeated->wait(700)); // goes on repeating, instead of waiting for a second long press
+        QTRY_VERIFY(m_repeated->count() >= 6);
+        QCOMPARE(m_longPressed->count(), 1);
+        QTest::mouseRelease(m_key, Qt::LeftButton, Qt::NoModifier, QPoint(10, 10));
+        QCOMPARE(m_shortClicked->count(), 1);
     }
 
     void fastTappingCountsEveryPress()
     {
         for (int i = 0; i < 20; ++i) {
-            QTest::mouseClick(key, Qt::LeftButton);
-            QTest::mouseDClick(key, Qt::LeftButton); // Qt's name for every second press of a fast finger
-            QTest::mouseRelease(key, Qt::LeftButton);
+            QTest::mouseClick(m_key, Qt::LeftButton);
+            QTest::mouseDClick(m_key, Qt::LeftButton); // Qt's name for every second press of a fast finger
+            QTest::mouseRelease(m_key, Qt::LeftButton);
         }
-        QCOMPARE(shortClicked->count(), 40);
-        QCOMPARE(longPressed->count(), 0);
+        QCOMPARE(m_shortClicked->count(), 40);
+        QCOMPARE(m_longPressed->count(), 0);
     }
 
     void anAutoRepeatingButtonStillClicksOnce()
     {
-        key->setAutoRepeat(true);
-        key->setAutoRepeatDelay(10);
-        key->setAutoRepeatInterval(10);
-        QSignalSpy clicked(key, SIGNAL(clicked()));
-        QTest::mousePress(key, Qt::LeftButton);
+        m_key->setAutoRepeat(true);
+        m_key->setAutoRepeatDelay(10);
+        m_key->setAutoRepeatInterval(10);
+        QSignalSpy clicked(m_key, SIGNAL(clicked()));
+        QTest::mousePress(m_key, Qt::LeftButton);
         QTRY_VERIFY(clicked.count() > 20);
-        QVERIFY(longPressed->wait(5000));
-        QCOMPARE(shortClicked->count(), 0);
-        QTest::mouseRelease(key, Qt::LeftButton);
-        QCOMPARE(shortClicked->count(), 1);
-        QCOMPARE(longPressed->count(), 1);
+        QVERIFY(m_longPressed->wait(5000));
+        QCOMPARE(m_shortClicked->count(), 0);
+        QTest::mouseRelease(m_key, Qt::LeftButton);
+        QCOMPARE(m_shortClicked->count(), 1);
+        QCOMPARE(m_longPressed->count(), 1);
     }
 
     void theKeyboardClicksToo()
     {
-        key->setFocus();
-        QTest::keyClick(key, Qt::Key_Space);
-        QCOMPARE(shortClicked->count(), 1);
+        m_key->setFocus();
+        QTest::keyClick(m_key, Qt::Key_Space);
+        QCOMPARE(m_shortClicked->count(), 1);
     }
 
     void aDisabledKeyReportsNothing()
     {
-        key->setEnabled(false);
-        QTest::mouseClick(key, Qt::LeftButton);
-        QCOMPARE(shortClicked->count(), 0);
+        m_key->setEnabled(false);
+        QTest::mouseClick(m_key, Qt::LeftButton);
+        QCOMPARE(m_shortClicked->count(), 0);
     }
 
     void disablingUnderTheFingerEndsThePress()
     {
-        QTest::mousePress(key, Qt::LeftButton);
-        key->setEnabled(false);
-        QVERIFY(!longPressed->wait(1000));
-        key->setEnabled(true);
-        QTest::mouseRelease(key, Qt::LeftButton);
-        QCOMPARE(shortClicked->count(), 0);
+        QTest::mousePress(m_key, Qt::LeftButton);
+        m_key->setEnabled(false);
+        QVERIFY(!m_longPressed->wait(1000));
+        m_key->setEnabled(true);
+        QTest::mouseRelease(m_key, Qt::LeftButton);
+        QCOMPARE(m_shortClicked->count(), 0);
     }
 
     void hidingUnderTheFingerEndsThePress()
     {
-        QTest::mousePress(key, Qt::LeftButton);
-        key->hide();
-        QVERIFY(!longPressed->wait(1000));
+        QTest::mousePress(m_key, Qt::LeftButton);
+        m_key->hide();
+        QVERIFY(!m_longPressed->wait(1000));
     }
 
     void theButtonMayGoFirst()
     {
-        QTest::mousePress(key, Qt::LeftButton);
-        delete key;
-        QVERIFY(!longPressed->wait(1000));
-        QCOMPARE(shortClicked->count(), 0);
+        QTest::mousePress(m_key, Qt::LeftButton);
+        delete m_key;
+        QVERIFY(!m_longPressed->wait(1000));
+        QCOMPARE(m_shortClicked->count(), 0);
     }
 
     void theWrapperMayGoInItsOwnSignal()
     {
-        connect(wrapper, &cm::PushButton::longPressed, wrapper, [this] { delete wrapper; });
-        QSignalSpy gone(wrapper, SIGNAL(destroyed()));
-        QTest::mousePress(key, Qt::LeftButton);
+        connect(m_wrapper, &cm::PushButton::longPressed, m_wrapper, [this] { delete m_wrapper; });
+        QSignalSpy gone(m_wrapper, SIGNAL(destroyed()));
+        QTest::mousePress(m_key, Qt::LeftButton);
         QVERIFY(gone.wait(5000));
-        QTest::mouseRelease(key, Qt::LeftButton);
+        QTest::mouseRelease(m_key, Qt::LeftButton);
     }
 
     void aMissingButtonIsSaidAndHarmless()
@@ -178,15 +178,15 @@ private slots:
 private:
     void moveTo(const QPoint& pos)
     {
-        QMouseEvent move(QEvent::MouseMove, pos, key->mapToGlobal(pos), Qt::NoButton, Qt::LeftButton,
+        QMouseEvent move(QEvent::MouseMove, pos, m_key->mapToGlobal(pos), Qt::NoButton, Qt::LeftButton,
                          Qt::NoModifier);
-        QApplication::sendEvent(key, &move);
+        QApplication::sendEvent(m_key, &move);
     }
 
-    std::unique_ptr<QWidget> window;
-    QPushButton* key = nullptr;
-    cm::PushButton* wrapper = nullptr;
-    std::unique_ptr<QSignalSpy> shortClicked, longPressed, repeated;
+    std::unique_ptr<QWidget> m_window;
+    QPushButton* m_key = nullptr;
+    cm::PushButton* m_wrapper = nullptr;
+    std::unique_ptr<QSignalSpy> m_shortClicked, m_longPressed, m_repeated;
 };
 
 QTEST_MAIN(tst_PushButton)

@@ -18,37 +18,37 @@ class tst_Scroll : public QObject
 private slots:
     void init()
     {
-        page = std::make_unique<QWidget>();
-        page->resize(1024, 510);
-        area = new QScrollArea(page.get());
-        area->setGeometry(0, 66, 1035, 444);
-        area->setFrameShape(QFrame::NoFrame);
-        area->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-        contents = new QWidget;
-        contents->resize(1024, 1028);
-        key = new QPushButton(contents);
-        key->setGeometry(889, 60, 63, 59);
-        slider = new settings::CustomSlider_2(contents, QRect(496, 60, 393, 59), 4);
-        slider->setRange(0, 50);
-        area->setWidget(contents);
-        page->show();
-        QVERIFY(QTest::qWaitForWindowExposed(page.get()));
+        m_page = std::make_unique<QWidget>();
+        m_page->resize(1024, 510);
+        m_area = new QScrollArea(m_page.get());
+        m_area->setGeometry(0, 66, 1035, 444);
+        m_area->setFrameShape(QFrame::NoFrame);
+        m_area->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+        m_contents = new QWidget;
+        m_contents->resize(1024, 1028);
+        m_key = new QPushButton(m_contents);
+        m_key->setGeometry(889, 60, 63, 59);
+        m_slider = new settings::CustomSlider_2(m_contents, QRect(496, 60, 393, 59), 4);
+        m_slider->setRange(0, 50);
+        m_area->setWidget(m_contents);
+        m_page->show();
+        QVERIFY(QTest::qWaitForWindowExposed(m_page.get()));
         bar()->setValue(0);
     }
 
-    void cleanup() { page.reset(); }
+    void cleanup() { m_page.reset(); }
 
     void aFingerDragsTheContents()
     {
-        new cm::ScrollManage(area, true, false);
+        new cm::ScrollManage(m_area, true, false);
         drag(QPoint(200, 400), QPoint(200, 200));
         QTRY_VERIFY(bar()->value() > 100);
-        QCOMPARE(area->horizontalScrollBar()->value(), 0);
+        QCOMPARE(m_area->horizontalScrollBar()->value(), 0);
     }
 
     void aFlickGoesOnAfterTheFinger()
     {
-        new cm::ScrollManage(area, true, false);
+        new cm::ScrollManage(m_area, true, false);
         drag(QPoint(200, 400), QPoint(200, 250), 5);
         const int left = bar()->value();
         QTRY_VERIFY(bar()->value() > left + 20);
@@ -68,84 +68,84 @@ private slots:
     {
         QFETCH(bool, vertical);
         QFETCH(bool, horizontal);
-        contents->resize(2000, 1500);
-        area->horizontalScrollBar()->setValue(50);
+        m_contents->resize(2000, 1500);
+        m_area->horizontalScrollBar()->setValue(50);
         bar()->setValue(50);
-        new cm::ScrollManage(area, vertical, horizontal);
+        new cm::ScrollManage(m_area, vertical, horizontal);
         drag(QPoint(400, 400), QPoint(vertical ? 300 : 200, horizontal ? 300 : 200));
         if (vertical)
             QTRY_VERIFY(bar()->value() > 100);
         if (horizontal)
-            QTRY_VERIFY(area->horizontalScrollBar()->value() > 100);
+            QTRY_VERIFY(m_area->horizontalScrollBar()->value() > 100);
         QCOMPARE(bar()->value() == 50, !vertical);
-        QCOMPARE(area->horizontalScrollBar()->value() == 50, !horizontal);
+        QCOMPARE(m_area->horizontalScrollBar()->value() == 50, !horizontal);
     }
 
     void aDragThatStartsOnASliderMovesTheSlider()
     {
-        new cm::ScrollManage(area, true, false);
-        QSignalSpy saved(slider, SIGNAL(valSave(int)));
+        new cm::ScrollManage(m_area, true, false);
+        QSignalSpy saved(m_slider, SIGNAL(valSave(int)));
         drag(QPoint(700, 100),
              QPoint(760, 2)); // more upwards than sideways: else the page would not take it anyway
         QCOMPARE(bar()->value(), 0);
         QCOMPARE(saved.count(), 1);
-        QCOMPARE(saved.at(0).at(0).toInt(), slider->value());
-        QVERIFY(slider->value() > 30);
-        QVERIFY(!QScroller::hasScroller(area->viewport()) || state() == QScroller::Inactive);
+        QCOMPARE(saved.at(0).at(0).toInt(), m_slider->value());
+        QVERIFY(m_slider->value() > 30);
+        QVERIFY(!QScroller::hasScroller(m_area->viewport()) || state() == QScroller::Inactive);
     }
 
     void aDragThatStartsOnADisabledSliderMovesThePage()
     {
-        new cm::ScrollManage(area, true, false);
-        slider->setEnabled(false);
+        new cm::ScrollManage(m_area, true, false);
+        m_slider->setEnabled(false);
         drag(QPoint(600, 100), QPoint(600, 2));
         QTRY_VERIFY(bar()->value() > 30);
-        QCOMPARE(slider->value(), 0);
+        QCOMPARE(m_slider->value(), 0);
     }
 
     void aKeyInTheAreaClicksAtOnce()
     {
-        new cm::ScrollManage(area, true, false);
-        QSignalSpy clicked(key, SIGNAL(clicked()));
-        const QPoint pos = contents->mapTo(page.get(), key->geometry().center());
-        QTest::mousePress(page->windowHandle(), Qt::LeftButton, Qt::NoModifier, pos);
-        QVERIFY(key->isDown());
-        QTest::mouseRelease(page->windowHandle(), Qt::LeftButton, Qt::NoModifier, pos);
+        new cm::ScrollManage(m_area, true, false);
+        QSignalSpy clicked(m_key, SIGNAL(clicked()));
+        const QPoint pos = m_contents->mapTo(m_page.get(), m_key->geometry().center());
+        QTest::mousePress(m_page->windowHandle(), Qt::LeftButton, Qt::NoModifier, pos);
+        QVERIFY(m_key->isDown());
+        QTest::mouseRelease(m_page->windowHandle(), Qt::LeftButton, Qt::NoModifier, pos);
         QCOMPARE(clicked.count(), 1);
         QCOMPARE(bar()->value(), 0);
     }
 
     void aDragThatStartsOnAKeyTakesThePressBack()
     {
-        new cm::ScrollManage(area, true, false);
-        QSignalSpy clicked(key, SIGNAL(clicked()));
-        drag(key->geometry().center(), key->geometry().center() - QPoint(0, 85));
+        new cm::ScrollManage(m_area, true, false);
+        QSignalSpy clicked(m_key, SIGNAL(clicked()));
+        drag(m_key->geometry().center(), m_key->geometry().center() - QPoint(0, 85));
         QTRY_VERIFY(bar()->value() > 30);
-        QVERIFY(!key->isDown());
+        QVERIFY(!m_key->isDown());
         QCOMPARE(clicked.count(), 0);
     }
 
     void aTouchThatStopsAFlickIsNoClick()
     {
-        new cm::ScrollManage(area, true, false);
-        key->setGeometry(0, 0, 1024, 1028);
-        key->raise();
-        QSignalSpy pressed(key, SIGNAL(pressed()));
+        new cm::ScrollManage(m_area, true, false);
+        m_key->setGeometry(0, 0, 1024, 1028);
+        m_key->raise();
+        QSignalSpy pressed(m_key, SIGNAL(pressed()));
         drag(QPoint(200, 400), QPoint(200, 250), 5);
         QTRY_COMPARE(state(), QScroller::Scrolling);
         pressed.clear();
-        QTest::mouseClick(page->windowHandle(), Qt::LeftButton, Qt::NoModifier, QPoint(200, 300));
+        QTest::mouseClick(m_page->windowHandle(), Qt::LeftButton, Qt::NoModifier, QPoint(200, 300));
         QCOMPARE(pressed.count(), 0);
         QTRY_COMPARE(state(), QScroller::Inactive);
-        QTest::mouseClick(page->windowHandle(), Qt::LeftButton, Qt::NoModifier, QPoint(200, 300));
+        QTest::mouseClick(m_page->windowHandle(), Qt::LeftButton, Qt::NoModifier, QPoint(200, 300));
         QCOMPARE(pressed.count(), 1);
     }
 
     void aTremblingFingerStillClicks()
     {
-        new cm::ScrollManage(area, true, false);
-        QSignalSpy clicked(key, SIGNAL(clicked()));
-        drag(key->geometry().center(), key->geometry().center() + QPoint(2, 3));
+        new cm::ScrollManage(m_area, true, false);
+        QSignalSpy clicked(m_key, SIGNAL(clicked()));
+        drag(m_key->geometry().center(), m_key->geometry().center() + QPoint(2, 3));
         QCOMPARE(clicked.count(), 1);
         QCOMPARE(bar()->value(), 0);
     }
@@ -165,19 +165,19 @@ private slots:
     {
         QFETCH(QPoint, pos);
         QFETCH(QPoint, expected);
-        auto* manager = new cm::ScrollManage(area, false, false);
-        contents->resize(1000, 1028);
+        auto* manager = new cm::ScrollManage(m_area, false, false);
+        m_contents->resize(1000, 1028);
         bar()->setValue(200);
         manager->scrollToPos(pos, false);
-        QCOMPARE(QPoint(area->horizontalScrollBar()->value(), bar()->value()), expected);
+        QCOMPARE(QPoint(m_area->horizontalScrollBar()->value(), bar()->value()), expected);
         bar()->setValue(200);
         manager->scrollToPos(pos, true);
-        QTRY_COMPARE(QPoint(area->horizontalScrollBar()->value(), bar()->value()), expected);
+        QTRY_COMPARE(QPoint(m_area->horizontalScrollBar()->value(), bar()->value()), expected);
     }
 
     void animatedScrollingGlides()
     {
-        auto* manager = new cm::ScrollManage(area, true, false);
+        auto* manager = new cm::ScrollManage(m_area, true, false);
         QSignalSpy moved(bar(), SIGNAL(valueChanged(int)));
         manager->scrollToPos(QPoint(0, 1028), true);
         QTRY_COMPARE(bar()->value(), bar()->maximum());
@@ -188,21 +188,21 @@ private slots:
 
     void aFingerStopsTheGlide()
     {
-        auto* manager = new cm::ScrollManage(area, true, false);
+        auto* manager = new cm::ScrollManage(m_area, true, false);
         manager->scrollToPos(QPoint(0, 1028), true);
         QTRY_VERIFY(bar()->value() > 10);
-        QTest::mousePress(page->windowHandle(), Qt::LeftButton, Qt::NoModifier, QPoint(200, 300));
+        QTest::mousePress(m_page->windowHandle(), Qt::LeftButton, Qt::NoModifier, QPoint(200, 300));
         const int held = bar()->value();
         QSignalSpy moved(bar(), SIGNAL(valueChanged(int)));
         QVERIFY(!moved.wait(400));
         QCOMPARE(bar()->value(), held);
-        QTest::mouseRelease(page->windowHandle(), Qt::LeftButton, Qt::NoModifier, QPoint(200, 300));
+        QTest::mouseRelease(m_page->windowHandle(), Qt::LeftButton, Qt::NoModifier, QPoint(200, 300));
     }
 
     void theNewerManagerTakesOver()
     {
-        auto* older = new cm::ScrollManage(area, false, false);
-        auto* newer = new cm::ScrollManage(area, true, false);
+        auto* older = new cm::ScrollManage(m_area, false, false);
+        auto* newer = new cm::ScrollManage(m_area, true, false);
         older->scrollToPos(QPoint(0, 300), false);
         QCOMPARE(bar()->value(), 0);
         newer->scrollToPos(QPoint(0, 300), false);
@@ -215,8 +215,8 @@ private slots:
 
     void theOlderManagerIsBackWhenTheNewerGoes()
     {
-        auto* older = new cm::ScrollManage(area, true, false);
-        auto* newer = new cm::ScrollManage(area, false, false);
+        auto* older = new cm::ScrollManage(m_area, true, false);
+        auto* newer = new cm::ScrollManage(m_area, false, false);
         drag(QPoint(200, 400), QPoint(200, 200));
         QCOMPARE(bar()->value(), 0);
         delete newer;
@@ -228,46 +228,46 @@ private slots:
 
     void theAreaIsLeftAsItWasFound()
     {
-        delete new cm::ScrollManage(area, true, false);
+        delete new cm::ScrollManage(m_area, true, false);
         drag(QPoint(200, 400), QPoint(200, 200));
         QCOMPARE(bar()->value(), 0);
     }
 
     void hidingThePageUnderTheFingerLetsItGo()
     {
-        new cm::ScrollManage(area, true, false);
-        QSignalSpy clicked(key, SIGNAL(clicked()));
-        QTest::mousePress(page->windowHandle(), Qt::LeftButton, Qt::NoModifier, QPoint(200, 400));
+        new cm::ScrollManage(m_area, true, false);
+        QSignalSpy clicked(m_key, SIGNAL(clicked()));
+        QTest::mousePress(m_page->windowHandle(), Qt::LeftButton, Qt::NoModifier, QPoint(200, 400));
         for (int y = 400; y > 300; y -= 10)
-            QTest::mouseMove(page->windowHandle(), QPoint(200, y), 5);
+            QTest::mouseMove(m_page->windowHandle(), QPoint(200, y), 5);
         QCOMPARE(state(), QScroller::Dragging);
-        area->hide();
+        m_area->hide();
         QCOMPARE(state(), QScroller::Inactive);
-        QTest::mouseRelease(page->windowHandle(), Qt::LeftButton, Qt::NoModifier, QPoint(200, 300));
-        area->show();
+        QTest::mouseRelease(m_page->windowHandle(), Qt::LeftButton, Qt::NoModifier, QPoint(200, 300));
+        m_area->show();
         bar()->setValue(0);
-        QTest::mouseClick(page->windowHandle(), Qt::LeftButton, Qt::NoModifier,
-                          contents->mapTo(page.get(), key->geometry().center()));
+        QTest::mouseClick(m_page->windowHandle(), Qt::LeftButton, Qt::NoModifier,
+                          m_contents->mapTo(m_page.get(), m_key->geometry().center()));
         QCOMPARE(clicked.count(), 1);
     }
 
     void theManagerGoesWithItsArea()
     {
-        QPointer<cm::ScrollManage> first = new cm::ScrollManage(area, false, false);
-        QPointer<cm::ScrollManage> second = new cm::ScrollManage(area, true, false);
-        delete area;
+        QPointer<cm::ScrollManage> first = new cm::ScrollManage(m_area, false, false);
+        QPointer<cm::ScrollManage> second = new cm::ScrollManage(m_area, true, false);
+        delete m_area;
         QVERIFY(!first);
         QVERIFY(!second);
     }
 
     void theAreaMayGoUnderTheFinger()
     {
-        new cm::ScrollManage(area, true, false);
-        QTest::mousePress(page->windowHandle(), Qt::LeftButton, Qt::NoModifier, QPoint(200, 400));
-        QTest::mouseMove(page->windowHandle(), QPoint(200, 300));
-        delete area;
-        QTest::mouseMove(page->windowHandle(), QPoint(200, 200));
-        QTest::mouseRelease(page->windowHandle(), Qt::LeftButton, Qt::NoModifier, QPoint(200, 200));
+        new cm::ScrollManage(m_area, true, false);
+        QTest::mousePress(m_page->windowHandle(), Qt::LeftButton, Qt::NoModifier, QPoint(200, 400));
+        QTest::mouseMove(m_page->windowHandle(), QPoint(200, 300));
+        delete m_area;
+        QTest::mouseMove(m_page->windowHandle(), QPoint(200, 200));
+        QTest::mouseRelease(m_page->windowHandle(), Qt::LeftButton, Qt::NoModifier, QPoint(200, 200));
     }
 
     void aMissingAreaIsSaidAndHarmless()
@@ -281,7 +281,7 @@ private slots:
     {
         const auto cycle = [this](int times) {
             for (int i = 0; i < times; ++i) {
-                QScrollArea own(page.get());
+                QScrollArea own(m_page.get());
                 auto* widget = new QWidget;
                 widget->resize(100, 2000);
                 own.setWidget(widget);
@@ -298,24 +298,24 @@ private slots:
         const auto after = mallinfo2().uordblks;
         const qint64 grown = qint64(after) - qint64(before);
         QVERIFY2(grown < 64 * 1024, qPrintable(QString("%1 bytes more after 10,000 cycles").arg(grown)));
-        QCOMPARE(area->findChildren<cm::ScrollManage*>().size(), 0);
+        QCOMPARE(m_area->findChildren<cm::ScrollManage*>().size(), 0);
     }
 
     void theBarKeepsItsPlaceInAnArea()
     {
         const QRect place(978, 160, 16, 237);
-        auto* own = new cm::ScrollBar(page.get(), place, 0);
+        auto* own = new cm::ScrollBar(m_page.get(), place, 0);
         QCOMPARE(own->geometry(), place);
-        area->setVerticalScrollBar(own);
+        m_area->setVerticalScrollBar(own);
         QApplication::processEvents();
         QCOMPARE(own->geometry(), place);
-        own->setParent(page.get());
+        own->setParent(m_page.get());
         own->show();
-        area->resize(1030, 440);
-        area->resize(1035, 444);
+        m_area->resize(1030, 440);
+        m_area->resize(1035, 444);
         QApplication::processEvents();
         QCOMPARE(own->geometry(), place);
-        QCOMPARE(area->viewport()->width(), 1035); // and takes none of the area's room
+        QCOMPARE(m_area->viewport()->width(), 1035); // and takes none of the area's room
         QCOMPARE(own->maximum(), 1028 - 444);
     }
 
@@ -326,9 +326,9 @@ private slots:
         QCOMPARE(own->value(), 0);
         mouseMove(own, QPoint(8, 500));
         QCOMPARE(own->value(), own->maximum());
-        QCOMPARE(contents->y(), 444 - 1028);
+        QCOMPARE(m_contents->y(), 444 - 1028);
         mouseMove(own, QPoint(8, -500));
-        QCOMPARE(contents->y(), 0);
+        QCOMPARE(m_contents->y(), 0);
         QTest::mouseRelease(own, Qt::LeftButton);
         QVERIFY(!own->isSliderDown());
         QTest::mouseClick(own, Qt::LeftButton, Qt::NoModifier, QPoint(8, 236)); // beside it: it comes
@@ -349,7 +349,7 @@ private slots:
             return image != empty;
         };
         QVERIFY(painted());
-        contents->resize(1024, 100);
+        m_contents->resize(1024, 100);
         QApplication::processEvents();
         QCOMPARE(own->maximum(), 0);
         QVERIFY(!painted());
@@ -368,14 +368,14 @@ private slots:
     }
 
 private:
-    QScrollBar* bar() const { return area->verticalScrollBar(); }
-    QScroller::State state() const { return QScroller::scroller(area->viewport())->state(); }
+    QScrollBar* bar() const { return m_area->verticalScrollBar(); }
+    QScroller::State state() const { return QScroller::scroller(m_area->viewport())->state(); }
 
     cm::ScrollBar* placedBar()
     {
-        auto* own = new cm::ScrollBar(page.get(), QRect(978, 160, 16, 237), 0);
-        area->setVerticalScrollBar(own);
-        own->setParent(page.get());
+        auto* own = new cm::ScrollBar(m_page.get(), QRect(978, 160, 16, 237), 0);
+        m_area->setVerticalScrollBar(own);
+        own->setParent(m_page.get());
         own->raise();
         own->show();
         QApplication::processEvents();
@@ -392,19 +392,19 @@ private:
     /// A finger from and to a place of the contents as first shown, through the window, in small steps.
     void drag(const QPoint& from, const QPoint& to, int stepMs = 12)
     {
-        const QPoint origin = area->viewport()->mapTo(page.get(), QPoint());
-        QWindow* window = page->windowHandle();
+        const QPoint origin = m_area->viewport()->mapTo(m_page.get(), QPoint());
+        QWindow* window = m_page->windowHandle();
         QTest::mousePress(window, Qt::LeftButton, Qt::NoModifier, origin + from);
         for (int i = 1; i <= 20; ++i)
             QTest::mouseMove(window, origin + from + (to - from) * i / 20, stepMs);
         QTest::mouseRelease(window, Qt::LeftButton, Qt::NoModifier, origin + to);
     }
 
-    std::unique_ptr<QWidget> page;
-    QScrollArea* area = nullptr;
-    QWidget* contents = nullptr;
-    QPushButton* key = nullptr;
-    settings::CustomSlider_2* slider = nullptr;
+    std::unique_ptr<QWidget> m_page;
+    QScrollArea* m_area = nullptr;
+    QWidget* m_contents = nullptr;
+    QPushButton* m_key = nullptr;
+    settings::CustomSlider_2* m_slider = nullptr;
 };
 
 QTEST_MAIN(tst_Scroll)

@@ -64,20 +64,20 @@ private slots:
     void init()
     {
         QVERIFY(cm::Language::instance()->setCurrent("en"));
-        window = std::make_unique<QWidget>();
-        window->resize(300, 200);
-        key = new QPushButton(window.get());
-        key->setGeometry(20, 20, 60, 40);
-        key->setFlat(true);
-        key->setIconSize(QSize(60, 40));
-        other = new QPushButton("other", window.get());
-        other->setGeometry(120, 20, 120, 60);
-        window->show();
-        window->activateWindow();
-        QVERIFY(QTest::qWaitForWindowActive(window.get()));
+        m_window = std::make_unique<QWidget>();
+        m_window->resize(300, 200);
+        m_key = new QPushButton(m_window.get());
+        m_key->setGeometry(20, 20, 60, 40);
+        m_key->setFlat(true);
+        m_key->setIconSize(QSize(60, 40));
+        m_other = new QPushButton("other", m_window.get());
+        m_other->setGeometry(120, 20, 120, 60);
+        m_window->show();
+        m_window->activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(m_window.get()));
     }
 
-    void cleanup() { window.reset(); }
+    void cleanup() { m_window.reset(); }
 
     void aKeyShowsThePictureOfItsState_data()
     {
@@ -95,55 +95,55 @@ private slots:
         QFETCH(bool, checked);
         QFETCH(bool, down);
         QFETCH(QColor, shown);
-        key->setIcon(icon({{QIcon::Normal, QIcon::Off, normalOff},
-                           {QIcon::Normal, QIcon::On, normalOn},
-                           {QIcon::Selected, QIcon::Off, selectedOff},
-                           {QIcon::Selected, QIcon::On, selectedOn}}));
-        key->setCheckable(true);
-        key->setChecked(checked);
+        m_key->setIcon(icon({{QIcon::Normal, QIcon::Off, normalOff},
+                             {QIcon::Normal, QIcon::On, normalOn},
+                             {QIcon::Selected, QIcon::Off, selectedOff},
+                             {QIcon::Selected, QIcon::On, selectedOn}}));
+        m_key->setCheckable(true);
+        m_key->setChecked(checked);
         if (down)
-            QTest::mousePress(key, Qt::LeftButton);
+            QTest::mousePress(m_key, Qt::LeftButton);
         QCOMPARE(centre(), shown);
         if (down)
-            QTest::mouseRelease(key, Qt::LeftButton);
+            QTest::mouseRelease(m_key, Qt::LeftButton);
     }
 
     void aFingerThatSlidesOffLetsThePictureGo()
     {
-        key->setIcon(
+        m_key->setIcon(
             icon({{QIcon::Normal, QIcon::Off, normalOff}, {QIcon::Selected, QIcon::Off, selectedOff}}));
-        QTest::mousePress(key, Qt::LeftButton);
+        QTest::mousePress(m_key, Qt::LeftButton);
         QCOMPARE(centre(), selectedOff);
-        QMouseEvent move(QEvent::MouseMove, QPoint(200, 100), key->mapToGlobal(QPoint(200, 100)),
+        QMouseEvent move(QEvent::MouseMove, QPoint(200, 100), m_key->mapToGlobal(QPoint(200, 100)),
                          Qt::NoButton, Qt::LeftButton, Qt::NoModifier);
-        QApplication::sendEvent(key, &move);
+        QApplication::sendEvent(m_key, &move);
         QCOMPARE(centre(), normalOff);
-        QTest::mouseRelease(key, Qt::LeftButton, Qt::NoModifier, QPoint(200, 100));
+        QTest::mouseRelease(m_key, Qt::LeftButton, Qt::NoModifier, QPoint(200, 100));
         QCOMPARE(centre(), normalOff);
     }
 
     void aPressedPictureInTheOnStateIsShownToo()
     {
         // Two preset tiles have it there.
-        key->setIcon(icon({{QIcon::Normal, QIcon::Off, normalOff},
-                           {QIcon::Normal, QIcon::On, normalOn},
-                           {QIcon::Selected, QIcon::On, selectedOn}}));
-        key->setDown(true);
+        m_key->setIcon(icon({{QIcon::Normal, QIcon::Off, normalOff},
+                             {QIcon::Normal, QIcon::On, normalOn},
+                             {QIcon::Selected, QIcon::On, selectedOn}}));
+        m_key->setDown(true);
         QCOMPARE(centre(), selectedOn);
     }
 
     void aKeyWithoutAPressedPictureKeepsItsOwn()
     {
-        key->setIcon(icon({{QIcon::Normal, QIcon::Off, normalOff}, {QIcon::Normal, QIcon::On, normalOn}}));
-        key->setDown(true);
+        m_key->setIcon(icon({{QIcon::Normal, QIcon::Off, normalOff}, {QIcon::Normal, QIcon::On, normalOn}}));
+        m_key->setDown(true);
         QCOMPARE(centre(), normalOff);
     }
 
     void hoverAndFocusShowNoOtherPicture()
     {
-        key->setIcon(icon({{QIcon::Normal, QIcon::Off, normalOff}, {QIcon::Active, QIcon::Off, active}}));
-        key->setFocus(Qt::OtherFocusReason);
-        QVERIFY(key->hasFocus());
+        m_key->setIcon(icon({{QIcon::Normal, QIcon::Off, normalOff}, {QIcon::Active, QIcon::Off, active}}));
+        m_key->setFocus(Qt::OtherFocusReason);
+        QVERIFY(m_key->hasFocus());
         QCOMPARE(centre(), normalOff);
     }
 
@@ -152,10 +152,10 @@ private slots:
         QPixmap glyph(60, 40);
         glyph.fill(cm::palette::panel);
         QPainter(&glyph).fillRect(20, 10, 20, 20, QColor(cm::palette::ink));
-        key->setIcon(QIcon(glyph));
+        m_key->setIcon(QIcon(glyph));
         const QColor enabledInk = centre(), enabledFace = pixel(QPoint(5, 5));
         QCOMPARE(enabledInk, QColor(cm::palette::ink));
-        key->setEnabled(false);
+        m_key->setEnabled(false);
         const QColor ink = centre(), face = pixel(QPoint(5, 5));
         QVERIFY(luminance(ink) < luminance(enabledInk) / 3);
         QVERIFY(luminance(face) < luminance(enabledFace));
@@ -168,22 +168,22 @@ private slots:
         QPixmap glyph(60, 40);
         glyph.fill(Qt::transparent);
         QPainter(&glyph).fillRect(20, 10, 20, 20, Qt::white);
-        key->setIcon(QIcon(glyph));
-        const QImage atRest = key->grab().toImage();
-        key->setDown(true);
-        QCOMPARE(key->grab().toImage(), atRest);
+        m_key->setIcon(QIcon(glyph));
+        const QImage atRest = m_key->grab().toImage();
+        m_key->setDown(true);
+        QCOMPARE(m_key->grab().toImage(), atRest);
     }
 
     void aKeyHasNoFrame()
     {
         QPixmap empty(60, 40);
         empty.fill(Qt::transparent);
-        key->setIcon(QIcon(empty));
+        m_key->setIcon(QIcon(empty));
         for (bool flat : {true, false})
             for (bool down : {false, true}) {
-                key->setFlat(flat);
-                key->setDown(down);
-                const QImage image = key->grab().toImage();
+                m_key->setFlat(flat);
+                m_key->setDown(down);
+                const QImage image = m_key->grab().toImage();
                 for (int y = 0; y < image.height(); ++y)
                     for (int x = 0; x < image.width(); ++x)
                         QCOMPARE(image.pixelColor(x, y), QColor(cm::palette::page));
@@ -192,38 +192,38 @@ private slots:
 
     void aKeyOfTextAloneHasAFace()
     {
-        QCOMPARE(pixel(QPoint(10, 30), other), QColor(cm::palette::panel));
-        other->setDown(true);
-        QCOMPARE(pixel(QPoint(10, 30), other), QColor(cm::palette::accentDeep));
+        QCOMPARE(pixel(QPoint(10, 30), m_other), QColor(cm::palette::panel));
+        m_other->setDown(true);
+        QCOMPARE(pixel(QPoint(10, 30), m_other), QColor(cm::palette::accentDeep));
     }
 
     void theFocusRingFollowsTheKeyboardAlone()
     {
-        key->setIcon(icon({{QIcon::Normal, QIcon::Off, normalOff}}));
-        other->setFocus();
-        QTest::mouseClick(key, Qt::LeftButton);
-        QVERIFY(!key->hasFocus()); // a touch takes no focus
-        QVERIFY(!hasRing(key) && !hasRing(other));
-        QTest::keyClick(window.get(), Qt::Key_Tab);
-        QVERIFY(key->hasFocus());
-        QVERIFY(hasRing(key));
-        QTest::keyClick(window.get(), Qt::Key_Tab);
-        QVERIFY(other->hasFocus());
-        QVERIFY(hasRing(other));
-        QVERIFY(!hasRing(key));
+        m_key->setIcon(icon({{QIcon::Normal, QIcon::Off, normalOff}}));
+        m_other->setFocus();
+        QTest::mouseClick(m_key, Qt::LeftButton);
+        QVERIFY(!m_key->hasFocus()); // a touch takes no focus
+        QVERIFY(!hasRing(m_key) && !hasRing(m_other));
+        QTest::keyClick(m_window.get(), Qt::Key_Tab);
+        QVERIFY(m_key->hasFocus());
+        QVERIFY(hasRing(m_key));
+        QTest::keyClick(m_window.get(), Qt::Key_Tab);
+        QVERIFY(m_other->hasFocus());
+        QVERIFY(hasRing(m_other));
+        QVERIFY(!hasRing(m_key));
     }
 
     void aTouchTakesTheFocusRingAway()
     {
-        QTest::keyClick(window.get(), Qt::Key_Tab);
-        QWidget* focused = window->focusWidget();
+        QTest::keyClick(m_window.get(), Qt::Key_Tab);
+        QWidget* focused = m_window->focusWidget();
         QVERIFY(focused);
         QVERIFY(hasRing(focused));
-        QTest::mouseClick(window.get(), Qt::LeftButton, Qt::NoModifier, QPoint(150, 150));
+        QTest::mouseClick(m_window.get(), Qt::LeftButton, Qt::NoModifier, QPoint(150, 150));
         QVERIFY(!hasRing(focused));
-        QCOMPARE(window->focusWidget(), focused); // the keyboard goes on from there
-        QTest::keyClick(window.get(), Qt::Key_Tab);
-        QVERIFY(hasRing(window->focusWidget()));
+        QCOMPARE(m_window->focusWidget(), focused); // the keyboard goes on from there
+        QTest::keyClick(m_window.get(), Qt::Key_Tab);
+        QVERIFY(hasRing(m_window->focusWidget()));
     }
 
     void everyPlainTextOfThePaletteIsLegible_data()
@@ -364,7 +364,7 @@ private slots:
         QVERIFY(cm::Language::instance()->setCurrent("ar"));
         QApplication::sendPostedEvents();
         QCOMPARE(QApplication::layoutDirection(), Qt::LeftToRight);
-        QCOMPARE(window->layoutDirection(), Qt::LeftToRight);
+        QCOMPARE(m_window->layoutDirection(), Qt::LeftToRight);
     }
 
 private:
@@ -385,10 +385,10 @@ private:
 
     QColor pixel(const QPoint& pos, QWidget* widget = nullptr) const
     {
-        return (widget ? widget : key)->grab().toImage().pixelColor(pos);
+        return (widget ? widget : m_key)->grab().toImage().pixelColor(pos);
     }
 
-    QColor centre() const { return pixel(key->rect().center()); }
+    QColor centre() const { return pixel(m_key->rect().center()); }
 
     static bool hasRing(QWidget* widget)
     {
@@ -410,9 +410,9 @@ private:
         return image.pixelColor(0, 0);
     }
 
-    std::unique_ptr<QWidget> window;
-    QPushButton* key = nullptr;
-    QPushButton* other = nullptr;
+    std::unique_ptr<QWidget> m_window;
+    QPushButton* m_key = nullptr;
+    QPushButton* m_other = nullptr;
 };
 
 QTEST_MAIN(tst_UnitStyle)

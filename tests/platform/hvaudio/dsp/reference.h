@@ -17,22 +17,22 @@ public:
     explicit ReferenceBiquad(const Section& s)
     {
         const Exact g = s.g, a0 = 1 + s.k * g + g * g;
-        b0_ = (s.hp + s.bp * g + s.lp * g * g) / a0;
-        b1_ = 2 * (s.lp * g * g - s.hp) / a0;
-        b2_ = (s.hp - s.bp * g + s.lp * g * g) / a0;
-        a1_ = 2 * (g * g - 1) / a0;
-        a2_ = (1 - s.k * g + g * g) / a0;
+        m_b0 = (s.hp + s.bp * g + s.lp * g * g) / a0;
+        m_b1 = 2 * (s.lp * g * g - s.hp) / a0;
+        m_b2 = (s.hp - s.bp * g + s.lp * g * g) / a0;
+        m_a1 = 2 * (g * g - 1) / a0;
+        m_a2 = (1 - s.k * g + g * g) / a0;
     }
     Exact run(Exact x)
     {
-        const Exact y = b0_ * x + m1_;
-        m1_ = b1_ * x - a1_ * y + m2_;
-        m2_ = b2_ * x - a2_ * y;
+        const Exact y = m_b0 * x + m_m1;
+        m_m1 = m_b1 * x - m_a1 * y + m_m2;
+        m_m2 = m_b2 * x - m_a2 * y;
         return y;
     }
 
 private:
-    Exact b0_, b1_, b2_, a1_, a2_, m1_ = 0, m2_ = 0;
+    Exact m_b0, m_b1, m_b2, m_a1, m_a2, m_m1 = 0, m_m2 = 0;
 };
 
 /// The whole chain without the limiter and without the constant latency, one sample at a time.

@@ -51,8 +51,8 @@ private:
         Centre(double hz, double rate, size_t frames)
         {
             for (size_t n = 0; n < frames; ++n) {
-                cosine_.push_back(float(std::cos(2 * pi * hz * double(n) / rate)));
-                sine_.push_back(float(std::sin(2 * pi * hz * double(n) / rate)));
+                m_cosine.push_back(float(std::cos(2 * pi * hz * double(n) / rate)));
+                m_sine.push_back(float(std::sin(2 * pi * hz * double(n) / rate)));
             }
         }
         OPTIMIZED("O3", "associative-math", "no-signed-zeros", "no-trapping-math")
@@ -60,14 +60,14 @@ private:
         {
             float re = 0, im = 0;
             for (size_t n = 0; n < s.size(); ++n) {
-                re += s[n] * cosine_[n];
-                im += s[n] * sine_[n];
+                re += s[n] * m_cosine[n];
+                im += s[n] * m_sine[n];
             }
             return db(std::hypot(double(re), double(im)) / impulseLevel);
         }
 
     private:
-        std::vector<float> cosine_, sine_;
+        std::vector<float> m_cosine, m_sine;
     };
     static const std::vector<Centre>& centres(double rate, size_t frames)
     {

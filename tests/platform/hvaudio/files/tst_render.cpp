@@ -67,7 +67,7 @@ private slots:
     void inputAsOutputIsRefusedByAnyName();
 
 private:
-    std::string path(const char* name) const { return folder.filePath(name).toStdString(); }
+    std::string path(const char* name) const { return m_folder.filePath(name).toStdString(); }
     std::string noise(int rate, int frames, float level = 0.1f) const;
     /// Of five speakers, in the order of dsp::Speaker.
     files::Contents speakersOf(const char* name) const
@@ -80,9 +80,9 @@ private:
     }
     QStringList entries() const
     {
-        return QDir(folder.path()).entryList(QDir::AllEntries | QDir::Hidden | QDir::System, QDir::Name);
+        return QDir(m_folder.path()).entryList(QDir::AllEntries | QDir::Hidden | QDir::System, QDir::Name);
     }
-    QTemporaryDir folder;
+    QTemporaryDir m_folder;
 };
 
 std::string TestRender::noise(int rate, int frames, float level) const
@@ -141,7 +141,7 @@ void TestRender::playersKnowWhichSpeakerIsWhich()
 
     // The header's own words: a format with extensions, and its mask of channels.
     const auto maskOf = [this](const char* name) {
-        QFile file(folder.filePath(name));
+        QFile file(m_folder.filePath(name));
         const QByteArray head = file.open(QIODevice::ReadOnly) ? file.read(200) : QByteArray();
         const int format = head.indexOf("fmt ") + 8;
         return head.mid(format, 2) == QByteArray("\xfe\xff") ? int(head.at(format + 20)) : -1;
@@ -151,7 +151,7 @@ void TestRender::playersKnowWhichSpeakerIsWhich()
     // And what programs make of it, where they are installed.
     const auto says = [this](const char* program, const QStringList& arguments) {
         QProcess process;
-        process.start(program, arguments + QStringList{folder.filePath("out.wav")});
+        process.start(program, arguments + QStringList{m_folder.filePath("out.wav")});
         process.waitForFinished(20000);
         return process.readAllStandardOutput();
     };
@@ -294,7 +294,7 @@ void TestRender::cutInputIsRemarkedWithItsSeconds()
     QVERIFY2(render({in, path("out.wav"), neutral(), false}, report, error), error.c_str());
     QVERIFY2(report.remark.empty(), report.remark.c_str());
 
-    QFile file(folder.filePath("cut"));
+    QFile file(m_folder.filePath("cut"));
     QVERIFY(file.resize(file.size() * 55 / 100));
     QVERIFY2(render({in, path("out.wav"), neutral(), false}, report, error), error.c_str());
     const double seconds = double(report.frames) / report.rate - 0.1; // what rings out
@@ -340,7 +340,7 @@ void TestRender::failureLeavesNoFileAndAnOldOneAsItWas()
 {
     RenderReport report;
     std::string error;
-    QFile old(folder.filePath("old.wav"));
+    QFile old(m_folder.filePath("old.wav"));
     QVERIFY(old.open(QIODevice::WriteOnly));
     old.write("precious");
     old.close();
@@ -353,7 +353,7 @@ void TestRender::failureLeavesNoFileAndAnOldOneAsItWas()
     const std::string in = noise(48000, 200000);
     QVERIFY(nodes::pipe(path("pipe")));
     const QStringList before = entries();
-    for (const std::string& out : {path("no/such/folder.wav"), folder.path().toStdString(), path("pipe"),
+    for (const std::string& out : {path("no/such/folder.wav"), m_folder.path().toStdString(), path("pipe"),
                                    path("old.wav"), path("full.wav")}) {
         const MediumOf room(1000000);
         error.clear();
@@ -370,10 +370,10 @@ void TestRender::failureLeavesNoFileAndAnOldOneAsItWas()
 void TestRender::outputIsReplacedWhereItsLinkLeads()
 {
     const std::string in = noise(48000, 1000);
-    QFile old(folder.filePath("linked.wav"));
+    QFile old(m_folder.filePath("linked.wav"));
     QVERIFY(old.open(QIODevice::WriteOnly) && old.write("old") == 3);
     old.close();
-    QVERIFY(QFile::link("linked.wav", folder.filePath("link.wav")));
+    QVERIFY(QFile::link("linked.wav", m_folder.filePath("link.wav")));
     RenderReport report;
     std::string error;
     QVERIFY2(render({in, path("link.wav"), neutral(), false}, report, error), error.c_str());
@@ -386,7 +386,7 @@ void TestRender::inputAsOutputIsRefusedByAnyName()
     RenderReport report;
     std::string error;
     const std::string in = noise(48000, 100);
-    QVERIFY(QFile::link("in.wav", folder.filePath("same-link.wav")));
+    QVERIFY(QFile::link("in.wav", m_folder.filePath("same-link.wav")));
     QCOMPARE(link(in.c_str(), path("same-file.wav").c_str()), 0);
     const QStringList before = entries();
     for (const char* name : {"in.wav", "same-link.wav", "same-file.wav"})

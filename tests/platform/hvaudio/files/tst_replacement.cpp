@@ -81,37 +81,37 @@ private slots:
     void contentsThatDontReachTheMediumReplaceNothing();
 
 private:
-    std::string path(const char* name) const { return folder->filePath(name).toStdString(); }
+    std::string path(const char* name) const { return m_folder->filePath(name).toStdString(); }
     bool put(const char* name, const QByteArray& contents) const;
     QByteArray contents(const char* name) const;
     QStringList entries() const;
     /// A whole replacement; the sentence of what failed.
     std::string replace(const std::string& name, const QByteArray& contents) const;
 
-    std::unique_ptr<QTemporaryDir> folder;
+    std::unique_ptr<QTemporaryDir> m_folder;
 };
 
 void TestReplacement::init()
 {
-    folder = std::make_unique<QTemporaryDir>();
-    QVERIFY(folder->isValid());
+    m_folder = std::make_unique<QTemporaryDir>();
+    QVERIFY(m_folder->isValid());
 }
 
 bool TestReplacement::put(const char* name, const QByteArray& contents) const
 {
-    QFile file(folder->filePath(name));
+    QFile file(m_folder->filePath(name));
     return file.open(QIODevice::WriteOnly) && file.write(contents) == contents.size();
 }
 
 QByteArray TestReplacement::contents(const char* name) const
 {
-    QFile file(folder->filePath(name));
+    QFile file(m_folder->filePath(name));
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
 QStringList TestReplacement::entries() const
 {
-    return QDir(folder->path())
+    return QDir(m_folder->path())
         .entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot, QDir::Name);
 }
 
@@ -139,7 +139,7 @@ void TestReplacement::targetChangesInOneStepAtTheEnd()
         QVERIFY2(file->finish(error), error.c_str());
         QCOMPARE(contents("out.wav"), QByteArray("new"));
         QCOMPARE(entries(), QStringList{"out.wav"});
-        QVERIFY(QFile::remove(folder->filePath("out.wav")));
+        QVERIFY(QFile::remove(m_folder->filePath("out.wav")));
     }
 }
 
@@ -183,12 +183,12 @@ void TestReplacement::linksAreFollowedAndStay()
 {
     QFETCH(QString, text);
     QFETCH(bool, exists);
-    QVERIFY(QDir(folder->path()).mkdir("sub"));
+    QVERIFY(QDir(m_folder->path()).mkdir("sub"));
     const QByteArray target = text.startsWith("sub/t") ? "sub/target.wav" : "target.wav";
     if (exists)
         QVERIFY(put(target.constData(), "old"));
     if (text == "/")
-        text = folder->filePath("target.wav");
+        text = m_folder->filePath("target.wav");
     QCOMPARE(symlink("target.wav", path("link2").c_str()), 0);
     QCOMPARE(symlink(text.toLatin1().constData(), path("link").c_str()), 0);
     QCOMPARE(replace(path("link"), "new"), std::string());
@@ -259,7 +259,7 @@ void TestReplacement::refusalSaysWhyAndLeavesEverything()
     QFETCH(QString, says);
     QVERIFY(nodes::pipe(path("pipe")) && nodes::socket(path("socket")) && put("file", "old"));
     QVERIFY(geteuid() != 0 || nodes::device(path("device")));
-    QVERIFY(QDir(folder->path()).mkdir("sub"));
+    QVERIFY(QDir(m_folder->path()).mkdir("sub"));
     for (const auto& link : {std::make_pair("pipe", "to-pipe"), {"sub", "to-sub"}, {"circle", "circle"}})
         QCOMPARE(symlink(link.first, path(link.second).c_str()), 0);
     const Descriptor nameless(open(path("nameless").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
@@ -267,17 +267,18 @@ void TestReplacement::refusalSaysWhyAndLeavesEverything()
     const QStringList before = entries();
     std::map<QString, mode_t> kinds;
     for (const QString& entry : before)
-        kinds[entry] = nodes::kind(folder->filePath(entry).toStdString());
+        kinds[entry] = nodes::kind(m_folder->filePath(entry).toStdString());
 
-    const std::string out = name.isEmpty()         ? std::string()
-                            : name.startsWith("/") ? name.toStdString() + std::to_string(nameless.get())
-                                                   : folder->path().toStdString() + "/" + name.toStdString();
+    const std::string out = name.isEmpty() ? std::string()
+                            : name.startsWith("/")
+                                ? name.toStdString() + std::to_string(nameless.get())
+                                : m_folder->path().toStdString() + "/" + name.toStdString();
     const std::string error = replace(out, "new");
     QVERIFY2(QString::fromStdString(error).contains(says), error.c_str());
     QVERIFY2(error.find("'" + out + "'") != std::string::npos, error.c_str());
     QCOMPARE(entries(), before);
     for (const QString& entry : before)
-        QCOMPARE(nodes::kind(folder->filePath(entry).toStdString()), kinds[entry]);
+        QCOMPARE(nodes::kind(m_folder->filePath(entry).toStdString()), kinds[entry]);
     QCOMPARE(contents("file"), QByteArray("old"));
 }
 
@@ -290,7 +291,7 @@ void TestReplacement::longestNameIsPossible()
 
 void TestReplacement::fileWithoutLeaveToWriteIsNotReplaced()
 {
-    const AsOrdinaryUser user(folder->path());
+    const AsOrdinaryUser user(m_folder->path());
     QVERIFY(put("out.wav", "precious"));
     QCOMPARE(chmod(path("out.wav").c_str(), 0444), 0);
     const std::string error = replace(path("out.wav"), "new");
@@ -304,7 +305,7 @@ void TestReplacement::targetThatBecameAFolderIsSaid()
     std::string error;
     auto file = Replacement::create(path("out.wav"), error);
     QVERIFY2(file, error.c_str());
-    QVERIFY(QDir(folder->path()).mkdir("out.wav"));
+    QVERIFY(QDir(m_folder->path()).mkdir("out.wav"));
     QVERIFY(!file->finish(error));
     QVERIFY2(error.find("'" + path("out.wav") + "'") != std::string::npos, error.c_str());
     file.reset();

@@ -74,8 +74,8 @@ private slots:
     void rewindReadsTheSameAgain();
 
 private:
-    std::string path(const char* name) const { return folder.filePath(name).toStdString(); }
-    QTemporaryDir folder;
+    std::string path(const char* name) const { return m_folder.filePath(name).toStdString(); }
+    QTemporaryDir m_folder;
 };
 
 void TestSoundFile::everyFormatIsRead_data()
@@ -229,7 +229,7 @@ void TestSoundFile::unreadableFilesAreRefusedWithAMessage()
 {
     QFETCH(QByteArray, contents);
     QFETCH(QString, says);
-    const QString name = folder.filePath("unreadable");
+    const QString name = m_folder.filePath("unreadable");
     QFile::remove(name);
     if (!contents.isNull()) {
         QFile file(name);
@@ -375,7 +375,7 @@ void TestSoundFile::damagedMp3ComesToItsEnd()
                   start = int(random() % unsigned(whole.size() - length));
         for (int n = 0; n < length; ++n)
             damaged[start + n] = char(random());
-        QFile file(folder.filePath("damaged.mp3"));
+        QFile file(m_folder.filePath("damaged.mp3"));
         QVERIFY(file.open(QIODevice::WriteOnly) && file.write(damaged) == damaged.size());
         file.close();
         // On a thread of its own, so that one that never comes back is a failure and no more.

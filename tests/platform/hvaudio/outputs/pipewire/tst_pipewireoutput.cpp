@@ -57,25 +57,25 @@ private:
     /// Waits until the unit has made a sound.
     bool soundArrives(Player& player) const;
 
-    std::unique_ptr<PrivatePipeWire> server;
-    std::unique_ptr<Lines> lines;
+    std::unique_ptr<PrivatePipeWire> m_server;
+    std::unique_ptr<Lines> m_lines;
 };
 
 void TestPipeWireOutput::init()
 {
-    lines = std::make_unique<Lines>();
-    server = std::make_unique<PrivatePipeWire>(QStringLiteral(TEST_SUPPORT) + "/pipewire");
+    m_lines = std::make_unique<Lines>();
+    m_server = std::make_unique<PrivatePipeWire>(QStringLiteral(TEST_SUPPORT) + "/pipewire");
 }
 
 void TestPipeWireOutput::cleanup()
 {
-    server.reset();
+    m_server.reset();
 }
 
 bool TestPipeWireOutput::plays(Player& player, SourceKind kind) const
 {
     player.setSettings(neutral());
-    return server->start() && player.setSource(neutral().source, kind) && player.start("pipewire") &&
+    return m_server->start() && player.setSource(neutral().source, kind) && player.start("pipewire") &&
            linkUnitTo("out-sink", five);
 }
 
@@ -87,8 +87,8 @@ bool TestPipeWireOutput::soundArrives(Player& player) const
 
 void TestPipeWireOutput::sinkIsOneThatPlayersChooseAndTellsItsLatency()
 {
-    QVERIFY(server->start());
-    Player player(lines->log());
+    QVERIFY(m_server->start());
+    Player player(m_lines->log());
     QVERIFY(player.start("pipewire"));
     QVERIFY(PrivatePipeWire::waitForPorts({"headunit:playback_FL", "headunit:playback_FR"}));
 
@@ -119,8 +119,8 @@ void TestPipeWireOutput::sinkIsOneThatPlayersChooseAndTellsItsLatency()
 
 void TestPipeWireOutput::fileFromPlayerIsHeardWithTheCurveThatWasSet()
 {
-    QVERIFY(server->start());
-    Player player(lines->log());
+    QVERIFY(m_server->start());
+    Player player(m_lines->log());
     dsp::Settings settings = neutral();
     settings.equalizer = {6, 0, -4, 0, 3, 8, 0, -6, 0, 5, 0, -3, 2};
     player.setSettings(settings);
@@ -129,7 +129,7 @@ void TestPipeWireOutput::fileFromPlayerIsHeardWithTheCurveThatWasSet()
     QVERIFY(linkUnitTo("out-sink", five));
     QVERIFY(waitForStatus(player, "PipeWire, 48000 Hz, 5.1"));
 
-    const Heard heard = hearTones(*server, "out-sink", five);
+    const Heard heard = hearTones(*m_server, "out-sink", five);
     QVERIFY(heard.start > 0);
     for (int channel = 0; channel < five.size(); ++channel)
         for (int band = 0; band < dsp::bandCount; ++band) {
@@ -147,8 +147,8 @@ void TestPipeWireOutput::fileFromPlayerIsHeardWithTheCurveThatWasSet()
 
 void TestPipeWireOutput::deviceWithoutRearAndSubwooferGetsTheFold()
 {
-    QVERIFY(server->start());
-    Player player(lines->log());
+    QVERIFY(m_server->start());
+    Player player(m_lines->log());
     dsp::Settings settings = neutral();
     // 12 dB less in front, and a silent subwoofer: left = 0.25 (0.251 + 1).
     settings.cabin[dsp::FrontLeft].attenuation = 12;
@@ -160,7 +160,7 @@ void TestPipeWireOutput::deviceWithoutRearAndSubwooferGetsTheFold()
     QVERIFY(linkUnitTo("test-sink", two));
     QVERIFY(waitForStatus(player, "PipeWire, 48000 Hz, stereo"));
 
-    const Heard heard = hearTones(*server, "test-sink", two);
+    const Heard heard = hearTones(*m_server, "test-sink", two);
     QVERIFY(heard.start > 0);
     for (const auto& channel : heard.channels) {
         const double level = amplitudeAt(channel, heard.start, pieceLength, 1000, rate) / toneLevel;
@@ -171,18 +171,18 @@ void TestPipeWireOutput::deviceWithoutRearAndSubwooferGetsTheFold()
 
 void TestPipeWireOutput::ownSourceSoundsWithoutAnyPlayer()
 {
-    Player player(lines->log());
+    Player player(m_lines->log());
     QVERIFY(plays(player, SourceKind::PinkNoise));
     QVERIFY(soundArrives(player));
 }
 
 void TestPipeWireOutput::latencyIsTheOneThatIsTold()
 {
-    Player player(lines->log());
+    Player player(m_lines->log());
     QVERIFY(plays(player, SourceKind::Input));
 
     // Noise from a file, once through the unit and once past it into the other channel of one recording.
-    const QString path = server->path("noise.wav");
+    const QString path = m_server->path("noise.wav");
     {
         std::string error;
         const auto writer = WavWriter::create(path.toStdString(), rate, 2, error);
@@ -196,7 +196,7 @@ void TestPipeWireOutput::latencyIsTheOneThatIsTold()
         const float* const channels[2] = {samples.data(), samples.data()};
         QVERIFY(writer->write(channels, int(samples.size())) && writer->finish(error));
     }
-    Recording recording(server->path("rec.wav"), two);
+    Recording recording(m_server->path("rec.wav"), two);
     QVERIFY(recording.ready());
     QVERIFY(PrivatePipeWire::link("headunit-output:output_FL", "rec:input_FL"));
     QVERIFY(playIntoUnit(path, {"rec:input_FR"}));
@@ -224,24 +224,24 @@ void TestPipeWireOutput::latencyIsTheOneThatIsTold()
 
 void TestPipeWireOutput::daemonThatIsKilledAndStartedAgainIsPlayedToAgain()
 {
-    Player player(lines->log());
+    Player player(m_lines->log());
     QVERIFY(plays(player, SourceKind::PinkNoise));
     QVERIFY(soundArrives(player));
     for (int round = 0; round < 2; ++round) {
-        server->end(round == 0 ? SIGKILL : SIGTERM);
+        m_server->end(round == 0 ? SIGKILL : SIGTERM);
         QVERIFY(waitForStatus(player, "PipeWire, waiting for the sound server"));
-        QVERIFY(server->start());
+        QVERIFY(m_server->start());
         QVERIFY(linkUnitTo("out-sink", five));
         QVERIFY(waitForStatus(player, "PipeWire, 48000 Hz, 5.1"));
         QVERIFY(soundArrives(player));
     }
-    QCOMPARE(lines->all().filter("lost").size(), 2);
-    QCOMPARE(lines->all().filter("back").size(), 2);
+    QCOMPARE(m_lines->all().filter("lost").size(), 2);
+    QCOMPARE(m_lines->all().filter("back").size(), 2);
 }
 
 void TestPipeWireOutput::deviceThatGoesAndComesBackIsPlayedToAgain()
 {
-    Player player(lines->log());
+    Player player(m_lines->log());
     QVERIFY(plays(player, SourceKind::PinkNoise));
     QVERIFY(soundArrives(player));
 
@@ -257,32 +257,32 @@ void TestPipeWireOutput::deviceThatGoesAndComesBackIsPlayedToAgain()
 
 void TestPipeWireOutput::withoutDaemonAutoSaysSoOnceAndPlaysToNone()
 {
-    Player player(lines->log());
+    Player player(m_lines->log());
     player.setSettings(neutral());
     QVERIFY(player.setSource(18, SourceKind::PinkNoise));
     QVERIFY(player.start("auto"));
     QCOMPARE(QString::fromStdString(player.status()), QString("no sound output"));
     QVERIFY(soundArrives(player));
-    QCOMPARE(lines->all().size(), 1);
-    QVERIFY2(lines->all().first().contains("without sound output"), qPrintable(lines->all().first()));
+    QCOMPARE(m_lines->all().size(), 1);
+    QVERIFY2(m_lines->all().first().contains("without sound output"), qPrintable(m_lines->all().first()));
 }
 
 void TestPipeWireOutput::withoutDaemonPipeWireWaitsForIt()
 {
-    Player player(lines->log());
+    Player player(m_lines->log());
     player.setSettings(neutral());
     QVERIFY(player.setSource(18, SourceKind::PinkNoise));
     QVERIFY(player.start("pipewire"));
     QCOMPARE(QString::fromStdString(player.status()), QString("PipeWire, waiting for the sound server"));
-    QVERIFY(server->start());
+    QVERIFY(m_server->start());
     QVERIFY(linkUnitTo("out-sink", five));
     QVERIFY(soundArrives(player));
-    QCOMPARE(lines->all().size(), 2);
+    QCOMPARE(m_lines->all().size(), 2);
 }
 
 void TestPipeWireOutput::stopWhilePlayingEndsInSilenceAndTakesTheSinkAway()
 {
-    Player player(lines->log());
+    Player player(m_lines->log());
     QVERIFY(plays(player, SourceKind::PinkNoise));
     QVERIFY(soundArrives(player));
     player.stop();
@@ -298,19 +298,19 @@ void TestPipeWireOutput::stopWhilePlayingEndsInSilenceAndTakesTheSinkAway()
 
 void TestPipeWireOutput::silentUnitSleepsAndWakesByWhatIsToBeHeard()
 {
-    Player player(lines->log());
+    Player player(m_lines->log());
     QVERIFY(plays(player, SourceKind::Input));
     QVERIFY(waitForStatus(player, "PipeWire, 48000 Hz, 5.1"));
     QVERIFY(nothingWakesUp());
     QCOMPARE(PrivatePipeWire::links().filter("headunit-output:").size(), 5);
     QVERIFY(waitForStatus(player, "PipeWire, 48000 Hz, 5.1"));
     // By what another program plays.
-    const Heard heard = hearTones(*server, "out-sink", five);
+    const Heard heard = hearTones(*m_server, "out-sink", five);
     QVERIFY(heard.start > 0);
     // By a key, though nobody measures: what the sink gets tells.
     QVERIFY(nothingWakesUp());
     {
-        Recording recording(server->path("beep.wav"), {"FL"});
+        Recording recording(m_server->path("beep.wav"), {"FL"});
         QVERIFY(recording.ready());
         QVERIFY(PrivatePipeWire::link("out-sink:monitor_FL", "rec:input_FL"));
         player.beep();
@@ -324,7 +324,7 @@ void TestPipeWireOutput::silentUnitSleepsAndWakesByWhatIsToBeHeard()
     QVERIFY(nothingWakesUp());
     QVERIFY(player.setSource(18, SourceKind::PinkNoise));
     QVERIFY(soundArrives(player));
-    QVERIFY(lines->all().isEmpty());
+    QVERIFY(m_lines->all().isEmpty());
 }
 
 QTEST_GUILESS_MAIN(TestPipeWireOutput)

@@ -118,7 +118,7 @@ private:
     bool start();
     bool waitForStatus(const QString& status) const
     {
-        return PrivatePipeWire::waitFor([&] { return QString::fromStdString(player->status()) == status; });
+        return PrivatePipeWire::waitFor([&] { return QString::fromStdString(m_player->status()) == status; });
     }
     /// As a user does: the player names the unit, or nothing at all.
     Heard hearFrom(const QString& sink, const QStringList& channels, const QString& target = "headunit");
@@ -127,28 +127,28 @@ private:
                            double left, double right);
     static QString differsFromFold(const Heard& heard);
 
-    std::unique_ptr<Lines> lines;
-    std::unique_ptr<PrivatePipeWire> server;
-    std::unique_ptr<Player> player;
+    std::unique_ptr<Lines> m_lines;
+    std::unique_ptr<PrivatePipeWire> m_server;
+    std::unique_ptr<Player> m_player;
 };
 
 void TestPipeWireSession::init()
 {
-    lines = std::make_unique<Lines>();
-    server = std::make_unique<PrivatePipeWire>(QStringLiteral(TEST_SUPPORT) + "/pipewire",
-                                               PrivatePipeWire::Managed);
-    QVERIFY(server->start());
+    m_lines = std::make_unique<Lines>();
+    m_server = std::make_unique<PrivatePipeWire>(QStringLiteral(TEST_SUPPORT) + "/pipewire",
+                                                 PrivatePipeWire::Managed);
+    QVERIFY(m_server->start());
 }
 
 void TestPipeWireSession::cleanup()
 {
-    player.reset();
-    server.reset();
+    m_player.reset();
+    m_server.reset();
 }
 
 bool TestPipeWireSession::start()
 {
-    player = std::make_unique<Player>(lines->log());
+    m_player = std::make_unique<Player>(m_lines->log());
     dsp::Settings settings;
     settings.power = true;
     settings.mainDb = 0;
@@ -156,20 +156,20 @@ bool TestPipeWireSession::start()
     settings.subwoofer.attenuation = 0;
     settings.cabin[dsp::RearLeft].attenuation = 6;
     settings.cabin[dsp::RearRight].attenuation = 6;
-    player->setSettings(settings);
-    return player->setSource(settings.source, SourceKind::Input) && player->start("pipewire");
+    m_player->setSettings(settings);
+    return m_player->setSource(settings.source, SourceKind::Input) && m_player->start("pipewire");
 }
 
 Heard TestPipeWireSession::hearFrom(const QString& sink, const QStringList& channels, const QString& target)
 {
-    return hear(*server, sink, channels, [&](double seconds) {
-        if (!writeSides(server->path("sides.wav"), seconds))
+    return hear(*m_server, sink, channels, [&](double seconds) {
+        if (!writeSides(m_server->path("sides.wav"), seconds))
             return false;
         QProcess cat;
         QStringList arguments = {"-p"};
         if (!target.isEmpty())
             arguments << "--target" << target;
-        startTied(cat, "pw-cat", arguments << server->path("sides.wav"));
+        startTied(cat, "pw-cat", arguments << m_server->path("sides.wav"));
         const bool ended = cat.waitForFinished(20000);
         if (!ended) {
             sendSignal(cat, SIGKILL);
@@ -210,7 +210,7 @@ void TestPipeWireSession::playerThatChoosesTheUnitIsHeardAtTheDefaultDevice()
     const QString shown = PrivatePipeWire::output("wpctl", {"status"});
     QVERIFY2(shown.contains(". Head unit "), qPrintable(shown));
     QCOMPARE(differsFromFold(hearFrom("cabin", two)), QString());
-    QVERIFY2(lines->all().isEmpty(), qPrintable(lines->all().join('\n')));
+    QVERIFY2(m_lines->all().isEmpty(), qPrintable(m_lines->all().join('\n')));
 }
 
 void TestPipeWireSession::outputFollowsTheDefaultDeviceAndItsChannels_data()
@@ -283,8 +283,8 @@ void TestPipeWireSession::deviceThatGoesGivesWayToTheOther()
 void TestPipeWireSession::sinkStaysWhereThereIsNoDeviceAndPlaysToTheFirstThatComes()
 {
     QVERIFY(start());
-    QVERIFY(PrivatePipeWire::waitFor([&] { return lines->all().size() == 1; }));
-    QVERIFY2(lines->all().first().startsWith("no device to play to"), qPrintable(lines->all().first()));
+    QVERIFY(PrivatePipeWire::waitFor([&] { return m_lines->all().size() == 1; }));
+    QVERIFY2(m_lines->all().first().startsWith("no device to play to"), qPrintable(m_lines->all().first()));
     QVERIFY(waitForStatus("PipeWire, 48000 Hz, no device"));
     QVERIFY(PrivatePipeWire::waitForPorts({"headunit:playback_FL", "headunit:playback_FR"}));
     // The program, its sink and its stream, by their numbers.
@@ -310,7 +310,7 @@ void TestPipeWireSession::sinkStaysWhereThereIsNoDeviceAndPlaysToTheFirstThatCom
     QCOMPARE(differsFromFold(hearFrom("cabin", two)), QString());
     // The same ones all the time, and nothing more to say.
     QCOMPARE(numbers(), before);
-    QCOMPARE(lines->all().size(), 1);
+    QCOMPARE(m_lines->all().size(), 1);
 }
 
 void TestPipeWireSession::unitAsDefaultDeviceTakesPlayersAndPlaysToARealOne()
@@ -340,7 +340,7 @@ void TestPipeWireSession::silentUnitSleepsAndFollowsTheDevices()
     QVERIFY(surround.plug());
     QVERIFY(waitForStatus("PipeWire, 48000 Hz, 5.1"));
     QCOMPARE(differs(hearFrom("surround", six), six, "RL", rear, 0), QString());
-    QVERIFY2(lines->all().isEmpty(), qPrintable(lines->all().join('\n')));
+    QVERIFY2(m_lines->all().isEmpty(), qPrintable(m_lines->all().join('\n')));
 }
 
 void TestPipeWireSession::soundOfOthersIsHeardFromItsFirstFrame_data()
@@ -356,14 +356,14 @@ void TestPipeWireSession::soundOfOthersIsHeardFromItsFirstFrame()
     const Device device("cabin", two);
     QVERIFY(start());
     QVERIFY(waitForStatus("PipeWire, 48000 Hz, stereo"));
-    const QString path = server->path("noise.wav");
+    const QString path = m_server->path("noise.wav");
     const std::vector<float> noise = writeNoise(path, silence, silence + 0.5);
     QVERIFY(!noise.empty());
     // A busy machine may hold up player or recorder; what the unit lost would be lost each time.
     int lost = -1;
     for (int attempt = 0; attempt < 5 && lost != 0; ++attempt) {
         QVERIFY(nothingWakesUp());
-        Recording recording(server->path("rec.wav"), {"FL"});
+        Recording recording(m_server->path("rec.wav"), {"FL"});
         QVERIFY(recording.ready());
         QVERIFY(PrivatePipeWire::link("cabin:monitor_FL", "rec:input_FL"));
         QProcess cat;
@@ -378,28 +378,30 @@ void TestPipeWireSession::processorFollowsTheRateOfTheGraphWhileItPlays()
 {
     const Device device("cabin", two);
     QVERIFY(start());
-    QVERIFY(player->setSource(6, SourceKind::Sweep));
-    dsp::Settings settings = player->engine().settings();
+    QVERIFY(m_player->setSource(6, SourceKind::Sweep));
+    dsp::Settings settings = m_player->engine().settings();
     const int input = std::exchange(settings.source, 6);
-    player->setSettings(settings);
+    m_player->setSettings(settings);
     QVERIFY(waitForStatus("PipeWire, 48000 Hz, stereo"));
     for (const int other : {44100, 96000, 48000}) {
-        QVERIFY(PrivatePipeWire::waitFor([&] { return player->takeMeters().peak[dsp::FrontLeft] > 0.05f; }));
+        QVERIFY(
+            PrivatePipeWire::waitFor([&] { return m_player->takeMeters().peak[dsp::FrontLeft] > 0.05f; }));
         PrivatePipeWire::output("pw-metadata",
                                 {"-n", "settings", "0", "clock.force-rate", QString::number(other)});
         QVERIFY(waitForStatus(QString("PipeWire, %1 Hz, stereo").arg(other)));
-        QCOMPARE(player->engine().rate(), double(other));
-        QVERIFY(PrivatePipeWire::waitFor([&] { return player->takeMeters().peak[dsp::FrontLeft] > 0.05f; }));
+        QCOMPARE(m_player->engine().rate(), double(other));
+        QVERIFY(
+            PrivatePipeWire::waitFor([&] { return m_player->takeMeters().peak[dsp::FrontLeft] > 0.05f; }));
         if (other != 44100)
             continue;
         // And what others play comes through both conversions at its pitch and level.
         settings.source = input;
-        player->setSettings(settings);
+        m_player->setSettings(settings);
         QCOMPARE(differsFromFold(hearFrom("cabin", two)), QString());
         settings.source = 6;
-        player->setSettings(settings);
+        m_player->setSettings(settings);
     }
-    QVERIFY2(lines->all().isEmpty(), qPrintable(lines->all().join('\n')));
+    QVERIFY2(m_lines->all().isEmpty(), qPrintable(m_lines->all().join('\n')));
 }
 
 void TestPipeWireSession::deviceOfAnotherRateIsEnteredFromSilence()
@@ -411,7 +413,7 @@ void TestPipeWireSession::deviceOfAnotherRateIsEnteredFromSilence()
     QVERIFY(start());
     // A level that stands from its first sample on.
     std::string error;
-    const QString path = server->path("square.wav");
+    const QString path = m_server->path("square.wav");
     const auto writer = WavWriter::create(path.toStdString(), rate, 2, error);
     QVERIFY2(writer, error.c_str());
     std::vector<float> samples(std::size_t(2 * rate));
@@ -419,11 +421,11 @@ void TestPipeWireSession::deviceOfAnotherRateIsEnteredFromSilence()
         samples[n] = n % 96 < 48 ? 0.1f : -0.1f;
     const float* const channels[2] = {samples.data(), samples.data()};
     QVERIFY(writer->write(channels, int(samples.size())) && writer->finish(error));
-    QVERIFY(player->setSource(player->engine().settings().source, SourceKind::File, path.toStdString()));
+    QVERIFY(m_player->setSource(m_player->engine().settings().source, SourceKind::File, path.toStdString()));
     QVERIFY(waitForStatus("PipeWire, 48000 Hz, stereo"));
-    QVERIFY(PrivatePipeWire::waitFor([&] { return player->takeMeters().peak[dsp::FrontLeft] > 0.05f; }));
+    QVERIFY(PrivatePipeWire::waitFor([&] { return m_player->takeMeters().peak[dsp::FrontLeft] > 0.05f; }));
     // Somebody else's music at 44100 Hz holds the other device at its rate.
-    const QString silence = server->path("silence.wav");
+    const QString silence = m_server->path("silence.wav");
     const auto held = WavWriter::create(silence.toStdString(), 44100, 2, error);
     std::vector<float> nothing(std::size_t(60 * 44100));
     const float* const none[2] = {nothing.data(), nothing.data()};
@@ -433,16 +435,16 @@ void TestPipeWireSession::deviceOfAnotherRateIsEnteredFromSilence()
     QVERIFY(PrivatePipeWire::waitFor(
         [] { return PrivatePipeWire::links().contains("holder:output_FL -> other:playback_FL"); }));
 
-    Recording recording(server->path("entrance.wav"), {"FL"});
+    Recording recording(m_server->path("entrance.wav"), {"FL"});
     QVERIFY(recording.ready());
     QVERIFY(PrivatePipeWire::link("other:monitor_FL", "rec:input_FL"));
     QVERIFY(other.makeDefault());
     QVERIFY(PrivatePipeWire::waitFor(
         [] { return PrivatePipeWire::links().contains("headunit-output:output_FL -> other:playback_FL"); }));
-    player->takeMeters();
-    QVERIFY(PrivatePipeWire::waitFor([&] { return player->takeMeters().peak[dsp::FrontLeft] > 0.05f; }));
+    m_player->takeMeters();
+    QVERIFY(PrivatePipeWire::waitFor([&] { return m_player->takeMeters().peak[dsp::FrontLeft] > 0.05f; }));
     // Some of it, for the level that it comes to.
-    const auto recorded = [this] { return QFileInfo(server->path("entrance.wav")).size(); };
+    const auto recorded = [this] { return QFileInfo(m_server->path("entrance.wav")).size(); };
     QVERIFY(PrivatePipeWire::waitFor(
         [&, enough = recorded() + qint64(0.3 * rate * sizeof(float))] { return recorded() > enough; }));
     const std::vector<float> heard = recording.stop()[0];
@@ -463,10 +465,10 @@ void TestPipeWireSession::nodeThatIsRemovedComesBack()
     QVERIFY(start());
     for (const char* const node : {"headunit-output", "headunit"}) {
         QVERIFY(waitForStatus("PipeWire, 48000 Hz, stereo"));
-        const int said = lines->all().size();
+        const int said = m_lines->all().size();
         PrivatePipeWire::output("pw-cli", {"destroy", node});
-        QVERIFY(PrivatePipeWire::waitFor([&] { return lines->all().size() >= said + 2; }));
-        QVERIFY2(lines->all().last().contains("back"), qPrintable(lines->all().join('\n')));
+        QVERIFY(PrivatePipeWire::waitFor([&] { return m_lines->all().size() >= said + 2; }));
+        QVERIFY2(m_lines->all().last().contains("back"), qPrintable(m_lines->all().join('\n')));
         QVERIFY(waitForStatus("PipeWire, 48000 Hz, stereo"));
     }
     QCOMPARE(differsFromFold(hearFrom("cabin", two)), QString());
@@ -479,9 +481,9 @@ void TestPipeWireSession::sessionManagerThatRestartsFindsTheUnitAgain()
     QVERIFY(waitForStatus("PipeWire, 48000 Hz, stereo"));
     for (int signal : {SIGTERM, SIGKILL}) {
         // The devices are the session manager's own, so they go with it.
-        server->endManager(signal);
+        m_server->endManager(signal);
         device.unplug();
-        QVERIFY(server->startManager());
+        QVERIFY(m_server->startManager());
         QVERIFY(device.plug());
         QVERIFY(waitForStatus("PipeWire, 48000 Hz, stereo"));
         QCOMPARE(differsFromFold(hearFrom("cabin", two)), QString());
@@ -493,10 +495,10 @@ void TestPipeWireSession::daemonAndSessionManagerThatRestartFindTheUnitAgain()
     Device device("cabin", two);
     QVERIFY(start());
     QVERIFY(waitForStatus("PipeWire, 48000 Hz, stereo"));
-    server->end(SIGTERM);
-    server->endManager(SIGTERM);
+    m_server->end(SIGTERM);
+    m_server->endManager(SIGTERM);
     QVERIFY(waitForStatus("PipeWire, waiting for the sound server"));
-    QVERIFY(server->start());
+    QVERIFY(m_server->start());
     QVERIFY(device.plug());
     QVERIFY(waitForStatus("PipeWire, 48000 Hz, stereo"));
     QCOMPARE(differsFromFold(hearFrom("cabin", two)), QString());
