@@ -25,7 +25,7 @@ using mem::SettingsStore;
 /// back, home, power. It stays alive, keeps nothing but what its settings may be, and loses none of it.
 ///
 /// AUDIOSETTING_TOUCHES says how many steps the finger makes, 20,000 without it; the long run is
-///     AUDIOSETTING_TOUCHES=1000000 build/ci/tests/tst_touchstorm
+///     AUDIOSETTING_TOUCHES=1000000 ./test -R touchstorm
 class TestTouchStorm : public QObject
 {
     Q_OBJECT
