@@ -106,7 +106,7 @@ void PipeWireStreams::stateChanged(pw_stream* of, int state, const char* error)
         m_streaming = state == PW_STREAM_STATE_STREAMING;
         if (m_streaming)
             m_listener.playing();
-        else
+        else if (!m_resting)
             m_brokenOff = true;
     }
 }

@@ -26,8 +26,9 @@ namespace hvaudio {
 ///
 /// When the graph goes over to another rate the server takes the formats from both nodes and asks for new
 /// ones; between the two the feed is prepared for that rate. Where the nodes are moved to a device of another
-/// rate without that, the server converts. Either way what is heard next begins in silence and rises in 10
-/// ms; the end of what was heard before is the server's doing.
+/// rate without that, the server converts. Either way what is heard next begins with a silent cycle and rises
+/// in 10 ms; the end of what was heard before is the server's doing. After a rest, which begins in silence,
+/// nothing is held back.
 class PipeWireStreams
 {
 public:
@@ -107,7 +108,7 @@ private:
     // Between the sides. A wish to rest counts as long as nothing has called for the output since.
     std::atomic<unsigned> m_wakes{0}, m_wakesAtWish{0};
     std::atomic<bool> m_resting{false}, m_wantsRest{false}, m_playedInto{false};
-    std::atomic<bool> m_brokenOff{false}; ///< the stream was stopped: what comes next enters from silence
+    std::atomic<bool> m_brokenOff{false}; ///< the stream was stopped, not to rest: what comes next enters
     // Of the audio side.
     int m_quietFrames = 0;
     std::uint32_t m_clock = 0, m_clockRate = 0; ///< of the last block's driver

@@ -40,6 +40,7 @@ void SpeakerFeed::reset(Feed& feed, double rate) noexcept
     m_folded = {1, 1, step};
     m_mean = {0, 0, step};
     m_entered = {1, 1, step};
+    m_entersLater = false;
 }
 
 void SpeakerFeed::fill(std::uint64_t cycle, float* const channels[ChannelCount], int frames) noexcept
@@ -50,6 +51,7 @@ void SpeakerFeed::fill(std::uint64_t cycle, float* const channels[ChannelCount],
     m_bridge.begin(cycle, frames);
     for (int done = 0; done < frames; done += pieceFrames)
         fillPiece(channels, done, std::min(frames - done, pieceFrames));
+    m_entersLater = false;
 }
 
 void SpeakerFeed::fillPiece(float* const channels[ChannelCount], int done, int count) noexcept
@@ -101,8 +103,9 @@ void SpeakerFeed::applyEntrance(float* const channels[ChannelCount], int done, i
 {
     for (int i = 0; i < ChannelCount; ++i)
         for (int n = 0; channels[i] && n < count; ++n)
-            channels[i][done + n] *= smoothStep(m_entered.after(n));
-    m_entered.now = m_entered.after(count);
+            channels[i][done + n] *= m_entersLater ? 0.0f : smoothStep(m_entered.after(n));
+    if (!m_entersLater)
+        m_entered.now = m_entered.after(count);
 }
 
 } // namespace hvaudio

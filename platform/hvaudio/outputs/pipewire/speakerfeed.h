@@ -41,9 +41,13 @@ public:
     /// [ANY] The layout that was set last.
     Layout layout() const noexcept { return m_layout.load(std::memory_order_relaxed); }
 
-    /// [RT] The next block begins in silence and rises to its level in 10 ms: what was heard before it has
-    /// broken off.
-    void enter() noexcept { m_entered.now = 0; }
+    /// [RT] The next block is silent and the one after it rises to its level in 10 ms: what was heard before
+    /// has broken off, and of the first cycle after that a server may lose what it gets.
+    void enter() noexcept
+    {
+        m_entered.now = 0;
+        m_entersLater = true;
+    }
     /// [RT] What has come in; as InputBridge::push.
     void push(std::uint64_t cycle, const float* left, const float* right, int frames) noexcept
     {
@@ -76,6 +80,7 @@ private:
     Fade m_folded;  ///< 1 = all in FL and FR
     Fade m_mean;    ///< 1 = of the fold, both carry the mean
     Fade m_entered; ///< 1 = all is heard
+    bool m_entersLater = false;
     float m_input[2][pieceFrames];
     float m_speakers[dsp::speakerCount][pieceFrames];
     float m_sides[2][pieceFrames];
