@@ -36,6 +36,15 @@ float neededFor(float top) noexcept
     return top > Limiter::ceiling ? Limiter::ceiling * 0.9999999f / top : 1.0f;
 }
 
+template <int count>
+float largestOf(const float* v) noexcept
+{
+    float largest = v[0];
+    for (int i = 1; i < count; ++i)
+        largest = std::max(largest, v[i]);
+    return largest;
+}
+
 } // namespace
 
 void LimiterGain::prepare(double rate, int lookAhead)
@@ -165,9 +174,7 @@ void Limiter::startCell() noexcept
     m_subwoofer.nextCell(neededFor(m_subwooferTop));
 }
 
-/// Measures the cell that ends `end` frames behind the place of the newest ones. The detector is asked only
-/// where its answer can lower a gain that isn't held down already; what it finds beyond the samples is taken
-/// up bit by bit, so that nothing hangs on whether it was asked where it finds little.
+/// Measures the cell that ends `end` frames behind the place of the newest ones.
 void Limiter::endCell(int end) noexcept
 {
     const float* cell[speakerCount];
@@ -175,27 +182,37 @@ void Limiter::endCell(int end) noexcept
         cell[i] = m_history.before(i, cellFrames - end);
     float top[speakerCount], most[speakerCount];
     m_kernel->measure(cell, m_bend, top, most);
-    const auto found = [&](int first, int last, const LimiterGain& gain) {
-        const float samples = detector::margin * *std::max_element(top + first, top + last);
-        float all = samples;
-        const float held = ceiling / gain.held();
-        for (int i = first; i < last; ++i) {
-            if (most[i] <= samples || most[i] * detector::margin <= std::max(all, held))
-                continue;
+    m_cabinTop = found<cabinSpeakerCount>(cell, top, most, m_cabin);
+    m_subwooferTop = found<1>(cell + Subwoofer, top + Subwoofer, most + Subwoofer, m_subwoofer);
+}
+
+/// What a group needs. The detector is asked only where its answer can lower a gain that isn't held down
+/// already; what it finds beyond the samples is taken up bit by bit, so that nothing hangs on whether it was
+/// asked where it finds little.
+template <int count>
+float Limiter::found(const float* const* cell, const float* top, const float* most,
+                     const LimiterGain& gain) const noexcept
+{
+    const float samples = detector::margin * largestOf<count>(top), held = ceiling / gain.held();
+    float all = samples;
+    const auto matters = [&](float bound) {
+        return bound > samples && detector::margin * bound > std::max(all, held);
+    };
+    if (!matters(largestOf<count>(most)))
+        return all;
+    for (int i = 0; i < count; ++i)
+        if (matters(most[i])) {
             const float between = m_kernel->largestBetween(cell[i]);
             all = std::max(all, std::min(detector::margin * between, 3 * between - 2 * samples));
         }
-        return all;
-    };
-    m_cabinTop = found(0, Subwoofer, m_cabin);
-    m_subwooferTop = found(Subwoofer, speakerCount, m_subwoofer);
+    return all;
 }
 
 float Limiter::process(float* const out[speakerCount], int frames, int offset,
                        float peak[speakerCount]) noexcept
 {
     const int late = latencyFrames();
-    const bool calm = *std::max_element(peak, peak + speakerCount) <= surelyBelow;
+    const bool calm = largestOf<speakerCount>(peak) <= surelyBelow;
     const bool idle =
         !working() && calm && m_calm == 2 * cellFrames && m_cabinTop <= ceiling && m_subwooferTop <= ceiling;
     // What a loud frame does is seen with its own cell and the next.

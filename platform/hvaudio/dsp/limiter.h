@@ -105,6 +105,9 @@ private:
 
     void startCell() noexcept;
     void endCell(int end) noexcept;
+    template <int count>
+    float found(const float* const* cell, const float* top, const float* most,
+                const LimiterGain& gain) const noexcept;
 
     const Kernel* m_kernel = kernelOf(bestPath());
     History m_history;
