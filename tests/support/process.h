@@ -70,6 +70,8 @@ public:
         m_process.waitForFinished(0);
         return m_process.state() == QProcess::Running;
     }
+    /// 0 when it doesn't run.
+    qint64 id() const { return m_process.processId(); }
     void raise(int signal) { sendSignal(m_process, signal); }
     /// Paths of the files that it has mapped, its libraries among them; one a line, with what else the kernel
     /// says of them.
