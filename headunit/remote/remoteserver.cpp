@@ -228,8 +228,10 @@ void RemoteServer::show(const DeskChange& change)
 {
     m_wanted = false;
     const bool isNew = m_picture.isNull() || !(change.layout == m_layout);
-    if (m_picture.size() != change.layout.size)
+    if (m_picture.size() != change.layout.size) {
         m_picture = QImage(change.layout.size, QImage::Format_RGB32);
+        m_picture.fill(Qt::black);
+    }
     m_layout = change.layout;
     QRegion changed;
     QPainter painter(&m_picture);

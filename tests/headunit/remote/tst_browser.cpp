@@ -45,8 +45,13 @@ private:
     /// The notice over the picture; empty when there is none.
     static QString notice(Browser::Page* page);
     static bool becomesNotice(Browser::Page* page, const QString& part);
-    /// From the last listen() on.
-    bool hears(const QByteArray& words) { return m_unit->says(words, m_heard); }
+    /// What the unit says from the last listen() on. Events go on meanwhile: the browser's, and of what
+    /// stands between it and the unit.
+    bool hears(const QByteArray& words)
+    {
+        return QTest::qWaitFor([&] { return m_unit->output().mid(m_heard).contains(words); },
+                               Browser::waitMs);
+    }
     void listen() { m_heard = m_unit->output().size(); }
     bool clickAndHear(Browser::Page* page, const QPoint& pos, const QByteArray& words);
 
@@ -288,6 +293,7 @@ void TestBrowser::phoneTouchesScreenAndKeys()
         "[...document.querySelectorAll('#keys button')].every(key => key.getBoundingClientRect().top >="
         " document.getElementById('glass').getBoundingClientRect().bottom"
         " && key.getBoundingClientRect().bottom <= innerHeight)"));
+    QVERIFY(page->becomes("innerWidth === 390")); // nothing reaches beyond the window and makes it smaller
     QVERIFY(touchMiddle(""));
     QVERIFY(hears("BaseWindow.onEnter()"));
     listen();
@@ -297,7 +303,7 @@ void TestBrowser::phoneTouchesScreenAndKeys()
     QVERIFY(page->resize(QSize(844, 390), 3, true));
     QVERIFY(page->becomes("document.body.classList.contains('wide')"));
     QVERIFY(touchMiddle(""));
-    QVERIFY2(m_unit->says("BaseWindow.onEnter()", m_heard), m_unit->errors());
+    QVERIFY2(hears("BaseWindow.onEnter()"), m_unit->errors());
 }
 
 void TestBrowser::hardKeysWorkByPointer()
@@ -371,13 +377,18 @@ void TestBrowser::inspectorStandsBesideTheUnit()
 {
     Browser::Page* page = openUnit(QSize(1792, 664));
     QVERIFY2(page, qPrintable(m_browser->what()));
-    const QString alone = colours(page, QRect(0, 0, 1232, 664));
+    const QRect unit(0, 90, 1232, 570); // without the clock
+    const QString alone = colours(page, unit);
     QVERIFY(page->key("F12"));
     QVERIFY(page->becomes("document.getElementById('picture').width === 1232 + 560"));
-    QVERIFY(changes(page, QRect(1232, 0, 560, 664), QString()));
-    QCOMPARE(colours(page, QRect(0, 0, 1232, 664)), alone);
+    QVERIFY(QTest::qWaitFor([&] { return colours(page, unit) == alone; }, Browser::waitMs));
     // It takes touches: the second tab, "Settings".
     const QRect panels(1240, 40, 540, 600);
+    const QString nothing =
+        page->evaluate("crypto.subtle.digest('SHA-256', new Uint8ClampedArray(540 * 600 * 4)"
+                       ".map((_, i) => i % 4 === 3 ? 255 : 0)).then(d => new Uint8Array(d).join())")
+            .toString();
+    QVERIFY(changes(page, panels, nothing));
     const QString journal = colours(page, panels);
     QVERIFY(page->click(QPoint(1330, 24)));
     QVERIFY(changes(page, panels, journal));

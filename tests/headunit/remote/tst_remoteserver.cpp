@@ -22,6 +22,8 @@ private slots:
     void pageIsHandedOut();
     void requestIsRefused_data();
     void requestIsRefused();
+    void handshakeThatIsNoneEndsTheConnection_data();
+    void handshakeThatIsNoneEndsTheConnection();
     void tokenComesFirst_data();
     void tokenComesFirst();
     void whoIsSlowIsLetGo();
@@ -225,6 +227,26 @@ void TestRemoteServer::requestIsRefused()
     QVERIFY(response.contains("\r\nConnection: close\r\n"));
     QVERIFY(!response.contains("<html"));
     QVERIFY(m_watched.isEmpty());
+}
+
+void TestRemoteServer::handshakeThatIsNoneEndsTheConnection_data()
+{
+    QTest::addColumn<QByteArray>("header");
+    QTest::addColumn<QByteArray>("instead");
+    QTest::newRow("no key") << QByteArray("Sec-WebSocket-Key") << QByteArray("Not-A-Key");
+    QTest::newRow("version of the past") << QByteArray("Version: 13") << QByteArray("Version: 8");
+    QTest::newRow("version that is no number") << QByteArray("Version: 13") << QByteArray("Version: x");
+    QTest::newRow("no connection to upgrade")
+        << QByteArray("Connection: Upgrade") << QByteArray("Connection: close");
+}
+
+void TestRemoteServer::handshakeThatIsNoneEndsTheConnection()
+{
+    QFETCH(QByteArray, header);
+    QFETCH(QByteArray, instead);
+    const QByteArray response = answer(upgrade(host(), "http://" + host()).replace(header, instead));
+    QVERIFY2(!response.startsWith("HTTP/1.1 101") && response != "the connection stays", response);
+    QVERIFY(openPage());
 }
 
 void TestRemoteServer::tokenComesFirst_data()
