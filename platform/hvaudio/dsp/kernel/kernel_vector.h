@@ -222,6 +222,22 @@ inline void storeTurned(float* const* to, int n, F4 a, F4 b, F4 c, F4 d)
     store(to[3] + n, __builtin_shufflevector(ab2, cd2, 2, 3, 6, 7));
 }
 
+/// What `frame` makes of each frame, a lane a speaker.
+template <typename V, typename Frame>
+__attribute__((always_inline)) inline void storeFrames(float* const* speakers, int frames, Frame& frame)
+{
+    int n = 0;
+    for (; n + 4 <= frames; n += 4) {
+        const auto a = frame(n), b = frame(n + 1), c = frame(n + 2), d = frame(n + 3);
+        storeTurned(speakers, n, a, b, c, d);
+    }
+    for (; n < frames; ++n) {
+        const auto a = frame(n);
+        for (int i = 0; i < widthOf<V>; ++i)
+            speakers[i][n] = a[i];
+    }
+}
+
 /// As many of the cabin's speakers as a vector holds, from `at` on, and the subwoofer along with the first
 /// ones: so much fits into registers.
 template <typename V, bool subwoofer, bool lowPass, bool gliding>
@@ -269,16 +285,7 @@ void crossoverPass(int at, const double* pairs, float* const out[speakerCount], 
         }
         return single(apY);
     };
-    int n = 0;
-    for (; n + 4 <= frames; n += 4) {
-        const auto a = frame(n), b = frame(n + 1), c = frame(n + 2), d = frame(n + 3);
-        storeTurned(cabin, n, a, b, c, d);
-    }
-    for (; n < frames; ++n) {
-        const auto a = frame(n);
-        for (int i = 0; i < widthOf<V>; ++i)
-            cabin[i][n] = a[i];
-    }
+    storeFrames<V>(cabin, frames, frame);
 
     for (int s = 0; s < 2; ++s) {
         high[s].close(memory.high, 4 * s + at);
