@@ -187,8 +187,8 @@ void Limiter::endCell(int end) noexcept
 }
 
 /// What a group needs. The detector is asked only where its answer can lower a gain that isn't held down
-/// already; what it finds beyond the samples is taken up bit by bit, so that nothing hangs on whether it was
-/// asked where it finds little.
+/// already, and a cell for which it isn't asked is held for what its samples need. What it finds beyond the
+/// samples is taken up bit by bit, so that nothing hangs on whether it was asked where it finds little.
 template <int count>
 float Limiter::found(const float* const* cell, const float* top, const float* most,
                      const LimiterGain& gain) const noexcept
