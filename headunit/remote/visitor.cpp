@@ -98,7 +98,6 @@ void Visitor::finish(const char* status, const QByteArray& type, const QByteArra
                     "X-Content-Type-Options: nosniff\r\n"
                     "Connection: close\r\n\r\n" +
                     body);
-    m_socket->flush(); // an encrypted one would close before it has written
     m_socket->disconnectFromHost();
 }
 

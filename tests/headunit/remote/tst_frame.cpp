@@ -59,7 +59,13 @@ void TestFrame::smallerFormIsTaken_data()
             slope.setPixel(x, y, qRgb(x, y, (x + y) / 2));
     }
     line.fill(Qt::blue);
+    QImage few = noise({64, 64});
+    for (int y = 0; y < 64; ++y) {
+        for (int x = 0; x < 64; ++x)
+            few.setPixel(x, y, few.pixel(x, y) & 0xffc0c0c0);
+    }
     QTest::newRow("a slope is PNG's") << slope << int(FrameForm::Png);
+    QTest::newRow("few colours are PNG's") << few << int(FrameForm::Png);
     QTest::newRow("a small plain piece has no use for a header") << line << int(FrameForm::Deflate);
 }
 

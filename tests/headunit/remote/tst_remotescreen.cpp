@@ -213,6 +213,7 @@ void TestRemoteScreen::pageIsHandedOutOverTls()
     QSslSocket socket;
     socket.setPeerVerifyMode(QSslSocket::VerifyNone);
     socket.connectToHostEncrypted("127.0.0.1", quint16(QUrl(screen.url()).port()));
+    QVERIFY(QTest::qWaitFor([&socket] { return socket.isEncrypted(); }));
     socket.write("GET / HTTP/1.1\r\nHost: unit.example\r\n\r\n");
     QVERIFY(QTest::qWaitFor([&socket] { return socket.state() == QAbstractSocket::UnconnectedState; }));
     const QByteArray response = socket.readAll();
