@@ -3,7 +3,8 @@
 #include "headunit/cli/stopsignals.h"
 #include "headunit/cli/tour.h"
 #include "headunit/cli/unitlog.h"
-#include "headunit/remote/remotescreen.h"
+#include "headunit/parts/partlibrary.h"
+#include "headunit/remote/remotelibrary.h"
 #include "headunit/shell/fontconfiguration.h"
 #include "headunit/shell/shell.h"
 #include "headunit/shell/startuptrace.h"
@@ -92,17 +93,21 @@ QString pluginFolder(const Options& options)
     return QDir(installed).exists() ? installed : here.filePath(QStringLiteral("../lib/headunit"));
 }
 
-bool startRemote(RemoteScreen* remote, const Options& options)
+/// False, with the reason told, when the browser's screen is wanted and can't be had.
+bool startRemote(QScopedPointer<QObject>* remote, UnitWindow* unit, const Options& options)
 {
     if (options.remote.isEmpty())
         return true;
-    QString error;
-    if (!remote->start({*readListenAddress(options.remote), options.remoteCertificate, options.remoteKey},
-                       &error)) {
+    QString url, error;
+    if (const auto library =
+            reinterpret_cast<GetRemoteLibrary>(functionOf("remotescreen", "remoteLibrary", &error)))
+        remote->reset(library()->start(unit, options.remote, options.remoteCertificate, options.remoteKey,
+                                       &url, &error));
+    if (!*remote) {
         complain(ExitNotRemote, QStringLiteral("--remote: ") + error);
         return false;
     }
-    std::printf("The unit's screen: %s\n", qPrintable(remote->url()));
+    std::printf("The unit's screen: %s\n", qPrintable(url));
     std::fflush(stdout);
     return true;
 }
@@ -128,8 +133,8 @@ int runUnit(const Options& options)
         Tour tour(&shell, options.tour);
         return tour.run() ? int(ExitOk) : complain(ExitNotShown, QStringLiteral("tour: ") + tour.error());
     }
-    RemoteScreen remote(shell.unit());
-    if (!startRemote(&remote, options))
+    QScopedPointer<QObject> remote;
+    if (!startRemote(&remote, shell.unit(), options))
         return ExitNotRemote;
     if (options.page >= 0 && !shell.openAudioPage(options.page))
         return complain(ExitNotShown, QStringLiteral("page %1 can't be shown").arg(options.page));

@@ -1,6 +1,7 @@
 #include "headunit/cli/options.h"
 
-#include "headunit/remote/listenaddress.h"
+#include "headunit/parts/partlibrary.h"
+#include "headunit/remote/remotelibrary.h"
 #include "headunit/shell/audiopages.h"
 
 #include "platform/common/texts/language.h"
@@ -46,7 +47,7 @@ QStringList withRemoteAddress(QStringList arguments)
     for (int i = 0; i < arguments.size(); ++i) {
         const bool isAlone = i + 1 == arguments.size() || arguments.at(i + 1).startsWith('-');
         if (arguments.at(i) == QLatin1String("--remote") && isAlone)
-            arguments[i] += '=' + textOf(ListenAddress());
+            arguments[i] += QLatin1String("=127.0.0.1:0");
     }
     return arguments;
 }
@@ -78,11 +79,16 @@ QString remoteComplaint(const QCommandLineParser& parser, const Options& options
     if (options.remote.isEmpty())
         return options.remoteKey.isEmpty() ? QString()
                                            : QStringLiteral("--remote-certificate belongs to --remote.");
-    const std::optional<ListenAddress> address = readListenAddress(options.remote);
-    if (!address)
+    QString error;
+    const auto library =
+        reinterpret_cast<GetRemoteLibrary>(functionOf("remotescreen", "remoteLibrary", &error));
+    if (!library)
+        return QStringLiteral("--remote: %1").arg(error);
+    bool isLoopback = false;
+    if (!library()->isAddress(options.remote, &isLoopback))
         return QStringLiteral("'%1' is not an address and a port, like 127.0.0.1:8080 or [::1]:8080.")
             .arg(options.remote);
-    if (!address->isLoopback() && options.remoteKey.isEmpty())
+    if (!isLoopback && options.remoteKey.isEmpty())
         return QStringLiteral("'%1' is open to other machines and needs --remote-certificate and "
                               "--remote-key.")
             .arg(options.remote);

@@ -1,8 +1,6 @@
 #include "headunit/inspector/responseplot.h"
 
-#include <QCoreApplication>
-#include <QDir>
-#include <QLibrary>
+#include "headunit/parts/partlibrary.h"
 
 #include <cmath>
 
@@ -10,15 +8,11 @@ namespace headunit {
 
 ResponsePlot* ResponsePlot::create(QWidget* parent)
 {
-    const QDir here(QCoreApplication::applicationDirPath());
-    QLibrary library;
-    // Where it is installed, and where it is built.
-    for (const char* folder : {"../" HEADUNIT_LIBRARY_FOLDER, "../lib"}) {
-        library.setFileName(here.filePath(QLatin1String(folder) + QLatin1String("/libresponseplot")));
-        if (const auto make = reinterpret_cast<MakeResponsePlot>(library.resolve("makeResponsePlot")))
-            return make(parent);
-    }
-    qWarning("responses can't be drawn: %s", qPrintable(library.errorString()));
+    QString error;
+    if (const auto make =
+            reinterpret_cast<MakeResponsePlot>(functionOf("responseplot", "makeResponsePlot", &error)))
+        return make(parent);
+    qWarning("responses can't be drawn: %s", qPrintable(error));
     return nullptr;
 }
 

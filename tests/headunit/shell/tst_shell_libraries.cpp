@@ -18,6 +18,8 @@ void TestShellLibraries::libraryComesWithWhatWantsIt_data()
         {"/libresponseplot", {"--inspector"}},
         {"/libqwt",          {"--inspector"}},
         {"/libQt5OpenGL",    {"--inspector"}},
+        {"/libremotescreen", {"--remote"}},
+        {"/libQt5Network",   {"--remote"}},
         {"/libhvaudiofiles", {"--output", "@/sound.wav"}},
         {"/libsndfile",      {"--output", "@/sound.wav"}},
     };
