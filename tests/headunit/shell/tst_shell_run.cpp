@@ -16,6 +16,8 @@ private slots:
     void exitCodeOfTheCommandLine_data();
     void exitCodeOfTheCommandLine();
     void withoutADisplayItSaysSo();
+    void browserStandsInForADisplay();
+    void remoteThatCantBeHadEndsTheStart();
     void displayThatCantBeReachedIsSaid_data();
     void displayThatCantBeReachedIsSaid();
     void whatQtSaysOfFormsIsForTheLog();
@@ -156,6 +158,29 @@ void TestShellRun::withoutADisplayItSaysSo()
     unit.start(HEADUNIT, withStore({}));
     QCOMPARE(unit.exitCode(), 1);
     QVERIFY2(unit.errors().contains("no display"), unit.errors());
+}
+
+void TestShellRun::browserStandsInForADisplay()
+{
+    m_environment.remove("QT_QPA_PLATFORM");
+    Process unit(m_environment);
+    unit.start(HEADUNIT, withStore({"--remote", "--trace-startup"}));
+    QVERIFY2(unit.says(" launcher-painted"), unit.errors());
+    const QRegularExpression line("^The unit's screen: http://127\\.0\\.0\\.1:[0-9]+/#[0-9a-f]{32}$",
+                                  QRegularExpression::MultilineOption);
+    QVERIFY2(line.match(QString::fromUtf8(unit.output())).hasMatch(), unit.output());
+    unit.raise(SIGTERM);
+    QCOMPARE(unit.exitCode(), 0);
+}
+
+void TestShellRun::remoteThatCantBeHadEndsTheStart()
+{
+    Process unit(m_environment);
+    unit.start(HEADUNIT,
+               withStore({"--remote", "--remote-certificate", "none.pem", "--remote-key", "none.pem"}));
+    QCOMPARE(unit.exitCode(), 6);
+    QVERIFY2(unit.errors().contains("--remote: none.pem can't be read"), unit.errors());
+    QVERIFY(!unit.output().contains("http"));
 }
 
 void TestShellRun::displayThatCantBeReachedIsSaid_data()
