@@ -41,7 +41,7 @@ constexpr int freqMax = freqCount - 1;
 constexpr int subFreqMin = 0;
 constexpr int subFreqMax = 4;
 constexpr int subLevelMin = 1;
-constexpr int subLevelMax = 14;
+constexpr int subLevelMax = hvaudio::loudestMainSubwoofer;
 
 constexpr int slopeCount = 3;
 constexpr int freqBits = 0x7F;   ///< what a filter's second argument takes of the frequency

@@ -36,8 +36,6 @@ constexpr const mem::Setting& subwooferSlope = mem::settingOf("subwooferslope");
 constexpr const mem::Setting& subwooferLevel = mem::settingOf("subwooferLevel");
 static_assert(selectedGroup.largest == GroupCount - 1, "every group can be selected");
 
-constexpr int rearPair = 0x80; ///< kept beside the frequency of the rear pair
-
 /// The grid's left margin: the curve widgets begin there, the frequency table counts from the grid's edge.
 constexpr int curveLeft = 26;
 constexpr int curveRight = 6;
@@ -309,7 +307,7 @@ void M5QXCrossSettingWidget::updateDSP(int freqIndex, int gainIndex, int slopeIn
         break;
     case Rear:
         for (const int speaker : {4, 8})
-            service()->setHPFFilter(freqIndex | rearPair, gainIndex, speaker, slopeIndex);
+            service()->setHPFFilter(freqIndex | hvaudio::rearPairMark, gainIndex, speaker, slopeIndex);
         break;
     case Subwoofer:
         // The subwoofer's own count has one entry more at its start.

@@ -20,8 +20,6 @@ enum Section : int {
     Gain,    ///< a source's input gain: stored and applied
 };
 
-constexpr int gainOffset = -5; ///< added to a gain for display
-
 struct RowData
 {
     Section section;
@@ -202,7 +200,7 @@ void VolumeSettingWidget::createSliders()
         place->hide();
         auto* slider = new settings::CustomSlider_2(ui.data()->*widgets.row, place->geometry(), 4);
         slider->setHintColor(Qt::white);
-        slider->setOffset(data.section == Gain ? gainOffset : 0);
+        slider->setOffset(data.section == Gain ? -hvaudio::gainOfZeroDb : 0);
         slider->setMaximum(data.setting.largest);
         slider->setMinimum(data.setting.smallest);
         connect(slider, SIGNAL(valSave(int)), this, saveSlots[i]);

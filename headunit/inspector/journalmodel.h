@@ -13,7 +13,7 @@ class JournalModel : public QAbstractTableModel
     Q_OBJECT
 public:
     enum Column { Time, Subsystem, Operation, ColumnCount };
-    static constexpr int kept = 2000, batch = 200;
+    static constexpr int kept = cm::Journal::kept, batch = 200;
 
     explicit JournalModel(QObject* parent = nullptr);
     ~JournalModel() override;

@@ -24,7 +24,6 @@ constexpr int dotPoints = 61;          ///< six an octave
 constexpr double dotOctaves = 1.0 / 6; ///< one joins on to the next, so that no tone falls between them
 constexpr int heardAtOnce = 4096;
 
-constexpr int dbAnOrder = 6;
 /// What the crossover page's slope means until a key of it is touched. Not what most would choose.
 constexpr int deliveredSlope = hvaudio::crossoverSlopes[mem::settingOf("subwooferslope").defaultValue];
 
@@ -181,7 +180,7 @@ void SoundPanel::showSubwoofer()
     else if (subwoofer.lowPass.hz > 0)
         text = tr("Subwoofer: below %1 Hz, %2 dB/octave (%3 as delivered)")
                    .arg(subwoofer.lowPass.hz)
-                   .arg(dbAnOrder * subwoofer.lowPass.order)
+                   .arg(hvaudio::dbAnOrder * subwoofer.lowPass.order)
                    .arg(deliveredSlope);
     m_subwoofer->setText(subwoofer.inverted ? tr("%1, turned round").arg(text) : text);
 }

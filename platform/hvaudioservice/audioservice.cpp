@@ -43,11 +43,13 @@ bool isBandValue(const char* operation, int value, int band)
            inRange(operation, "band", band, 0, eqBandCount - 1);
 }
 
-constexpr int frequencyMask = 0x7F;
-constexpr int rearMark = 0x80;
+/// Index of a frequency without the mark that says what the speaker says.
+int unmarked(int frequency)
+{
+    return frequency & ~rearPairMark;
+}
 
-/// Checks a filter of a cabin speaker. Bit 7 of the frequency, the rear pair's mark, says what the speaker
-/// says.
+/// Checks a filter of a cabin speaker.
 bool isCabinFilter(const char* operation, int frequency, int attenuation, int speaker, int slope,
                    int lastFrequency)
 {
@@ -56,19 +58,18 @@ bool isCabinFilter(const char* operation, int frequency, int attenuation, int sp
         refuse(operation, "speaker", speaker, QStringLiteral("one of 1, 2, 4, 8"));
         return false;
     }
-    const int unmarked = frequency & ~rearMark;
-    return inRange(operation, "frequency index", unmarked, 0, lastFrequency) &&
+    return inRange(operation, "frequency index", unmarked(frequency), 0, lastFrequency) &&
            inRange(operation, "attenuation", attenuation, 0, maximumLevelSent) &&
            inRange(operation, "slope", slope, 0, maximumSlope);
 }
 
 /// A hand-edited store lets the pages send more than there is to cut; it is kept as sent and sounds as the
-/// largest.
-void noteLargeCut(const char* operation, int attenuation, int largest)
+/// largest. The main audio's page sends no cut.
+void noteLargeCut(const char* operation, int attenuation, AudioServiceHost::FilterTables tables)
 {
-    if (attenuation > largest)
+    if (attenuation > largestAttenuation && tables == AudioServiceHost::FilterTables::SpeakerGroups)
         qWarning() << "AudioService:" << operation << ": attenuation" << attenuation << "sounds as"
-                   << largest;
+                   << largestAttenuation;
 }
 
 } // namespace
@@ -171,10 +172,10 @@ void AudioService::setHPFFilter(int frequency, int attenuation, int speaker, int
     const AudioServiceHost::FilterTables tables = d->state.tables;
     if (!isCabinFilter("setHPFFilter", frequency, attenuation, speaker, slope, lastCabinFrequency(tables)))
         return;
-    noteLargeCut("setHPFFilter", attenuation, largestAttenuation);
+    noteLargeCut("setHPFFilter", attenuation, tables);
     const int index = speakerOfBit(speaker);
     d->setFilter(&d->state.highPass[static_cast<std::size_t>(index)],
-                 {frequency & frequencyMask, attenuation, slope}, keys::highPassKey(tables, index));
+                 {unmarked(frequency), attenuation, slope}, keys::highPassKey(tables, index));
 }
 
 void AudioService::setLPFFilter(int frequency, int attenuation, int speaker, int slope)
@@ -183,10 +184,10 @@ void AudioService::setLPFFilter(int frequency, int attenuation, int speaker, int
     const AudioServiceHost::FilterTables tables = d->state.tables;
     if (!isCabinFilter("setLPFFilter", frequency, attenuation, speaker, slope, lastCabinFrequency(tables)))
         return;
-    noteLargeCut("setLPFFilter", attenuation, largestAttenuation);
+    noteLargeCut("setLPFFilter", attenuation, tables);
     const int index = speakerOfBit(speaker);
     d->setFilter(&d->state.lowPass[static_cast<std::size_t>(index)],
-                 {frequency & frequencyMask, attenuation, slope}, keys::lowPassKey(tables, index));
+                 {unmarked(frequency), attenuation, slope}, keys::lowPassKey(tables, index));
 }
 
 void AudioService::setSubFilter(int frequency, int attenuation, int slope)
@@ -197,8 +198,7 @@ void AudioService::setSubFilter(int frequency, int attenuation, int slope)
         !inRange("setSubFilter", "attenuation", attenuation, 0, maximumLevelSent) ||
         !inRange("setSubFilter", "slope", slope, 0, maximumSlope))
         return;
-    if (tables == AudioServiceHost::FilterTables::SpeakerGroups)
-        noteLargeCut("setSubFilter", attenuation, largestAttenuation);
+    noteLargeCut("setSubFilter", attenuation, tables);
     d->setFilter(&d->state.subwoofer, {frequency, attenuation, slope}, keys::subwooferKey(tables));
 }
 

@@ -36,7 +36,6 @@ static_assert(std::size(promptChannels) == dsp::promptCount, "one row a prompt")
 /// slope: index into crossoverSlopes.
 int orderOfSlope(int slope)
 {
-    constexpr int dbAnOrder = 6;
     return crossoverSlopes[slope] / dbAnOrder;
 }
 
@@ -92,9 +91,9 @@ dsp::SubwooferSettings subwooferOf(const AudioState& state)
     settings.lowPass.order = orderOfSlope(slope);
     settings.inverted = state.subwooferInverted != isTurnedForCrossover(state, slope);
     if (state.tables == Tables::MainAudio) {
-        // Its level is one, not an attenuation: 14 is the loudest.
-        constexpr int loudest = 14;
-        settings.attenuation = loudest - std::min(state.subwoofer.attenuation, loudest);
+        // Its level is one, not an attenuation.
+        settings.attenuation =
+            loudestMainSubwoofer - std::min(state.subwoofer.attenuation, loudestMainSubwoofer);
     } else {
         settings.attenuation = std::min(state.subwoofer.attenuation, largestAttenuation);
     }
@@ -149,7 +148,7 @@ dsp::Settings dspSettings(const AudioState& state)
     settings.power = state.power;
     settings.source = state.source;
     const auto row = static_cast<std::size_t>(rowOfSource(state.source));
-    settings.sourceDb = state.gain[row] - audioSources[row].gain.defaultValue;
+    settings.sourceDb = state.gain[row] - gainOfZeroDb;
     settings.mainDb = dbOfVolume(state.volume[0]);
     for (const PromptChannel& row : promptChannels)
         settings.promptDb[row.prompt] = dbOfVolume(state.volume[row.channel]);

@@ -4,10 +4,6 @@
 
 namespace cm {
 
-namespace {
-constexpr int kept = 2000;
-} // namespace
-
 Journal::Journal() = default;
 Journal::~Journal() = default;
 

@@ -25,7 +25,10 @@ public:
     /// Never null; stays the library's.
     static Journal* instance();
 
-    /// Adds an entry. The latest 2000 are kept.
+    /// How many entries are kept, the latest.
+    static constexpr int kept = 2000;
+
+    /// Adds an entry.
     void record(const QString& subsystem, const QString& operation);
     /// The latest entries, oldest first.
     QVector<Entry> entries() const;

@@ -17,6 +17,9 @@ struct AudioSource
     const mem::Setting& gain; ///< where its input gain is kept
 };
 
+/// The gain that is 0 dB; each step is 1 dB.
+constexpr int gainOfZeroDb = 5;
+
 /// In the order of the volume page.
 // clang-format off
 constexpr AudioSource audioSources[] = {

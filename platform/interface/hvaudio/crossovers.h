@@ -11,6 +11,7 @@ constexpr int groupCrossoverHz[] = {0, 30, 40, 60, 80, 100, 120, 160, 250};
 
 /// Slope indexes 0..3, in dB per octave: filters of order 1..4.
 constexpr int crossoverSlopes[] = {6, 12, 18, 24};
+constexpr int dbAnOrder = crossoverSlopes[0];
 
 /// Whether the audio service turns the subwoofer round against the cabin's speakers, for the cabin's
 /// high-pass slope (row) and the subwoofer's low-pass slope (column): whatever makes the sum at a common
@@ -30,6 +31,12 @@ constexpr bool subwooferTurned[std::size(crossoverSlopes)][std::size(crossoverSl
 
 /// Levels of the hub's pages are attenuations of 0 ... this, in dB.
 constexpr int largestAttenuation = 12;
+
+/// Level of the subwoofer on the stand-alone page that is 0 dB; each step below is 1 dB.
+constexpr int loudestMainSubwoofer = 14;
+
+/// Bit of a frequency's index that marks the rear pair.
+constexpr int rearPairMark = 0x80;
 
 struct CrossoverFrequency
 {
