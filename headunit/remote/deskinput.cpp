@@ -25,25 +25,25 @@ DeskInput::DeskInput(const Desk* desk)
 
 DeskInput::~DeskInput() = default;
 
-void DeskInput::take(const DeskEvent& event)
+void DeskInput::deliver(const DeskEvent& event)
 {
     switch (event.kind) {
     case DeskEvent::Kind::PointerDown:
     case DeskEvent::Kind::PointerMove:
     case DeskEvent::Kind::PointerUp:
-        takePointer(event);
+        deliverPointer(event);
         break;
     case DeskEvent::Kind::Wheel:
-        takeWheel(event);
+        deliverWheel(event);
         break;
     case DeskEvent::Kind::KeyDown:
     case DeskEvent::Kind::KeyUp:
-        takeKey(event);
+        deliverKey(event);
         break;
     }
 }
 
-void DeskInput::takePointer(const DeskEvent& event)
+void DeskInput::deliverPointer(const DeskEvent& event)
 {
     const bool isDown = event.kind == DeskEvent::Kind::PointerDown;
     const bool isUp = event.kind == DeskEvent::Kind::PointerUp;
@@ -68,7 +68,7 @@ void DeskInput::takePointer(const DeskEvent& event)
                         Qt::NoModifier, int(m_clock.elapsed()));
 }
 
-void DeskInput::takeWheel(const DeskEvent& event)
+void DeskInput::deliverWheel(const DeskEvent& event)
 {
     const Desk::Placed placed = m_desk->at(event.pos);
     if (!placed.window)
@@ -79,7 +79,7 @@ void DeskInput::takeWheel(const DeskEvent& event)
     QCoreApplication::sendEvent(placed.window->windowHandle(), &wheel);
 }
 
-void DeskInput::takeKey(const DeskEvent& event)
+void DeskInput::deliverKey(const DeskEvent& event)
 {
     const bool isDown = event.kind == DeskEvent::Kind::KeyDown;
     if (event.key == 0 || (!isDown && !m_keys.remove(event.key)))
@@ -96,13 +96,13 @@ void DeskInput::letGo()
     DeskEvent up;
     up.kind = DeskEvent::Kind::PointerUp;
     up.pos = m_pos;
-    take(up);
+    deliver(up);
     const QSet<int> keys = m_keys;
     for (const int key : keys) {
         DeskEvent release;
         release.kind = DeskEvent::Kind::KeyUp;
         release.key = key;
-        take(release);
+        deliver(release);
     }
 }
 

@@ -24,14 +24,14 @@ public:
     ~DeskInput() override;
 
 public slots:
-    void take(const headunit::DeskEvent& event);
+    void deliver(const headunit::DeskEvent& event);
     /// Lifts what is held down: there is nobody any more who would.
     void letGo();
 
 private:
-    void takePointer(const DeskEvent& event);
-    void takeWheel(const DeskEvent& event);
-    void takeKey(const DeskEvent& event);
+    void deliverPointer(const DeskEvent& event);
+    void deliverWheel(const DeskEvent& event);
+    void deliverKey(const DeskEvent& event);
 
     const Desk* const m_desk;
     QElapsedTimer m_clock;

@@ -113,7 +113,7 @@ bool RemoteScreen::start(const Settings& settings, QString* error)
     connect(m_desk.data(), &Desk::changed, m_server.data(), &RemoteServer::show);
     connect(m_server.data(), &RemoteServer::watched, m_desk.data(), &Desk::watch);
     connect(m_server.data(), &RemoteServer::frameWanted, m_desk.data(), &Desk::want);
-    connect(m_server.data(), &RemoteServer::acted, m_input.data(), &DeskInput::take);
+    connect(m_server.data(), &RemoteServer::acted, m_input.data(), &DeskInput::deliver);
     connect(m_server.data(), &RemoteServer::letGo, m_input.data(), &DeskInput::letGo);
     connect(qApp, &QApplication::focusChanged, this, &RemoteScreen::tellFocus);
     m_thread.start();

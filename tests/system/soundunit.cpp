@@ -209,7 +209,7 @@ sound::Speakers SoundUnit::play(int input, const sound::Signal& signal)
         const std::size_t at = std::size_t(done);
         hvaudio::dsp::Block block;
         block.frames = std::min(blockFrames, int(signal.size()) - done);
-        if (input == Programme)
+        if (input == programme)
             block.programme[0] = block.programme[1] = &signal[at];
         else
             block.prompt[input][0] = &signal[at];
@@ -231,7 +231,7 @@ sound::Speakers SoundUnit::hear(int input)
 
 float SoundUnit::loudestOfItsOwn()
 {
-    const sound::Speakers heard = play(Programme, sound::silence(halfASecond));
+    const sound::Speakers heard = play(programme, sound::silence(halfASecond));
     float loudest = 0;
     for (const sound::Signal& speaker : heard)
         loudest = std::max(loudest, sound::peak(speaker));

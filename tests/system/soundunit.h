@@ -34,7 +34,7 @@ class SoundUnit
 public:
     static constexpr double rate = 48000;
     /// What is played into for hear(): the programme, else a prompt's channel (sound::Prompt).
-    static constexpr int Programme = -1;
+    static constexpr int programme = -1;
 
     SoundUnit();
     ~SoundUnit();
@@ -57,7 +57,7 @@ public:
     void cyclePower();
 
     /// The five speakers' answer to an impulse, once all glides have ended.
-    sound::Speakers hear(int input = Programme);
+    sound::Speakers hear(int input = programme);
     /// Loudest sample of the next half second without any input.
     float loudestOfItsOwn();
 

@@ -51,7 +51,7 @@ const Item items[] = {
 
 struct Volume { const char* up; const char* down; const char* slider; int input; int fromDefaultToEnd; };
 const Volume startVolumes[] = {
-    {"key_main_default_up",  "key_main_default_down",  "widget_default_main:slider",  SoundUnit::Programme, 25},
+    {"key_main_default_up",  "key_main_default_down",  "widget_default_main:slider",  SoundUnit::programme, 25},
     {"key_ring_default_up",  "key_ring_default_down",  "widget_default_ring:slider",  Ring,                 10},
     {"key_call_default_up",  "key_call_default_down",  "widget_default_call:slider",  Call,                 10},
     {"key_navi_default_up",  "key_navi_default_down",  "widget_default_navi:slider",  Navi,                 10},
@@ -225,7 +225,7 @@ void addVolumes(std::vector<Row>& rows)
                             {volumes},
                             {touch},
                             {level(All, 60, change), level(All, 1000, change)},
-                            SoundUnit::Programme,
+                            SoundUnit::programme,
                             gain.source});
         };
         row(gain.up, {gain.up}, 1);

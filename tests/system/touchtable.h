@@ -39,7 +39,7 @@ struct Row
     std::vector<Touch> before;  ///< from the first start on
     std::vector<Touch> touches; ///< what is examined; the last one is the row's control
     std::vector<Change> changes;
-    int input = SoundUnit::Programme;
+    int input = SoundUnit::programme;
     HVAudio_source_id_e source = HVAudio_source_Radio;
     bool atPowerOn = false; ///< heard after the next power-on, and not before
 };

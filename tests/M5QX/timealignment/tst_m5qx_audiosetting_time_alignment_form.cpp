@@ -71,8 +71,8 @@ const Row rows[] = {
     {"text_preset_titel",      "QLabel",      presetsName, {  0,   0,   0,  50}},
 };
 
-constexpr char PlusN[]  = ":/vexa_m5qx_settingicon_ext/time_alignment_plus_n.png";
-constexpr char PlusP[]  = ":/vexa_m5qx_settingicon_ext/time_alignment_plus_p.png";
+constexpr char plusNormal[] = ":/vexa_m5qx_settingicon_ext/time_alignment_plus_n.png";
+constexpr char plusPressed[] = ":/vexa_m5qx_settingicon_ext/time_alignment_plus_p.png";
 constexpr char minusNormal[] = ":/vexa_m5qx_settingicon_ext/time_alignment_minus_n.png";
 constexpr char minusPressed[] = ":/vexa_m5qx_settingicon_ext/time_alignment_minus_p.png";
 constexpr char presetNormal[] = ":/vexa_m5qx_settingicon_ext/time_alignment_preset_n.png";
@@ -80,15 +80,15 @@ constexpr char presetPressed[] = ":/vexa_m5qx_settingicon_ext/time_alignment_pre
 const Icon icons[] = {
     {"key_back",              ":/vexa_m5qx_audiosettingicon/icon_close_n.png", ":/vexa_m5qx_audiosettingicon/icon_close_p.png", {74, 60}},
     {"key_reset",             ":/vexa_m5qx_settingicon_ext/time_alignment_reset_n.png", presetPressed, {142, 70}},
-    {"Key_front_left_plus",   PlusN,   PlusP,   {74, 70}},
+    {"Key_front_left_plus",   plusNormal,   plusPressed,   {74, 70}},
     {"Key_front_left_minus",  minusNormal,  minusPressed,  {74, 70}},
-    {"Key_front_right_plus",  PlusN,   PlusP,   {74, 70}},
+    {"Key_front_right_plus",  plusNormal,   plusPressed,   {74, 70}},
     {"Key_front_right_minus", minusNormal,  minusPressed,  {74, 70}},
-    {"Key_rear_left_plus",    PlusN,   PlusP,   {74, 70}},
+    {"Key_rear_left_plus",    plusNormal,   plusPressed,   {74, 70}},
     {"Key_rear_left_minus",   minusNormal,  minusPressed,  {74, 70}},
-    {"Key_rear_right_plus",   PlusN,   PlusP,   {74, 70}},
+    {"Key_rear_right_plus",   plusNormal,   plusPressed,   {74, 70}},
     {"Key_rear_right_minus",  minusNormal,  minusPressed,  {74, 70}},
-    {"Key_subwoofer_plus",    PlusN,   PlusP,   {74, 70}},
+    {"Key_subwoofer_plus",    plusNormal,   plusPressed,   {74, 70}},
     {"Key_subwoofer_minus",   minusNormal,  minusPressed,  {74, 70}},
     {"key_preset1",           presetNormal, presetPressed, {142, 70}},
     {"key_preset2",           presetNormal, presetPressed, {142, 70}},

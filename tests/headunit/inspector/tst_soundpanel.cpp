@@ -1,10 +1,9 @@
 #include "headunit/inspector/soundpanel.h"
 
-#include "tests/headunit/sound/fakesound.h"
-#include "tests/support/messagelog.h"
-
 #include "headunit/inspector/levelmeter.h"
 #include "headunit/inspector/responseplot.h"
+#include "tests/headunit/sound/fakesound.h"
+#include "tests/support/messagelog.h"
 
 #include <QAbstractButton>
 #include <QFileDialog>

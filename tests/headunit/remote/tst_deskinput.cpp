@@ -39,7 +39,7 @@ private:
         DeskEvent event;
         event.kind = kind;
         event.pos = pos;
-        m_input->take(event);
+        m_input->deliver(event);
     }
     void click(const QPoint& pos)
     {
@@ -53,7 +53,7 @@ private:
         event.text = text;
         for (const auto kind : {DeskEvent::Kind::KeyDown, DeskEvent::Kind::KeyUp}) {
             event.kind = kind;
-            m_input->take(event);
+            m_input->deliver(event);
         }
     }
     QPoint middleOf(KeyEvent::Key key) const
@@ -178,11 +178,11 @@ void TestDeskInput::wheelTurnsTheKnob()
     wheel.kind = DeskEvent::Kind::Wheel;
     wheel.pos = QPoint(47, 463);
     wheel.turn = 240;
-    m_input->take(wheel);
+    m_input->deliver(wheel);
     QCOMPARE(m_acts.size(), 4);
     QCOMPARE(m_acts.first().first, int(KeyEvent::Key_VolumeUp));
     wheel.pos = QPoint(-10, 0);
-    m_input->take(wheel);
+    m_input->deliver(wheel);
     QCOMPARE(m_acts.size(), 4);
 }
 
@@ -243,7 +243,7 @@ void TestDeskInput::whatIsHeldIsLetGo()
     DeskEvent down;
     down.kind = DeskEvent::Kind::KeyDown;
     down.key = Qt::Key_Escape;
-    m_input->take(down);
+    m_input->deliver(down);
     m_input->letGo();
     QCOMPARE(m_acts, (Acts{{KeyEvent::Key_Home, KeyEvent::Press},
                            {KeyEvent::Key_Back, KeyEvent::Press},

@@ -1,10 +1,9 @@
 #pragma once
 
-#include <sndfile.h>
-
 #include <QByteArray>
 #include <QTemporaryDir>
 
+#include <sndfile.h>
 #include <string>
 #include <vector>
 
