@@ -40,7 +40,7 @@ public:
     /// Keeps what is heard for `fetchHeard` from now on, or stops doing so and forgets it.
     virtual void listen(bool on) = 0;
     /// Moves up to `count` of the frames that were heard to `frames`, oldest first, and returns how many.
-    /// What isn't fetched within about 0.6 s is lost; `*gap` (where given) becomes true then.
+    /// What isn't fetched within about 0.6 s (at 48 kHz) is lost; `*gap` (where given) says so.
     virtual int fetchHeard(HeardFrame* frames, int count, bool* gap) = 0;
 
     /// One short sentence on the output.

@@ -73,8 +73,9 @@ public:
 
     /// Keeps what is heard for `fetchHeard`, or stops doing so and forgets it. Costs a copy; off at first.
     void listen(bool on);
-    /// Moves up to `count` frames, oldest first, to `frames` and returns how many. What isn't fetched within
-    /// about 0.6 s is lost: then it goes on with whole, later frames, and `*gap` (where given) becomes true.
+    /// Moves up to `count` frames, 0 or more, oldest first, to `frames` and returns how many. What isn't
+    /// fetched within 32768 frames (0.6 s at 48 kHz) is lost: then it goes on with whole, later frames, and
+    /// `*gap` (where given) says so.
     int fetchHeard(HeardFrame* frames, int count, bool* gap = nullptr);
 
     /// One short sentence on the output: "PipeWire, 48000 Hz, 5.1", "no sound output".

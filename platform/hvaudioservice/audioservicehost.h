@@ -23,7 +23,7 @@ public:
 
     /// Takes everything that the listener has asked for, every value in its range, whenever something changes
     /// and when it is installed while there is a service. Called on the GUI thread, inside the call that
-    /// changes something, and before that is written to the disk; it must not call the service.
+    /// changes something, and before the service writes that to the disk; it must not call the service.
     using Sink = std::function<void(const dsp::Settings& settings)>;
     /// Sounds one key beep.
     using Beeper = std::function<void()>;

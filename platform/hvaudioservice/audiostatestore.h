@@ -9,7 +9,7 @@
 ///
 /// What is stored and out of its range is logged and counts as the nearest value, as the pages show it; a
 /// start-up volume out of range counts as its default, since a damaged number must not be heard at full
-/// level.
+/// level, and so does a text that is no filter.
 namespace hvaudio::audiostatestore {
 
 // Keys of families; their numbers must be in range.
@@ -35,9 +35,9 @@ QString filterText(const Filter& filter);
 void restore(AudioState& state);
 /// The filters of state.tables.
 void restoreFilters(AudioState& state);
-/// What is stored under this key: one that restore() reads, or a channel's present level,
-/// which is its level for power-on where nothing is stored. False for any other, those of the start-up
-/// volumes and those that are followed whenever they change among them.
+/// What is stored under this key: one that restore() reads, or a channel's present level, which is its level
+/// for power-on where nothing is stored and stays where that is out of range. False for any other, those of
+/// the start-up volumes and those that are followed whenever they change among them.
 bool restoreKey(AudioState& state, const QString& key);
 /// Each channel's level for power-on, by channel number.
 std::array<int, channels> storedStartVolumes();

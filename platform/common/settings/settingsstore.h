@@ -39,8 +39,8 @@ public:
     Opened open(const QString& path, QString* message = nullptr);
     /// Takes over the values of the file at path without changing or holding it, so that a unit that is
     /// running on it isn't disturbed; writes then stay in memory. An empty path means defaultPath(), and the
-    /// factory settings when there is no file. False with a reason when the file can't be read or is damaged;
-    /// the store is then as it was.
+    /// factory settings when there is no file. False with a reason (never null) when the file can't be read
+    /// or is damaged; the store is then as it was.
     bool openReadOnly(const QString& path, QString* reason);
     /// Commits what is pending and lets the file go. The values stay readable.
     void close();

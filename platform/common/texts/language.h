@@ -18,7 +18,7 @@ public:
     /// Never null; stays the library's.
     static Language* instance();
 
-    /// Codes of all languages, English first: en de fr es ru ar zh_CN ja.
+    /// Codes of all languages, English first.
     static QStringList codes();
     /// Name of a language in that language; empty for an unknown code.
     static QString nativeName(const QString& code);

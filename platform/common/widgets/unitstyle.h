@@ -25,8 +25,8 @@ public:
     ~UnitStyle() override;
 
     /// Gives the application style, which it owns from then on, palette, font and the engine of its icons,
-    /// and follows the language.
-    /// Font families that aren't installed are logged. Call once, before the first widget.
+    /// and follows the language. Font families that aren't installed are logged. Call once, before the first
+    /// widget.
     static void install(QApplication& application);
 
     /// The unit's base font, 11 pt, for texts in that language (one of Language::codes(); any other code is

@@ -15,9 +15,8 @@ namespace hvaudio::dsp {
 ///     gain that a cell needs -> smallest of the window (look-ahead and hold) -> slow way up -> mean of means
 ///        -> straight line to the next cell
 ///
-/// A cell is `cellFrames` long. A need is known when its cell is complete,
-/// so it counts from the next cell on, and the sound is late enough that the mean and the line then only see
-/// gains that the cell allows.
+/// A cell is `cellFrames` long. A need is known when its cell is complete, so it counts from the next cell
+/// on, and the sound is late enough that the mean and the line then only see gains that the cell allows.
 ///
 /// Each need is held for a quarter longer than the time from one crest of what limits to the next, 10 to 32
 /// ms, and the way up takes 15 times as long (time constant): a steady tone from 20 Hz up is held by its own

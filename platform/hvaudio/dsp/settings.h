@@ -76,9 +76,9 @@ struct Settings
     SubwooferSettings subwoofer;
 };
 
-/// Brings every value into its range. What is no number becomes 0, as a level `silentDb`. Returns one
-/// readable clause for each value that was changed, "balance 17 -> 15, fader ...", empty when all were in
-/// range. Allocates only then.
+/// Brings every value into its range. What is no finite number becomes 0; a level that is no number becomes
+/// `silentDb`. Returns one readable clause for each value that was changed, "subwoofer attenuation 70 -> 60,
+/// ...", empty when all were in range. Allocates only then.
 HVAUDIO_EXPORT std::string clampToRange(Settings& settings);
 
 } // namespace hvaudio::dsp

@@ -17,7 +17,7 @@ struct FileFormats
                                          std::string& error);
 };
 
-/// [OFF] In libhvaudio: of libhvaudiofiles, which lies beside it and is loaded with the first file, since
+/// [CT] In libhvaudio: of libhvaudiofiles, which lies beside it and is loaded with the first file, since
 /// the libraries of a dozen formats come along; null, and a sentence in `error`, when it can't be loaded.
 /// Where the processor is linked with its inside, so are they.
 const FileFormats* fileFormats(std::string& error);

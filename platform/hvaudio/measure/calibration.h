@@ -20,9 +20,9 @@ struct CalibrationPoint
 /// any order, with blanks, tabs, semicolons or commas between the numbers and a point within them. Lines end
 /// with LF, CR LF or CR. What follows `*`, `"` or `#` is a comment.
 ///
-/// Gives the points by rising frequency. Frequencies are 0.001 to 1000000 Hz, each once; levels
-/// within 200 dB of 0. For any other text, or one without a point, gives none and one sentence in `error`
-/// that names the line.
+/// Gives the points by rising frequency. Frequencies are 0.001 to 1000000 Hz, each once; levels within 200 dB
+/// of 0. For any other text gives none and one sentence in `error` that names the line, as far as there is
+/// one.
 HVAUDIO_EXPORT std::vector<CalibrationPoint> readCalibration(std::string_view text, std::string& error);
 
 /// The level at a frequency, linear over the logarithm of the frequency between two points; beyond the ends

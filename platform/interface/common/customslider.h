@@ -29,9 +29,9 @@ public:
 
 signals:
     /// Once each time the user settles on a value: on release of a touch, also where it began, or when
-    /// keyboard stepping pauses for 400 ms, the focus leaves or the page is hidden. Never for setValue(), and
-    /// never when the slider is disabled or hidden under the finger: then it shows the value before the touch
-    /// again. The value is inside the slider's range, without the offset.
+    /// stepping by keyboard or wheel pauses for 400 ms, the focus leaves or the page is hidden. Never for
+    /// setValue(), and never when the slider is disabled or hidden under the finger: then it shows the value
+    /// before the touch again. The value is inside the slider's range, without the offset.
     void valSave(int value);
 
 protected:

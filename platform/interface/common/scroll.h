@@ -20,9 +20,8 @@ class COMMON_EXPORT ScrollBar : public QScrollBar
     Q_OBJECT
 public:
     /// geometry: px in the parent, which owns the bar; without one (null) it is a window of its own and the
-    /// caller's. It holds against a scroll area that would lay the bar
-    /// out. style: 0 = thin bar with a touchable handle (the only one that the unit uses); any other number
-    /// is taken as 0.
+    /// caller's. It holds against a scroll area that would lay the bar out. style: 0 = thin bar with a
+    /// touchable handle (the only one that the unit uses); any other number is taken as 0.
     ScrollBar(QWidget* parent, const QRect& geometry, int style);
     ~ScrollBar() override;
 
