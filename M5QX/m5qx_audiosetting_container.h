@@ -9,6 +9,7 @@ class m5qx_audiosetting_container;
 namespace audiosetting {
 
 /// The whole screen of the application: the upper area for the current page, the lower one for the tab bar.
+/// Thread: GUI.
 class m5qx_audiosetting_container : public QWidget
 {
     Q_OBJECT

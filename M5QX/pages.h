@@ -37,7 +37,8 @@ const PageRow pageRows[] = {
 // clang-format on
 static_assert(std::size(pageRows) == PageCount, "one row a page");
 
-/// Calls a page's signal or slot on its object; a number that is no page calls nothing.
+/// Calls a page's signal or slot on its object (not null); a number that is no page calls nothing. Thread:
+/// GUI.
 inline void invokeOfPage(QObject* object, const char* PageRow::*method, int page)
 {
     for (const PageRow& row : pageRows) {

@@ -7,7 +7,8 @@
 
 /// A page's reads and writes of the settings' table: key and default are the row's, the value is what is
 /// stored, also outside the row's range. A Store is mem::SettingsFunc or mem::SettingsExe; both reach the
-/// same values. member: which of a family's keys, ignored for any other row.
+/// same values; it is never null. member: which of a family's keys, 0 .. count - 1; ignored for any other
+/// row. Thread: GUI.
 namespace stored {
 
 template <typename Store>

@@ -42,7 +42,7 @@ struct OptionsResult
 };
 
 /// arguments: as QCoreApplication::arguments(), the program's name first. Needs no application object. Knows
-/// nothing of files: whether a folder exists is told when it is used.
+/// nothing of files: whether a folder exists is told when it is used. Thread: GUI.
 OptionsResult readOptions(const QStringList& arguments);
 
 } // namespace headunit

@@ -11,7 +11,7 @@ class QwtPlotCurve;
 
 namespace headunit {
 
-/// The plot as libresponseplot draws it.
+/// The plot as libresponseplot draws it. Thread: GUI.
 class QwtResponsePlot final : public QwtPlot, public ResponsePlot
 {
     Q_OBJECT

@@ -38,7 +38,7 @@ struct ClientMessage
     DeskEvent event;
 };
 
-/// None when it is malformed or out of range. A key that the unit doesn't know has key 0.
+/// None when it is malformed or out of range. A key that the unit doesn't know has key 0. Thread: any.
 std::optional<ClientMessage> readClientMessage(const QString& text);
 
 } // namespace headunit

@@ -24,6 +24,7 @@ public:
     ~DeskInput() override;
 
 public slots:
+    /// event: within its ranges, as readClientMessage() gives it.
     void deliver(const headunit::DeskEvent& event);
     /// Lifts what is held down: there is nobody any more who would.
     void letGo();

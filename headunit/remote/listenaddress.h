@@ -18,10 +18,10 @@ struct ListenAddress
 };
 
 /// "ADDRESS:PORT" with an IPv4 address, an IPv6 address in brackets or "localhost", and a port from 0 to
-/// 65535; none for anything else, other names included.
+/// 65535; none for anything else, other names included. Thread: any.
 std::optional<ListenAddress> readListenAddress(const QString& text);
 
-/// As readListenAddress() reads it.
+/// As readListenAddress() reads it. Thread: any.
 QString textOf(const ListenAddress& address);
 
 } // namespace headunit

@@ -9,6 +9,7 @@ namespace headunit {
 class UnitWindow;
 
 /// What libremotescreen shows of this folder. Who uses it is spared Qt's network until --remote is given.
+/// Thread: GUI.
 struct RemoteLibrary
 {
     /// Whether readListenAddress() takes the text, and if so, whether only this machine gets to it.

@@ -17,8 +17,8 @@ namespace hvaudio {
 ///     sources (by id) --+--> engine --> output (PipeWire, WAV file, or none)
 ///     prompts, beep ----+
 ///
-/// All functions are [CT], and one thread at a time unless it says otherwise. Nothing throws; what fails says
-/// so in the log, once, and leaves the rest working.
+/// All functions are [CT], and one thread at a time unless it says otherwise. Nothing throws while the system
+/// has memory and threads to give; what fails says so in the log, once, and leaves the rest working.
 class HVAUDIO_EXPORT Player final
 {
 public:

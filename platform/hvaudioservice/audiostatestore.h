@@ -9,7 +9,7 @@
 ///
 /// What is stored and out of its range is logged and counts as the nearest value, as the pages show it; a
 /// start-up volume out of range counts as its default, since a damaged number must not be heard at full
-/// level, and so does a text that is no filter.
+/// level, and so does a text that is no filter. Thread: GUI.
 namespace hvaudio::audiostatestore {
 
 // Keys of families; their numbers must be in range.

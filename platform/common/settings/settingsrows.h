@@ -11,6 +11,7 @@ struct sqlite3;
 struct sqlite3_stmt;
 
 /// The settings as rows of SQLite's one table, `settings(key, type, value)`. Codes are SQLite's, extended.
+/// No pointer may be null; a connection is one thread's at a time.
 namespace mem {
 
 using SettingsMap = QMap<QString, QVariant>;
