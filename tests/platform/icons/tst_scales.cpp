@@ -1,10 +1,12 @@
 // Scales, frames and lines in the pictures agree with the numbers by which the pages place knees, handles and
-// the locator over them.
+// the locator over them, and the curves on the preset tiles with those that sound.
 
+#include "hvaudio/eqcurves.h"
 #include "tests/platform/icons/pictures.h"
 
 #include <QImageReader>
 #include <QObject>
+#include <QRegularExpression>
 #include <QTest>
 
 using namespace pictures;
@@ -32,6 +34,8 @@ private slots:
     void equalizerTickLiesAtEachStep();
     void padFrameIsTheLocatorsTravel();
     void speakerLinesEndAtTheirBoxes();
+    void presetTileShowsTheCurveThatSounds_data();
+    void presetTileShowsTheCurveThatSounds();
 };
 
 void TestScales::crossoverLinesLieAtFrequencies_data()
@@ -291,6 +295,32 @@ void TestScales::speakerLinesEndAtTheirBoxes()
     for (int x = 0; x < car.width(); ++x) {
         QCOMPARE(qAlpha(car.pixel(x, 368 - 126)), 0);
     }
+}
+
+void TestScales::presetTileShowsTheCurveThatSounds_data()
+{
+    QTest::addColumn<int>("type");
+    // clang-format off
+    QTest::newRow("Flat")    << int(EQ_Type_Flat);
+    QTest::newRow("R&B")     << int(EQ_Type_RB);
+    QTest::newRow("Rock")    << int(EQ_Type_Rock);
+    QTest::newRow("Pop")     << int(EQ_Type_Pop);
+    QTest::newRow("Hip-Hop") << int(EQ_Type_HipHop);
+    QTest::newRow("Jazz")    << int(EQ_Type_Jazz);
+    // clang-format on
+}
+
+void TestScales::presetTileShowsTheCurveThatSounds()
+{
+    QFETCH(int, type);
+    QFile table(QStringLiteral(SOURCE_ROOT "/platform/icons/icons.txt"));
+    QVERIFY(table.open(QIODevice::ReadOnly));
+    const QRegularExpression tile(
+        QStringLiteral("/%1_%\\.png .*keys/tile .*bands=(\\S+)").arg(QLatin1String(QTest::currentDataTag())));
+    QStringList bands;
+    for (const int value : hvaudio::eqCurveOf(type).value)
+        bands << QString::number(value);
+    QCOMPARE(tile.match(QString::fromUtf8(table.readAll())).captured(1), bands.join(QLatin1Char(',')));
 }
 
 QTEST_GUILESS_MAIN(TestScales)
