@@ -3,12 +3,17 @@
 #include "platform/common/widgets/unitstyle.h"
 
 #include <QApplication>
+#include <QDir>
+#include <QFileInfo>
 #include <QIcon>
 #include <QImage>
 #include <QObject>
 #include <QPixmap>
+#include <QPluginLoader>
 #include <QTemporaryDir>
 #include <QTest>
+
+#include <dlfcn.h>
 
 class TestPictureIcons : public QObject
 {
@@ -22,6 +27,7 @@ private slots:
     void iconsOfOneFileShareOnePicture();
     void missingFileIsNoPicture();
     void copyGoesItsOwnWay();
+    void libraryBesideThePlugInIsNone();
 
 private:
     QString path(const char* name) const { return m_folder.filePath(QLatin1String(name) + ".png"); }
@@ -141,6 +147,18 @@ void TestPictureIcons::copyGoesItsOwnWay()
     };
     QCOMPARE(on(copy), QColor(Qt::green));
     QCOMPARE(on(icon), QColor(Qt::red));
+}
+
+void TestPictureIcons::libraryBesideThePlugInIsNone()
+{
+    Dl_info library;
+    QVERIFY(dladdr(&cm::UnitStyle::staticMetaObject, &library));
+    const QDir folder = QFileInfo(QFile::decodeName(library.dli_fname)).dir();
+    const auto isPlugIn = [&folder](const char* file) {
+        return !QPluginLoader(folder.filePath(QLatin1String(file))).metaData().isEmpty();
+    };
+    QVERIFY(isPlugIn("iconengines/libpictureicons.so"));
+    QVERIFY(!isPlugIn("libcommon.so")); // else a shell would take it for an application that is refused
 }
 
 QTEST_MAIN(TestPictureIcons)
