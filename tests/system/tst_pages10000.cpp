@@ -1,6 +1,7 @@
 // The volume page opened and left ten thousand times, and as many changes to other pages, by the tab keys:
 // nothing may pile up.
 
+#include "platform/common/widgets/unitstyle.h"
 #include "tests/system/soundunit.h"
 
 #include <QFile>
@@ -82,6 +83,7 @@ private slots:
 void TestPages10000::initTestCase()
 {
     SoundUnit::hushLog();
+    cm::UnitStyle::install(*qApp); // as in the unit: each picture is unpacked once for all pages
     // All pictures fit in, or each page would unpack its own again.
     QPixmapCache::setCacheLimit(100 * 1024);
     // Version of the table, and its length.
