@@ -40,6 +40,4 @@ private:
     QColor curveColor;
     bool flat = false;  ///< the curve has no edge
     bool isLpf = false; ///< the curve is a low-pass
-
-    Q_DISABLE_COPY(CurveWidget)
 };

@@ -34,6 +34,4 @@ private:
 
     QScopedPointer<Ui_EQPresetWidget> ui;
     QButtonGroup* m_group;
-
-    Q_DISABLE_COPY(EQPresetWidget)
 };

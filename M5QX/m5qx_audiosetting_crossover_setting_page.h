@@ -122,8 +122,6 @@ private:
     QScopedPointer<PaSetupToggleKey> m_highPassKey;
     QButtonGroup* m_hpfSlopeKeys = nullptr; ///< ids are slope indexes
     QButtonGroup* m_lpfSlopeKeys = nullptr;
-
-    Q_DISABLE_COPY(m5qx_eq_crossover_setting_page)
 };
 
 } // namespace audiosetting

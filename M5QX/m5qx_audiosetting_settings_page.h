@@ -113,8 +113,6 @@ private:
     int m_touchBand = -1;
     int m_touchValue = 0;
     std::array<Band, hvaudio::eqBandCount> m_bands{};
-
-    Q_DISABLE_COPY(m5qx_EQ_settings_page)
 };
 
 } // namespace audiosetting

@@ -97,6 +97,4 @@ private:
     QScopedPointer<PaSetupToggleKey> m_phaseKey;
     QButtonGroup* m_groupKeys = nullptr;
     QScopedPointer<Ui_M5QXCrossSettingWidget> ui;
-
-    Q_DISABLE_COPY(M5QXCrossSettingWidget)
 };

@@ -33,6 +33,4 @@ private:
     QLabel* m_label;
     QString m_onText;
     QString m_offText;
-
-    Q_DISABLE_COPY(PaSetupToggleKey)
 };

@@ -31,6 +31,4 @@ protected:
 
 private:
     QScopedPointer<Ui_SetupPageKeyWidget> ui;
-
-    Q_DISABLE_COPY(SetupPageKeyWidget)
 };

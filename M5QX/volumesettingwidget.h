@@ -142,6 +142,4 @@ private:
     cm::ScrollBar* m_scrollBar = nullptr;
     SetupPageKeyWidget* m_pageKeys = nullptr;
     QList<QWidget*> m_rows;
-
-    Q_DISABLE_COPY(VolumeSettingWidget)
 };

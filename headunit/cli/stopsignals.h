@@ -33,8 +33,6 @@ signals:
 
 private:
     void onReadable();
-
-    Q_DISABLE_COPY(StopSignals)
 };
 
 } // namespace headunit

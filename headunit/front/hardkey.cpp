@@ -69,8 +69,6 @@ HardKey::HardKey(KeyEvent::Key key, const QString& name, QWidget* parent)
     connect(&m_longPress, &QTimer::timeout, this, [this] { emit acted(m_key, KeyEvent::LongPress); });
 }
 
-HardKey::~HardKey() = default;
-
 void HardKey::setLit(bool lit)
 {
     m_lit = lit;

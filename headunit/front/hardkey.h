@@ -15,7 +15,6 @@ public:
     static constexpr int longPressMs = 800;
 
     HardKey(KeyEvent::Key key, const QString& name, QWidget* parent);
-    ~HardKey() override;
 
     /// A lamp behind the key's sign; on by default.
     void setLit(bool lit);
@@ -35,7 +34,6 @@ private:
     QTimer m_longPress;
     bool m_down = false;
     bool m_lit = true;
-    Q_DISABLE_COPY(HardKey)
 };
 
 } // namespace headunit

@@ -65,8 +65,6 @@ LauncherTile::LauncherTile(int windowId, const QString& name, Picture picture, Q
     setFixedSize(sizeHint());
 }
 
-LauncherTile::~LauncherTile() = default;
-
 QString LauncherTile::nameOf(int windowId)
 {
     return QStringLiteral("tile_%1").arg(windowId);
@@ -111,8 +109,6 @@ RetryTile::RetryTile(const QString& what, const QString& name, QWidget* parent)
     setFixedSize(sizeHint());
 }
 
-RetryTile::~RetryTile() = default;
-
 QString RetryTile::nameOf(const QString& what)
 {
     return QLatin1String("retry_") + what;
@@ -151,8 +147,6 @@ Launcher::Launcher(QWidget* parent)
 {
     setObjectName(QStringLiteral("launcher"));
 }
-
-Launcher::~Launcher() = default;
 
 void Launcher::add(QAbstractButton* tile)
 {

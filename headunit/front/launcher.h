@@ -17,7 +17,6 @@ public:
     };
     /// name: what stands on it.
     LauncherTile(int windowId, const QString& name, Picture picture, QWidget* parent);
-    ~LauncherTile() override;
 
     /// Object name of the tile of that window.
     static QString nameOf(int windowId);
@@ -28,7 +27,6 @@ protected:
 
 private:
     const Picture m_picture;
-    Q_DISABLE_COPY(LauncherTile)
 };
 
 /// What could not be started, on the launcher; a touch asks for another try. Its object name is
@@ -39,7 +37,6 @@ class RetryTile : public QAbstractButton
 public:
     /// what: the name of its own that the launcher was given. name: what stands on it.
     RetryTile(const QString& what, const QString& name, QWidget* parent);
-    ~RetryTile() override;
 
     /// Object name of the tile of that.
     static QString nameOf(const QString& what);
@@ -48,9 +45,6 @@ public:
 
 protected:
     void paintEvent(QPaintEvent* event) override;
-
-private:
-    Q_DISABLE_COPY(RetryTile)
 };
 
 /// The first screen: a tile for each application window, and for what could not be started. Thread: GUI.
@@ -59,7 +53,6 @@ class Launcher : public QWidget
     Q_OBJECT
 public:
     explicit Launcher(QWidget* parent);
-    ~Launcher() override;
 
     /// Adds a tile; the row stays centred. Beyond two rows of four the tiles lie off the screen, logged.
     void addTile(int windowId, const QString& name,
@@ -86,7 +79,6 @@ private:
     void layOut();
 
     QVector<QAbstractButton*> m_tiles;
-    Q_DISABLE_COPY(Launcher)
 };
 
 } // namespace headunit

@@ -38,8 +38,6 @@ Screen::Screen(const MasterVolume* volume, QWidget* parent)
     m_darkness = plainLayer(this, "darkness", Qt::black);
 }
 
-Screen::~Screen() = default;
-
 bool Screen::isStatusBarShown() const
 {
     return !m_statusBar->isHidden();

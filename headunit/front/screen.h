@@ -18,7 +18,6 @@ public:
 
     /// volume: outlives the screen.
     explicit Screen(const MasterVolume* volume, QWidget* parent = nullptr);
-    ~Screen() override;
 
     Launcher* launcher() const { return m_launcher; }
     /// Where root widgets go; covers the launcher while shown.
@@ -39,7 +38,6 @@ private:
     QWidget* m_area;
     StatusBar* m_statusBar;
     QWidget* m_darkness;
-    Q_DISABLE_COPY(Screen)
 };
 
 } // namespace headunit

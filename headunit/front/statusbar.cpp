@@ -59,8 +59,6 @@ StatusBar::StatusBar(const MasterVolume* volume, QWidget* parent)
     onMinute();
 }
 
-StatusBar::~StatusBar() = default;
-
 void StatusBar::onMinute()
 {
     update();

@@ -19,7 +19,6 @@ public:
 
     /// volume: outlives the bar.
     StatusBar(const MasterVolume* volume, QWidget* parent);
-    ~StatusBar() override;
 
 protected:
     void paintEvent(QPaintEvent* event) override;
@@ -31,7 +30,6 @@ private:
 
     const MasterVolume* const m_volume;
     QTimer m_minute; ///< fires when the displayed minute ends
-    Q_DISABLE_COPY(StatusBar)
 };
 
 } // namespace headunit

@@ -63,8 +63,6 @@ UnitWindow::UnitWindow(const MasterVolume* volume, bool withFront)
         setFixedSize(m_screen->size());
 }
 
-UnitWindow::~UnitWindow() = default;
-
 void UnitWindow::buildFront(const MasterVolume* volume)
 {
     setFixedSize(frontWidth, Screen::screenHeight + 2 * edgeHeight);

@@ -21,7 +21,6 @@ class UnitWindow : public QWidget
 public:
     /// volume: outlives the window. withFront: false leaves the bare screen.
     UnitWindow(const MasterVolume* volume, bool withFront);
-    ~UnitWindow() override;
 
     Screen* screen() const { return m_screen; }
     /// Lamps of the front and the screen, as the unit is on or off. The power key's lamp stays on.
@@ -46,7 +45,6 @@ private:
     Screen* m_screen;
     VolumeKnob* m_knob = nullptr;
     QVector<HardKey*> m_keys;
-    Q_DISABLE_COPY(UnitWindow)
 };
 
 } // namespace headunit

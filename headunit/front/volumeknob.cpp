@@ -29,8 +29,6 @@ VolumeKnob::VolumeKnob(const MasterVolume* volume, QWidget* parent)
     connect(volume, &MasterVolume::changed, this, QOverload<>::of(&QWidget::update));
 }
 
-VolumeKnob::~VolumeKnob() = default;
-
 void VolumeKnob::setLit(bool lit)
 {
     m_lit = lit;

@@ -15,7 +15,6 @@ class VolumeKnob : public QWidget
 public:
     /// volume: what the ring shows; outlives the knob.
     VolumeKnob(const MasterVolume* volume, QWidget* parent);
-    ~VolumeKnob() override;
 
     /// The ring's lamp; on by default.
     void setLit(bool lit);
@@ -43,7 +42,6 @@ private:
     qreal m_lastAngle = 0;
     qreal m_turn = 0; ///< degrees dragged that are not yet a step
     int m_wheel = 0;  ///< eighths of a degree of the wheel that are not yet a step
-    Q_DISABLE_COPY(VolumeKnob)
 };
 
 } // namespace headunit

@@ -36,6 +36,4 @@ Inspector::Inspector(int height, SoundControl* sound)
     }
 }
 
-Inspector::~Inspector() = default;
-
 } // namespace headunit

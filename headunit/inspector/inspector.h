@@ -19,7 +19,6 @@ public:
     /// height: of the unit, in pixels. sound: outlives the inspector; null: the panels that show it are left
     /// out. So is the sound's when its plot can't be loaded.
     Inspector(int height, SoundControl* sound);
-    ~Inspector() override;
 
     QTabWidget* panels() const { return m_panels; }
     /// Where the user asks for what only the shell can do.
@@ -28,7 +27,6 @@ public:
 private:
     QTabWidget* m_panels;
     UnitPanel* m_unitPanel;
-    Q_DISABLE_COPY(Inspector)
 };
 
 } // namespace headunit

@@ -9,8 +9,6 @@ JournalModel::JournalModel(QObject* parent)
     connect(cm::Journal::instance(), &cm::Journal::recorded, this, &JournalModel::append);
 }
 
-JournalModel::~JournalModel() = default;
-
 int JournalModel::rowCount(const QModelIndex& parent) const
 {
     return parent.isValid() ? 0 : m_entries.size();

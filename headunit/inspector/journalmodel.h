@@ -16,7 +16,6 @@ public:
     static constexpr int kept = cm::Journal::kept, batch = 200;
 
     explicit JournalModel(QObject* parent = nullptr);
-    ~JournalModel() override;
 
     int rowCount(const QModelIndex& parent = QModelIndex()) const override;
     int columnCount(const QModelIndex& parent = QModelIndex()) const override;
@@ -31,7 +30,6 @@ private:
     void append(const cm::Journal::Entry& entry);
 
     QVector<cm::Journal::Entry> m_entries;
-    Q_DISABLE_COPY(JournalModel)
 };
 
 } // namespace headunit

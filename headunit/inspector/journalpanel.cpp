@@ -93,6 +93,4 @@ JournalPanel::JournalPanel(QWidget* parent)
     layout->addWidget(m_table);
 }
 
-JournalPanel::~JournalPanel() = default;
-
 } // namespace headunit

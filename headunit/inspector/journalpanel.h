@@ -14,13 +14,11 @@ class JournalPanel : public QWidget
     Q_OBJECT
 public:
     explicit JournalPanel(QWidget* parent);
-    ~JournalPanel() override;
 
 private:
     QSortFilterProxyModel* m_filtered;
     QTableView* m_table;
     bool m_follow = true;
-    Q_DISABLE_COPY(JournalPanel)
 };
 
 } // namespace headunit

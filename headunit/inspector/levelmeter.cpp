@@ -25,8 +25,6 @@ LevelMeter::LevelMeter(Kind kind, const QColor& colour, QWidget* parent)
     reset();
 }
 
-LevelMeter::~LevelMeter() = default;
-
 QSize LevelMeter::sizeHint() const
 {
     return {200, 16};

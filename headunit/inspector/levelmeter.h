@@ -17,7 +17,6 @@ public:
         Reduction, ///< what a limiter takes away, 0..12 dB, from the right
     };
     LevelMeter(Kind kind, const QColor& colour, QWidget* parent);
-    ~LevelMeter() override;
 
     /// factor: 0..1, the largest since the last call (Reduction: the smallest); beyond counts as its end.
     void setFactor(double factor);
@@ -46,7 +45,6 @@ private:
     double m_holdDb = 0;  ///< the mark
     bool m_silent = true; ///< the last factor was nothing at all
     QElapsedTimer m_sinceShown, m_sinceHeld;
-    Q_DISABLE_COPY(LevelMeter)
 };
 
 } // namespace headunit

@@ -49,8 +49,6 @@ SettingsModel::SettingsModel(QObject* parent)
             &SettingsModel::onValueChanged);
 }
 
-SettingsModel::~SettingsModel() = default;
-
 int SettingsModel::rowCount(const QModelIndex& parent) const
 {
     return parent.isValid() ? 0 : m_keys.size();

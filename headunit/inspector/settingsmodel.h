@@ -16,7 +16,6 @@ public:
     enum Column { Key, Type, Value, ColumnCount };
 
     explicit SettingsModel(QObject* parent = nullptr);
-    ~SettingsModel() override;
 
     int rowCount(const QModelIndex& parent = QModelIndex()) const override;
     int columnCount(const QModelIndex& parent = QModelIndex()) const override;
@@ -37,7 +36,6 @@ private:
     QVariant::Type typeOf(const QString& key) const;
 
     QStringList m_keys; ///< sorted
-    Q_DISABLE_COPY(SettingsModel)
 };
 
 } // namespace headunit

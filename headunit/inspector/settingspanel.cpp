@@ -48,6 +48,4 @@ SettingsPanel::SettingsPanel(QWidget* parent)
     layout->addWidget(table);
 }
 
-SettingsPanel::~SettingsPanel() = default;
-
 } // namespace headunit

@@ -10,10 +10,6 @@ class SettingsPanel : public QWidget
     Q_OBJECT
 public:
     explicit SettingsPanel(QWidget* parent);
-    ~SettingsPanel() override;
-
-private:
-    Q_DISABLE_COPY(SettingsPanel)
 };
 
 } // namespace headunit

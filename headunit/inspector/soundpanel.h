@@ -64,7 +64,6 @@ private:
     /// What the computed curves were drawn from; nothing at first.
     SpeakerResponses m_responses;
     int m_pieces = -1; ///< of the meter, when the measured curves were drawn
-    Q_DISABLE_COPY(SoundPanel)
 };
 
 } // namespace headunit

@@ -66,8 +66,6 @@ SourcePanel::SourcePanel(SoundControl* sound, QWidget* parent)
     refresh();
 }
 
-SourcePanel::~SourcePanel() = default;
-
 void SourcePanel::addRow(QGridLayout* grid, int index)
 {
     const HVAudio_source_id_e id = unitSources[index].id;

@@ -26,7 +26,6 @@ class SourcePanel : public QWidget
 public:
     /// sound: outlives the panel.
     SourcePanel(SoundControl* sound, QWidget* parent);
-    ~SourcePanel() override;
 
 protected:
     void showEvent(QShowEvent* event) override;
@@ -61,7 +60,6 @@ private:
     QLabel* m_error;
     QLabel* m_status;
     QTimer m_poll; ///< the ends of chimes and the output's state come without a signal
-    Q_DISABLE_COPY(SourcePanel)
 };
 
 } // namespace headunit

@@ -57,8 +57,6 @@ UnitPanel::UnitPanel(QWidget* parent)
     layout->addRow(tr("Applications"), m_applications);
 }
 
-UnitPanel::~UnitPanel() = default;
-
 QWidget* UnitPanel::languageBox()
 {
     auto* box = new QComboBox(this);

@@ -15,7 +15,6 @@ class UnitPanel : public QWidget
     Q_OBJECT
 public:
     explicit UnitPanel(QWidget* parent);
-    ~UnitPanel() override;
 
 public slots:
     /// The unit is on, as at first, or off.
@@ -44,7 +43,6 @@ private:
     QLabel* m_store;
     QLabel* m_applications;
     bool m_powered = true;
-    Q_DISABLE_COPY(UnitPanel)
 };
 
 } // namespace headunit

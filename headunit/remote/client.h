@@ -71,7 +71,6 @@ private:
     int m_messagesInSecond = 0;
     bool m_closing = false;
     QTimer m_patience;
-    Q_DISABLE_COPY(Client)
 };
 
 } // namespace headunit

@@ -99,8 +99,6 @@ Desk::Desk(UnitWindow* unit)
 {
 }
 
-Desk::~Desk() = default;
-
 void Desk::watch(bool on)
 {
     if (on == m_watched)

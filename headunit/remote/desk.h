@@ -20,7 +20,6 @@ class Desk : public QObject
 public:
     /// unit: outlives this object.
     explicit Desk(UnitWindow* unit);
-    ~Desk() override;
 
     struct Placed
     {
@@ -59,7 +58,6 @@ private:
     bool m_wanted = false;
     bool m_painted = false; ///< something, since the last look
     bool m_looksSoon = false;
-    Q_DISABLE_COPY(Desk)
 };
 
 } // namespace headunit

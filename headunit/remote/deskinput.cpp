@@ -23,8 +23,6 @@ DeskInput::DeskInput(const Desk* desk)
     m_clock.start();
 }
 
-DeskInput::~DeskInput() = default;
-
 void DeskInput::deliver(const DeskEvent& event)
 {
     switch (event.kind) {

@@ -21,7 +21,6 @@ class DeskInput : public QObject
 public:
     /// desk: outlives this object.
     explicit DeskInput(const Desk* desk);
-    ~DeskInput() override;
 
 public slots:
     /// event: within its ranges, as readClientMessage() gives it.
@@ -41,7 +40,6 @@ private:
     QPoint m_pos;                ///< of the finger, on the desk
     bool m_down = false;
     QSet<int> m_keys; ///< held down
-    Q_DISABLE_COPY(DeskInput)
 };
 
 } // namespace headunit

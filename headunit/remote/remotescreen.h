@@ -46,7 +46,6 @@ private:
     QThread m_thread;
     QScopedPointer<RemoteServer> m_server; ///< lives in m_thread
     QString m_url;
-    Q_DISABLE_COPY(RemoteScreen)
 };
 
 } // namespace headunit

@@ -72,7 +72,6 @@ private:
     DeskLayout m_layout;
     QImage m_picture;
     bool m_wanted = false; ///< a frame, asked for and not yet come
-    Q_DISABLE_COPY(RemoteServer)
 };
 
 } // namespace headunit

@@ -25,8 +25,6 @@ Visitor::Visitor(QTcpSocket* socket, const Gate* gate, const Page* page, bool tl
     m_patience.start(patienceMs);
 }
 
-Visitor::~Visitor() = default;
-
 void Visitor::leave()
 {
     if (!m_socket)

@@ -22,7 +22,6 @@ public:
 
     /// socket: taken over. gate, page: outlive this object.
     Visitor(QTcpSocket* socket, const Gate* gate, const Page* page, bool tls, QObject* parent);
-    ~Visitor() override;
 
 signals:
     /// The request for a WebSocket is in order and still unread. The socket is the receiver's, who sees to it
@@ -44,7 +43,6 @@ private:
     const bool m_tls;
     bool m_answered = false;
     QTimer m_patience;
-    Q_DISABLE_COPY(Visitor)
 };
 
 } // namespace headunit

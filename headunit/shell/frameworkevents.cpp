@@ -12,8 +12,6 @@ FrameworkEvents::FrameworkEvents(QObject* parent)
     QCoreApplication::instance()->installEventFilter(this);
 }
 
-FrameworkEvents::~FrameworkEvents() = default;
-
 bool FrameworkEvents::eventFilter(QObject* watched, QEvent* event)
 {
     // As a filter of the application object this sees the events of all objects.

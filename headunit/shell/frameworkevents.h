@@ -11,7 +11,6 @@ class FrameworkEvents : public QObject
     Q_OBJECT
 public:
     explicit FrameworkEvents(QObject* parent = nullptr);
-    ~FrameworkEvents() override;
 
     bool eventFilter(QObject* watched, QEvent* event) override;
 
@@ -20,9 +19,6 @@ signals:
     void backRequested();
     /// true: the status bar shall go, false: it shall come back.
     void statusBarHideRequested(bool hide);
-
-private:
-    Q_DISABLE_COPY(FrameworkEvents)
 };
 
 } // namespace headunit

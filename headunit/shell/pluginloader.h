@@ -59,7 +59,6 @@ private:
 
     QVector<Loaded> m_loaded;
     QVector<Refused> m_refused;
-    Q_DISABLE_COPY(PluginLoader)
 };
 
 } // namespace headunit

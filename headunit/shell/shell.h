@@ -114,7 +114,6 @@ private:
     int m_frontBeforePowerOff = 0; ///< window id, 0: the launcher
     bool m_powered = true;
     bool m_shutDown = false;
-    Q_DISABLE_COPY(Shell)
 };
 
 } // namespace headunit

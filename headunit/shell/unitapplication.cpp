@@ -9,8 +9,6 @@ UnitApplication::UnitApplication(int& argc, char** argv)
 {
 }
 
-UnitApplication::~UnitApplication() = default;
-
 bool UnitApplication::notify(QObject* receiver, QEvent* event)
 {
     // Taken now: the receiver may delete itself.

@@ -12,12 +12,8 @@ class UnitApplication final : public QApplication
 public:
     /// As QApplication's; both outlive this object.
     UnitApplication(int& argc, char** argv);
-    ~UnitApplication() override;
 
     bool notify(QObject* receiver, QEvent* event) override;
-
-private:
-    Q_DISABLE_COPY(UnitApplication)
 };
 
 } // namespace headunit

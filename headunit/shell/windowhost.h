@@ -65,7 +65,6 @@ private:
     bool m_created = false;
     bool m_inFront = false;
     bool m_destroying = false;
-    Q_DISABLE_COPY(WindowHost)
 };
 
 } // namespace headunit

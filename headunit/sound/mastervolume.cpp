@@ -20,8 +20,6 @@ MasterVolume::MasterVolume(QObject* parent)
     reload();
 }
 
-MasterVolume::~MasterVolume() = default;
-
 void MasterVolume::reload()
 {
     show(mem::SettingsFunc::instance()->getValue(mem::keyOf(volumeSetting, mainChannel),

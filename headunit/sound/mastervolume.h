@@ -14,7 +14,6 @@ public:
     static constexpr int maximum = mem::settingOf("volume%1").largest;
 
     explicit MasterVolume(QObject* parent = nullptr);
-    ~MasterVolume() override;
 
     /// 0..maximum; while muted the level that unmuting goes back to.
     int level() const { return m_level; }
@@ -38,7 +37,6 @@ private:
 
     int m_level = 0;
     bool m_muted = false;
-    Q_DISABLE_COPY(MasterVolume)
 };
 
 } // namespace headunit

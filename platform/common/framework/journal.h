@@ -44,7 +44,6 @@ private:
     ~Journal() override;
     QVector<Entry> m_entries;
     bool m_printing = false;
-    Q_DISABLE_COPY(Journal)
 };
 
 } // namespace cm

@@ -97,7 +97,6 @@ private:
     void setProblem(const QString& problem);
     void replaceValues(const QMap<QString, QVariant>& after);
     SettingsStorePrivate* d;
-    Q_DISABLE_COPY(SettingsStore)
 };
 
 } // namespace mem

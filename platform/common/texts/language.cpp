@@ -144,8 +144,6 @@ Language::Language()
         texts().use(index); // nobody has seen another language yet, so nobody is told
 }
 
-Language::~Language() = default;
-
 QStringList Language::codes()
 {
     QStringList all;

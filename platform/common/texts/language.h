@@ -42,8 +42,6 @@ signals:
 
 private:
     Language();
-    ~Language() override;
-    Q_DISABLE_COPY(Language)
 };
 
 } // namespace cm

@@ -126,8 +126,6 @@ UnitStyle::UnitStyle()
 {
 }
 
-UnitStyle::~UnitStyle() = default;
-
 void UnitStyle::install(QApplication& application)
 {
     tellMissingFamilies();

@@ -22,7 +22,6 @@ class COMMON_EXPORT UnitStyle : public QProxyStyle
     Q_OBJECT
 public:
     UnitStyle();
-    ~UnitStyle() override;
 
     /// Gives the application style, which it owns from then on, palette, font and the engine of its icons,
     /// and follows the language. Font families that aren't installed are logged. Call once, before the first
