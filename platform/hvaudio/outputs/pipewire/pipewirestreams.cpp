@@ -111,48 +111,33 @@ void PipeWireStreams::stateChanged(pw_stream* of, int state, const char* error)
     }
 }
 
-pw_stream_events PipeWireStreams::eventsOf(Stream which)
+// Only functions without a capture can be handed over, so each stream has its own.
+template <PipeWireStreams::Stream which>
+pw_stream_events PipeWireStreams::eventsOf()
 {
-    // Only functions without a capture can be handed over, so each stream has its own.
+    constexpr bool isSink = which == Stream::Sink;
     pw_stream_events events = {};
     events.version = PW_VERSION_STREAM_EVENTS;
-    if (which == Stream::Sink) {
-        events.io_changed = [](void* self, std::uint32_t id, void* area, std::uint32_t) {
-            if (id == SPA_IO_Position)
-                static_cast<PipeWireStreams*>(self)->positionChanged(Stream::Sink,
-                                                                     static_cast<spa_io_position*>(area));
-        };
-        events.process = [](void* self) { static_cast<PipeWireStreams*>(self)->comesIn(); };
-        events.state_changed = [](void* self, pw_stream_state, pw_stream_state now, const char* error) {
-            auto* const d = static_cast<PipeWireStreams*>(self);
-            d->stateChanged(d->m_sink, now, error);
-        };
-        events.param_changed = [](void* self, std::uint32_t id, const spa_pod* param) {
-            auto* const d = static_cast<PipeWireStreams*>(self);
-            if (id == SPA_PARAM_Latency && param)
-                d->passLatency(d->m_stream, param, SPA_DIRECTION_OUTPUT);
-            if (id == SPA_PARAM_Format)
-                d->formatChanged(Stream::Sink, param);
-        };
-    } else {
-        events.io_changed = [](void* self, std::uint32_t id, void* area, std::uint32_t) {
-            if (id == SPA_IO_Position)
-                static_cast<PipeWireStreams*>(self)->positionChanged(Stream::Output,
-                                                                     static_cast<spa_io_position*>(area));
-        };
-        events.process = [](void* self) { static_cast<PipeWireStreams*>(self)->goesOut(); };
-        events.state_changed = [](void* self, pw_stream_state, pw_stream_state now, const char* error) {
-            auto* const d = static_cast<PipeWireStreams*>(self);
-            d->stateChanged(d->m_stream, now, error);
-        };
-        events.param_changed = [](void* self, std::uint32_t id, const spa_pod* param) {
-            auto* const d = static_cast<PipeWireStreams*>(self);
-            if (id == SPA_PARAM_Latency && param)
-                d->passLatency(d->m_sink, param, SPA_DIRECTION_INPUT);
-            if (id == SPA_PARAM_Format)
-                d->formatChanged(Stream::Output, param);
-        };
-    }
+    events.io_changed = [](void* self, std::uint32_t id, void* area, std::uint32_t) {
+        if (id == SPA_IO_Position)
+            static_cast<PipeWireStreams*>(self)->positionChanged(which, static_cast<spa_io_position*>(area));
+    };
+    events.process = [](void* self) {
+        auto* const d = static_cast<PipeWireStreams*>(self);
+        isSink ? d->comesIn() : d->goesOut();
+    };
+    events.state_changed = [](void* self, pw_stream_state, pw_stream_state now, const char* error) {
+        auto* const d = static_cast<PipeWireStreams*>(self);
+        d->stateChanged(isSink ? d->m_sink : d->m_stream, now, error);
+    };
+    events.param_changed = [](void* self, std::uint32_t id, const spa_pod* param) {
+        auto* const d = static_cast<PipeWireStreams*>(self);
+        if (id == SPA_PARAM_Latency && param)
+            d->passLatency(isSink ? d->m_stream : d->m_sink, param,
+                           isSink ? SPA_DIRECTION_OUTPUT : SPA_DIRECTION_INPUT);
+        if (id == SPA_PARAM_Format)
+            (isSink ? d->m_sinkHasFormat : d->m_streamHasFormat) = param != nullptr;
+    };
     return events;
 }
 
@@ -192,8 +177,8 @@ void PipeWireStreams::prepare(Feed& feed, double serverRate)
 
 bool PipeWireStreams::makeNodes(pw_core* core)
 {
-    static const pw_stream_events sinkEvents = eventsOf(Stream::Sink),
-                                  streamEvents = eventsOf(Stream::Output);
+    static const pw_stream_events sinkEvents = eventsOf<Stream::Sink>(),
+                                  streamEvents = eventsOf<Stream::Output>();
     // One group: both run in the same cycle. One link group: the session manager doesn't connect the stream
     // to the sink, even when that is the default device.
     const std::string group = "headunit-" + std::to_string(getpid());
@@ -246,11 +231,6 @@ void PipeWireStreams::positionChanged(Stream of, spa_io_position* position)
     (of == Stream::Sink ? m_sinkPosition : m_streamPosition) = position;
     if (position && !m_sinkHasFormat && !m_streamHasFormat)
         followRate(position->clock.rate.denom);
-}
-
-void PipeWireStreams::formatChanged(Stream of, bool has)
-{
-    (of == Stream::Sink ? m_sinkHasFormat : m_streamHasFormat) = has;
 }
 
 void PipeWireStreams::followRate(double graphRate)

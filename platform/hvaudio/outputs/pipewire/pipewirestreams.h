@@ -76,7 +76,8 @@ private:
         Sink,
         Output,
     };
-    static pw_stream_events eventsOf(Stream which);
+    template <Stream which>
+    static pw_stream_events eventsOf();
     void prepare(Feed& feed, double serverRate);
     /// False with a reason in errno.
     bool makeNodes(pw_core* core);
@@ -85,7 +86,6 @@ private:
     void stateChanged(pw_stream* of, int state, const char* error);
     void tellLatency(pw_stream* to, spa_latency_info info, spa_direction direction);
     void positionChanged(Stream of, spa_io_position* position);
-    void formatChanged(Stream of, bool has);
     /// Offers both nodes in the graph's rate, while neither has a format.
     void followRate(double graphRate);
     void passLatency(pw_stream* to, const spa_pod* param, spa_direction direction);
