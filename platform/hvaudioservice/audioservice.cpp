@@ -43,24 +43,12 @@ bool isBandValue(const char* operation, int value, int band)
            inRange(operation, "band", band, 0, eqBandCount - 1);
 }
 
-/// Index of a frequency without the mark that says what the speaker says.
-int unmarked(int frequency)
+/// Whether a filter could be applied.
+bool isFilter(const char* operation, const Filter& filter, int lastFrequency)
 {
-    return frequency & ~rearPairMark;
-}
-
-/// Checks a filter of a cabin speaker.
-bool isCabinFilter(const char* operation, int frequency, int attenuation, int speaker, int slope,
-                   int lastFrequency)
-{
-    const int index = speakerOfBit(speaker);
-    if (index < 0 || index >= cabinSpeakers) {
-        refuse(operation, "speaker", speaker, QStringLiteral("one of 1, 2, 4, 8"));
-        return false;
-    }
-    return inRange(operation, "frequency index", unmarked(frequency), 0, lastFrequency) &&
-           inRange(operation, "attenuation", attenuation, 0, maximumLevelSent) &&
-           inRange(operation, "slope", slope, 0, maximumSlope);
+    return inRange(operation, "frequency index", filter.frequency, 0, lastFrequency) &&
+           inRange(operation, "attenuation", filter.attenuation, 0, maximumLevelSent) &&
+           inRange(operation, "slope", filter.slope, 0, maximumSlope);
 }
 
 /// A hand-edited store lets the pages send more than there is to cut; it is kept as sent and sounds as the
@@ -70,6 +58,23 @@ void noteLargeCut(const char* operation, int attenuation, AudioServiceHost::Filt
     if (attenuation > largestAttenuation && tables == AudioServiceHost::FilterTables::SpeakerGroups)
         qWarning() << "AudioService:" << operation << ": attenuation" << attenuation << "sounds as"
                    << largestAttenuation;
+}
+
+/// A filter of a cabin speaker. keyOf: under which it is kept.
+void setCabinFilter(AudioServicePrivate* d, const char* operation, const Filter& filter, int speaker,
+                    std::array<Filter, cabinSpeakers>* filters,
+                    QString (*keyOf)(AudioServiceHost::FilterTables, int))
+{
+    const AudioServiceHost::FilterTables tables = d->state.tables;
+    const int index = speakerOfBit(speaker);
+    if (index < 0 || index >= cabinSpeakers) {
+        refuse(operation, "speaker", speaker, QStringLiteral("one of 1, 2, 4, 8"));
+        return;
+    }
+    if (!isFilter(operation, filter, lastCabinFrequency(tables)))
+        return;
+    noteLargeCut(operation, filter.attenuation, tables);
+    d->setFilter(&(*filters)[static_cast<std::size_t>(index)], filter, keyOf(tables, index));
 }
 
 } // namespace
@@ -166,40 +171,29 @@ void AudioService::setBalanceFader(int balance, int fader, bool save)
     }
 }
 
+// The mark of a frequency says what the speaker says.
 void AudioService::setHPFFilter(int frequency, int attenuation, int speaker, int slope)
 {
     report("setHPFFilter", frequency, attenuation, speaker, slope);
-    const AudioServiceHost::FilterTables tables = d->state.tables;
-    if (!isCabinFilter("setHPFFilter", frequency, attenuation, speaker, slope, lastCabinFrequency(tables)))
-        return;
-    noteLargeCut("setHPFFilter", attenuation, tables);
-    const int index = speakerOfBit(speaker);
-    d->setFilter(&d->state.highPass[static_cast<std::size_t>(index)],
-                 {unmarked(frequency), attenuation, slope}, keys::highPassKey(tables, index));
+    setCabinFilter(d, "setHPFFilter", {frequency & ~rearPairMark, attenuation, slope}, speaker,
+                   &d->state.highPass, keys::highPassKey);
 }
 
 void AudioService::setLPFFilter(int frequency, int attenuation, int speaker, int slope)
 {
     report("setLPFFilter", frequency, attenuation, speaker, slope);
-    const AudioServiceHost::FilterTables tables = d->state.tables;
-    if (!isCabinFilter("setLPFFilter", frequency, attenuation, speaker, slope, lastCabinFrequency(tables)))
-        return;
-    noteLargeCut("setLPFFilter", attenuation, tables);
-    const int index = speakerOfBit(speaker);
-    d->setFilter(&d->state.lowPass[static_cast<std::size_t>(index)],
-                 {unmarked(frequency), attenuation, slope}, keys::lowPassKey(tables, index));
+    setCabinFilter(d, "setLPFFilter", {frequency & ~rearPairMark, attenuation, slope}, speaker,
+                   &d->state.lowPass, keys::lowPassKey);
 }
 
 void AudioService::setSubFilter(int frequency, int attenuation, int slope)
 {
     report("setSubFilter", frequency, attenuation, slope);
-    const AudioServiceHost::FilterTables tables = d->state.tables;
-    if (!inRange("setSubFilter", "frequency index", frequency, 0, lastSubwooferFrequency) ||
-        !inRange("setSubFilter", "attenuation", attenuation, 0, maximumLevelSent) ||
-        !inRange("setSubFilter", "slope", slope, 0, maximumSlope))
+    const Filter filter = {frequency, attenuation, slope};
+    if (!isFilter("setSubFilter", filter, lastSubwooferFrequency))
         return;
-    noteLargeCut("setSubFilter", attenuation, tables);
-    d->setFilter(&d->state.subwoofer, {frequency, attenuation, slope}, keys::subwooferKey(tables));
+    noteLargeCut("setSubFilter", attenuation, d->state.tables);
+    d->setFilter(&d->state.subwoofer, filter, keys::subwooferKey(d->state.tables));
 }
 
 void AudioService::setSurroundDelay(int speaker, float delay)

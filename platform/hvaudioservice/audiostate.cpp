@@ -46,17 +46,11 @@ int attenuationOf(const Filter& filter, Tables tables)
     return filter.frequency == 0 || tables == Tables::MainAudio ? 0 : filter.attenuation;
 }
 
-dsp::FilterSettings highPassOf(const Filter& filter, Tables tables)
+/// main: the frequencies of the main audio's page.
+dsp::FilterSettings cabinFilterOf(const Filter& filter, Tables tables, const CrossoverFrequency* main)
 {
     const auto index = static_cast<std::size_t>(filter.frequency);
-    return {double(tables == Tables::MainAudio ? mainHighPass[index].hz : groupCrossoverHz[index]),
-            orderOfSlope(filter.slope)};
-}
-
-dsp::FilterSettings lowPassOf(const Filter& filter, Tables tables)
-{
-    const auto index = static_cast<std::size_t>(filter.frequency);
-    return {double(tables == Tables::MainAudio ? mainLowPass[index].hz : groupCrossoverHz[index]),
+    return {double(tables == Tables::MainAudio ? main[index].hz : groupCrossoverHz[index]),
             orderOfSlope(filter.slope)};
 }
 
@@ -161,8 +155,8 @@ dsp::Settings dspSettings(const AudioState& state)
         const Filter& high = state.highPass[speaker];
         const Filter& low = state.lowPass[speaker];
         dsp::CabinSpeakerSettings& cabin = settings.cabin[speaker];
-        cabin.highPass = highPassOf(high, state.tables);
-        cabin.lowPass = lowPassOf(low, state.tables);
+        cabin.highPass = cabinFilterOf(high, state.tables, mainHighPass);
+        cabin.lowPass = cabinFilterOf(low, state.tables, mainLowPass);
         cabin.attenuation = std::min(attenuationOf(high, state.tables) + attenuationOf(low, state.tables),
                                      largestAttenuation);
         cabin.delayMs = state.delayUs[speaker] * msPerUs;
