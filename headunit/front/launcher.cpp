@@ -62,17 +62,12 @@ LauncherTile::LauncherTile(int windowId, const QString& name, Picture picture, Q
 {
     setObjectName(nameOf(windowId));
     setText(name);
-    setFixedSize(sizeHint());
+    setFixedSize(tileSize, tileSize);
 }
 
 QString LauncherTile::nameOf(int windowId)
 {
     return QStringLiteral("tile_%1").arg(windowId);
-}
-
-QSize LauncherTile::sizeHint() const
-{
-    return {tileSize, tileSize};
 }
 
 void LauncherTile::paintEvent(QPaintEvent*)
@@ -106,17 +101,12 @@ RetryTile::RetryTile(const QString& what, const QString& name, QWidget* parent)
 {
     setObjectName(nameOf(what));
     setText(name);
-    setFixedSize(sizeHint());
+    setFixedSize(tileSize, tileSize);
 }
 
 QString RetryTile::nameOf(const QString& what)
 {
     return QLatin1String("retry_") + what;
-}
-
-QSize RetryTile::sizeHint() const
-{
-    return {tileSize, tileSize};
 }
 
 void RetryTile::paintEvent(QPaintEvent*)

@@ -20,7 +20,6 @@ public:
 
     /// Object name of the tile of that window.
     static QString nameOf(int windowId);
-    QSize sizeHint() const override;
 
 protected:
     void paintEvent(QPaintEvent* event) override;
@@ -40,8 +39,6 @@ public:
 
     /// Object name of the tile of that.
     static QString nameOf(const QString& what);
-
-    QSize sizeHint() const override;
 
 protected:
     void paintEvent(QPaintEvent* event) override;

@@ -1,5 +1,7 @@
 #include "headunit/inspector/journalmodel.h"
 
+#include <QStringList>
+
 namespace headunit {
 
 JournalModel::JournalModel(QObject* parent)
@@ -40,16 +42,7 @@ QVariant JournalModel::headerData(int section, Qt::Orientation orientation, int 
 {
     if (orientation != Qt::Horizontal || role != Qt::DisplayRole)
         return QVariant();
-    switch (section) {
-    case Time:
-        return tr("Time");
-    case Subsystem:
-        return tr("Subsystem");
-    case Operation:
-        return tr("Operation");
-    default:
-        return QVariant();
-    }
+    return QStringList{tr("Time"), tr("Subsystem"), tr("Operation")}.value(section);
 }
 
 void JournalModel::clear()

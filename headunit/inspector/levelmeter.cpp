@@ -30,11 +30,6 @@ QSize LevelMeter::sizeHint() const
     return {200, 16};
 }
 
-double LevelMeter::restDb() const
-{
-    return m_kind == Level ? -levelRangeDb : 0;
-}
-
 double LevelMeter::lengthOf(double db) const
 {
     return m_kind == Level ? 1 + db / levelRangeDb : -db / reductionRangeDb;
@@ -42,7 +37,7 @@ double LevelMeter::lengthOf(double db) const
 
 void LevelMeter::reset()
 {
-    m_db = m_holdDb = restDb();
+    m_db = m_holdDb = m_kind == Level ? -levelRangeDb : 0;
     m_silent = true;
     m_sinceShown.invalidate();
     m_sinceHeld.invalidate();

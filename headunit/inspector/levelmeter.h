@@ -35,7 +35,6 @@ protected:
     void paintEvent(QPaintEvent* event) override;
 
 private:
-    double restDb() const;
     /// 0..1 of the bar's length.
     double lengthOf(double db) const;
 

@@ -95,16 +95,7 @@ QVariant SettingsModel::headerData(int section, Qt::Orientation orientation, int
 {
     if (orientation != Qt::Horizontal || role != Qt::DisplayRole)
         return QVariant();
-    switch (section) {
-    case Key:
-        return tr("Key");
-    case Type:
-        return tr("Type");
-    case Value:
-        return tr("Value");
-    default:
-        return QVariant();
-    }
+    return QStringList{tr("Key"), tr("Type"), tr("Value")}.value(section);
 }
 
 Qt::ItemFlags SettingsModel::flags(const QModelIndex& index) const

@@ -120,7 +120,9 @@ void SoundPanel::tick()
     m_limiter->setFactor(double(meters.gain));
     followSettings();
     measure();
-    showStatus();
+    m_status->setText(tr("%1; processor %2 ms")
+                          .arg(m_sound->status())
+                          .arg(1000 * m_sound->latencyFrames() / m_sound->rate(), 0, 'f', 2));
 }
 
 void SoundPanel::followSettings()
@@ -183,14 +185,6 @@ void SoundPanel::showSubwoofer()
                    .arg(hvaudio::dbAnOrder * subwoofer.lowPass.order)
                    .arg(deliveredSlope);
     m_subwoofer->setText(subwoofer.inverted ? tr("%1, turned round").arg(text) : text);
-}
-
-void SoundPanel::showStatus()
-{
-    const double rate = m_sound->rate();
-    m_status->setText(tr("%1; processor %2 ms")
-                          .arg(m_sound->status())
-                          .arg(1000 * m_sound->latencyFrames() / rate, 0, 'f', 2));
 }
 
 void SoundPanel::askForPicture()

@@ -48,7 +48,6 @@ private:
     void measure();
     void drawMeasured();
     void showSubwoofer();
-    void showStatus();
 
     SoundControl* const m_sound;
     ResponsePlot* m_plot;

@@ -116,27 +116,22 @@ std::optional<ClientMessage> readClientMessage(const QString& text)
 {
     const QJsonObject object = QJsonDocument::fromJson(text.toUtf8()).object();
     ClientMessage message;
-    bool isRead = false;
+    bool isRead = true;
     if (object.contains(QLatin1String("token"))) {
         message.kind = ClientMessage::Kind::Token;
         message.token = object.value(QLatin1String("token")).toString().toLatin1();
-        isRead = true;
     } else if (object.contains(QLatin1String("shown"))) {
         message.kind = ClientMessage::Kind::Shown;
-        isRead = true;
     } else if (object.contains(QLatin1String("control"))) {
         message.kind = ClientMessage::Kind::Control;
-        isRead = true;
     } else if (object.contains(QLatin1String("pointer"))) {
         isRead = readPointer(object, &message.event);
     } else if (object.contains(QLatin1String("wheel"))) {
         isRead = readWheel(object, &message.event);
-    } else if (object.contains(QLatin1String("key"))) {
+    } else {
         isRead = readKey(object, &message.event);
     }
-    if (!isRead)
-        return std::nullopt;
-    return message;
+    return isRead ? std::optional(message) : std::nullopt;
 }
 
 } // namespace headunit

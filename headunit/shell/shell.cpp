@@ -184,14 +184,6 @@ void Shell::leaveApplication()
     m_unit->screen()->showLauncher();
 }
 
-bool Shell::passToWindow(KeyEvent::Key key, KeyEvent::Action action)
-{
-    if (!m_front)
-        return false;
-    KeyEvent event(key, action);
-    return m_front->keyEvent(&event) != 0;
-}
-
 void Shell::onHardKey(KeyEvent::Key key, KeyEvent::Action action)
 {
     if (!m_powered) {
@@ -199,7 +191,8 @@ void Shell::onHardKey(KeyEvent::Key key, KeyEvent::Action action)
             setPowered(true);
         return;
     }
-    const bool handled = passToWindow(key, action);
+    KeyEvent event(key, action);
+    const bool handled = m_front && m_front->keyEvent(&event) != 0;
     if (action != KeyEvent::Press)
         return;
     switch (key) {

@@ -90,7 +90,6 @@ private:
     void onSettingEdited(const QString& key);
     void buildInspector();
     void endPrompts();
-    bool passToWindow(KeyEvent::Key key, KeyEvent::Action action);
 
     SoundControl* const m_sound;
     MasterVolume m_volume;
