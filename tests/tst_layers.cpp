@@ -1,8 +1,6 @@
 // The rules of the house: who may include whom, how many units a folder holds, and idioms that no compiler
 // knows. Each rule is tried on a tree with a fault, too.
 
-#include <QDirIterator>
-#include <QRegularExpression>
 #include <QtTest>
 
 namespace {

@@ -1,13 +1,8 @@
 #pragma once
 
 #include <QIcon>
-#include <QLabel>
-#include <QMetaMethod>
 #include <QPixmap>
 #include <QPushButton>
-#include <QRect>
-#include <QString>
-#include <QStringList>
 #include <QWidget>
 #include <QtTest>
 

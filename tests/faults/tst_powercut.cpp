@@ -4,11 +4,6 @@
 #include "tests/support/longrun.h"
 #include "tests/support/randomwalk.h"
 
-#include <QCryptographicHash>
-#include <QDir>
-#include <QProcess>
-#include <QSet>
-#include <QTemporaryDir>
 #include <QtTest>
 
 using mem::SettingsStore;
@@ -24,9 +19,9 @@ class TestPowerCut : public QObject
     Q_OBJECT
 private slots:
     void initTestCase();
-    void committedValuesSurviveEveryCut_data();
+    void committedValuesSurviveEveryCut_data() { RandomWalk::addSeedRow(); }
     void committedValuesSurviveEveryCut();
-    void aRepairSurvivesEveryCut_data();
+    void aRepairSurvivesEveryCut_data() { RandomWalk::addSeedRow(); }
     void aRepairSurvivesEveryCut();
 
 private:
@@ -173,11 +168,6 @@ void TestPowerCut::cutEverywhere(bool mayBeDamaged, quint32 seed)
     qInfo("%d operations, %d different states", m_operations.size(), seen.size());
 }
 
-void TestPowerCut::committedValuesSurviveEveryCut_data()
-{
-    RandomWalk::addSeedRow();
-}
-
 void TestPowerCut::committedValuesSurviveEveryCut()
 {
     QFETCH(quint32, seed);
@@ -188,11 +178,6 @@ void TestPowerCut::committedValuesSurviveEveryCut()
     record(1, powercut::steps);
     if (!QTest::currentTestFailed())
         cutEverywhere(false, seed);
-}
-
-void TestPowerCut::aRepairSurvivesEveryCut_data()
-{
-    RandomWalk::addSeedRow();
 }
 
 void TestPowerCut::aRepairSurvivesEveryCut()

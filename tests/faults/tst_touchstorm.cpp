@@ -14,8 +14,6 @@
 #include "platform/hvaudioservice/audioservicehost.h"
 
 #include <QAbstractButton>
-#include <QFileInfo>
-#include <QTemporaryDir>
 #include <QtTest>
 
 using namespace headunit;
@@ -31,7 +29,7 @@ class TestTouchStorm : public QObject
     Q_OBJECT
 private slots:
     void initTestCase();
-    void cleanup();
+    void cleanup() { stop(); }
     void unitOutlastsTheStorm_data() { RandomWalk::addSeedRow(); }
     void unitOutlastsTheStorm();
 
@@ -87,11 +85,6 @@ void TestTouchStorm::stop()
     m_shell.reset();
     hvaudio::AudioServiceHost::shutdown();
     store()->close();
-}
-
-void TestTouchStorm::cleanup()
-{
-    stop();
 }
 
 QPoint TestTouchStorm::somethingToTouch(RandomWalk& walk) const

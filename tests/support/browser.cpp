@@ -4,7 +4,6 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QRegularExpression>
-#include <QStandardPaths>
 #include <QTest>
 
 Browser::Browser() = default;

@@ -7,7 +7,6 @@
 #include <QProcess>
 #include <QString>
 #include <QTemporaryDir>
-#include <QVector>
 #include <QWebSocket>
 
 #include <functional>

@@ -2,7 +2,6 @@
 
 #include "tests/support/process.h"
 
-#include <QElapsedTimer>
 #include <QFile>
 #include <QProcess>
 #include <QProcessEnvironment>

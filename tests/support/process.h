@@ -1,7 +1,5 @@
 #pragma once
 
-#include <QProcess>
-#include <QStandardPaths>
 #include <QtTest>
 
 #include <csignal>

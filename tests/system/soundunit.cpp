@@ -12,7 +12,6 @@
 
 #include <QAbstractButton>
 #include <QCoreApplication>
-#include <QScrollArea>
 #include <QScrollBar>
 
 using hvaudio::AudioServiceHost;

@@ -98,7 +98,7 @@ class TestContrast : public QObject
 {
     Q_OBJECT
 private slots:
-    void everyTextStandsOut_data();
+    void everyTextStandsOut_data() { addScreenRows(); }
     void everyTextStandsOut();
     void everySliderNumberStandsOut_data();
     void everySliderNumberStandsOut();
@@ -106,11 +106,6 @@ private slots:
     void everyCurveStandsOutFromTheGrid();
     void aTextThatDoesNotStandOutIsNoticed();
 };
-
-void TestContrast::everyTextStandsOut_data()
-{
-    addScreenRows();
-}
 
 void TestContrast::everyTextStandsOut()
 {

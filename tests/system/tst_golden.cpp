@@ -9,8 +9,6 @@
 
 #include <QAbstractButton>
 #include <QApplication>
-#include <QDir>
-#include <QDirIterator>
 #include <QMouseEvent>
 #include <QPainter>
 #include <QtTest>

@@ -10,7 +10,6 @@
 #include "platform/hvaudioservice/audioservicehost.h"
 
 #include <QAbstractSlider>
-#include <QLabel>
 #include <QMouseEvent>
 #include <QPushButton>
 #include <QtTest>
@@ -122,15 +121,10 @@ class TestHostileStore : public QObject
 {
     Q_OBJECT
 private slots:
-    void initTestCase();
+    void initTestCase() { SoundUnit::hushLog(); }
     void everyPageStandsEveryValue_data();
     void everyPageStandsEveryValue();
 };
-
-void TestHostileStore::initTestCase()
-{
-    SoundUnit::hushLog();
-}
 
 void TestHostileStore::everyPageStandsEveryValue_data()
 {

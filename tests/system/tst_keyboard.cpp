@@ -133,20 +133,15 @@ class TestKeyboard : public QObject
 {
     Q_OBJECT
 private slots:
-    void tabGoesThroughEveryControlInReadingOrder_data();
+    void tabGoesThroughEveryControlInReadingOrder_data() { addScreenRows(); }
     void tabGoesThroughEveryControlInReadingOrder();
     void backtabGoesTheOtherWay();
     void theControlWithTheFocusIsOnTheScreen();
-    void everyControlHasANameOfItsOwn_data();
+    void everyControlHasANameOfItsOwn_data() { tabGoesThroughEveryControlInReadingOrder_data(); }
     void everyControlHasANameOfItsOwn();
     void namesFollowTheLanguage();
     void spaceWorksTheKeyThatTabReached();
 };
-
-void TestKeyboard::tabGoesThroughEveryControlInReadingOrder_data()
-{
-    addScreenRows();
-}
 
 void TestKeyboard::tabGoesThroughEveryControlInReadingOrder()
 {
@@ -177,11 +172,6 @@ void TestKeyboard::theControlWithTheFocusIsOnTheScreen()
         QVERIFY2(place.top() >= 70 && place.bottom() < 600, qPrintable(nameOf(focused)));
         QVERIFY2(focused->visibleRegion().boundingRect() == focused->rect(), qPrintable(nameOf(focused)));
     }
-}
-
-void TestKeyboard::everyControlHasANameOfItsOwn_data()
-{
-    tabGoesThroughEveryControlInReadingOrder_data();
 }
 
 void TestKeyboard::everyControlHasANameOfItsOwn()

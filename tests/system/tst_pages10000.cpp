@@ -4,7 +4,6 @@
 #include "platform/common/widgets/unitstyle.h"
 #include "tests/system/soundunit.h"
 
-#include <QFile>
 #include <QPixmapCache>
 #include <QtTest>
 

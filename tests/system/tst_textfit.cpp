@@ -17,22 +17,6 @@
 
 using namespace screens;
 
-class TestTextFit : public QObject
-{
-    Q_OBJECT
-private slots:
-    void noTextIsCutAndNoneTouchesAnother_data();
-    void noTextIsCutAndNoneTouchesAnother();
-    void everyTextStandsOnTheSameSideInEveryLanguage_data();
-    void everyTextStandsOnTheSameSideInEveryLanguage();
-    void aTextThatIsTooLongIsNoticed();
-    void aTextThatLiesAtAControlIsNoticed();
-    void labelsWithoutSizeKeepNone_data();
-    void labelsWithoutSizeKeepNone();
-    void everyTextIsReadInAFontOfItsOwnScript_data();
-    void everyTextIsReadInAFontOfItsOwnScript();
-};
-
 namespace {
 
 QString say(const Text& text)
@@ -125,10 +109,21 @@ void everyPageAndLanguage()
 
 } // namespace
 
-void TestTextFit::noTextIsCutAndNoneTouchesAnother_data()
+class TestTextFit : public QObject
 {
-    everyPageAndLanguage();
-}
+    Q_OBJECT
+private slots:
+    void noTextIsCutAndNoneTouchesAnother_data() { everyPageAndLanguage(); }
+    void noTextIsCutAndNoneTouchesAnother();
+    void everyTextStandsOnTheSameSideInEveryLanguage_data() { everyPageAndLanguage(); }
+    void everyTextStandsOnTheSameSideInEveryLanguage();
+    void aTextThatIsTooLongIsNoticed();
+    void aTextThatLiesAtAControlIsNoticed();
+    void labelsWithoutSizeKeepNone_data();
+    void labelsWithoutSizeKeepNone();
+    void everyTextIsReadInAFontOfItsOwnScript_data() { everyPageAndLanguage(); }
+    void everyTextIsReadInAFontOfItsOwnScript();
+};
 
 void TestTextFit::noTextIsCutAndNoneTouchesAnother()
 {
@@ -146,11 +141,6 @@ void TestTextFit::noTextIsCutAndNoneTouchesAnother()
     }
     list.removeDuplicates();
     QVERIFY2(list.isEmpty(), qPrintable(QLatin1Char('\n') + list.join(QLatin1Char('\n'))));
-}
-
-void TestTextFit::everyTextStandsOnTheSameSideInEveryLanguage_data()
-{
-    everyPageAndLanguage();
 }
 
 void TestTextFit::everyTextStandsOnTheSameSideInEveryLanguage()
@@ -242,11 +232,6 @@ void TestTextFit::labelsWithoutSizeKeepNone()
         QVERIFY(label);
         QCOMPARE(label->size(), size);
     }
-}
-
-void TestTextFit::everyTextIsReadInAFontOfItsOwnScript_data()
-{
-    everyPageAndLanguage();
 }
 
 void TestTextFit::everyTextIsReadInAFontOfItsOwnScript()

@@ -17,14 +17,9 @@ class TestTouchToPipeWire : public QObject
 {
     Q_OBJECT
 private slots:
-    void initTestCase();
+    void initTestCase() { SoundUnit::hushLog(); }
     void curveTouchedOnThePageIsHeardAtTheDevice();
 };
-
-void TestTouchToPipeWire::initTestCase()
-{
-    SoundUnit::hushLog();
-}
 
 void TestTouchToPipeWire::curveTouchedOnThePageIsHeardAtTheDevice()
 {

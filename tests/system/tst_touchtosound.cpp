@@ -5,7 +5,6 @@
 
 #include "platform/hvaudioservice/audioservicehost.h"
 
-#include <QSet>
 #include <QtTest>
 
 using namespace sound;
@@ -98,18 +97,13 @@ class TestTouchToSound : public QObject
 {
     Q_OBJECT
 private slots:
-    void initTestCase();
+    void initTestCase() { SoundUnit::hushLog(); }
     void controlChangesTheSoundAsItsLabelSays_data();
     void controlChangesTheSoundAsItsLabelSays();
     void everyControlOfEveryPageHasARow_data();
     void everyControlOfEveryPageHasARow();
     void keyIsHeardAsABeep();
 };
-
-void TestTouchToSound::initTestCase()
-{
-    SoundUnit::hushLog();
-}
 
 void TestTouchToSound::controlChangesTheSoundAsItsLabelSays_data()
 {

@@ -2,7 +2,6 @@
 #include "tests/support/platform_double/platform_double.h"
 
 #include <QImage>
-#include <QRegularExpression>
 #include <QtTest>
 
 #include <cmath>

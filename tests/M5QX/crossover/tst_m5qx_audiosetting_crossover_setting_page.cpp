@@ -1,8 +1,6 @@
 #include "tests/M5QX/crossover/crossoverpage.h"
 
-#include <QMetaMethod>
 #include <QPixmapCache>
-#include <QTimer>
 #include <QtTest>
 
 using namespace crossoverpage;

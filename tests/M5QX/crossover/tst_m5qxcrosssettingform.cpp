@@ -120,11 +120,10 @@ void TestCrossSettingForm::labelsHaveTheirLook_data()
 
 void TestCrossSettingForm::labelsHaveTheirLook()
 {
-    QFETCH(QString, style);
     QFETCH(int, points);
     QFETCH(QString, text);
     auto* label = find<QLabel>(QTest::currentDataTag());
-    QCOMPARE(label->styleSheet(), style);
+    QTEST(label->styleSheet(), "style");
     QCOMPARE(label->alignment(), Qt::AlignCenter);
     QCOMPARE(label->text(), text);
     QVERIFY(label->testAttribute(Qt::WA_TransparentForMouseEvents));
@@ -166,10 +165,9 @@ void TestCrossSettingForm::keysHaveTheirPictures()
     QFETCH(QString, pressed);
     QFETCH(QString, checked);
     QFETCH(QSize, size);
-    QFETCH(bool, checkable);
     QPushButton* key = find(QTest::currentDataTag());
     QCOMPARE(key->iconSize(), size);
-    QCOMPARE(key->isCheckable(), checkable);
+    QTEST(key->isCheckable(), "checkable");
     QVERIFY(key->isFlat());
     QCOMPARE(key->focusPolicy(),
              key->objectName() == QStringLiteral("key_back") ? Qt::NoFocus : Qt::TabFocus);

@@ -49,7 +49,7 @@ class TestEqPresetWidget : public PageFixture<EQPresetWidget>
     Q_OBJECT
 private slots:
     void init();
-    void cleanup();
+    void cleanup() { m_page.reset(); }
 
     void signalsAndSlotsAreDeclaredInOrder();
     void tilesStandWhereTheTableSays_data() { addTileRows(); }
@@ -90,11 +90,6 @@ void TestEqPresetWidget::init()
 {
     reset();
     m_page.reset(new EQPresetWidget(nullptr));
-}
-
-void TestEqPresetWidget::cleanup()
-{
-    m_page.reset();
 }
 
 QVector<int> TestEqPresetWidget::checked()

@@ -12,7 +12,6 @@
 #include "M5QX/volumesettingwidget.h"
 #include "tests/support/platform_double/platform_double.h"
 
-#include <QMetaMethod>
 #include <QtTest>
 
 #include <sys/syscall.h>

@@ -4,9 +4,7 @@
 #include "tests/support/touch.h"
 
 #include <QLabel>
-#include <QMetaMethod>
 #include <QPushButton>
-#include <QSignalSpy>
 #include <QtTest>
 
 using namespace audiosetting;
@@ -20,14 +18,14 @@ private slots:
     void signalsAndSlotsAreDeclaredInOrder();
     void formHasTheTablesPlaces_data();
     void formHasTheTablesPlaces();
-    void pageKeysShowTheTablesPictures_data();
+    void pageKeysShowTheTablesPictures_data() { formHasTheTablesPlaces_data(); }
     void pageKeysShowTheTablesPictures();
     void typeSelectorTakesNoRoom();
     void typeKeysShowTheirPictures();
-    void captionsComeFromTheTranslator_data();
+    void captionsComeFromTheTranslator_data() { formHasTheTablesPlaces_data(); }
     void captionsComeFromTheTranslator();
     void captionsFollowTheLanguageAtEachShow();
-    void everyPageKeyBeepsOnceBeforeItsSignal_data();
+    void everyPageKeyBeepsOnceBeforeItsSignal_data() { formHasTheTablesPlaces_data(); }
     void everyPageKeyBeepsOnceBeforeItsSignal();
     void aTouchOnALabelReachesTheKeyBelow();
     void setCheckedPageMarksThatKeyAlone();
@@ -120,11 +118,6 @@ void TestTabWidget::formHasTheTablesPlaces()
     QCOMPARE(int(l->alignment()), int(Qt::AlignCenter));
 }
 
-void TestTabWidget::pageKeysShowTheTablesPictures_data()
-{
-    formHasTheTablesPlaces_data();
-}
-
 void TestTabWidget::pageKeysShowTheTablesPictures()
 {
     QFETCH(int, row);
@@ -162,11 +155,6 @@ void TestTabWidget::typeKeysShowTheirPictures()
                                           pressed.arg(row.second)));
 }
 
-void TestTabWidget::captionsComeFromTheTranslator_data()
-{
-    formHasTheTablesPlaces_data();
-}
-
 void TestTabWidget::captionsComeFromTheTranslator()
 {
     QFETCH(int, row);
@@ -182,11 +170,6 @@ void TestTabWidget::captionsFollowTheLanguageAtEachShow()
     QCOMPARE(label("text_balance_setting")->text(), QStringLiteral("T421\nT141"));
     m_bar->show();
     QCOMPARE(label("text_balance_setting")->text(), QStringLiteral("BALANCE\nAJUSTES"));
-}
-
-void TestTabWidget::everyPageKeyBeepsOnceBeforeItsSignal_data()
-{
-    formHasTheTablesPlaces_data();
 }
 
 void TestTabWidget::everyPageKeyBeepsOnceBeforeItsSignal()

@@ -6,7 +6,6 @@
 #include "tests/support/randomwalk.h"
 #include "tests/support/touch.h"
 
-#include <QLoggingCategory>
 #include <QtTest>
 
 #include <algorithm>
@@ -129,7 +128,7 @@ class TestTouchesThroughHub : public QObject
     Q_OBJECT
 private slots:
     void initTestCase();
-    void init();
+    void init() { reset(); }
     void cleanup();
     void tabKeyOpensItsPageFromEveryPage_data();
     void tabKeyOpensItsPageFromEveryPage();
@@ -153,11 +152,6 @@ void TestTouchesThroughHub::initTestCase()
     // The hub's requests for connections that cannot be made are told by its own test; a hub a row would only
     // drown the report in them.
     QLoggingCategory::setFilterRules(QStringLiteral("default.warning=false"));
-}
-
-void TestTouchesThroughHub::init()
-{
-    reset();
 }
 
 void TestTouchesThroughHub::cleanup()

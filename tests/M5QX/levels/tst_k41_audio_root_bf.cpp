@@ -10,17 +10,12 @@ class TestRootBf : public QObject
 {
     Q_OBJECT
 private slots:
-    void init();
+    void init() { reset(); }
     void pressAndReleaseDoNothing();
     void aMoveWritesItsPositionAndNothingElse();
     void drawsNothing();
     void keepsTouchesFromItsParent();
 };
-
-void TestRootBf::init()
-{
-    reset();
-}
 
 void TestRootBf::pressAndReleaseDoNothing()
 {

@@ -5,7 +5,6 @@
 #include "tests/support/touch.h"
 
 #include <QPainter>
-#include <QSignalSpy>
 #include <QtTest>
 
 #include <limits>

@@ -159,11 +159,10 @@ void TestTimeAlignmentLimits::valuesOutsideTheRangeAreShownAndSentAsTheyAre_data
 void TestTimeAlignmentLimits::valuesOutsideTheRangeAreShownAndSentAsTheyAre()
 {
     QFETCH(int, value);
-    QFETCH(QString, text);
     QFETCH(QString, sent);
     setStored(storeKey(0, 3), value);
     rebuild();
-    QCOMPARE(shownValues().at(3), text);
+    QTEST(shownValues().at(3), "text");
     QVERIFY(key(plusKey(3))->isEnabled() && key(minusKey(3))->isEnabled());
     QVERIFY(clicked("key_preset1").contains(delay(8, sent.toLatin1().constData())));
     QVERIFY(key(plusKey(3))->isEnabled() && key(minusKey(3))->isEnabled());

@@ -8,7 +8,6 @@
 #include "platform/common/settings/settingsstore.h"
 
 #include <QImage>
-#include <QProcess>
 #include <QtTest>
 
 #include <cmath>

@@ -11,7 +11,6 @@
 #include "platform/common/settings/settingsstore.h"
 #include "platform/hvaudioservice/audioservicehost.h"
 
-#include <QAbstractButton>
 #include <QTabWidget>
 #include <QtTest>
 

@@ -2,7 +2,6 @@
 
 #include "headunit/remote/frame.h"
 
-#include <QDataStream>
 #include <QPainter>
 #include <QtTest>
 

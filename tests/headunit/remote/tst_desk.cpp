@@ -4,7 +4,6 @@
 #include "headunit/remote/desk.h"
 #include "headunit/sound/mastervolume.h"
 
-#include <QLabel>
 #include <QPainter>
 #include <QtTest>
 

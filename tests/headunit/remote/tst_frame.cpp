@@ -72,9 +72,8 @@ void TestFrame::smallerFormIsTaken_data()
 void TestFrame::smallerFormIsTaken()
 {
     QFETCH(QImage, picture);
-    QFETCH(int, form);
     const QByteArray frame = encodeFrame(picture, picture.rect());
-    QCOMPARE(int(frame.at(2 + 8)), form);
+    QTEST(int(frame.at(2 + 8)), "form");
     QImage shown(picture.size(), QImage::Format_RGB32);
     drawFrame(frame, &shown);
     QCOMPARE(shown, picture);

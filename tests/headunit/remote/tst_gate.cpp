@@ -58,9 +58,8 @@ void TestGate::hostIsAnAddressOrANameOfTheCertificate_data()
 
 void TestGate::hostIsAnAddressOrANameOfTheCertificate()
 {
-    QFETCH(bool, isAdmitted);
     const Gate gate(true, {"car.example", "*.fleet.example"});
-    QCOMPARE(gate.admitsHost(QTest::currentDataTag()), isAdmitted);
+    QTEST(gate.admitsHost(QTest::currentDataTag()), "isAdmitted");
 }
 
 void TestGate::originIsTheServersOwn_data()
@@ -82,8 +81,7 @@ void TestGate::originIsTheServersOwn_data()
 void TestGate::originIsTheServersOwn()
 {
     QFETCH(bool, tls);
-    QFETCH(bool, isAdmitted);
-    QCOMPARE(Gate(tls).admitsOrigin(QTest::currentDataTag(), "127.0.0.1:8080"), isAdmitted);
+    QTEST(Gate(tls).admitsOrigin(QTest::currentDataTag(), "127.0.0.1:8080"), "isAdmitted");
     QVERIFY(Gate(true).admitsOrigin("https://127.0.0.1:8080", "127.0.0.1:8080"));
     QVERIFY(!Gate(tls).admitsOrigin("http://", ""));
 }

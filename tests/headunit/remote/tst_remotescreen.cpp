@@ -43,14 +43,23 @@ private:
 
     MasterVolume m_volume;
     QScopedPointer<UnitWindow> m_unit;
+    QScopedPointer<RemoteScreen> m_screen;
+    QString m_error;
     QImage m_shown;
+    QVector<KeyEvent::Action> m_keys;
     int m_frames = 0;
     bool m_controls = false;
 };
 
 void TestRemoteScreen::init()
 {
+    m_screen.reset();
     m_unit.reset(new UnitWindow(&m_volume, true));
+    m_screen.reset(new RemoteScreen(m_unit.data()));
+    m_keys.clear();
+    m_error.clear();
+    connect(m_unit.data(), &UnitWindow::hardKey, this,
+            [this](KeyEvent::Key, KeyEvent::Action action) { m_keys.append(action); });
     m_unit->show();
     m_shown = QImage(m_unit->size(), QImage::Format_RGB32);
     m_shown.fill(Qt::black);
@@ -80,10 +89,9 @@ bool TestRemoteScreen::connectPage(QWebSocket* socket, const QString& url)
 
 void TestRemoteScreen::urlIsOfTheLoopbackWithATokenOfItsOwn()
 {
-    QString error;
     RemoteScreen one(m_unit.data()), other(m_unit.data());
-    QVERIFY2(one.start({anyPort(), {}, {}}, &error) && other.start({anyPort(), {}, {}}, &error),
-             qPrintable(error));
+    QVERIFY2(one.start({anyPort(), {}, {}}, &m_error) && other.start({anyPort(), {}, {}}, &m_error),
+             qPrintable(m_error));
     const QRegularExpression form("\\Ahttp://127\\.0\\.0\\.1:[1-9][0-9]+/#[0-9a-f]{32}\\z");
     QVERIFY2(form.match(one.url()).hasMatch(), qPrintable(one.url()));
     QVERIFY(one.url().section('#', 1) != other.url().section('#', 1));
@@ -121,10 +129,8 @@ void TestRemoteScreen::whatCantBeHadIsSaid()
     QFETCH(QString, certificate);
     QFETCH(QString, key);
     QFETCH(QString, words);
-    RemoteScreen screen(m_unit.data());
-    QString error;
-    QVERIFY(!screen.start({*readListenAddress(address), certificate, key}, &error));
-    QVERIFY2(error.contains(words), qPrintable(error));
+    QVERIFY(!m_screen->start({*readListenAddress(address), certificate, key}, &m_error));
+    QVERIFY2(m_error.contains(words), qPrintable(m_error));
 }
 
 void TestRemoteScreen::portThatIsTakenIsSaid()
@@ -133,50 +139,38 @@ void TestRemoteScreen::portThatIsTakenIsSaid()
     QVERIFY(other.listen(QHostAddress::LocalHost));
     ListenAddress address;
     address.port = other.serverPort();
-    RemoteScreen screen(m_unit.data());
-    QString error;
-    QVERIFY(!screen.start({address, {}, {}}, &error));
-    QVERIFY2(error.contains(textOf(address)), qPrintable(error));
+    QVERIFY(!m_screen->start({address, {}, {}}, &m_error));
+    QVERIFY2(m_error.contains(textOf(address)), qPrintable(m_error));
 }
 
 void TestRemoteScreen::pageSeesAndTouchesTheWindow()
 {
-    RemoteScreen screen(m_unit.data());
-    QString error;
-    QVERIFY(screen.start({anyPort(), {}, {}}, &error));
-    QVector<KeyEvent::Action> keys;
-    connect(m_unit.data(), &UnitWindow::hardKey, this,
-            [&keys](KeyEvent::Key, KeyEvent::Action action) { keys.append(action); });
-    QWebSocket page(screen.url().section("/#", 0, 0));
-    QVERIFY(connectPage(&page, screen.url()));
+    QVERIFY(m_screen->start({anyPort(), {}, {}}, &m_error));
+    QWebSocket page(m_screen->url().section("/#", 0, 0));
+    QVERIFY(connectPage(&page, m_screen->url()));
     const QRect home =
         m_unit->findChild<HardKey*>("hardkey_" + QString::number(KeyEvent::Key_Home))->geometry();
     const QImage before = m_shown.copy(home);
     page.sendTextMessage(
         QString("{\"pointer\":\"down\",\"x\":%1,\"y\":%2}").arg(home.center().x()).arg(home.center().y()));
     QVERIFY(QTest::qWaitFor([&] { return m_shown.copy(home) != before; }));
-    QCOMPARE(keys.size(), 1);
+    QCOMPARE(m_keys.size(), 1);
     page.sendTextMessage(
         QString("{\"pointer\":\"up\",\"x\":%1,\"y\":%2}").arg(home.center().x()).arg(home.center().y()));
     QVERIFY(QTest::qWaitFor([&] { return m_shown.copy(home) == before; }));
-    QCOMPARE(keys.size(), 2);
+    QCOMPARE(m_keys.size(), 2);
 }
 
 void TestRemoteScreen::fingerIsLiftedWhenThePageGoes()
 {
-    RemoteScreen screen(m_unit.data());
-    QString error;
-    QVERIFY(screen.start({anyPort(), {}, {}}, &error));
-    QVector<KeyEvent::Action> keys;
-    connect(m_unit.data(), &UnitWindow::hardKey, this,
-            [&keys](KeyEvent::Key, KeyEvent::Action action) { keys.append(action); });
-    QWebSocket page(screen.url().section("/#", 0, 0));
-    QVERIFY(connectPage(&page, screen.url()));
+    QVERIFY(m_screen->start({anyPort(), {}, {}}, &m_error));
+    QWebSocket page(m_screen->url().section("/#", 0, 0));
+    QVERIFY(connectPage(&page, m_screen->url()));
     page.sendTextMessage("{\"pointer\":\"down\",\"x\":1185,\"y\":104}");
-    QVERIFY(QTest::qWaitFor([&keys] { return keys.size() == 1; }));
+    QVERIFY(QTest::qWaitFor([this] { return m_keys.size() == 1; }));
     page.abort();
-    QVERIFY(QTest::qWaitFor([&keys] { return keys.size() == 2; }));
-    QCOMPARE(keys.last(), KeyEvent::Release);
+    QVERIFY(QTest::qWaitFor([this] { return m_keys.size() == 2; }));
+    QCOMPARE(m_keys.last(), KeyEvent::Release);
 }
 
 void TestRemoteScreen::tlsIsSpokenWithTheCertificate_data()
@@ -189,16 +183,15 @@ void TestRemoteScreen::tlsIsSpokenWithTheCertificate_data()
 void TestRemoteScreen::tlsIsSpokenWithTheCertificate()
 {
     QFETCH(QString, name);
-    RemoteScreen screen(m_unit.data());
-    QString error;
     ListenAddress everywhere;
     everywhere.host = QHostAddress(QHostAddress::AnyIPv4);
-    QVERIFY2(screen.start({everywhere, file(qPrintable(name + ".pem")), file(qPrintable(name + "-key.pem"))},
-                          &error),
-             qPrintable(error));
-    QVERIFY(screen.url().startsWith("https://" + QSysInfo::machineHostName() + ":"));
+    QVERIFY2(
+        m_screen->start({everywhere, file(qPrintable(name + ".pem")), file(qPrintable(name + "-key.pem"))},
+                        &m_error),
+        qPrintable(m_error));
+    QVERIFY(m_screen->url().startsWith("https://" + QSysInfo::machineHostName() + ":"));
     // By an address, for this machine may not know its own name.
-    const QString url = "https://127.0.0.1:" + screen.url().section(':', 2);
+    const QString url = "https://127.0.0.1:" + m_screen->url().section(':', 2);
     QWebSocket page(url.section("/#", 0, 0));
     QVERIFY(connectPage(&page, url));
     QCOMPARE(page.sslConfiguration().peerCertificate().subjectInfo(QSslCertificate::CommonName),
@@ -207,12 +200,10 @@ void TestRemoteScreen::tlsIsSpokenWithTheCertificate()
 
 void TestRemoteScreen::pageIsHandedOutOverTls()
 {
-    RemoteScreen screen(m_unit.data());
-    QString error;
-    QVERIFY(screen.start({anyPort(), file("unit.pem"), file("unit-key.pem")}, &error));
+    QVERIFY(m_screen->start({anyPort(), file("unit.pem"), file("unit-key.pem")}, &m_error));
     QSslSocket socket;
     socket.setPeerVerifyMode(QSslSocket::VerifyNone);
-    socket.connectToHostEncrypted("127.0.0.1", quint16(QUrl(screen.url()).port()));
+    socket.connectToHostEncrypted("127.0.0.1", quint16(QUrl(m_screen->url()).port()));
     QVERIFY(QTest::qWaitFor([&socket] { return socket.isEncrypted(); }));
     socket.write("GET / HTTP/1.1\r\nHost: unit.example\r\n\r\n");
     QVERIFY(QTest::qWaitFor([&socket] { return socket.state() == QAbstractSocket::UnconnectedState; }));
@@ -224,11 +215,9 @@ void TestRemoteScreen::pageIsHandedOutOverTls()
 
 void TestRemoteScreen::clearTextGetsNothingWhereTlsIsSpoken()
 {
-    RemoteScreen screen(m_unit.data());
-    QString error;
-    QVERIFY(screen.start({anyPort(), file("unit.pem"), file("unit-key.pem")}, &error));
+    QVERIFY(m_screen->start({anyPort(), file("unit.pem"), file("unit-key.pem")}, &m_error));
     QTcpSocket socket;
-    socket.connectToHost(QHostAddress::LocalHost, quint16(QUrl(screen.url()).port()));
+    socket.connectToHost(QHostAddress::LocalHost, quint16(QUrl(m_screen->url()).port()));
     socket.write("GET / HTTP/1.1\r\nHost: localhost\r\n\r\n");
     QVERIFY(
         QTest::qWaitFor([&socket] { return socket.state() == QAbstractSocket::UnconnectedState; }, 10000));
@@ -237,28 +226,24 @@ void TestRemoteScreen::clearTextGetsNothingWhereTlsIsSpoken()
 
 void TestRemoteScreen::endIsSaid()
 {
-    QScopedPointer<RemoteScreen> screen(new RemoteScreen(m_unit.data()));
-    QString error;
-    QVERIFY(screen->start({anyPort(), {}, {}}, &error));
-    QWebSocket page(screen->url().section("/#", 0, 0));
-    QVERIFY(connectPage(&page, screen->url()));
-    screen.reset();
+    QVERIFY(m_screen->start({anyPort(), {}, {}}, &m_error));
+    QWebSocket page(m_screen->url().section("/#", 0, 0));
+    QVERIFY(connectPage(&page, m_screen->url()));
+    m_screen.reset();
     QVERIFY(QTest::qWaitFor([&page] { return page.state() == QAbstractSocket::UnconnectedState; }));
     QCOMPARE(page.closeCode(), QWebSocketProtocol::CloseCodeGoingAway);
 }
 
 void TestRemoteScreen::windowIsLeftAloneWhileNobodyLooks()
 {
-    RemoteScreen screen(m_unit.data());
-    QString error;
-    QVERIFY(screen.start({anyPort(), {}, {}}, &error));
+    QVERIFY(m_screen->start({anyPort(), {}, {}}, &m_error));
     {
-        QWebSocket page(screen.url().section("/#", 0, 0));
-        QVERIFY(connectPage(&page, screen.url()));
+        QWebSocket page(m_screen->url().section("/#", 0, 0));
+        QVERIFY(connectPage(&page, m_screen->url()));
     }
     const int frames = m_frames;
-    QWebSocket stranger(screen.url().section("/#", 0, 0));
-    stranger.open(QUrl(screen.url().section('#', 0, 0).replace("http", "ws")));
+    QWebSocket stranger(m_screen->url().section("/#", 0, 0));
+    stranger.open(QUrl(m_screen->url().section('#', 0, 0).replace("http", "ws")));
     QVERIFY(QTest::qWaitFor([&stranger] { return stranger.state() == QAbstractSocket::ConnectedState; }));
     m_unit->setLit(false);
     QCoreApplication::processEvents();

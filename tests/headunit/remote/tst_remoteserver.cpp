@@ -4,7 +4,6 @@
 #include "headunit/remote/remoteserver.h"
 #include "headunit/remote/visitor.h"
 
-#include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QTcpSocket>
@@ -18,7 +17,7 @@ class TestRemoteServer : public QObject
     Q_OBJECT
 private slots:
     void init();
-    void cleanup();
+    void cleanup() { m_server.reset(); }
     void pageIsHandedOut();
     void requestIsRefused_data();
     void requestIsRefused();
@@ -98,11 +97,6 @@ void TestRemoteServer::init()
     connect(m_server.data(), &RemoteServer::watched, this, [this](bool on) { m_watched.append(on); });
     connect(m_server.data(), &RemoteServer::frameWanted, this, [this] { ++m_wanted; });
     connect(m_server.data(), &RemoteServer::letGo, this, [this] { ++m_lettingsGo; });
-}
-
-void TestRemoteServer::cleanup()
-{
-    m_server.reset();
 }
 
 TestRemoteServer::PagePointer TestRemoteServer::connectPage(const QByteArray& origin)

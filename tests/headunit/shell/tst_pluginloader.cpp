@@ -5,7 +5,6 @@
 #include "common/appplugin.h"
 #include "common/windowinterface.h"
 
-#include <QPluginLoader>
 #include <QtTest>
 
 #include <sys/stat.h>
@@ -211,9 +210,8 @@ void TestPluginLoader::refusalReadsMetaData()
     QFETCH(QString, identifier);
     QFETCH(QString, className);
     QFETCH(int, version);
-    QFETCH(bool, allowed);
     const QJsonObject metaData{{"IID", identifier}, {"className", className}, {"version", version}};
-    QCOMPARE(PluginLoader::refusal(metaData).isEmpty(), allowed);
+    QTEST(PluginLoader::refusal(metaData).isEmpty(), "allowed");
 }
 
 void TestPluginLoader::platformLibraryIsNoWarning()

@@ -5,7 +5,6 @@
 
 #include <QMap>
 #include <QStringList>
-#include <QVector>
 
 #include <functional>
 #include <optional>

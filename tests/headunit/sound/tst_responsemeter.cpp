@@ -38,6 +38,7 @@ class TestResponseMeter : public QObject
 {
     Q_OBJECT
 private slots:
+    void init() { m_meter.restart(rate, 0); }
     void saysNothingBeforeTwoPieces();
     void gainsOfEachSpeakerAreFound();
     void latencyAndDelayDontMatter();
@@ -55,19 +56,20 @@ private slots:
     void newerPiecesReplaceOldOnes();
     void enginesOwnResponseIsFound_data();
     void enginesOwnResponseIsFound();
+
+private:
+    ResponseMeter m_meter;
 };
 
 void TestResponseMeter::saysNothingBeforeTwoPieces()
 {
-    ResponseMeter meter;
-    meter.restart(rate, 0);
-    QCOMPARE(meter.pieces(), 0);
-    QVERIFY(meter.curve(FrontLeft, {1000}, 0.1).hz.empty());
-    addAll(&meter, noise(38000));
-    QCOMPARE(meter.pieces(), 1);
-    QVERIFY(meter.curve(FrontLeft, {1000}, 0.1).hz.empty());
-    addAll(&meter, noise(20000));
-    QCOMPARE(meter.pieces(), 2);
+    QCOMPARE(m_meter.pieces(), 0);
+    QVERIFY(m_meter.curve(FrontLeft, {1000}, 0.1).hz.empty());
+    addAll(&m_meter, noise(38000));
+    QCOMPARE(m_meter.pieces(), 1);
+    QVERIFY(m_meter.curve(FrontLeft, {1000}, 0.1).hz.empty());
+    addAll(&m_meter, noise(20000));
+    QCOMPARE(m_meter.pieces(), 2);
 }
 
 void TestResponseMeter::gainsOfEachSpeakerAreFound()
@@ -81,12 +83,10 @@ void TestResponseMeter::gainsOfEachSpeakerAreFound()
         frame.speaker[RearRight] = 2 * right;
         frame.speaker[Subwoofer] = 0.7f * (left + right);
     }
-    ResponseMeter meter;
-    meter.restart(rate, 0);
-    addAll(&meter, frames);
+    addAll(&m_meter, frames);
     const double expected[speakerCount] = {1, 0.5, 0.25, 2, 1.4};
     for (int i = 0; i < speakerCount; ++i) {
-        const ResponseMeter::Curve curve = meter.curve(Speaker(i), {50, 1000, 15000}, 1.0 / 12);
+        const ResponseMeter::Curve curve = m_meter.curve(Speaker(i), {50, 1000, 15000}, 1.0 / 12);
         QCOMPARE(int(curve.hz.size()), 3);
         for (int k = 0; k < 3; ++k)
             QVERIFY(std::abs(curve.hz[k] - (k == 0 ? 50 : k == 1 ? 1000 : 15000)) < 3); // a bin
@@ -101,10 +101,9 @@ void TestResponseMeter::latencyAndDelayDontMatter()
     std::vector<HeardFrame> frames = noise(144000);
     for (std::size_t n = latency + delay; n < frames.size(); ++n)
         frames[n].speaker[FrontLeft] = frames[n - latency - delay].programme[0];
-    ResponseMeter meter;
-    meter.restart(rate, latency);
-    addAll(&meter, frames);
-    const ResponseMeter::Curve curve = meter.curve(FrontLeft, {40, 1000, 16000}, 1.0 / 12);
+    m_meter.restart(rate, latency);
+    addAll(&m_meter, frames);
+    const ResponseMeter::Curve curve = m_meter.curve(FrontLeft, {40, 1000, 16000}, 1.0 / 12);
     QCOMPARE(int(curve.hz.size()), 3);
     for (const double factor : curve.factors)
         QVERIFY2(std::abs(dB(factor)) < 0.5, qPrintable(QString::number(dB(factor))));
@@ -112,19 +111,15 @@ void TestResponseMeter::latencyAndDelayDontMatter()
 
 void TestResponseMeter::silentProgrammeHasNoResponse()
 {
-    ResponseMeter meter;
-    meter.restart(rate, 0);
-    addAll(&meter, std::vector<HeardFrame>(60000));
-    QVERIFY(meter.pieces() >= 2);
-    QVERIFY(meter.curve(FrontLeft, {100, 1000}, 0.1).hz.empty());
+    addAll(&m_meter, std::vector<HeardFrame>(60000));
+    QVERIFY(m_meter.pieces() >= 2);
+    QVERIFY(m_meter.curve(FrontLeft, {100, 1000}, 0.1).hz.empty());
 }
 
 void TestResponseMeter::silentSpeakerIsAtTheBottom()
 {
-    ResponseMeter meter;
-    meter.restart(rate, 0);
-    addAll(&meter, noise(60000));
-    const ResponseMeter::Curve curve = meter.curve(FrontLeft, {1000}, 0.1);
+    addAll(&m_meter, noise(60000));
+    const ResponseMeter::Curve curve = m_meter.curve(FrontLeft, {1000}, 0.1);
     QCOMPARE(int(curve.factors.size()), 1);
     QCOMPARE(curve.factors[0], 0.0);
 }
@@ -136,10 +131,8 @@ void TestResponseMeter::frequenciesThatArentPlayedAreLeftOut()
         const float x = 0.1f * float(std::sin(2 * M_PI * 1000 / rate * double(n)));
         frames[n] = {{x, x}, {x, x, x, x, x}};
     }
-    ResponseMeter meter;
-    meter.restart(rate, 0);
-    addAll(&meter, frames);
-    const ResponseMeter::Curve curve = meter.curve(FrontLeft, {100, 1000, 10000}, 1.0 / 12);
+    addAll(&m_meter, frames);
+    const ResponseMeter::Curve curve = m_meter.curve(FrontLeft, {100, 1000, 10000}, 1.0 / 12);
     QCOMPARE(int(curve.hz.size()), 1);
     QVERIFY(std::abs(curve.hz[0] - 1000) < 3);
     QVERIFY(std::abs(curve.factors[0] - 1) < 1e-3);
@@ -176,13 +169,11 @@ void TestResponseMeter::toneHasDotsOnlyWhereItIs()
         const float x = float(amplitude * std::sin(2 * M_PI * hz / rate * double(n)));
         frames[n] = {{x, x}, {x, x, x, x, x}};
     }
-    ResponseMeter meter;
-    meter.restart(rate, 0);
-    addAll(&meter, frames);
+    addAll(&m_meter, frames);
     const std::vector<double> asked = panelFrequencies();
     int dots = 0;
     for (int i = 0; i < speakerCount; ++i) {
-        const ResponseMeter::Curve curve = meter.curve(Speaker(i), asked, 1.0 / 6);
+        const ResponseMeter::Curve curve = m_meter.curve(Speaker(i), asked, 1.0 / 6);
         for (std::size_t k = 0; k < curve.hz.size(); ++k, ++dots) {
             QVERIFY2(std::abs(curve.hz[k] - hz) < 3 * rate / 32768, qPrintable(QString::number(curve.hz[k])));
             QVERIFY2(std::abs(dB(curve.factors[k])) < 0.01, qPrintable(QString::number(curve.factors[k])));
@@ -223,13 +214,11 @@ void TestResponseMeter::wideSoundHasDotsEverywhere()
         const float y = float(x);
         frames[n] = {{y, y}, {y, y, y, y, y}};
     }
-    ResponseMeter meter;
-    meter.restart(rate, 0);
     const std::vector<double> asked = panelFrequencies();
     std::vector<double> found; // at any time: a sweep is nowhere for long
     for (std::size_t done = 0; done < frames.size(); done += 12000) {
-        meter.add(frames.data() + done, int(std::min<std::size_t>(12000, frames.size() - done)));
-        const ResponseMeter::Curve curve = meter.curve(RearRight, asked, 1.0 / 6);
+        m_meter.add(frames.data() + done, int(std::min<std::size_t>(12000, frames.size() - done)));
+        const ResponseMeter::Curve curve = m_meter.curve(RearRight, asked, 1.0 / 6);
         found.insert(found.end(), curve.hz.begin(), curve.hz.end());
     }
     int dots = 0;
@@ -242,10 +231,8 @@ void TestResponseMeter::wideSoundHasDotsEverywhere()
 
 void TestResponseMeter::frequenciesInOneBinAreOneDot()
 {
-    ResponseMeter meter;
-    meter.restart(rate, 0);
-    addAll(&meter, noise(96000));
-    QCOMPARE(int(meter.curve(FrontLeft, {20, 20.1, 20.2, 1000}, 1.0 / 12).hz.size()), 2);
+    addAll(&m_meter, noise(96000));
+    QCOMPARE(int(m_meter.curve(FrontLeft, {20, 20.1, 20.2, 1000}, 1.0 / 12).hz.size()), 2);
 }
 
 void TestResponseMeter::chimeOverTheProgrammeIsLeftOut()
@@ -254,54 +241,46 @@ void TestResponseMeter::chimeOverTheProgrammeIsLeftOut()
     for (std::size_t n = 0; n < frames.size(); ++n)
         frames[n].speaker[FrontLeft] =
             frames[n].programme[0] + 0.5f * float(std::sin(2 * M_PI * 1000 / rate * double(n)));
-    ResponseMeter meter;
-    meter.restart(rate, 0);
-    addAll(&meter, frames);
-    const ResponseMeter::Curve curve = meter.curve(FrontLeft, {100, 1000, 10000}, 1.0 / 12);
+    addAll(&m_meter, frames);
+    const ResponseMeter::Curve curve = m_meter.curve(FrontLeft, {100, 1000, 10000}, 1.0 / 12);
     QCOMPARE(int(curve.hz.size()), 2);
     QVERIFY(std::abs(curve.hz[0] - 100) < 3 && std::abs(curve.hz[1] - 10000) < 3);
 }
 
 void TestResponseMeter::restartForgets()
 {
-    ResponseMeter meter;
-    meter.restart(rate, 0);
     std::vector<HeardFrame> frames = noise(96000);
     for (HeardFrame& frame : frames)
         frame.speaker[FrontLeft] = frame.programme[0];
-    addAll(&meter, frames);
-    meter.restart(rate, 0);
-    QCOMPARE(meter.pieces(), 0);
+    addAll(&m_meter, frames);
+    m_meter.restart(rate, 0);
+    QCOMPARE(m_meter.pieces(), 0);
     for (HeardFrame& frame : frames)
         frame.speaker[FrontLeft] = 0.1f * frame.programme[0];
-    addAll(&meter, frames);
-    QVERIFY(std::abs(dB(meter.curve(FrontLeft, {1000}, 0.1).factors.at(0)) + 20) < 0.01);
+    addAll(&m_meter, frames);
+    QVERIFY(std::abs(dB(m_meter.curve(FrontLeft, {1000}, 0.1).factors.at(0)) + 20) < 0.01);
 }
 
 void TestResponseMeter::gapDoesntJoinWhatIsApart()
 {
-    ResponseMeter meter;
-    meter.restart(rate, 0);
     for (int i = 0; i < 10; ++i) {
-        addAll(&meter, noise(4800)); // far less than a piece each
-        meter.gap();
+        addAll(&m_meter, noise(4800)); // far less than a piece each
+        m_meter.gap();
     }
-    QCOMPARE(meter.pieces(), 0);
+    QCOMPARE(m_meter.pieces(), 0);
 }
 
 void TestResponseMeter::newerPiecesReplaceOldOnes()
 {
-    ResponseMeter meter;
-    meter.restart(rate, 0);
     std::vector<HeardFrame> frames = noise(96000);
     for (HeardFrame& frame : frames)
         frame.speaker[FrontLeft] = frame.programme[0];
-    addAll(&meter, frames);
+    addAll(&m_meter, frames);
     for (HeardFrame& frame : frames)
         frame.speaker[FrontLeft] = 0.1f * frame.programme[0];
     for (int i = 0; i < 12; ++i)
-        addAll(&meter, frames);
-    const double found = dB(meter.curve(FrontLeft, {1000}, 0.1).factors.at(0));
+        addAll(&m_meter, frames);
+    const double found = dB(m_meter.curve(FrontLeft, {1000}, 0.1).factors.at(0));
     QVERIFY2(found < -19.5, qPrintable(QString::number(found)));
 }
 
@@ -346,12 +325,11 @@ void TestResponseMeter::enginesOwnResponseIsFound()
         for (int i = 0; i < speakerCount; ++i)
             frames[n].speaker[i] = out[i][n];
 
-    ResponseMeter meter;
-    meter.restart(engineRate, engine.latencyFrames());
-    addAll(&meter, frames);
+    m_meter.restart(engineRate, engine.latencyFrames());
+    addAll(&m_meter, frames);
     const std::vector<double> hz = {40, 100, 250, 1000, 4000, 10000, 16000};
     for (int i = 0; i < speakerCount; ++i) {
-        const ResponseMeter::Curve curve = meter.curve(Speaker(i), hz, 1.0 / 12);
+        const ResponseMeter::Curve curve = m_meter.curve(Speaker(i), hz, 1.0 / 12);
         QVERIFY(curve.hz.size() >= 4);
         for (std::size_t k = 0; k < curve.hz.size(); ++k) {
             const double expected = dB(std::abs(engine.response(Speaker(i), curve.hz[k])));

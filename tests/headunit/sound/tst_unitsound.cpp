@@ -20,7 +20,6 @@
 #include <QComboBox>
 #include <QLabel>
 #include <QLineEdit>
-#include <QTabWidget>
 #include <QtTest>
 
 #include <qwt_plot.h>

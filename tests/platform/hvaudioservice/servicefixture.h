@@ -7,7 +7,6 @@
 #include "tests/support/askedsound.h"
 #include "tests/support/messagelog.h"
 
-#include <QTemporaryDir>
 #include <QtTest>
 
 #include <functional>

@@ -25,7 +25,7 @@ private slots:
     void noPictureBesidesTheList();
     void pressedPictureDiffersClearly_data();
     void pressedPictureDiffersClearly();
-    void iconOfTheSizeShowsThePictureUnscaled_data();
+    void iconOfTheSizeShowsThePictureUnscaled_data() { pictureLoadsAtItsSizeAndAtTwiceIt_data(); }
     void iconOfTheSizeShowsThePictureUnscaled();
     void switchOnIsBrightAndItsKnobRight();
     void titleBarCarriesBothTitleColours();
@@ -146,11 +146,6 @@ void TestIcons::pressedPictureDiffersClearly()
         }
     }
     QVERIFY2(changed > n.width() * n.height() / 4, qPrintable(QString::number(changed)));
-}
-
-void TestIcons::iconOfTheSizeShowsThePictureUnscaled_data()
-{
-    pictureLoadsAtItsSizeAndAtTwiceIt_data();
 }
 
 void TestIcons::iconOfTheSizeShowsThePictureUnscaled()

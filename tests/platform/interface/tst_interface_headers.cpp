@@ -1,4 +1,3 @@
-#include <QDirIterator>
 #include <QtTest>
 
 /// That each header compiles alone is proved by building this executable: it carries one object a header,

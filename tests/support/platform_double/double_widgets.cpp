@@ -3,7 +3,6 @@
 #include "common/scroll.h"
 #include "tests/support/platform_double/platform_double.h"
 
-#include <QKeyEvent>
 #include <QMouseEvent>
 #include <QPointer>
 #include <QPushButton>

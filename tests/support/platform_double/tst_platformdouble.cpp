@@ -8,7 +8,6 @@
 #include "tests/support/touch.h"
 
 #include <QScrollArea>
-#include <QSignalSpy>
 #include <QtTest>
 
 using namespace platform_double;

@@ -3,7 +3,6 @@
 #include "common/transferstation.h"
 #include "platform/common/framework/journal.h"
 
-#include <QPointer>
 #include <QWidget>
 #include <QtTest>
 

@@ -2,7 +2,6 @@
 #include "platform/common/framework/journal.h"
 #include "platform/common/framework/journaltext.h"
 
-#include <QTemporaryFile>
 #include <QtTest>
 
 #include <cstdio>

@@ -5,9 +5,6 @@
 #include "tests/support/messagelog.h"
 #include "tests/support/process.h"
 
-#include <QDir>
-#include <QProcess>
-#include <QTemporaryDir>
 #include <QtTest>
 
 #include <sqlite3.h>

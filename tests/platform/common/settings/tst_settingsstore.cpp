@@ -3,7 +3,6 @@
 #include "platform/common/settings/settingsstore.h"
 #include "tests/support/messagelog.h"
 
-#include <QTemporaryDir>
 #include <QtTest>
 
 #include <limits>
@@ -18,7 +17,7 @@ class TestSettingsStore : public QObject
     Q_OBJECT
 private slots:
     void init();
-    void cleanup();
+    void cleanup() { store()->close(); }
     void defaultPathFollowsXdgDataHome();
     void worksFromMemoryBeforeItIsOpened();
     void anAbsentKeyReadsAsTheDefault();
@@ -62,11 +61,6 @@ void TestSettingsStore::init()
     QCOMPARE(store()->open(m_path, &message), SettingsStore::Opened::Durable);
     QVERIFY(message.isEmpty());
     QVERIFY(store()->values().isEmpty());
-}
-
-void TestSettingsStore::cleanup()
-{
-    store()->close();
 }
 
 void TestSettingsStore::defaultPathFollowsXdgDataHome()

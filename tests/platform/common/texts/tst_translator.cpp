@@ -3,8 +3,6 @@
 #include "platform/common/widgets/unitstyle.h"
 
 #include <QLabel>
-#include <QProcess>
-#include <QSignalSpy>
 #include <QtTest>
 
 #include <set>

@@ -1,6 +1,5 @@
 #include "common/customslider.h"
 
-#include <QSignalSpy>
 #include <QtTest>
 
 #include <limits>

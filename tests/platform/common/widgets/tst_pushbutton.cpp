@@ -1,8 +1,6 @@
 #include "common/pushbutton.h"
 
-#include <QElapsedTimer>
 #include <QPushButton>
-#include <QSignalSpy>
 #include <QtTest>
 
 #include <memory>

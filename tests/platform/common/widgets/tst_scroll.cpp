@@ -4,7 +4,6 @@
 #include <QPushButton>
 #include <QScrollArea>
 #include <QScroller>
-#include <QSignalSpy>
 #include <QtTest>
 
 #include <malloc.h>

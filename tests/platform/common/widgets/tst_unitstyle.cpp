@@ -2,14 +2,10 @@
 #include "platform/common/widgets/palette.h"
 #include "platform/common/widgets/unitstyle.h"
 
-#include <QFontDatabase>
-#include <QFontInfo>
 #include <QGlyphRun>
 #include <QLabel>
 #include <QPainter>
-#include <QProcess>
 #include <QPushButton>
-#include <QTemporaryDir>
 #include <QTextLayout>
 #include <QtTest>
 

@@ -125,9 +125,8 @@ void TestEqualizer::everyCornerIsMetByTheSolver_data()
 void TestEqualizer::everyCornerIsMetByTheSolver()
 {
     QFETCH(double, rate);
-    QFETCH(int, used);
     const EqualizerDesign design(rate);
-    QCOMPARE(design.usedBands(), used);
+    QTEST(design.usedBands(), "used");
     double worst = 0;
     for (int bits = 0; bits < 1 << bandCount; ++bits)
         worst = std::max(worst, worstOfSolver(design, corner(bits), rate));

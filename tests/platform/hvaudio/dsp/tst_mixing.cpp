@@ -4,6 +4,16 @@
 
 using namespace sound;
 
+static void addPrompts()
+{
+    QTest::addColumn<int>("prompt");
+    QTest::addColumn<double>("duckDb");
+    QTest::newRow("ring") << int(Ring) << -20.0;
+    QTest::newRow("call") << int(Call) << -200.0;
+    QTest::newRow("voice") << int(Voice) << -20.0;
+    QTest::newRow("navi") << int(Navi) << -12.0;
+}
+
 /// What happens around the filters: sources that change, prompts and the key beep.
 class TestMixing : public QObject
 {
@@ -12,9 +22,9 @@ class TestMixing : public QObject
 private slots:
     void sourceChangesOnlyInSilence();
     void sourceChangeWhileOffIsNotHeardFromTheOldOne();
-    void promptsAreHeardOverMuteAndFollowTheirVolume_data();
+    void promptsAreHeardOverMuteAndFollowTheirVolume_data() { addPrompts(); }
     void promptsAreHeardOverMuteAndFollowTheirVolume();
-    void programmeDucksWhileAPromptSounds_data();
+    void programmeDucksWhileAPromptSounds_data() { addPrompts(); }
     void programmeDucksWhileAPromptSounds();
     void promptPassesTheEqualizerBy();
     void beepSoundsOnEverySpeakerAndEnds();
@@ -35,16 +45,6 @@ static Signal playPrompt(Rig& rig, const Signal& programme, const Signal& prompt
     block.frames = int(programme.size());
     rig.engine.process(block);
     return out;
-}
-
-static void addPrompts()
-{
-    QTest::addColumn<int>("prompt");
-    QTest::addColumn<double>("duckDb");
-    QTest::newRow("ring") << int(Ring) << -20.0;
-    QTest::newRow("call") << int(Call) << -200.0;
-    QTest::newRow("voice") << int(Voice) << -20.0;
-    QTest::newRow("navi") << int(Navi) << -12.0;
 }
 
 void TestMixing::sourceChangesOnlyInSilence()
@@ -92,11 +92,6 @@ void TestMixing::sourceChangeWhileOffIsNotHeardFromTheOldOne()
     QVERIFY(peak(rig.play(in, 48000)[FrontLeft]) > 0.49f);
 }
 
-void TestMixing::promptsAreHeardOverMuteAndFollowTheirVolume_data()
-{
-    addPrompts();
-}
-
 void TestMixing::promptsAreHeardOverMuteAndFollowTheirVolume()
 {
     QFETCH(int, prompt);
@@ -114,11 +109,6 @@ void TestMixing::promptsAreHeardOverMuteAndFollowTheirVolume()
                      qPrintable(QString("%1 %2").arg(volume).arg(peak(out, 2400))));
         }
     }
-}
-
-void TestMixing::programmeDucksWhileAPromptSounds_data()
-{
-    addPrompts();
 }
 
 void TestMixing::programmeDucksWhileAPromptSounds()

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <QByteArray>
-#include <QTemporaryDir>
 
 #include <sndfile.h>
 #include <string>

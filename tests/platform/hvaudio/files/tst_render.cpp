@@ -82,7 +82,15 @@ private:
     {
         return QDir(m_folder.path()).entryList(QDir::AllEntries | QDir::Hidden | QDir::System, QDir::Name);
     }
+    bool renders(const RenderJob& job)
+    {
+        m_error.clear();
+        return render(job, m_report, m_error);
+    }
+
     QTemporaryDir m_folder;
+    RenderReport m_report;
+    std::string m_error;
 };
 
 std::string TestRender::noise(int rate, int frames, float level) const
@@ -98,16 +106,14 @@ std::string TestRender::noise(int rate, int frames, float level) const
 
 void TestRender::neutralSettingsGiveTheInputOnFiveSpeakers()
 {
-    RenderReport report;
-    std::string error;
-    QVERIFY2(render({noise(48000, 48000), path("out.wav"), neutral(), false}, report, error), error.c_str());
+    QVERIFY2(renders({noise(48000, 48000), path("out.wav"), neutral(), false}), m_error.c_str());
     const auto in = files::read(path("in.wav")), out = speakersOf("out.wav");
     QCOMPARE(out.info.channels, 5);
     QCOMPARE(out.info.format & SF_FORMAT_SUBMASK, int(SF_FORMAT_FLOAT));
     QCOMPARE(out.info.samplerate, 48000);
     QCOMPARE(int(out.info.frames), 48000 + 4800);
-    QCOMPARE(report.frames, (long long)(out.info.frames));
-    QVERIFY(report.remark.empty());
+    QCOMPARE(m_report.frames, (long long)(out.info.frames));
+    QVERIFY(m_report.remark.empty());
     for (int n = 0; n < 48000; ++n) {
         const float left = in.channels[0][n], right = in.channels[1][n];
         const float wanted[5] = {left, right, left, right, (left + right) / 2};
@@ -126,9 +132,7 @@ void TestRender::playersKnowWhichSpeakerIsWhich()
     settings.cabin[dsp::RearLeft].attenuation = 6;
     settings.cabin[dsp::RearRight].attenuation = 12;
     settings.cabin[dsp::FrontRight].attenuation = 3;
-    RenderReport report;
-    std::string error;
-    QVERIFY2(render({noise(48000, 48000), path("out.wav"), settings, false}, report, error), error.c_str());
+    QVERIFY2(renders({noise(48000, 48000), path("out.wav"), settings, false}), m_error.c_str());
     const auto in = files::read(path("in.wav")), out = files::read(path("out.wav"));
     const double db[] = {0, -3, -20, -6, -12}; // FL FR LFE BL BR
     for (std::size_t c = 0; c < std::size(db); ++c) {
@@ -137,7 +141,7 @@ void TestRender::playersKnowWhichSpeakerIsWhich()
         QVERIFY2(std::abs(out.channels[c][9] - from * std::pow(10, db[c] / 20)) < 2e-6,
                  qPrintable(QString::number(c)));
     }
-    QVERIFY2(render({path("in.wav"), path("two.wav"), settings, true}, report, error), error.c_str());
+    QVERIFY2(renders({path("in.wav"), path("two.wav"), settings, true}), m_error.c_str());
 
     // The header's own words: a format with extensions, and its mask of channels.
     const auto maskOf = [this](const char* name) {
@@ -182,13 +186,11 @@ void TestRender::rateIsKeptWhereTheProcessorKnowsIt()
 {
     QFETCH(int, in);
     QFETCH(int, out);
-    RenderReport report;
-    std::string error;
-    QVERIFY2(render({noise(in, in / 2), path("out.wav"), neutral(), false}, report, error), error.c_str());
+    QVERIFY2(renders({noise(in, in / 2), path("out.wav"), neutral(), false}), m_error.c_str());
     const auto result = files::read(path("out.wav"));
     QCOMPARE(result.info.samplerate, out);
     QVERIFY(std::abs(double(result.info.frames) - 0.6 * out) <= 2);
-    QCOMPARE(int(report.inputRate), in);
+    QCOMPARE(int(m_report.inputRate), in);
 }
 
 void TestRender::settingsAreHeard()
@@ -204,9 +206,7 @@ void TestRender::settingsAreHeard()
     settings.cabin[dsp::RearLeft].delayMs = 2.5;
     settings.balance = 6 / 15.0;
     settings.subwoofer.lowPass.hz = 80;
-    RenderReport report;
-    std::string error;
-    QVERIFY2(render({in, path("out.wav"), settings, false}, report, error), error.c_str());
+    QVERIFY2(renders({in, path("out.wav"), settings, false}), m_error.c_str());
     const auto out = speakersOf("out.wav");
 
     dsp::Engine engine;
@@ -241,11 +241,9 @@ void TestRender::settingsAreHeard()
 
 void TestRender::stereoIsTheFold()
 {
-    RenderReport report;
-    std::string error;
     const std::string in = noise(48000, 20000);
-    QVERIFY2(render({in, path("five.wav"), neutral(), false}, report, error), error.c_str());
-    QVERIFY2(render({in, path("two.wav"), neutral(), true}, report, error), error.c_str());
+    QVERIFY2(renders({in, path("five.wav"), neutral(), false}), m_error.c_str());
+    QVERIFY2(renders({in, path("two.wav"), neutral(), true}), m_error.c_str());
     const auto five = speakersOf("five.wav"), two = files::read(path("two.wav"));
     QCOMPARE(two.info.channels, 2);
     QCOMPARE(two.info.frames, five.info.frames);
@@ -262,9 +260,7 @@ void TestRender::muteAndPowerDontSilenceTheRendering()
     dsp::Settings settings = neutral();
     settings.power = false;
     settings.mute = true;
-    RenderReport report;
-    std::string error;
-    QVERIFY2(render({noise(48000, 10000), path("out.wav"), settings, false}, report, error), error.c_str());
+    QVERIFY2(renders({noise(48000, 10000), path("out.wav"), settings, false}), m_error.c_str());
     const auto in = files::read(path("in.wav")), out = files::read(path("out.wav"));
     QVERIFY(std::abs(out.channels[0][0] - in.channels[0][0]) < 1e-5f); // from the first frame on
 }
@@ -273,11 +269,8 @@ void TestRender::limiterIsRemarked()
 {
     dsp::Settings settings = neutral();
     settings.sourceDb = 10;
-    RenderReport report;
-    std::string error;
-    QVERIFY2(render({noise(48000, 20000, 0.9f), path("out.wav"), settings, false}, report, error),
-             error.c_str());
-    QVERIFY2(report.remark.find("limiter") != std::string::npos, report.remark.c_str());
+    QVERIFY2(renders({noise(48000, 20000, 0.9f), path("out.wav"), settings, false}), m_error.c_str());
+    QVERIFY2(m_report.remark.find("limiter") != std::string::npos, m_report.remark.c_str());
     for (const auto& channel : files::read(path("out.wav")).channels)
         for (float x : channel)
             QVERIFY(std::abs(x) <= std::pow(10.0f, -0.1f / 20));
@@ -289,20 +282,18 @@ void TestRender::cutInputIsRemarkedWithItsSeconds()
     for (int n = 0; n < 4 * 48000; ++n)
         samples.insert(samples.end(), 2, float(0.1 * std::sin(n * 0.05) + 0.05 * std::sin(n * 0.31)));
     const std::string in = files::write(path("cut"), SF_FORMAT_FLAC | SF_FORMAT_PCM_16, 48000, 2, samples);
-    RenderReport report;
-    std::string error;
-    QVERIFY2(render({in, path("out.wav"), neutral(), false}, report, error), error.c_str());
-    QVERIFY2(report.remark.empty(), report.remark.c_str());
+    QVERIFY2(renders({in, path("out.wav"), neutral(), false}), m_error.c_str());
+    QVERIFY2(m_report.remark.empty(), m_report.remark.c_str());
 
     QFile file(m_folder.filePath("cut"));
     QVERIFY(file.resize(file.size() * 55 / 100));
-    QVERIFY2(render({in, path("out.wav"), neutral(), false}, report, error), error.c_str());
-    const double seconds = double(report.frames) / report.rate - 0.1; // what rings out
+    QVERIFY2(renders({in, path("out.wav"), neutral(), false}), m_error.c_str());
+    const double seconds = double(m_report.frames) / m_report.rate - 0.1; // what rings out
     QVERIFY(seconds > 0.4 && seconds < 3);
     const QRegularExpression remark("^the input is cut short after ([0-9]+\\.[0-9]) s$");
-    const auto match = remark.match(QString::fromStdString(report.remark));
+    const auto match = remark.match(QString::fromStdString(m_report.remark));
     QVERIFY2(match.hasMatch() && std::abs(match.captured(1).toDouble() - seconds) < 0.06,
-             qPrintable(QString("%1: %2").arg(seconds).arg(report.remark.c_str())));
+             qPrintable(QString("%1: %2").arg(seconds).arg(m_report.remark.c_str())));
 }
 
 void TestRender::sizeThatAPipeLeavesOpenIsNotRemarked()
@@ -314,11 +305,9 @@ void TestRender::sizeThatAPipeLeavesOpenIsNotRemarked()
     const int at = file.readAll().indexOf("data") + 4;
     QVERIFY(file.seek(4) && file.write(size) == 4 && file.seek(at) && file.write(size) == 4);
     file.close();
-    RenderReport report;
-    std::string error;
-    QVERIFY2(render({in, path("out.wav"), neutral(), false}, report, error), error.c_str());
-    QVERIFY2(report.remark.empty(), report.remark.c_str());
-    QVERIFY(report.frames >= 48000 + 4800);
+    QVERIFY2(renders({in, path("out.wav"), neutral(), false}), m_error.c_str());
+    QVERIFY2(m_report.remark.empty(), m_report.remark.c_str());
+    QVERIFY(m_report.frames >= 48000 + 4800);
 }
 
 void TestRender::bothRemarksAreMade()
@@ -328,24 +317,20 @@ void TestRender::bothRemarksAreMade()
     QVERIFY(QFile::resize(QString::fromStdString(in), QFileInfo(path("cut").c_str()).size() / 2));
     dsp::Settings settings = neutral();
     settings.sourceDb = 10;
-    RenderReport report;
-    std::string error;
-    QVERIFY2(render({in, path("out.wav"), settings, false}, report, error), error.c_str());
-    const QString remark = QString::fromStdString(report.remark);
+    QVERIFY2(renders({in, path("out.wav"), settings, false}), m_error.c_str());
+    const QString remark = QString::fromStdString(m_report.remark);
     QVERIFY2(remark.contains(QRegularExpression("cut short after 0\\.[45] s; the limiter took up to")),
              qPrintable(remark));
 }
 
 void TestRender::failureLeavesNoFileAndAnOldOneAsItWas()
 {
-    RenderReport report;
-    std::string error;
     QFile old(m_folder.filePath("old.wav"));
     QVERIFY(old.open(QIODevice::WriteOnly));
     old.write("precious");
     old.close();
-    QVERIFY(!render({path("missing.wav"), path("old.wav"), neutral(), false}, report, error));
-    QVERIFY2(error.find("missing.wav") != std::string::npos, error.c_str());
+    QVERIFY(!renders({path("missing.wav"), path("old.wav"), neutral(), false}));
+    QVERIFY2(m_error.find("missing.wav") != std::string::npos, m_error.c_str());
     QVERIFY(old.open(QIODevice::ReadOnly));
     QCOMPARE(old.readAll(), QByteArray("precious"));
 
@@ -356,11 +341,10 @@ void TestRender::failureLeavesNoFileAndAnOldOneAsItWas()
     for (const std::string& out : {path("no/such/folder.wav"), m_folder.path().toStdString(), path("pipe"),
                                    path("old.wav"), path("full.wav")}) {
         const MediumOf room(1000000);
-        error.clear();
-        QVERIFY2(!render({in, out, neutral(), false}, report, error), out.c_str());
-        QVERIFY2(error.find("'" + out + "'") != std::string::npos, error.c_str());
+        QVERIFY2(!renders({in, out, neutral(), false}), out.c_str());
+        QVERIFY2(m_error.find("'" + out + "'") != std::string::npos, m_error.c_str());
     }
-    QVERIFY2(error.find("full") != std::string::npos, error.c_str());
+    QVERIFY2(m_error.find("full") != std::string::npos, m_error.c_str());
     QCOMPARE(entries(), before);
     QVERIFY(nodes::kind(path("pipe")) == S_IFIFO);
     QVERIFY(old.seek(0));
@@ -374,26 +358,21 @@ void TestRender::outputIsReplacedWhereItsLinkLeads()
     QVERIFY(old.open(QIODevice::WriteOnly) && old.write("old") == 3);
     old.close();
     QVERIFY(QFile::link("linked.wav", m_folder.filePath("link.wav")));
-    RenderReport report;
-    std::string error;
-    QVERIFY2(render({in, path("link.wav"), neutral(), false}, report, error), error.c_str());
+    QVERIFY2(renders({in, path("link.wav"), neutral(), false}), m_error.c_str());
     QVERIFY(nodes::kind(path("link.wav")) == S_IFLNK);
-    QCOMPARE((long long)(files::read(path("linked.wav")).info.frames), report.frames);
+    QCOMPARE((long long)(files::read(path("linked.wav")).info.frames), m_report.frames);
 }
 
 void TestRender::inputAsOutputIsRefusedByAnyName()
 {
-    RenderReport report;
-    std::string error;
     const std::string in = noise(48000, 100);
     QVERIFY(QFile::link("in.wav", m_folder.filePath("same-link.wav")));
     QCOMPARE(link(in.c_str(), path("same-file.wav").c_str()), 0);
     const QStringList before = entries();
     for (const char* name : {"in.wav", "same-link.wav", "same-file.wav"})
         for (const auto& job : {std::make_pair(in, path(name)), {path(name), in}}) {
-            error.clear();
-            QVERIFY(!render({job.first, job.second, neutral(), false}, report, error));
-            QVERIFY2(error.find("it is the file that is read") != std::string::npos, error.c_str());
+            QVERIFY(!renders({job.first, job.second, neutral(), false}));
+            QVERIFY2(m_error.find("it is the file that is read") != std::string::npos, m_error.c_str());
         }
     QCOMPARE(int(files::read(in).info.frames), 100);
     QCOMPARE(entries(), before);

@@ -49,6 +49,7 @@ class TestSoundFile : public QObject
     Q_OBJECT
 
 private slots:
+    void init() { m_error.clear(); }
     void everyFormatIsRead_data();
     void everyFormatIsRead();
     void channelsAreMixedDownByTheStatedLaw_data();
@@ -76,6 +77,7 @@ private slots:
 private:
     std::string path(const char* name) const { return m_folder.filePath(name).toStdString(); }
     QTemporaryDir m_folder;
+    std::string m_error;
 };
 
 void TestSoundFile::everyFormatIsRead_data()
@@ -101,9 +103,8 @@ void TestSoundFile::everyFormatIsRead()
     const auto written = sine(48000, 2, 440, 48000);
     const std::string file = files::write(path("any"), format, 48000, 2, written);
     QVERIFY(!file.empty());
-    std::string error;
-    const auto sound = open(file, error);
-    QVERIFY2(sound, error.c_str());
+    const auto sound = open(file, m_error);
+    QVERIFY2(sound, m_error.c_str());
     QCOMPARE(sound->channels(), 2);
     QCOMPARE(sound->fileRate(), 48000);
     const auto all = readAll(*sound);
@@ -150,9 +151,8 @@ void TestSoundFile::channelsAreMixedDownByTheStatedLaw()
         samples[std::size_t(c * channels + c)] = 1;
     const std::string file =
         files::write(path("channels.wav"), SF_FORMAT_WAV | SF_FORMAT_FLOAT, 48000, channels, samples);
-    std::string error;
-    const auto sound = open(file, error);
-    QVERIFY2(sound, error.c_str());
+    const auto sound = open(file, m_error);
+    QVERIFY2(sound, m_error.c_str());
     const auto all = readAll(*sound);
     QCOMPARE(int(all.size()), channels);
     const double sumLeft = std::accumulate(left.begin(), left.end(), 0.0);
@@ -167,9 +167,8 @@ void TestSoundFile::nineChannelsAreRefused()
 {
     const std::string file = files::write(path("nine.wav"), SF_FORMAT_WAV | SF_FORMAT_FLOAT, 48000, 9,
                                           std::vector<float>(90, 0.1f));
-    std::string error;
-    QVERIFY(!open(file, error));
-    QVERIFY2(QString::fromStdString(error).contains("9 channels"), error.c_str());
+    QVERIFY(!open(file, m_error));
+    QVERIFY2(QString::fromStdString(m_error).contains("9 channels"), m_error.c_str());
 }
 
 void TestSoundFile::ratesAreConverted_data()
@@ -187,9 +186,8 @@ void TestSoundFile::ratesAreConverted()
     QFETCH(double, to);
     const std::string file = files::write(path("rate.wav"), SF_FORMAT_WAV | SF_FORMAT_FLOAT, from, 1,
                                           sine(from / 2, 1, 1000, from));
-    std::string error;
-    const auto sound = open(file, error, to);
-    QVERIFY2(sound, error.c_str());
+    const auto sound = open(file, m_error, to);
+    QVERIFY2(sound, m_error.c_str());
     QCOMPARE(sound->rate(), to);
     const auto all = readAll(*sound);
     QVERIFY2(std::abs(double(all.size()) - double(from / 2) * to / from) <= 2,
@@ -236,10 +234,9 @@ void TestSoundFile::unreadableFilesAreRefusedWithAMessage()
         QVERIFY(file.open(QIODevice::WriteOnly));
         file.write(contents);
     }
-    std::string error;
-    QVERIFY(!open(name.toStdString(), error));
-    const QString text = QString::fromStdString(error);
-    QVERIFY2(text.contains(says) && text.contains(name) && !text.contains('\n'), error.c_str());
+    QVERIFY(!open(name.toStdString(), m_error));
+    const QString text = QString::fromStdString(m_error);
+    QVERIFY2(text.contains(says) && text.contains(name) && !text.contains('\n'), m_error.c_str());
 }
 
 void TestSoundFile::whatIsNoFileIsRefusedWithoutWaiting_data()
@@ -264,10 +261,9 @@ void TestSoundFile::whatIsNoFileIsRefusedWithoutWaiting()
     const std::string base = place.path().toStdString() + "/";
     QVERIFY(nodes::pipe(base + "pipe") && nodes::socket(base + "socket"));
     QVERIFY(QFile::link("pipe", place.filePath("link")));
-    std::string error;
-    QVERIFY(!open(base + name.toStdString(), error)); // whoever waits here waits for ever
-    const QString text = QString::fromStdString(error);
-    QVERIFY2(text.contains(says) && text.contains("'" + place.path() + "/" + name + "'"), error.c_str());
+    QVERIFY(!open(base + name.toStdString(), m_error)); // whoever waits here waits for ever
+    const QString text = QString::fromStdString(m_error);
+    QVERIFY2(text.contains(says) && text.contains("'" + place.path() + "/" + name + "'"), m_error.c_str());
 }
 
 void TestSoundFile::writerOfAPipeIsNotWokenByTheRefusal()
@@ -301,9 +297,8 @@ void TestSoundFile::mp3BehindSomethingElseIsKnownByItsName()
     const QByteArray contents = whole.readAll();
     QVERIFY(whole.seek(0) && whole.write(QByteArray(3000, 0) + contents) == 3000 + contents.size());
     whole.close();
-    std::string error;
-    const auto sound = open(file, error);
-    QVERIFY2(sound, error.c_str());
+    const auto sound = open(file, m_error);
+    QVERIFY2(sound, m_error.c_str());
     QVERIFY(readAll(*sound).size() > 40000);
 }
 
@@ -326,13 +321,12 @@ void TestSoundFile::truncatedFileGivesWhatItHas()
     QFETCH(int, format);
     QFETCH(double, rate);
     const std::string file = files::write(path("cut"), format, 48000, 2, sine(480000, 2, 440, 48000));
-    std::string error;
     std::size_t whole = 0;
     for (const bool cut : {false, true}) {
         if (cut)
             QVERIFY(QFile::resize(QString::fromStdString(file), QFileInfo(path("cut").c_str()).size() / 2));
-        const auto sound = open(file, error, rate);
-        QVERIFY2(sound, error.c_str());
+        const auto sound = open(file, m_error, rate);
+        QVERIFY2(sound, m_error.c_str());
         const auto all = readAll(*sound);
         QVERIFY(sound->rewind());
         QCOMPARE(readAll(*sound).size(), all.size());
@@ -409,9 +403,8 @@ void TestSoundFile::framesThatFlacPromisesAndLacksAreTold()
     for (const bool cut : {false, true}) {
         if (cut)
             QVERIFY(QFile::resize(QString::fromStdString(file), QFileInfo(file.c_str()).size() / 2));
-        std::string error;
-        const auto sound = open(file, error);
-        QVERIFY2(sound, error.c_str());
+        const auto sound = open(file, m_error);
+        QVERIFY2(sound, m_error.c_str());
         QVERIFY(!sound->isCutShort());
         readAll(*sound);
         QCOMPARE(sound->isCutShort(), cut);
@@ -436,9 +429,8 @@ void TestSoundFile::lengthThatAPipeLeavesOpenIsNoFault()
         // Within a block the decoder notices, all the same.
         if (cut)
             QVERIFY(flac.resize(flac.size() / 2));
-        std::string error;
-        const auto sound = open(file, error);
-        QVERIFY2(sound, error.c_str());
+        const auto sound = open(file, m_error);
+        QVERIFY2(sound, m_error.c_str());
         const auto all = readAll(*sound);
         QVERIFY(cut ? all.size() > 10000 : all.size() == 48000);
         QCOMPARE(sound->isCutShort(), cut);
@@ -470,9 +462,8 @@ void TestSoundFile::soundBehindAnOpenSizeIsReadToTheEnd()
     const int at = file.readAll().indexOf(before);
     QVERIFY(at > 0 && file.seek(at + before.size()) && file.write(size) == size.size());
     file.close();
-    std::string error;
-    const auto sound = open(path("stream"), error);
-    QVERIFY2(sound, error.c_str());
+    const auto sound = open(path("stream"), m_error);
+    QVERIFY2(sound, m_error.c_str());
     for (int time = 0; time < 2; ++time) {
         const auto all = readAll(*sound);
         QVERIFY(!sound->isCutShort());
@@ -490,9 +481,8 @@ void TestSoundFile::notANumberIsSilence()
     samples[21] = INFINITY;
     const std::string file =
         files::write(path("nan.wav"), SF_FORMAT_WAV | SF_FORMAT_FLOAT, 48000, 2, samples);
-    std::string error;
-    const auto sound = open(file, error, 44100);
-    QVERIFY2(sound, error.c_str());
+    const auto sound = open(file, m_error, 44100);
+    QVERIFY2(sound, m_error.c_str());
     for (const StereoFrame& frame : readAll(*sound))
         QVERIFY(std::isfinite(frame.left) && std::isfinite(frame.right));
 }
@@ -501,9 +491,8 @@ void TestSoundFile::rewindReadsTheSameAgain()
 {
     const std::string file = files::write(path("again.flac"), SF_FORMAT_FLAC | SF_FORMAT_PCM_16, 44100, 2,
                                           sine(5000, 2, 700, 44100));
-    std::string error;
-    const auto sound = open(file, error, 48000);
-    QVERIFY2(sound, error.c_str());
+    const auto sound = open(file, m_error, 48000);
+    QVERIFY2(sound, m_error.c_str());
     const auto first = readAll(*sound);
     QVERIFY(sound->rewind());
     const auto second = readAll(*sound);

@@ -16,7 +16,7 @@ class TestBackgroundFile : public QObject
 
 private slots:
     void init();
-    void cleanup();
+    void cleanup() { slowmedium::answer(); }
     void fileIsPlayedFromItsStartAndRepeated();
     void whatCantBeReadIsSaidToTheOneWhoWaits();
     void whatCantBeReadIsReportedWhenNobodyWaits();
@@ -60,11 +60,6 @@ void TestBackgroundFile::init()
         samples.push_back(float(n + 1) / 100003);
     m_file = files::write(path("slow.wav"), SF_FORMAT_WAV | SF_FORMAT_FLOAT, 48000, 1, samples);
     m_reports.clear();
-}
-
-void TestBackgroundFile::cleanup()
-{
-    slowmedium::answer();
 }
 
 void TestBackgroundFile::fileIsPlayedFromItsStartAndRepeated()

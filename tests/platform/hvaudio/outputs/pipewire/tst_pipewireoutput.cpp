@@ -34,7 +34,7 @@ class TestPipeWireOutput : public QObject
 
 private slots:
     void init();
-    void cleanup();
+    void cleanup() { m_server.reset(); }
     void sinkIsOneThatPlayersChooseAndTellsItsLatency();
     void fileFromPlayerIsHeardWithTheCurveThatWasSet();
     void deviceWithoutRearAndSubwooferGetsTheFold();
@@ -65,11 +65,6 @@ void TestPipeWireOutput::init()
 {
     m_lines = std::make_unique<Lines>();
     m_server = std::make_unique<PrivatePipeWire>(QStringLiteral(TEST_SUPPORT) + "/pipewire");
-}
-
-void TestPipeWireOutput::cleanup()
-{
-    m_server.reset();
 }
 
 bool TestPipeWireOutput::plays(Player& player, SourceKind kind) const
