@@ -4,8 +4,6 @@
 
 #include <QtTest>
 
-#include <limits>
-
 using namespace audiolevels;
 
 namespace {

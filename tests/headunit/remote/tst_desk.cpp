@@ -43,6 +43,13 @@ private:
         return QTest::qWaitFor([&] { return m_changes > before; }, 2000);
     }
 
+    /// Begins to watch and waits for the first change.
+    bool watches()
+    {
+        m_desk->watch(true);
+        return changes();
+    }
+
     MasterVolume m_volume;
     QScopedPointer<UnitWindow> m_unit;
     QScopedPointer<Desk> m_desk;
@@ -56,10 +63,7 @@ private:
 class Plain : public QWidget
 {
 public:
-    explicit Plain(QWidget* parent = nullptr, Qt::WindowFlags flags = {})
-        : QWidget(parent, flags)
-    {
-    }
+    using QWidget::QWidget;
     QColor colour = Qt::red;
     int painted = 0;
 
@@ -104,8 +108,7 @@ void TestDesk::cleanup()
 
 void TestDesk::firstChangeIsTheWholePicture()
 {
-    m_desk->watch(true);
-    QVERIFY(changes());
+    QVERIFY(watches());
     QCOMPARE(m_layout.size, m_unit->size());
     QCOMPARE(m_last, QRegion(m_unit->rect()));
     QImage wanted(m_unit->size(), QImage::Format_RGB32);
@@ -117,8 +120,7 @@ void TestDesk::laterChangesAreWhatHasChanged()
 {
     auto* mark = new Plain(m_unit->screen());
     mark->setGeometry(500, 300, 20, 10);
-    m_desk->watch(true);
-    QVERIFY(changes());
+    QVERIFY(watches());
     mark->show();
     QVERIFY(changes());
     const QRect place = mark->geometry().translated(m_unit->screen()->pos());
@@ -151,8 +153,7 @@ void TestDesk::nothingIsToldUnlessItIsWanted()
 
 void TestDesk::whatLooksTheSameIsNoChange()
 {
-    m_desk->watch(true);
-    QVERIFY(changes());
+    QVERIFY(watches());
     m_desk->want();
     m_unit->repaint();
     settle();
@@ -166,8 +167,7 @@ void TestDesk::scrolledPixelsAreSeen()
     area->setGeometry(100, 100, 200, 200);
     area->show();
     settle();
-    m_desk->watch(true);
-    QVERIFY(changes());
+    QVERIFY(watches());
     area->colour = Qt::blue;
     area->update(0, 0, 200, 20);
     QVERIFY(changes());
@@ -183,8 +183,7 @@ void TestDesk::whileNobodyWatchesNothingIsDone()
     m_unit->repaint();
     settle();
     QCOMPARE(m_changes, 0);
-    m_desk->watch(true);
-    QVERIFY(changes());
+    QVERIFY(watches());
     m_desk->watch(false);
     m_unit->setLit(false);
     m_desk->want();
@@ -196,15 +195,13 @@ void TestDesk::whileNobodyWatchesNothingIsDone()
     window.show();
     settle();
     const int painted = window.painted;
-    m_desk->watch(true);
-    QVERIFY(changes());
+    QVERIFY(watches());
     QCOMPARE(window.painted, painted);
 }
 
 void TestDesk::secondWindowStandsBesideTheUnit()
 {
-    m_desk->watch(true);
-    QVERIFY(changes());
+    QVERIFY(watches());
     Plain window;
     window.setGeometry(300, 50, 80, 700); // over the unit, and higher than it
     window.show();
@@ -237,8 +234,7 @@ void TestDesk::dialogAndListLieOverTheirWindow()
          {static_cast<QWidget*>(&dialog), static_cast<QWidget*>(&list), static_cast<QWidget*>(&hint)})
         shown->show();
     settle();
-    m_desk->watch(true);
-    QVERIFY(changes());
+    QVERIFY(watches());
     const QPoint corner(m_unit->width(), 0);
     QCOMPARE(m_layout.size, QSize(m_unit->width() + 400, m_unit->height()));
     QCOMPARE(m_shown.pixelColor(corner + QPoint(5, 5)), QColor(Qt::red));
@@ -253,8 +249,7 @@ void TestDesk::dialogAndListLieOverTheirWindow()
 
 void TestDesk::layoutNamesTheKeys()
 {
-    m_desk->watch(true);
-    QVERIFY(changes());
+    QVERIFY(watches());
     QCOMPARE(m_layout.unit, QRect(QPoint(), m_unit->size()));
     QCOMPARE(m_layout.screen, m_unit->screen()->geometry());
     QStringList names;
@@ -274,8 +269,7 @@ void TestDesk::bareScreenHasNoKeys()
     m_desk.reset(new Desk(m_unit.data()));
     connect(m_desk.data(), &Desk::changed, this, &TestDesk::apply);
     settle();
-    m_desk->watch(true);
-    QVERIFY(changes());
+    QVERIFY(watches());
     QVERIFY(m_layout.keys.isEmpty());
     QCOMPARE(m_layout.screen, m_layout.unit);
 }

@@ -59,6 +59,12 @@ private slots:
     void inspectorsLeversMoveTheUnit();
 
 private:
+    /// Brings the application to the front; its calls are counted from there.
+    void openWindow()
+    {
+        m_shell->openWindow(33);
+        m_window->takeCalls();
+    }
     /// Null before F12.
     static QWidget* inspector();
 };
@@ -133,8 +139,7 @@ void TestShell::openingAnotherWindowLeavesTheFirst()
 {
     FakeWindow second(34);
     m_shell->addWindow(34, &second);
-    m_shell->openWindow(33);
-    m_window->takeCalls();
+    openWindow();
     QVERIFY(m_shell->openWindow(34));
     QCOMPARE(m_window->takeCalls(), leaving);
     QCOMPARE(second.takeCalls(), opening);
@@ -143,8 +148,7 @@ void TestShell::openingAnotherWindowLeavesTheFirst()
 
 void TestShell::backRequestLeavesForTheLauncher()
 {
-    m_shell->openWindow(33);
-    m_window->takeCalls();
+    openWindow();
     QCoreApplication::postEvent(qApp, new TouchEvent(Qx::Touch_Back, -1, -1));
     QCOMPARE(m_window->takeCalls(), QStringList()); // posted, not sent
     QCoreApplication::processEvents();
@@ -201,8 +205,7 @@ void TestShell::vanishedRootWidgetBringsTheLauncher()
 
 void TestShell::everyHardKeyReachesTheWindowFirst()
 {
-    m_shell->openWindow(33);
-    m_window->takeCalls();
+    openWindow();
     m_window->handlesBack = 1;
     for (const auto key : {KeyEvent::Key_Back, KeyEvent::Key_VolumeUp, KeyEvent::Key_VolumeDown,
                            KeyEvent::Key_Mute, KeyEvent::Key_PrevPage, KeyEvent::Key_NextPage}) {
@@ -219,8 +222,7 @@ void TestShell::everyHardKeyReachesTheWindowFirst()
 
 void TestShell::unknownKeysAreTheWindowsAlone()
 {
-    m_shell->openWindow(33);
-    m_window->takeCalls();
+    openWindow();
     const int before = store()->value("volume0").toInt();
     for (const int key : {0, 9, -1, INT_MAX, INT_MIN}) {
         for (const int action : {int(KeyEvent::Press), 0, INT_MAX}) {
@@ -244,13 +246,11 @@ void TestShell::unknownKeysAreTheWindowsAlone()
 
 void TestShell::unhandledBackAsksTheWindowThenTheShell()
 {
-    m_shell->openWindow(33);
-    m_window->takeCalls();
+    openWindow();
     m_shell->onHardKey(KeyEvent::Key_Back, KeyEvent::Press);
     QCOMPARE(m_window->takeCalls(), QStringList({"key 3 1001", "backEvent"}) + leaving);
     // A window that takes the key itself is not asked again.
-    m_shell->openWindow(33);
-    m_window->takeCalls();
+    openWindow();
     m_window->handledKey = KeyEvent::Key_Back;
     m_shell->onHardKey(KeyEvent::Key_Back, KeyEvent::Press);
     QCOMPARE(m_window->takeCalls(), QStringList{"key 3 1001"});
@@ -258,8 +258,7 @@ void TestShell::unhandledBackAsksTheWindowThenTheShell()
 
 void TestShell::handledBackWaitsForTheWindowsRequest()
 {
-    m_shell->openWindow(33);
-    m_window->takeCalls();
+    openWindow();
     m_window->handlesBack = 1;
     m_shell->onHardKey(KeyEvent::Key_Back, KeyEvent::Press);
     QCoreApplication::processEvents();
@@ -330,8 +329,7 @@ void TestShell::anotherChannelLeavesTheVolumeAlone()
 
 void TestShell::powerOffDestroysTheWindowAndDarkensTheScreen()
 {
-    m_shell->openWindow(33);
-    m_window->takeCalls();
+    openWindow();
     press(KeyEvent::Key_Power);
     QCOMPARE(m_window->takeCalls(), QStringList{"key 1 1001"} + leaving + destroying);
     QVERIFY(!m_shell->isPowered());
@@ -382,8 +380,7 @@ void TestShell::powerOffCommitsTheStore()
 
 void TestShell::languageSwitchRenewsTheOpenWindow()
 {
-    m_shell->openWindow(33);
-    m_window->takeCalls();
+    openWindow();
     m_window->title = "Klang";
     QVERIFY(m_shell->setLanguage("de"));
     QCOMPARE(m_window->takeCalls(), leaving + opening);
@@ -402,8 +399,7 @@ void TestShell::languageIsKept()
 
 void TestShell::editedSettingMakesTheWindowAnew()
 {
-    m_shell->openWindow(33);
-    m_window->takeCalls();
+    openWindow();
     store()->setValue("volume0", 9, true); // as an application does
     QCoreApplication::processEvents();
     QCOMPARE(m_window->takeCalls(), QStringList());
@@ -437,8 +433,7 @@ void TestShell::factoryResetForgetsEverythingAndStartsAtTheLauncher()
 {
     store()->setValue("subwooferLevel", 3, true);
     store()->setValue("Setup_Main_Volume", 7, true);
-    m_shell->openWindow(33);
-    m_window->takeCalls();
+    openWindow();
     m_shell->resetToFactory();
     QCOMPARE(m_window->takeCalls(), leaving + destroying);
     QVERIFY(!store()->value("subwooferLevel").isValid());
@@ -475,8 +470,7 @@ void TestShell::audioPageIsShownWithoutBeingRemembered()
 
 void TestShell::shutDownRunsTheWholeOrder()
 {
-    m_shell->openWindow(33);
-    m_window->takeCalls();
+    openWindow();
     m_shell->shutDown();
     QCOMPARE(m_window->takeCalls(), leaving + destroying);
     m_shell->shutDown();

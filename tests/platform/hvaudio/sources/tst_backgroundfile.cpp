@@ -5,8 +5,6 @@
 
 #include <QtTest>
 
-#include <atomic>
-
 using namespace hvaudio;
 using namespace std::chrono_literals;
 
